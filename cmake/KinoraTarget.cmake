@@ -1,0 +1,56 @@
+# What every target of this project is built with. Compiler differences stand here and nowhere else.
+function(kinora_configure target)
+    target_compile_features(${target} PUBLIC cxx_std_17)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
+                                               VISIBILITY_INLINES_HIDDEN ON)
+    target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
+    if(WIN32)
+        target_compile_definitions(${target} PRIVATE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
+                                                     _WIN32_WINNT=0x0A00)
+    endif()
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8 /guard:cf /EHsc
+                                                 $<$<BOOL:${KINORA_WARNINGS_AS_ERRORS}>:/WX>)
+        # getenv is the documented way in which the environment is read.
+        target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS)
+        return()
+    endif()
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+                                             $<$<BOOL:${KINORA_WARNINGS_AS_ERRORS}>:-Werror>)
+    if(KINORA_CHECKED)
+        target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
+        target_compile_options(${target} PRIVATE -fstack-protector-strong -fsanitize=undefined
+                                                 -fsanitize-undefined-trap-on-error)
+        target_link_options(${target} PRIVATE -fstack-protector-strong)
+    endif()
+    if(KINORA_SANITIZE)
+        target_compile_options(${target} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all
+                                                 -fno-omit-frame-pointer)
+        target_link_options(${target} PRIVATE -fsanitize=address,undefined)
+    endif()
+    if(MINGW)
+        # Equal sources give equal files.
+        target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
+    endif()
+endfunction()
+
+# A console program whose main is wmain (mingw needs to be told).
+function(kinora_wide_main target)
+    if(MINGW)
+        target_link_options(${target} PRIVATE -municode)
+    endif()
+endfunction()
+
+# The mingw runtime DLLs, copied beside the binaries once.
+if(MINGW)
+    set(kinora_runtime_dlls "")
+    foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll} OUTPUT_VARIABLE path
+                        OUTPUT_STRIP_TRAILING_WHITESPACE)
+        if(NOT EXISTS "${path}")
+            set(path "/usr/x86_64-w64-mingw32/lib/${dll}")
+        endif()
+        list(APPEND kinora_runtime_dlls "${path}")
+    endforeach()
+    file(COPY ${kinora_runtime_dlls} DESTINATION "${CMAKE_BINARY_DIR}/bin")
+endif()

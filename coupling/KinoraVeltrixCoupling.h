@@ -1,0 +1,91 @@
+#pragma once
+
+#include "interface/IKinoraVeltrixInterface.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+struct IDispatch;
+
+/// The coupling object behind `IKinoraVeltrixInterface`, which documents the operations that it overrides.
+///
+/// It owns one reference on each of the four automation objects that it holds and lets go of them only in
+/// `CloseProject`, `OpenProject`, `QuitApplication` and `ReleaseApplication`; the destructor releases nothing.
+/// Hosts get the object from `GetKinoraVeltrixFactoryInterface`; deriving from it is allowed, and operations that use
+/// one another do so through the virtual functions.
+class KINORA_VELTRIX_API CKinoraVeltrixCoupling : public IKinoraVeltrixInterface {
+public:
+    CKinoraVeltrixCoupling();
+    /// Copies the automation pointers as plain values, without taking references, and the history and material
+    /// bookkeeping deeply. Only one of copy and source may ever release the automation objects.
+    CKinoraVeltrixCoupling(const CKinoraVeltrixCoupling& other);
+    /// As the copy constructor. The pointers held before are overwritten, not released.
+    CKinoraVeltrixCoupling& operator=(const CKinoraVeltrixCoupling& other);
+    /// Releases no automation object and leaves COM initialised.
+    ~CKinoraVeltrixCoupling() override;
+
+    bool GetMessages(std::vector<std::string>& messages, MessageSeverity severity) override;
+    bool GetVeltrixDesigns(const std::string& projectPath, std::vector<std::string>& designs) override;
+    bool OpenProject(const std::string& projectPath, const std::string& designName) override;
+    bool CreateProject(const std::string& projectPath, const std::string& geometryFile,
+                       const std::string& units) override;
+    bool InitGeometry(const std::string& geometryFile, const std::string& units) override;
+    bool InitMagneticObjects(const std::vector<Group>& groups,
+                             const std::map<std::string, Material>& materials) override;
+    bool Analyze(double time, const std::vector<Transform>& transforms, std::vector<Result>& results,
+                 int& status) override;
+    bool SaveProject() override;
+    bool CloseProject() override;
+    bool QuitApplication() override;
+    bool ReleaseApplication() override;
+
+    /// Initialises COM on this thread and starts the desktop through the ProgID "Pellux.VantorDesktop", or
+    /// "Pellux.VantorDesktop." and the value of the environment variable KINORA_VELTRIX_VTDK_VERSION when that is set.
+    /// @return true when the application object exists already (without a second launch) or was created and gave its
+    ///         desktop object; false when "GetAppDesktop" failed, the application object being kept
+    /// @throws LaunchDesktopExeption  the ProgID is unknown, or the application cannot be created
+    bool LaunchDesktop();
+
+    /// Creates or changes one local variable of the active design with "ChangeProperty".
+    /// @param name   name of the variable
+    /// @param value  its value in the desktop's syntax, passed on as it is, for example "12.5mm"
+    /// @param isNew  true creates the variable, false changes an existing one
+    /// @return false without a design or when the desktop refuses
+    bool SetVariableValue(const std::string& name, const std::string& value, bool isNew) const;
+
+    /// Writes the recorded steps as the parametric setup "KinoraHistory" with "InsertSetup" or "EditSetup".
+    /// @param replace  true deletes an existing setup of that name first, false edits it in place
+    /// @return false without a design, without the "Paravant" child object, or when the desktop refuses
+    bool AddParametricSetup(bool replace) const;
+
+private:
+    /// A material and the coercivity components that it stands for.
+    struct MaterialVariant {
+        std::string name;
+        double components[3];
+    };
+    using MaterialVariants = std::vector<MaterialVariant>;
+
+    class CStepFiles;
+    struct StepNames;
+
+    void ReleaseDesignAndProject();
+    IDispatch* FindOpenProject(const std::string& wantedName, const void* wantedFolder) const;
+
+    IDispatch* m_pApplication = nullptr;
+    IDispatch* m_pDesktop = nullptr;
+    IDispatch* m_pProject = nullptr;
+    IDispatch* m_pDesign = nullptr;
+    /// Steps since the last one at time 0.0.
+    std::int32_t m_stepCount = 0;
+    /// Names of the recorded design variables, "SimTime" first.
+    std::vector<std::string> m_stepEntries;
+    /// One row per recorded step; value i belongs to name i.
+    std::vector<std::vector<std::string>> m_stepRows;
+    /// Magnet material to its variants: the material as the project stores it, then the clones made from it.
+    std::map<std::string, MaterialVariants> m_materialClones;
+    /// Materials without coercivity components.
+    std::set<std::string> m_plainMaterials;
+};

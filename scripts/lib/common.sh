@@ -1,0 +1,45 @@
+# Shared by the scripts of this folder; source it.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+cd "$root"
+export LC_ALL=C.UTF-8
+
+say() { printf '\033[1m== %s\033[0m\n' "$*"; }
+fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
+
+# need PACKAGE...: installs the Debian packages that are missing.
+need() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    command -v apt-get >/dev/null || fail "these packages are missing and apt-get is not here to install them: ${missing[*]}"
+    local sudo=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || fail "root or sudo is needed to install: ${missing[*]}"
+        sudo=(sudo)
+    fi
+    say "Installing ${missing[*]}"
+    local log; log=$(mktemp)
+    { "${sudo[@]}" apt-get update && "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1 \
+        || { tail -n 20 "$log" >&2; rm -f "$log"; fail "could not install: ${missing[*]}"; }
+    rm -f "$log"
+}
+
+# The packages that the build and its tests use; docs/dependencies.md gives the reasons.
+need_build_tools() {
+    need g++ g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
+         libfmt-dev libtinyobjloader-dev libeigen3-dev
+}
+
+# build PRESET [TARGET...]: configures when needed, then builds.
+build() {
+    local preset=$1; shift
+    local arguments=()
+    [ $# -eq 0 ] || arguments=(--target "$@")
+    command -v ccache >/dev/null && export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" "${arguments[@]}"
+}
