@@ -1,0 +1,109 @@
+#pragma once
+// Magnetostatics of rigid, uniformly magnetised bodies in empty space.
+//
+// Every magnet is a closed triangle mesh with one magnetisation M. Its field is that of the surface charge
+// sigma = M.n on its faces; the load on a body is the integral of mu0 sigma H over its own charged faces, H being the
+// field of all other bodies. Magnets are rigid in both senses: they neither deform nor change their magnetisation.
+#include <Eigen/Core>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace vantor::solver {
+
+/// Vacuum permeability, V s/(A m): the value that was exact until 2019 and is within 1e-9 of the measured one.
+constexpr double vacuumPermeability = 1.25663706143591729539e-6;
+
+/// A closed surface: corners in metres, and three corner indices per triangle, counter-clockwise seen from outside.
+/// Corners may be repeated (every triangle its own three). Triangles without area are ignored.
+struct TriangleMesh {
+    std::vector<Eigen::Vector3d> vertices;
+    std::vector<std::array<int, 3>> triangles;
+};
+
+/// One uniformly magnetised piece: its mesh and its magnetisation (A/m), both in the global frame.
+struct Magnet {
+    std::string name;
+    TriangleMesh mesh;
+    Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
+};
+
+/// Magnets that move together. The forces between magnets of one body do not count, and these magnets may touch.
+struct Body {
+    std::string name;
+    std::vector<Magnet> magnets;
+};
+
+/// When to stop, and how many threads to use. The result does not depend on the number of threads, to the last bit.
+struct Options {
+    double percentError = 0.5; ///< wanted error of every body's force and torque, percent; > 0
+    int maximumPasses = 15;    ///< refinement passes after which to stop in any case; >= 1
+    int threads = 0;           ///< 0: as many as the machine has
+};
+
+/// Load on one body.
+struct Load {
+    Eigen::Vector3d force = Eigen::Vector3d::Zero();  ///< N
+    Eigen::Vector3d torque = Eigen::Vector3d::Zero(); ///< N m, about the GLOBAL origin
+    double forceError = 0;                            ///< estimate of |error of force|, N
+    double torqueError = 0;                           ///< estimate of |error of torque|, N m
+};
+
+/// What one refinement pass reached.
+struct Pass {
+    int number = 0;              ///< 1, 2, ...
+    double percentError = 0;     ///< largest error estimate over all bodies, force and torque
+    std::size_t evaluations = 0; ///< field evaluations made in this pass
+};
+
+/// Loads (one per body, in the bodies' order) and how they came about. `converged` says whether the last pass met
+/// Options::percentError; when it did not, the loads are the best found and their errors say how good they are.
+struct Solution {
+    std::vector<Load> loads;
+    std::vector<Pass> passes;
+    bool converged = false;
+};
+
+/// The bodies cannot be solved. The message is one line: what is wrong, with the names of the magnets and bodies
+/// concerned, and what to do.
+class SolveError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Solves for the load on every body from all others.
+///
+/// The error in percent is measured against the larger of the body's own load and a hundredth of what dipoles of the
+/// same moments would exert at most, so that a load that vanishes by symmetry counts as solved; torques are judged
+/// about the body's own centre. Action and reaction cancel exactly.
+///
+/// @param bodies   a body without magnets, or a magnet without magnetisation, gets and gives no load
+/// @throws SolveError  values that are not finite, a mesh that is not closed or that is turned inside out, bodies that
+///                     touch, overlap or lie inside one another, options out of range
+Solution Solve(const std::vector<Body>& bodies, const Options& options = {});
+
+/// The field of bodies that stand still, at many points.
+class FieldEvaluator {
+public:
+    /// @throws SolveError  values that are not finite, a mesh that is not closed or that is turned inside out
+    explicit FieldEvaluator(const std::vector<Body>& bodies);
+    ~FieldEvaluator();
+    FieldEvaluator(FieldEvaluator&&) noexcept;
+    FieldEvaluator& operator=(FieldEvaluator&&) noexcept;
+
+    /// H (A/m) at a point (metres), inside magnets too (there B = mu0 (H + M)). On a charged face it is the mean of
+    /// both sides. On an edge of a charged face, where H grows beyond all bounds, it is a finite value of no meaning.
+    Eigen::Vector3d H(const Eigen::Vector3d& point) const;
+
+private:
+    struct Implementation;
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+/// H (A/m) at one point; for more than a few points a FieldEvaluator is faster.
+Eigen::Vector3d FieldH(const std::vector<Body>& bodies, const Eigen::Vector3d& point);
+
+} // namespace vantor::solver
