@@ -8,8 +8,6 @@ else()
     foreach(library gtest gtest_main gmock gmock_main)
         set_target_properties(${library} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/googletest/lib")
     endforeach()
-    add_library(GTest::gmock_main ALIAS gmock_main)
-    add_library(GTest::gmock ALIAS gmock)
 endif()
 
 if(WIN32 AND NOT MSVC)
