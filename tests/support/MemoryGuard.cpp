@@ -1,0 +1,144 @@
+#include "tests/support/MemoryGuard.h"
+
+#include <objbase.h>
+#include <oleauto.h>
+#include <windows.h>
+
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <map>
+#include <mutex>
+
+namespace fake {
+namespace {
+
+class MallocSpy final : public IMallocSpy {
+public:
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IMallocSpy);
+        *object = isKnown ? this : nullptr;
+        return isKnown ? S_OK : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+
+    SIZE_T STDMETHODCALLTYPE PreAlloc(SIZE_T size) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_size = size;
+        return IsWatchedThread() && ++m_count == m_failing ? 0 : size;
+    }
+    void* STDMETHODCALLTYPE PostAlloc(void* block) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (block != nullptr && IsWatchedThread()) {
+            m_blocks[block] = m_size;
+        }
+        return block;
+    }
+    void* STDMETHODCALLTYPE PreFree(void* block, BOOL) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_blocks.erase(block);
+        return block;
+    }
+    void STDMETHODCALLTYPE PostFree(BOOL) override {}
+    SIZE_T STDMETHODCALLTYPE PreRealloc(void* block, SIZE_T size, void** newBlock, BOOL) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_blocks.erase(block);
+        m_size = size;
+        *newBlock = block;
+        return size;
+    }
+    void* STDMETHODCALLTYPE PostRealloc(void* block, BOOL) override { return PostAlloc(block); }
+    void* STDMETHODCALLTYPE PreGetSize(void* block, BOOL) override { return block; }
+    SIZE_T STDMETHODCALLTYPE PostGetSize(SIZE_T size, BOOL) override { return size; }
+    void* STDMETHODCALLTYPE PreDidAlloc(void* block, BOOL) override { return block; }
+    int STDMETHODCALLTYPE PostDidAlloc(void*, BOOL, int actual) override { return actual; }
+    void STDMETHODCALLTYPE PreHeapMinimize() override {}
+    void STDMETHODCALLTYPE PostHeapMinimize() override {}
+
+    std::size_t LiveBlocks() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_blocks.size();
+    }
+    std::size_t Count() const { return m_count; }
+    bool FailureHit() const { return m_failing != 0 && m_count >= m_failing; }
+    void Fail(std::size_t number) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_failing = number;
+        m_count = 0;
+    }
+    void Watch() { m_thread = GetCurrentThreadId(); }
+
+private:
+    bool IsWatchedThread() const { return GetCurrentThreadId() == m_thread; }
+
+    std::mutex m_mutex;
+    std::map<void*, std::size_t> m_blocks;
+    DWORD m_thread = 0;
+    std::size_t m_size = 0;
+    std::size_t m_count = 0;
+    std::size_t m_failing = 0;
+};
+
+MallocSpy& Spy() {
+    static MallocSpy& spy = *new MallocSpy; // must outlive everything that COM frees at exit
+    return spy;
+}
+
+bool blocksMayLive = false;
+
+class Listener final : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override {
+        Spy().Watch();
+        m_liveAtStart = MemoryGuard::LiveBlocks();
+        blocksMayLive = false;
+    }
+    void OnTestEnd(const testing::TestInfo&) override {
+        MemoryGuard::FailAllocation(0);
+        const std::size_t live = MemoryGuard::LiveBlocks();
+        if (!blocksMayLive && live > m_liveAtStart) {
+            ADD_FAILURE() << live - m_liveAtStart << " BSTR, SAFEARRAY or task blocks leaked";
+        }
+        EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr)) << "the process heap is damaged";
+        EXPECT_NE(_heapchk(), _HEAPBADNODE) << "the C runtime's heap is damaged";
+    }
+    std::size_t m_liveAtStart = 0;
+};
+
+void SwitchTextCacheOff() {
+    // Cached texts would bypass the spy.
+    using SetOaNoCacheFunction = void(WINAPI*)();
+    const HMODULE library = GetModuleHandleW(L"oleaut32.dll");
+    const FARPROC function = library == nullptr ? nullptr : GetProcAddress(library, "SetOaNoCache");
+    if (function != nullptr) {
+        reinterpret_cast<SetOaNoCacheFunction>(reinterpret_cast<void*>(function))();
+    }
+}
+
+const bool isInstalled = [] {
+    SwitchTextCacheOff();
+    CoRegisterMallocSpy(&Spy());
+    testing::UnitTest::GetInstance()->listeners().Append(new Listener);
+    return true;
+}();
+
+} // namespace
+
+std::size_t MemoryGuard::LiveBlocks() {
+    return Spy().LiveBlocks();
+}
+std::size_t MemoryGuard::AllocationCount() {
+    return Spy().Count();
+}
+void MemoryGuard::FailAllocation(std::size_t number) {
+    Spy().Fail(number);
+}
+bool MemoryGuard::FailureHit() {
+    return Spy().FailureHit();
+}
+
+void MemoryGuard::AllowLiveBlocks(const std::string& reason) {
+    (void)isInstalled;
+    blocksMayLive = !reason.empty();
+}
+
+} // namespace fake

@@ -1,0 +1,75 @@
+#include "tests/support/TestFolder.h"
+
+#include <objbase.h>
+#include <oleauto.h>
+#include <windows.h>
+
+#include <array>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace fake {
+namespace {
+
+HANDLE OpenFileHandle(const std::wstring& path, DWORD access, DWORD disposition) {
+    return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+} // namespace
+
+TestFolder::TestFolder() {
+    std::array<wchar_t, MAX_PATH> temporary{};
+    GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
+    static unsigned number = 0;
+    m_path = std::wstring(temporary.data()) + L"kinora-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+             std::to_wstring(++number);
+    MakeFolder(m_path);
+}
+
+TestFolder::~TestFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::path(m_path), ignored);
+}
+
+void WriteFileBytes(const std::wstring& path, const std::string& bytes) {
+    const HANDLE file = OpenFileHandle(path, GENERIC_WRITE, CREATE_ALWAYS);
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr));
+    CloseHandle(file);
+}
+
+std::string ReadFileBytes(const std::wstring& path) {
+    const HANDLE file = OpenFileHandle(path, GENERIC_READ, OPEN_EXISTING);
+    if (file == INVALID_HANDLE_VALUE) {
+        ADD_FAILURE() << "cannot read " << std::filesystem::path(path);
+        return {};
+    }
+    std::string bytes(GetFileSize(file, nullptr), '\0');
+    DWORD read = 0;
+    EXPECT_TRUE(ReadFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr));
+    CloseHandle(file);
+    return bytes;
+}
+
+bool FileExists(const std::wstring& path) {
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+void MakeFolder(const std::wstring& path) {
+    EXPECT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
+}
+
+std::string ToAnsi(const std::wstring& text) {
+    if (text.empty()) {
+        return {};
+    }
+    const int length = static_cast<int>(text.size());
+    std::string ansi(
+        static_cast<std::size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr)),
+        '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), length, ansi.data(), static_cast<int>(ansi.size()), nullptr, nullptr);
+    return ansi;
+}
+
+} // namespace fake

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+namespace fake {
+
+/// A folder of its own for one test, removed with everything in it at the end. Paths are wide and use back slashes.
+class TestFolder {
+public:
+    TestFolder();
+    ~TestFolder();
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+
+    /// Without a separator at its end.
+    const std::wstring& Path() const { return m_path; }
+    std::wstring operator/(const std::wstring& name) const { return m_path + L"\\" + name; }
+
+private:
+    std::wstring m_path;
+};
+
+/// @name Files
+/// @{
+void WriteFileBytes(const std::wstring& path, const std::string& bytes);
+/// The file's bytes as they are; a test failure and nothing when it cannot be read.
+std::string ReadFileBytes(const std::wstring& path);
+bool FileExists(const std::wstring& path);
+void MakeFolder(const std::wstring& path);
+/// @}
+
+/// UTF-16 to the system's ANSI code page, in which the library takes its texts.
+std::string ToAnsi(const std::wstring& text);
+
+} // namespace fake
