@@ -14,7 +14,8 @@
 /// The desktop's scripting commands, one function each, and the automation calls that they are made of.
 ///
 /// Common to all functions
-///  - Objects are raw `IDispatch*` of the caller; the functions take no reference on them. A null object fails the call.
+///  - Objects are raw `IDispatch*` of the caller; the functions take no reference on them. A null object fails the
+///  call.
 ///    An object that a function returns carries one reference, which the caller releases.
 ///  - A VARIANT that a function returns belongs to the caller, who clears it.
 ///  - Every call looks the method's name up anew (IID_NULL, locale 0x0800), and invokes it with DISPATCH_METHOD, the
@@ -46,7 +47,8 @@ public:
     /// @return a VT_BSTR VARIANT
     static VARIANT CreateVariant(const std::string& text);
 
-    /// @return an array (VT_ARRAY | VT_VARIANT, lower bound 0) of VT_BSTR elements in the order given; VT_EMPTY when the
+    /// @return an array (VT_ARRAY | VT_VARIANT, lower bound 0) of VT_BSTR elements in the order given; VT_EMPTY when
+    /// the
     ///         array cannot be created. No texts give an array without elements.
     static VARIANT CreateStringArray(const std::vector<std::string>& texts);
 
@@ -138,7 +140,8 @@ public:
     /// @return false at the first missing object or failed write
     static bool SetSolveInside(IDispatch* editor);
 
-    /// @return the names, in the order given, whose object has a "Material" other than "vacuum" (in quotes, exactly so);
+    /// @return the names, in the order given, whose object has a "Material" other than "vacuum" (in quotes, exactly
+    /// so);
     ///         objects that are missing or have no text there are left out
     static std::vector<std::string> GetNonVacuumObjects(IDispatch* editor, std::vector<std::string> objects);
 
@@ -217,7 +220,8 @@ public:
     static bool UpdateVariables(IDispatch* design, const std::map<std::string, std::string>& variables);
 
     /// @param variables  names, in column order
-    /// @param rows       one row of values per step; the first gives the sweep's start, each later one is an added point
+    /// @param rows       one row of values per step; the first gives the sweep's start, each later one is an added
+    /// point
     /// @return the argument that describes the parametric setup "KinoraHistory"; VT_EMPTY without rows, and when the
     ///         first row is shorter than the variables
     static VARIANT GetParavantArgument(std::vector<std::string> variables, std::vector<std::vector<std::string>> rows);
@@ -230,7 +234,8 @@ public:
     static std::set<std::string> GetReportNames(IDispatch* design);
 
     /// "CreateReport" on the module "ReportSetup": a rectangular plot over "SimTime" without traces.
-    /// @param variables  design variables: the first swept over all its values, the others nominal. Empty: false, no call.
+    /// @param variables  design variables: the first swept over all its values, the others nominal. Empty: false, no
+    /// call.
     static bool CreateEmptyReport(IDispatch* reportModule, const std::string& reportName, const std::string& setupName,
                                   const std::vector<std::string>& variables);
 

@@ -9,6 +9,11 @@
 
 struct IDispatch;
 
+#if defined(_MSC_VER)
+#pragma warning(push)
+#pragma warning(disable : 4251) // private members of standard types: host and DLL share one run-time library
+#endif
+
 /// The coupling object behind `IKinoraVeltrixInterface`, which documents the operations that it overrides.
 ///
 /// It owns one reference on each of the four automation objects that it holds and lets go of them only in
@@ -68,11 +73,26 @@ private:
     };
     using MaterialVariants = std::vector<MaterialVariant>;
 
-    class CStepFiles;
-    struct StepNames;
+    struct ModelBuild;
+    struct Step;
 
+    bool LaunchWhenNeeded();
     void ReleaseDesignAndProject();
-    IDispatch* FindOpenProject(const std::string& wantedName, const void* wantedFolder) const;
+
+    bool PrepareModel(ModelBuild& model);
+    void CreateInitialVariables(ModelBuild& model) const;
+    bool AssignMaterial(const ModelBuild& model, const std::string& object, const Material& wanted);
+    bool AssignVariant(const ModelBuild& model, const std::string& object, const Material& wanted);
+    bool AddMissingMaterials(const ModelBuild& model, const std::vector<Group>& groups) const;
+    bool AddBodies(ModelBuild& model, const std::vector<Group>& groups);
+    bool RecordInitialPose(ModelBuild& model, const Transform& pose);
+    bool CreateReportsAndPlot(const ModelBuild& model, const std::vector<Group>& groups) const;
+
+    bool ReadStepNames(Step& step) const;
+    void CountStep(const Step& step);
+    bool MoveBodies(const Step& step, const std::vector<Transform>& transforms);
+    bool RecordResults(const Step& step, const std::vector<Transform>& transforms, std::vector<Result>& results,
+                       std::string& logPath) const;
 
     IDispatch* m_pApplication = nullptr;
     IDispatch* m_pDesktop = nullptr;
@@ -89,3 +109,7 @@ private:
     /// Materials without coercivity components.
     std::set<std::string> m_plainMaterials;
 };
+
+#if defined(_MSC_VER)
+#pragma warning(pop)
+#endif

@@ -1,0 +1,116 @@
+#include "comutils/ComUtils.h"
+#include "comutils/Dispatch.h"
+#include "comutils/Names.h"
+#include "comutils/Pose.h"
+#include "comutils/Text.h"
+
+namespace {
+
+CValue FrameAttributes(const std::string& name) {
+    return {"NAME:Attributes", "Name:=", name};
+}
+
+CValue Selection(const std::string& objectName) {
+    return {"NAME:Selections", "Selections:=", objectName, "NewPartsModelFlag:=", "Model"};
+}
+
+/// Origin and axes as expressions of the body's variables: the first two rows of Rz(Theta) * Ry(Phi) * Rx(Psi).
+/// That Phi and Theta stand here in each other's usual places is how the model is meant to be.
+CValue DrivenFrame(const std::string& body) {
+    const std::string cosP = "cos(" + body + Names::phi + ")", sinP = "sin(" + body + Names::phi + ")";
+    const std::string cosT = "cos(" + body + Names::theta + ")", sinT = "sin(" + body + Names::theta + ")";
+    const std::string cosS = "cos(" + body + Names::psi + ")", sinS = "sin(" + body + Names::psi + ")";
+    // clang-format off
+    return {"NAME:RelativeCSParameters",
+            "Mode:=", "Axis/Position",
+            "OriginX:=", body + Names::x,
+            "OriginY:=", body + Names::y,
+            "OriginZ:=", body + Names::z,
+            "XAxisXvec:=", cosP + "*" + cosT,
+            "XAxisYvec:=", sinS + "*" + sinP + "*" + cosT + "-" + cosS + "*" + sinT,
+            "XAxisZvec:=", cosS + "*" + sinP + "*" + cosT + "+" + sinS + "*" + sinT,
+            "YAxisXvec:=", cosP + "*" + sinT,
+            "YAxisYvec:=", sinS + "*" + sinP + "*" + sinT + "+" + cosS + "*" + cosT,
+            "YAxisZvec:=", cosS + "*" + sinP + "*" + sinT + "-" + sinS + "*" + cosT};
+    // clang-format on
+}
+
+/// The axes of the frame that it refers to.
+CValue ChildFrame(const std::string& parent) {
+    const std::string origin = Pose::LengthText(0.0);
+    // clang-format off
+    return {"NAME:RelativeCSParameters",
+            "Mode:=", "Axis/Position",
+            "Reference CS:=", parent,
+            "OriginX:=", origin,
+            "OriginY:=", origin,
+            "OriginZ:=", origin,
+            "XAxisXvec:=", "1mm",
+            "XAxisYvec:=", "0mm",
+            "XAxisZvec:=", "0mm",
+            "YAxisXvec:=", "0mm",
+            "YAxisYvec:=", "1mm",
+            "YAxisZvec:=", "0mm"};
+    // clang-format on
+}
+
+bool SetTextProperty(IDispatch* object, const char* property, const std::string& value) {
+    return CComUtils::CallSetPropValue(object, property, CValue(value).Get());
+}
+
+bool RotateAbout(IDispatch* editor, const std::string& objectName, const char* axis, double radians) {
+    if (radians == 0.0)
+        return true;
+    return Dispatch::Call(editor, L"Rotate",
+                          {Selection(objectName),
+                           {"NAME:RotateParameters", "RotateAxis:=", axis, "RotateAngle:=", Text::Fixed(radians)}});
+}
+
+} // namespace
+
+bool CComUtils::CallCreateRelativeCS(IDispatch* editor, const std::string& body) {
+    const std::string frame = Names::ObjectFrame(body);
+    // A body that has its frame is taken as set up, child frame included, even where that is missing.
+    if (CallAndGetStringSet(editor, L"GetRelativeCoordinateSystems").count(frame))
+        return true;
+    return Dispatch::Call(editor, L"CreateRelativeCS", {DrivenFrame(body), FrameAttributes(frame)}) &&
+           Dispatch::Call(editor, L"CreateRelativeCS", {ChildFrame(frame), FrameAttributes(Names::MagnetFrame(body))});
+}
+
+bool CComUtils::CallSetWorkingCS(IDispatch* editor, const std::string& csName) {
+    return Dispatch::Call(editor, L"SetWCS",
+                          {{"NAME:SetWCS Parameter", "Working Coordinate System:=", csName, "RegionDepCSOk:=", true}});
+}
+
+bool CComUtils::RecurseSetCoordinateSystem(IDispatch* object, const std::string& body) {
+    const std::vector<std::string> properties = CallGetPropNames(object);
+    if (Names::Contains(properties, "Coordinate System") &&
+        !SetTextProperty(object, "Coordinate System", Names::ObjectFrame(body)))
+        return false;
+    if (Names::Contains(properties, "Orientation") && !SetTextProperty(object, "Orientation", Names::MagnetFrame(body)))
+        return false;
+    for (const std::string& name : CallGetChildNames(object)) {
+        const CObject child = Dispatch::Own(CallGetChildObject(object, name));
+        if (!child || !RecurseSetCoordinateSystem(child.Get(), body))
+            return false;
+    }
+    return true;
+}
+
+bool CComUtils::CallMove(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
+                         const std::string& objectName) {
+    const auto& [x, y, z] = pose.translation;
+    if (x == 0.0 && y == 0.0 && z == 0.0)
+        return true;
+    return Dispatch::Call(editor, L"Move",
+                          {Selection(objectName),
+                           {"NAME:TranslateParameters", "TranslateVectorX:=", Pose::LengthText(-x),
+                            "TranslateVectorY:=", Pose::LengthText(-y), "TranslateVectorZ:=", Pose::LengthText(-z)}});
+}
+
+bool CComUtils::CallRotate(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
+                           const std::string& objectName) {
+    const Pose::Angles angles = Pose::AnglesOf(pose.rotation);
+    return RotateAbout(editor, objectName, "X", angles.psi) && RotateAbout(editor, objectName, "Y", angles.theta) &&
+           RotateAbout(editor, objectName, "Z", angles.phi);
+}

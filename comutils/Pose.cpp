@@ -1,0 +1,40 @@
+#include "comutils/Pose.h"
+
+#include "comutils/Names.h"
+#include "comutils/Text.h"
+
+#include <cmath>
+
+namespace Pose {
+namespace {
+
+constexpr double halfPi = 1.5707963267948966;
+
+std::string AngleText(double radians) {
+    return Text::Fixed(radians) + Names::angleUnit;
+}
+
+} // namespace
+
+Angles AnglesOf(const double (&m)[9]) {
+    if (m[0] == 0.0 && m[3] == 0.0)
+        return {0.0, halfPi, std::atan2(m[1], m[4])};
+    return {std::atan2(m[3], m[0]), std::asin(-m[6]), std::atan2(m[7], m[8])};
+}
+
+std::array<Variable, 6> Variables(const IKinoraVeltrixInterface::Transform& transform) {
+    const Angles angles = AnglesOf(transform.rotation);
+    const auto& position = transform.translation;
+    return {Variable{transform.name + Names::phi, AngleText(angles.phi)},
+            Variable{transform.name + Names::psi, AngleText(angles.psi)},
+            Variable{transform.name + Names::theta, AngleText(angles.theta)},
+            Variable{transform.name + Names::x, LengthText(position[0])},
+            Variable{transform.name + Names::y, LengthText(position[1])},
+            Variable{transform.name + Names::z, LengthText(position[2])}};
+}
+
+std::string LengthText(double metres) {
+    return Text::Fixed(metres) + Names::lengthUnit;
+}
+
+} // namespace Pose

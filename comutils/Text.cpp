@@ -1,0 +1,109 @@
+#include "comutils/Text.h"
+
+#include <comdef.h>
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace Text {
+namespace {
+
+// Long enough for any double: DBL_MAX has 309 digits before the point, and six follow it.
+constexpr std::size_t longestNumber = std::numeric_limits<double>::max_exponent10 + 16;
+
+std::string Format(double number, std::chars_format format) {
+    char buffer[longestNumber];
+    const auto end = std::to_chars(buffer, buffer + longestNumber, number, format, 6).ptr;
+    return std::string(buffer, end);
+}
+
+// Every ANSI code page keeps the seven-bit characters, so that those need no table.
+template <class Character>
+bool IsAscii(std::basic_string_view<Character> text) {
+    unsigned seen = 0;
+    for (const Character character : text)
+        seen |= static_cast<std::make_unsigned_t<Character>>(character);
+    return seen < 0x80;
+}
+
+template <class Source, class Target>
+void CopyAscii(std::basic_string_view<Source> text, Target* target) {
+    std::transform(text.begin(), text.end(), target, [](Source character) { return static_cast<Target>(character); });
+}
+
+int WideLength(std::string_view text, UINT codePage) {
+    return MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
+}
+
+void Widen(std::string_view text, UINT codePage, wchar_t* target, int length) {
+    MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), target, length);
+}
+
+BSTR AllocateBstr(std::size_t length) {
+    const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(length));
+    if (!text)
+        throw _com_error(E_OUTOFMEMORY);
+    return text;
+}
+
+std::wstring Widened(std::string_view text, UINT codePage) {
+    std::wstring wide;
+    if (IsAscii(text)) {
+        wide.assign(text.begin(), text.end());
+    } else {
+        wide.resize(static_cast<std::size_t>(WideLength(text, codePage)));
+        Widen(text, codePage, wide.data(), static_cast<int>(wide.size()));
+    }
+    return wide;
+}
+
+} // namespace
+
+BSTR ToBstr(std::string_view text) {
+    if (IsAscii(text)) {
+        const BSTR wide = AllocateBstr(text.size());
+        CopyAscii(text, wide);
+        return wide;
+    }
+    const int length = WideLength(text, CP_ACP);
+    const BSTR wide = AllocateBstr(static_cast<std::size_t>(length));
+    Widen(text, CP_ACP, wide, length);
+    return wide;
+}
+
+std::string FromBstr(BSTR text) {
+    return text ? ToNarrow(std::wstring_view(text, SysStringLen(text)), CP_ACP) : std::string();
+}
+
+std::wstring ToWide(std::string_view text) {
+    return Widened(text, CP_ACP);
+}
+
+std::string ToNarrow(std::wstring_view text, UINT codePage) {
+    std::string narrow;
+    if (IsAscii(text)) {
+        narrow.resize(text.size());
+        CopyAscii(text, narrow.data());
+        return narrow;
+    }
+    const int wideLength = static_cast<int>(text.size());
+    const int length = WideCharToMultiByte(codePage, 0, text.data(), wideLength, nullptr, 0, nullptr, nullptr);
+    narrow.resize(static_cast<std::size_t>(length));
+    WideCharToMultiByte(codePage, 0, text.data(), wideLength, narrow.data(), length, nullptr, nullptr);
+    return narrow;
+}
+
+std::filesystem::path ToFileSystemPath(std::string_view text) {
+    return Widened(text, AreFileApisANSI() ? CP_ACP : CP_OEMCP);
+}
+
+std::string Fixed(double number) {
+    return Format(number, std::chars_format::fixed);
+}
+
+std::string General(double number) {
+    return Format(number, std::chars_format::general);
+}
+
+} // namespace Text

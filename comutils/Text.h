@@ -1,0 +1,38 @@
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+/// Conversions between the narrow texts of the interface and what the platform takes.
+namespace Text {
+
+/// @return a BSTR of the ANSI text, embedded zero characters included; the caller owns it
+/// @throws _com_error  E_OUTOFMEMORY
+BSTR ToBstr(std::string_view text);
+
+/// @param text  a null BSTR counts as empty
+/// @return the text in the ANSI code page, embedded zero characters included
+std::string FromBstr(BSTR text);
+
+/// @return the ANSI text as UTF-16
+std::wstring ToWide(std::string_view text);
+
+/// @return the UTF-16 text in a code page
+std::string ToNarrow(std::wstring_view text, UINT codePage);
+
+/// @param text  a path in the file system's narrow code page, as the C run-time's own file functions take it.
+/// A path made from a narrow string directly is that on some standard libraries only.
+std::filesystem::path ToFileSystemPath(std::string_view text);
+
+/// C formatting "%f" (six decimals) in the "C" locale, whatever locale the host has set.
+std::string Fixed(double number);
+
+/// C formatting "%g" (six significant digits) in the "C" locale: a stream's default for doubles.
+std::string General(double number);
+
+} // namespace Text

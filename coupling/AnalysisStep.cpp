@@ -1,0 +1,213 @@
+#include "comutils/ComUtils.h"
+#include "comutils/Dispatch.h"
+#include "comutils/Names.h"
+#include "comutils/Pose.h"
+#include "comutils/Text.h"
+#include "coupling/CsvFile.h"
+#include "coupling/KinoraVeltrixCoupling.h"
+
+#include <filesystem>
+#include <set>
+
+/// What one step reads at its start and needs until its end.
+struct CKinoraVeltrixCoupling::Step {
+    double time;
+    bool isFirst;
+    std::string projectName;
+    std::string projectPath;
+    std::string designName;
+    std::vector<std::string> localVariables;
+    std::string setup;
+
+    /// The desktop's path ends in a separator already.
+    std::string ReportsFolder() const { return projectPath + projectName + ".reports"; }
+};
+
+namespace {
+
+using Transform = IKinoraVeltrixInterface::Transform;
+using Result = IKinoraVeltrixInterface::Result;
+
+constexpr char updateReportsOption[] = "Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve";
+
+/// A first step starts in an empty folder. One level is created; a missing parent is an error.
+void PrepareReportsFolder(const std::string& narrowFolder, bool isFirst) {
+    const std::filesystem::path folder = Text::ToWide(narrowFolder);
+    const bool exists = std::filesystem::exists(folder);
+    if (exists && isFirst)
+        std::filesystem::remove_all(folder);
+    if (!exists || isFirst)
+        std::filesystem::create_directory(folder);
+}
+
+void WriteLogHeader(CCsvFile& log, const std::vector<Transform>& transforms) {
+    log << "Step," << Names::timeVariable;
+    for (const Transform& transform : transforms) {
+        for (const char* ending : {Names::x, Names::y, Names::z, Names::phi, Names::theta, Names::psi})
+            log << "," << transform.name << ending;
+        for (const std::string& load : {Names::Force(transform.name), Names::Torque(transform.name)})
+            for (const char* ending : Names::axes)
+                log << "," << load << ending;
+    }
+    log.EndLine();
+}
+
+void LogBody(CCsvFile& log, const Transform& transform, const Result& result) {
+    const Pose::Angles angles = Pose::AnglesOf(transform.rotation);
+    const double orientation[3] = {angles.phi, angles.theta, angles.psi};
+    log << transform.translation << orientation << result.force << result.torque;
+}
+
+/// The reports of one body's loads: their data files, and the desktop's reports that these are imported into.
+class CStepReports {
+public:
+    CStepReports(IDispatch* module, std::string folder, double time, const std::string& setup,
+                 const std::vector<std::string>& localVariables, std::set<std::string> existing)
+        : m_module(module), m_folder(std::move(folder)), m_time(time), m_setup(setup), m_localVariables(localVariables),
+          m_existing(std::move(existing)) {}
+
+    using QuantityName = std::string (*)(const std::string& body, int axis);
+
+    void Refill(const std::string& report, const std::string& body, QuantityName quantity, const char* unit,
+                const double (&load)[3]) const {
+        if (!m_existing.count(report))
+            CComUtils::CreateEmptyReport(m_module, report, m_setup, m_localVariables);
+        const std::string path = m_folder + "/" + report + ".csv";
+        AppendData(path, body, quantity, unit, load);
+        CComUtils::ClearAndImportReport(m_module, report, path);
+    }
+
+private:
+    void AppendData(const std::string& path, const std::string& body, QuantityName quantity, const char* unit,
+                    const double (&load)[3]) const {
+        CCsvFile data(path);
+        if (data.IsNew()) {
+            data << Names::timeVariable << " [s]";
+            for (int axis = 0; axis < 3; ++axis)
+                data << "," << quantity(body, axis) << " [" << unit << "]";
+            data.EndLine();
+        }
+        data << m_time << load;
+        data.EndLine();
+    }
+
+    IDispatch* m_module;
+    std::string m_folder;
+    double m_time;
+    const std::string& m_setup;
+    const std::vector<std::string>& m_localVariables;
+    std::set<std::string> m_existing;
+};
+
+bool ReportsWanted(IDispatch* desktop) {
+    const std::string option = CComUtils::CallGetRegistryString(desktop, updateReportsOption);
+    return option != "Never" && option != "On Completion";
+}
+
+} // namespace
+
+bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& transforms,
+                                     std::vector<Result>& results, int& status) {
+    if (!m_pProject || !m_pDesign)
+        return false;
+    Step step = {time, time == 0.0, {}, {}, {}, {}, {}};
+    if (!ReadStepNames(step))
+        return false;
+    if (m_pDesktop)
+        Dispatch::Call(m_pDesktop, L"ClearMessages", {step.projectName, step.designName, CValue::Int(0)});
+    CountStep(step);
+    if (!Dispatch::QueryLocalVariables(m_pDesign, step.localVariables))
+        return false;
+    if (!MoveBodies(step, transforms) || !AddParametricSetup(step.isFirst))
+        return false;
+    step.setup = CComUtils::GetFirstSetup(m_pDesign);
+    if (step.setup.empty() || !CComUtils::CallAnalyze(m_pDesign, step.setup, status))
+        return false;
+
+    std::string logPath;
+    try {
+        return RecordResults(step, transforms, results, logPath);
+    } catch (...) {
+        // The solve is done and its results count; whatever went wrong here is a warning to the desktop's user.
+        if (m_pDesktop)
+            Dispatch::Call(m_pDesktop, L"AddMessage",
+                           {step.projectName, step.designName, CValue::Int(1),
+                            "Kinora-Veltrix Coupling log path is not valid: " + logPath, ""});
+        return true;
+    }
+}
+
+bool CKinoraVeltrixCoupling::ReadStepNames(Step& step) const {
+    return Dispatch::QueryText(m_pProject, L"GetName", step.projectName) &&
+           Dispatch::QueryText(m_pProject, L"GetPath", step.projectPath) &&
+           Dispatch::QueryText(m_pDesign, L"GetName", step.designName);
+}
+
+void CKinoraVeltrixCoupling::CountStep(const Step& step) {
+    if (step.isFirst) {
+        m_stepCount = 0;
+        m_stepEntries = {Names::timeVariable};
+        m_stepRows.clear();
+    } else {
+        ++m_stepCount;
+    }
+}
+
+/// Writes time and poses into the design's variables, in one command, and records them.
+bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Transform>& transforms) {
+    const std::string timeText = Text::Fixed(step.time) + "s";
+    std::map<std::string, std::string> updates;
+    if (Names::Contains(step.localVariables, Names::timeVariable))
+        updates.emplace(Names::timeVariable, timeText);
+    else
+        SetVariableValue(Names::timeVariable, timeText, true);
+
+    std::vector<std::string> row = {timeText};
+    for (const Transform& transform : transforms) {
+        for (auto& [name, value] : Pose::Variables(transform)) {
+            // Of two bodies with one name the first one moves.
+            updates.emplace(name, value);
+            if (step.isFirst)
+                m_stepEntries.push_back(std::move(name));
+            row.push_back(std::move(value));
+        }
+    }
+    if (!updates.empty() && !CComUtils::UpdateVariables(m_pDesign, updates))
+        return false;
+    m_stepRows.push_back(std::move(row));
+    return true;
+}
+
+/// Reads the loads, and appends them to the coupling log and the report files. A failure leaves the log's line open.
+/// @param logPath  receives the log's path once the reports folder is there
+bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<Transform>& transforms,
+                                           std::vector<Result>& results, std::string& logPath) const {
+    const std::string folder = step.ReportsFolder();
+    PrepareReportsFolder(folder, step.isFirst);
+    logPath = folder + "/" + step.projectName + ".coupling.csv";
+    CCsvFile log(logPath);
+    if (log.IsNew())
+        WriteLogHeader(log, transforms);
+    log << std::to_string(m_stepCount) << "," << step.time;
+
+    std::set<std::string> reportNames = CComUtils::GetReportNames(m_pDesign);
+    const CObject module = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::reportModule));
+    if (!module)
+        return false;
+    const CStepReports reports(module.Get(), folder, step.time, step.setup, step.localVariables,
+                               std::move(reportNames));
+    for (const Transform& transform : transforms) {
+        const std::string& body = transform.name;
+        Result result;
+        if (!CComUtils::ExtractOutputData(m_pDesign, body, step.setup, result))
+            return false;
+        results.push_back(result);
+        LogBody(log, transform, result);
+        if (!ReportsWanted(m_pDesktop))
+            continue;
+        reports.Refill(Names::Force(body), body, Names::ForceQuantity, Names::newtonUnit, result.force);
+        reports.Refill(Names::Torque(body), body, Names::TorqueQuantity, Names::torqueUnit, result.torque);
+    }
+    log.EndLine();
+    return true;
+}

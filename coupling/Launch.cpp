@@ -1,0 +1,78 @@
+#include "comutils/Dispatch.h"
+#include "comutils/Text.h"
+#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/Reference.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr char baseProgId[] = "Pellux.VantorDesktop";
+constexpr char versionVariable[] = "KINORA_VELTRIX_VTDK_VERSION";
+
+std::string DesktopProgId() {
+    const char* version = std::getenv(versionVariable);
+    return version ? std::string(baseProgId) + "." + version : baseProgId;
+}
+
+CLSID DesktopClass() {
+    CLSID desktopClass;
+    if (FAILED(CLSIDFromProgID(Text::ToWide(DesktopProgId()).c_str(), &desktopClass)))
+        throw LaunchDesktopExeption("Please check your QUORIX Vantor Desktop installation.");
+    return desktopClass;
+}
+
+IDispatch* CreateApplication(const CLSID& desktopClass) {
+    IDispatch* application = nullptr;
+    const HRESULT outcome =
+        CoCreateInstance(desktopClass, nullptr, CLSCTX_SERVER, IID_IDispatch, reinterpret_cast<void**>(&application));
+    if (FAILED(outcome) || !application)
+        throw LaunchDesktopExeption(
+            "QUORIX Vantor Desktop failed to launch. Please check your license or other configuration.");
+    return application;
+}
+
+} // namespace
+
+bool CKinoraVeltrixCoupling::LaunchDesktop() {
+    if (m_pApplication)
+        return true;
+    const CLSID desktopClass = DesktopClass();
+    // Fails harmlessly on a thread that is initialised already.
+    (void)CoInitialize(nullptr);
+    m_pApplication = CreateApplication(desktopClass);
+    CValue desktop;
+    if (!Dispatch::Call(m_pApplication, L"GetAppDesktop", {}, desktop))
+        return false;
+    // Taken without a look at its type: an application that answers here gives its desktop.
+    m_pDesktop = desktop.Detach().pdispVal;
+    return true;
+}
+
+bool CKinoraVeltrixCoupling::LaunchWhenNeeded() {
+    return m_pDesktop || LaunchDesktop();
+}
+
+bool CKinoraVeltrixCoupling::QuitApplication() {
+    if (m_pProject && !(SaveProject() && CloseProject()))
+        return false;
+    if (m_pDesktop)
+        Dispatch::Call(m_pDesktop, L"QuitApplication", {});
+    ReleaseReference(m_pDesktop);
+    ReleaseReference(m_pApplication);
+    CoUninitialize();
+    return true;
+}
+
+bool CKinoraVeltrixCoupling::ReleaseApplication() {
+    ReleaseReference(m_pDesign);
+    ReleaseReference(m_pProject);
+    ReleaseReference(m_pDesktop);
+    ReleaseReference(m_pApplication);
+    CoUninitialize();
+    return true;
+}

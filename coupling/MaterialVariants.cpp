@@ -1,0 +1,83 @@
+#include "comutils/ComUtils.h"
+#include "comutils/Dispatch.h"
+#include "comutils/Names.h"
+#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/ModelBuild.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+namespace {
+
+std::string ComponentProperty(int component) {
+    return std::string(Names::coercivity) + "/Component" + std::to_string(component + 1);
+}
+
+/// @return false when a component is no text; all three are read in any case
+bool ReadComponents(IDispatch* material, double (&components)[3]) {
+    bool texts = true;
+    for (int component = 0; component < 3; ++component) {
+        const CValue value = CValue::Attach(CComUtils::CallGetPropValue(material, ComponentProperty(component)));
+        texts = texts && value.IsText();
+        components[component] = std::atof(value.ToText().c_str());
+    }
+    return texts;
+}
+
+/// Writes the components that differ from those that the clone has from its source.
+bool WriteComponents(IDispatch* clone, const double (&wanted)[3], const double (&stored)[3]) {
+    for (int component = 0; component < 3; ++component)
+        if (wanted[component] != stored[component] &&
+            !CComUtils::CallSetPropValue(clone, ComponentProperty(component), CValue(wanted[component]).Get()))
+            return false;
+    return true;
+}
+
+} // namespace
+
+bool CKinoraVeltrixCoupling::AssignMaterial(const ModelBuild& model, const std::string& object,
+                                            const Material& wanted) {
+    IDispatch* editor = model.editor.Get();
+    if (m_plainMaterials.count(wanted.name))
+        return CComUtils::CallAssignMaterial(editor, object, wanted.name);
+    if (m_materialClones.count(wanted.name))
+        return AssignVariant(model, object, wanted);
+
+    if (!CComUtils::CallAssignMaterial(editor, object, wanted.name))
+        return false;
+    const CObject material = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.Get(), wanted.name));
+    if (!material)
+        return false;
+    if (!Names::Contains(CComUtils::CallGetPropNames(material.Get()), Names::coercivity)) {
+        m_plainMaterials.insert(wanted.name);
+        return true;
+    }
+    MaterialVariant base = {wanted.name, {}};
+    // Components that are no texts cannot be compared: the object keeps the material, and the next one asks again.
+    if (!ReadComponents(material.Get(), base.components))
+        return true;
+    m_materialClones.emplace(wanted.name, MaterialVariants{base});
+    return AssignVariant(model, object, wanted);
+}
+
+bool CKinoraVeltrixCoupling::AssignVariant(const ModelBuild& model, const std::string& object, const Material& wanted) {
+    MaterialVariants& variants = m_materialClones[wanted.name];
+    const auto& direction = wanted.coercivityDirection;
+    const auto known = std::find_if(variants.begin(), variants.end(), [&](const MaterialVariant& variant) {
+        return std::equal(std::begin(direction), std::end(direction), std::begin(variant.components));
+    });
+    if (known != variants.end())
+        return CComUtils::CallAssignMaterial(model.editor.Get(), object, known->name);
+
+    const MaterialVariant& base = variants.front();
+    MaterialVariant variant = {wanted.name + "_" + std::to_string(variants.size()), {}};
+    std::copy(std::begin(direction), std::end(direction), std::begin(variant.components));
+    if (!CComUtils::CallCloneMaterial(model.definitions.Get(), base.name, variant.name))
+        return false;
+    const CObject clone = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.Get(), variant.name));
+    if (!clone || !WriteComponents(clone.Get(), direction, base.components))
+        return false;
+    variants.push_back(variant);
+    return CComUtils::CallAssignMaterial(model.editor.Get(), object, variant.name);
+}
