@@ -1,0 +1,129 @@
+#include "comutils/Text.h"
+
+#include <clocale>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <locale>
+
+namespace {
+
+// What the platform makes of the text, asked directly.
+std::wstring Reference(const std::string& text, UINT codePage) {
+    std::wstring wide(text.size(), L'\0');
+    const int length = MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), wide.data(),
+                                           static_cast<int>(wide.size()));
+    wide.resize(static_cast<std::size_t>(length));
+    return wide;
+}
+
+std::wstring Widened(const std::string& text) {
+    const BSTR bstr = Text::ToBstr(text);
+    std::wstring wide(bstr, SysStringLen(bstr));
+    SysFreeString(bstr);
+    return wide;
+}
+
+struct DecimalComma : std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+} // namespace
+
+TEST(Text, WidensEveryByteAsTheAnsiCodePageDoes) {
+    for (int first = 0; first < 256; ++first) {
+        const std::string alone(1, static_cast<char>(first));
+        EXPECT_EQ(Widened(alone), Reference(alone, CP_ACP)) << "byte " << first;
+        const std::string amid = "ab" + alone + "cd";
+        EXPECT_EQ(Widened(amid), Reference(amid, CP_ACP)) << "byte " << first;
+        EXPECT_EQ(Text::ToWide(amid), Reference(amid, CP_ACP)) << "byte " << first;
+    }
+}
+
+TEST(Text, SevenBitCharactersAreThemselvesInEveryAnsiCodePage) {
+    for (const UINT codePage :
+         {874u, 932u, 936u, 949u, 950u, 1250u, 1251u, 1252u, 1253u, 1254u, 1255u, 1256u, 1257u, 1258u})
+        for (int character = 0; character < 128; ++character) {
+            const std::string narrow(1, static_cast<char>(character));
+            const std::wstring wide(1, static_cast<wchar_t>(character));
+            EXPECT_EQ(Reference(narrow, codePage), wide) << codePage << " " << character;
+            EXPECT_EQ(Text::ToNarrow(wide, codePage), narrow) << codePage << " " << character;
+        }
+}
+
+TEST(Text, ComesBackFromEveryByteOfTheAnsiCodePage) {
+    for (int value = 0; value < 256; ++value) {
+        const std::string text = "x" + std::string(1, static_cast<char>(value));
+        const BSTR bstr = Text::ToBstr(text);
+        EXPECT_EQ(Text::FromBstr(bstr), text) << "byte " << value;
+        SysFreeString(bstr);
+    }
+}
+
+TEST(Text, KeepsEmbeddedZeros) {
+    const std::string text("a\0b\xE9\0", 5);
+    EXPECT_EQ(Widened(text), std::wstring(L"a\0b\u00E9\0", 5));
+    const BSTR bstr = SysAllocStringLen(L"a\0b", 3);
+    EXPECT_EQ(Text::FromBstr(bstr), std::string("a\0b", 3));
+    SysFreeString(bstr);
+}
+
+TEST(Text, NullBstrIsEmpty) {
+    EXPECT_EQ(Text::FromBstr(nullptr), "");
+}
+
+TEST(Text, WritesUtf8WhereAsked) {
+    EXPECT_EQ(Text::ToNarrow(L"\u00E9\u20AC", CP_UTF8), "\xC3\xA9\xE2\x82\xAC");
+}
+
+TEST(Text, CharactersOutsideTheCodePageAreReplaced) {
+    EXPECT_EQ(Text::ToNarrow(L"a\u4E2Db", 1252), "a?b");
+}
+
+TEST(Text, PathsAreNotTheFileLibrarysGuess) {
+    EXPECT_EQ(Text::ToFileSystemPath("C:/\xE9.txt").wstring(),
+              Reference("C:/\xE9.txt", AreFileApisANSI() ? CP_ACP : CP_OEMCP));
+}
+
+TEST(Text, FixedHasSixDecimals) {
+    EXPECT_EQ(Text::Fixed(0.1), "0.100000");
+    EXPECT_EQ(Text::Fixed(-1.5707963267948966), "-1.570796");
+    EXPECT_EQ(Text::Fixed(-0.0), "-0.000000");
+    EXPECT_EQ(Text::Fixed(4e-7), "0.000000");
+    EXPECT_EQ(Text::Fixed(0.5e-6), "0.000000"); // the double lies below the half, as printf sees it
+    EXPECT_EQ(Text::Fixed(1.5e-6), "0.000002");
+    EXPECT_EQ(Text::Fixed(123456789.0), "123456789.000000");
+    EXPECT_EQ(Text::Fixed(std::numeric_limits<double>::infinity()), "inf");
+    EXPECT_EQ(Text::Fixed(-std::numeric_limits<double>::infinity()), "-inf");
+    EXPECT_EQ(Text::Fixed(std::nan("")), "nan");
+    EXPECT_EQ(Text::Fixed(std::numeric_limits<double>::denorm_min()), "0.000000");
+}
+
+TEST(Text, FixedHoldsTheLargestNumbers) {
+    const std::string longest = Text::Fixed(-std::numeric_limits<double>::max());
+    EXPECT_EQ(longest.size(), 1u + 309u + 7u);
+    EXPECT_EQ(longest.substr(0, 6), "-17976");
+    EXPECT_EQ(Text::Fixed(1e300).size(), 301u + 7u);
+}
+
+TEST(Text, GeneralHasSixDigitsAndShortExponents) {
+    EXPECT_EQ(Text::General(0.0), "0");
+    EXPECT_EQ(Text::General(-0.0), "-0");
+    EXPECT_EQ(Text::General(0.01), "0.01");
+    EXPECT_EQ(Text::General(1.0 / 3.0), "0.333333");
+    EXPECT_EQ(Text::General(123456.0), "123456");
+    EXPECT_EQ(Text::General(1234567.0), "1.23457e+06");
+    EXPECT_EQ(Text::General(0.0001), "0.0001");
+    EXPECT_EQ(Text::General(0.00001), "1e-05");
+    EXPECT_EQ(Text::General(1e300), "1e+300");
+    EXPECT_EQ(Text::General(std::numeric_limits<double>::infinity()), "inf");
+}
+
+TEST(Text, NumbersIgnoreTheHostsLocale) {
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+    EXPECT_EQ(Text::Fixed(1234.5), "1234.500000");
+    EXPECT_EQ(Text::General(1234.5), "1234.5");
+    std::locale::global(before);
+}
