@@ -1,0 +1,50 @@
+#include "simulator/model/Files.h"
+
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Text.h"
+
+#include <fstream>
+#include <iterator>
+
+namespace vantor::model {
+
+std::filesystem::path PathFromUtf8(const std::string& text) {
+    return std::filesystem::u8path(text);
+}
+
+std::string Utf8(const std::filesystem::path& path) {
+    return path.u8string();
+}
+
+std::string ReadWholeFile(const std::filesystem::path& path) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(path, ignored)) {
+        throw DesktopError(ErrorCode::ReadFile, "there is no file " + Quoted(Utf8(path)));
+    }
+    std::ifstream stream(path, std::ios::binary);
+    std::string content((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    if (!stream.is_open() || stream.bad()) {
+        throw DesktopError(ErrorCode::ReadFile, "the file " + Quoted(Utf8(path)) + " cannot be read");
+    }
+    return content;
+}
+
+void WriteWholeFile(const std::filesystem::path& path, const std::string& content) {
+    std::filesystem::path temporary = path;
+    temporary += ".tmp";
+    std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
+    stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+    stream.close();
+    std::error_code error;
+    if (stream) {
+        std::filesystem::rename(temporary, path, error);
+    }
+    if (!stream || error) {
+        std::error_code ignored;
+        std::filesystem::remove(temporary, ignored);
+        throw DesktopError(ErrorCode::WriteFile, "the file " + Quoted(Utf8(path)) + " cannot be written" +
+                                                     (error ? ": " + error.message() : std::string()));
+    }
+}
+
+} // namespace vantor::model

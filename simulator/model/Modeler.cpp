@@ -1,0 +1,288 @@
+#include "simulator/model/Modeler.h"
+
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Text.h"
+
+#include <algorithm>
+
+namespace vantor::model {
+namespace {
+
+constexpr int deepestFrame = 50;
+
+DesktopError Bad(const std::string& detail) {
+    return DesktopError(ErrorCode::BadArgumentValue, detail);
+}
+
+/// The solids of a file in metres, ready to be added.
+GeometryObject Scaled(const ImportedSolid& solid, double metresPerUnit, bool useMaterial) {
+    GeometryObject object;
+    object.name = solid.name;
+    object.mesh = solid.mesh;
+    for (auto& vertex : object.mesh.vertices) {
+        vertex *= metresPerUnit;
+    }
+    if (useMaterial && !solid.material.empty()) {
+        object.material = solid.material;
+    }
+    object.importFingerprint = Fingerprint(object.mesh);
+    return object;
+}
+
+Eigen::Vector3d Direction(const std::array<std::string, 3>& expressions, const NameLookup& lookup,
+                          const char* axisName) {
+    Eigen::Vector3d direction;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Quantity component = Evaluate(expressions[i], lookup);
+        if (!component.dimension.IsNumber() && !component.dimension.IsLength()) {
+            throw ExpressionError(Quoted(expressions[i]) + " is " + Describe(component.dimension) +
+                                  " where a component of the " + axisName + " is needed");
+        }
+        direction[static_cast<Eigen::Index>(i)] = component.value;
+    }
+    if (!(direction.norm() > 1e-12)) {
+        throw ExpressionError(std::string("the ") + axisName + " has no direction");
+    }
+    return direction.normalized();
+}
+
+} // namespace
+
+void Modeler::SetUnits(const std::string& units, bool rescale) {
+    const auto size = FindModelUnit(units);
+    if (!size) {
+        throw Bad("unknown model unit " + Quoted(units) + "; known are um, mm, cm, dm, m, meter, km, mil, in, ft, yd");
+    }
+    if (rescale) {
+        for (auto& object : m_objects) {
+            for (auto& vertex : object.mesh.vertices) {
+                vertex *= *size / m_metresPerUnit;
+            }
+        }
+    }
+    m_units = units;
+    m_metresPerUnit = *size;
+}
+
+std::vector<std::string> Modeler::Import(const ImportedGeometry& geometry, bool useMaterials) {
+    std::vector<GeometryObject> additions;
+    std::vector<std::string> kept;
+    for (const auto& solid : geometry.solids) {
+        GeometryObject object = Scaled(solid, m_metresPerUnit, useMaterials);
+        if (IsRegion(object.name)) {
+            throw Bad("an object named " + Quoted(object.name) + " exists already");
+        }
+        const GeometryObject* existing = FindObject(object.name);
+        if (existing == nullptr) {
+            additions.push_back(std::move(object));
+        } else if (existing->importFingerprint == object.importFingerprint) {
+            kept.push_back(object.name);
+        } else {
+            throw Bad("an object named " + Quoted(object.name) + " exists already and has another geometry");
+        }
+    }
+    for (auto& object : additions) {
+        m_objectPlaces.emplace(object.name, m_objects.size());
+        m_objects.push_back(std::move(object));
+    }
+    return kept;
+}
+
+std::vector<std::string> Modeler::Names() const {
+    std::vector<std::string> names;
+    for (const auto& object : m_objects) {
+        names.push_back(object.name);
+    }
+    if (m_region) {
+        names.push_back(m_region->name);
+    }
+    return names;
+}
+
+const GeometryObject* Modeler::FindObject(const std::string& name) const {
+    const auto place = m_objectPlaces.find(name);
+    return place == m_objectPlaces.end() ? nullptr : &m_objects[place->second];
+}
+
+GeometryObject& Modeler::Object(const std::string& name) {
+    return const_cast<GeometryObject&>(std::as_const(*this).Object(name));
+}
+
+const GeometryObject& Modeler::Object(const std::string& name) const {
+    const GeometryObject* object = FindObject(name);
+    if (object == nullptr) {
+        throw DesktopError(ErrorCode::InvalidToolObject, "there is no object " + Quoted(name));
+    }
+    return *object;
+}
+
+bool Modeler::HasFrame(const std::string& name) const {
+    return name == globalFrame || std::any_of(m_coordinateSystems.begin(), m_coordinateSystems.end(),
+                                              [&](const CoordinateSystem& system) { return system.name == name; });
+}
+
+const CoordinateSystem& Modeler::Frame(const std::string& name) const {
+    for (const auto& system : m_coordinateSystems) {
+        if (system.name == name) {
+            return system;
+        }
+    }
+    throw Bad("there is no coordinate system " + Quoted(name));
+}
+
+void Modeler::AddCoordinateSystem(const CoordinateSystem& system, const Variables& variables) {
+    if (HasFrame(system.name)) {
+        throw Bad("a coordinate system named " + Quoted(system.name) + " exists already");
+    }
+    if (system.name.empty()) {
+        throw Bad("a coordinate system needs a name");
+    }
+    try {
+        FramePose(system.reference, variables);
+        OwnPose(system, variables);
+    } catch (const ExpressionError& error) {
+        throw Bad("coordinate system " + Quoted(system.name) + ": " + error.what());
+    }
+    m_coordinateSystems.push_back(system);
+}
+
+void Modeler::SetWorkingFrame(const std::string& name) {
+    if (!HasFrame(name)) {
+        throw Bad("there is no coordinate system " + Quoted(name));
+    }
+    m_workingFrame = name;
+}
+
+Pose Modeler::OwnPose(const CoordinateSystem& system, const Variables& variables) const {
+    const NameLookup lookup = variables.Lookup();
+    Pose pose = Pose::Identity();
+    for (std::size_t i = 0; i < 3; ++i) {
+        pose.translation()[static_cast<Eigen::Index>(i)] = EvaluateLength(system.origin[i], lookup, m_metresPerUnit);
+    }
+    // The x axis stands as it is given; the y axis gives the plane (Gram-Schmidt).
+    const Eigen::Vector3d x = Direction(system.xAxis, lookup, "x axis");
+    const Eigen::Vector3d given = Direction(system.yAxis, lookup, "y axis");
+    const Eigen::Vector3d across = given - given.dot(x) * x;
+    if (!(across.norm() > 1e-9)) {
+        throw ExpressionError("the x axis and the y axis are parallel");
+    }
+    const Eigen::Vector3d y = across.normalized();
+    pose.linear().col(0) = x;
+    pose.linear().col(1) = y;
+    pose.linear().col(2) = x.cross(y);
+    return pose;
+}
+
+Pose Modeler::NestedPose(const std::string& name, const Variables& variables, int depth) const {
+    if (name == globalFrame) {
+        return Pose::Identity();
+    }
+    if (depth > deepestFrame) {
+        throw ExpressionError("coordinate system " + Quoted(name) + " refers to itself or is nested too deep");
+    }
+    const CoordinateSystem& system = Frame(name);
+    return NestedPose(system.reference, variables, depth + 1) * OwnPose(system, variables);
+}
+
+Pose Modeler::FramePose(const std::string& name, const Variables& variables) const {
+    return NestedPose(name, variables, 0);
+}
+
+void Modeler::Transform(const std::string& name, const Pose& inWorkingFrame, const Variables& variables) {
+    GeometryObject& object = Object(name);
+    Pose local = inWorkingFrame;
+    if (object.coordinateSystem != m_workingFrame) {
+        const Pose working = FramePose(m_workingFrame, variables);
+        const Pose own = FramePose(object.coordinateSystem, variables);
+        const Pose toWorking = working.inverse() * own;
+        local = toWorking.inverse() * inWorkingFrame * toWorking;
+    }
+    for (auto& vertex : object.mesh.vertices) {
+        vertex = local * vertex;
+    }
+}
+
+void Modeler::Move(const std::string& name, const Eigen::Vector3d& shift, const Variables& variables) {
+    Pose pose = Pose::Identity();
+    pose.translation() = shift;
+    Transform(name, pose, variables);
+}
+
+void Modeler::Rotate(const std::string& name, int axis, double angle, const Variables& variables) {
+    Pose pose = Pose::Identity();
+    pose.linear() = Eigen::AngleAxisd(angle, Eigen::Vector3d::Unit(axis)).toRotationMatrix();
+    Transform(name, pose, variables);
+}
+
+Mesh Modeler::GlobalMesh(const GeometryObject& object, const Variables& variables) const {
+    Mesh mesh = object.mesh;
+    if (object.coordinateSystem == globalFrame) {
+        return mesh;
+    }
+    const Pose pose = FramePose(object.coordinateSystem, variables);
+    for (auto& vertex : mesh.vertices) {
+        vertex = pose * vertex;
+    }
+    return mesh;
+}
+
+bool Modeler::SetRegion(const Region& region, const Variables& variables) {
+    if (HasObject(region.name)) {
+        throw Bad("an object named " + Quoted(region.name) + " exists already");
+    }
+    if (m_region && m_region->name != region.name) {
+        throw Bad("the design has a region already: " + Quoted(m_region->name));
+    }
+    try {
+        RegionBoxOf(region, variables);
+    } catch (const ExpressionError& error) {
+        throw Bad("region " + Quoted(region.name) + ": " + error.what());
+    }
+    const bool replaced = m_region.has_value();
+    m_region = region;
+    return replaced;
+}
+
+Box Modeler::RegionBox(const Variables& variables) const {
+    return RegionBoxOf(*m_region, variables);
+}
+
+Box Modeler::RegionBoxOf(const Region& region, const Variables& variables) const {
+    Box box;
+    for (const auto& object : m_objects) {
+        for (const auto& vertex : GlobalMesh(object, variables).vertices) {
+            box.Add(vertex);
+        }
+    }
+    const NameLookup lookup = variables.Lookup();
+    const Eigen::Vector3d size = box.IsEmpty() ? Eigen::Vector3d::Zero() : Eigen::Vector3d(box.upper - box.lower);
+    if (box.IsEmpty()) {
+        box.Add(Eigen::Vector3d::Zero());
+    }
+    for (std::size_t side = 0; side < region.padding.size(); ++side) {
+        const Quantity percent = Evaluate(region.padding[side], lookup);
+        if (!percent.dimension.IsNumber() || percent.value < 0.0) {
+            throw ExpressionError("the padding " + Quoted(region.padding[side]) +
+                                  " must be a plain number of percent, 0 or more");
+        }
+        const auto axis = static_cast<Eigen::Index>(side / 2);
+        const double padding = percent.value / 100.0 * size[axis];
+        (side % 2 == 0 ? box.upper : box.lower)[axis] += side % 2 == 0 ? padding : -padding;
+    }
+    return box;
+}
+
+void Modeler::Restore(std::string units, std::vector<GeometryObject> objects, std::vector<CoordinateSystem> systems,
+                      std::optional<Region> region, std::string workingFrame) {
+    SetUnits(units, false);
+    m_objects = std::move(objects);
+    m_objectPlaces.clear();
+    for (std::size_t i = 0; i < m_objects.size(); ++i) {
+        m_objectPlaces.emplace(m_objects[i].name, i);
+    }
+    m_coordinateSystems = std::move(systems);
+    m_region = std::move(region);
+    m_workingFrame = std::move(workingFrame);
+}
+
+} // namespace vantor::model

@@ -1,0 +1,96 @@
+#include "simulator/model/ReportData.h"
+
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Files.h"
+#include "simulator/model/Text.h"
+
+namespace vantor::model {
+namespace {
+
+struct Label {
+    std::string name;
+    std::string unit;
+};
+
+[[noreturn]] void Fail(const std::string& fileName, std::size_t line, const std::string& reason) {
+    throw DesktopError(ErrorCode::ReadFile, fileName + ", line " + std::to_string(line) + ": " + reason);
+}
+
+/// "Force_Rotor.Force_x [Newton]" as name and unit; a label may go without a unit.
+Label ParseLabel(const std::string& field, const std::string& fileName) {
+    const std::string text(Trim(field));
+    const auto bracket = text.find(" [");
+    Label label{text.substr(0, bracket), ""};
+    if (bracket != std::string::npos) {
+        if (text.back() != ']') {
+            Fail(fileName, 1, "the unit of the label " + Quoted(text) + " does not end in \"]\"");
+        }
+        label.unit = text.substr(bracket + 2, text.size() - bracket - 3);
+    }
+    if (label.name.empty()) {
+        Fail(fileName, 1, "a column has no label");
+    }
+    return label;
+}
+
+std::vector<Trace> TracesOfLabels(const std::string& line, const std::string& fileName) {
+    const auto fields = Split(line, ',');
+    if (fields.size() < 2) {
+        Fail(fileName, 1, "at least two labelled columns are needed");
+    }
+    const Label x = ParseLabel(fields[0], fileName);
+    std::vector<Trace> traces;
+    for (std::size_t i = 1; i < fields.size(); ++i) {
+        const Label label = ParseLabel(fields[i], fileName);
+        if (FindByName(traces, label.name) != nullptr) {
+            Fail(fileName, 1, "a second column labelled " + Quoted(label.name));
+        }
+        traces.push_back({label.name, label.unit, x.name, x.unit, {}, {}});
+    }
+    return traces;
+}
+
+void AddPoints(std::vector<Trace>& traces, const std::string& line, const std::string& fileName, std::size_t number) {
+    const auto fields = Split(line, ',');
+    if (fields.size() != traces.size() + 1) {
+        Fail(fileName, number,
+             std::to_string(traces.size() + 1) + " fields are needed, here are " + std::to_string(fields.size()));
+    }
+    std::vector<double> values;
+    for (const auto& field : fields) {
+        double value = 0.0;
+        if (!ParseNumber(Trim(field), value)) {
+            Fail(fileName, number, "not a finite number: " + Quoted(field));
+        }
+        values.push_back(value);
+    }
+    for (std::size_t i = 0; i < traces.size(); ++i) {
+        traces[i].x.push_back(values[0]);
+        traces[i].y.push_back(values[i + 1]);
+    }
+}
+
+} // namespace
+
+std::vector<Trace> ReadTraces(const std::string& text, const std::string& fileName) {
+    const auto lines = Split(text, '\n');
+    if (Trim(lines[0]).empty()) {
+        Fail(fileName, 1, "the column labels are missing");
+    }
+    std::vector<Trace> traces = TracesOfLabels(lines[0], fileName);
+    for (std::size_t i = 1; i < lines.size(); ++i) {
+        if (!Trim(lines[i]).empty()) {
+            AddPoints(traces, lines[i], fileName, i + 1);
+        }
+    }
+    return traces;
+}
+
+std::vector<Trace> ReadTraceFile(const std::filesystem::path& path) {
+    if (path.extension() != ".csv") {
+        throw DesktopError(ErrorCode::ReadFile, "the file " + Quoted(Utf8(path)) + " is no .csv file");
+    }
+    return ReadTraces(ReadWholeFile(path), Utf8(path));
+}
+
+} // namespace vantor::model
