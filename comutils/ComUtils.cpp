@@ -75,7 +75,7 @@ std::vector<std::string> CComUtils::CallGetChildNames(IDispatch* object) {
 }
 
 IDispatch* CComUtils::CallGetChildObject(IDispatch* object, const std::string& name) {
-    return Dispatch::QueryObject(object, L"GetChildObject", {name}).Detach();
+    return Dispatch::QueryObject(object, L"GetChildObject", {name}).release();
 }
 
 std::vector<std::string> CComUtils::CallGetPropNames(IDispatch* object) {
@@ -93,11 +93,11 @@ bool CComUtils::CallSetPropValue(IDispatch* object, const std::string& property,
 }
 
 IDispatch* CComUtils::CallGetModule(IDispatch* object, const std::string& module) {
-    return Dispatch::QueryObject(object, L"GetModule", {module}).Detach();
+    return Dispatch::QueryObject(object, L"GetModule", {module}).release();
 }
 
 IDispatch* CComUtils::CallSetActive(IDispatch* object, const wchar_t* methodName, const std::string& name) {
-    return Dispatch::QueryObject(object, methodName, {name}).Detach();
+    return Dispatch::QueryObject(object, methodName, {name}).release();
 }
 
 std::set<std::string> CComUtils::CallAndGetStringSet(IDispatch* object, const wchar_t* methodName) {

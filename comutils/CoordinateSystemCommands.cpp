@@ -91,7 +91,7 @@ bool CComUtils::RecurseSetCoordinateSystem(IDispatch* object, const std::string&
         return false;
     for (const std::string& name : CallGetChildNames(object)) {
         const CObject child = Dispatch::Own(CallGetChildObject(object, name));
-        if (!child || !RecurseSetCoordinateSystem(child.Get(), body))
+        if (!child || !RecurseSetCoordinateSystem(child.get(), body))
             return false;
     }
     return true;

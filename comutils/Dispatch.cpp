@@ -47,12 +47,6 @@ CObject QueryObject(IDispatch* object, const wchar_t* methodName, std::initializ
     return Own(result.DetachObject());
 }
 
-CObject Own(IDispatch* object) {
-    CObject owner;
-    owner.Attach(object);
-    return owner;
-}
-
 bool QueryLocalVariables(IDispatch* design, std::vector<std::string>& names) {
     CValue result;
     if (!Call(design, L"GetProperties", {"LocalVariableTab", "LocalVariables"}, result))

@@ -2,14 +2,18 @@
 
 #include "comutils/Value.h"
 
-#include <wrl/client.h>
-
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <vector>
 
-/// An automation object with one reference of its own.
-using CObject = Microsoft::WRL::ComPtr<IDispatch>;
+struct ReleaseObject {
+    void operator()(IDispatch* object) const noexcept { object->Release(); }
+};
+
+/// An automation object with one reference of its own. (The platform's ComPtr does not fit: its Attach takes a further
+/// reference in some headers and none in others.)
+using CObject = std::unique_ptr<IDispatch, ReleaseObject>;
 
 /// The one road to the desktop: every command goes through `Call`.
 namespace Dispatch {
@@ -31,7 +35,9 @@ bool QueryText(IDispatch* object, const wchar_t* methodName, std::string& text);
 CObject QueryObject(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments);
 
 /// Takes over the reference of an object that a wrapper returned.
-CObject Own(IDispatch* object);
+inline CObject Own(IDispatch* object) {
+    return CObject(object);
+}
 
 /// Names of the design's local variables ("GetProperties").
 /// @return false when the call fails; a result that is no array gives no names

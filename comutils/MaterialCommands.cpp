@@ -11,7 +11,7 @@ constexpr char quotedVacuum[] = "\"vacuum\"";
 /// An object whose material cannot be read does not count as one that is not vacuum.
 bool IsNonVacuum(IDispatch* editor, const std::string& name) {
     const CObject object = Dispatch::Own(CComUtils::CallGetChildObject(editor, name));
-    const CValue material = CValue::Attach(CComUtils::CallGetPropValue(object.Get(), "Material"));
+    const CValue material = CValue::Attach(CComUtils::CallGetPropValue(object.get(), "Material"));
     return material.IsText() && material.ToText() != quotedVacuum;
 }
 
@@ -47,8 +47,8 @@ bool CComUtils::SetSolveInside(IDispatch* editor) {
         const CObject object = Dispatch::Own(CallGetChildObject(editor, name));
         if (!object)
             return false;
-        if (Names::Contains(CallGetPropNames(object.Get()), property) &&
-            !CallSetPropValue(object.Get(), property, CValue(true).Get()))
+        if (Names::Contains(CallGetPropNames(object.get()), property) &&
+            !CallSetPropValue(object.get(), property, CValue(true).Get()))
             return false;
     }
     return true;

@@ -16,7 +16,7 @@ bool CComUtils::CreateOutputVariables(IDispatch* design, const IKinoraVeltrixInt
     if (!module)
         return false;
     for (const auto& [name, expression] : Names::OutputVariables(transform.name))
-        if (!Dispatch::Call(module.Get(), L"CreateOutputVariable",
+        if (!Dispatch::Call(module.get(), L"CreateOutputVariable",
                             {name, expression, Names::Solution(setupName), Names::magnetostatic, CValue::EmptyList()}))
             return false;
     return true;
@@ -39,7 +39,7 @@ bool CComUtils::ExtractOutputData(IDispatch* design, const std::string& name, co
         return false;
     const auto read = [&](const std::string& load, double(&components)[3]) {
         for (int axis = 0; axis < 3; ++axis)
-            if (!CallGetOutputVariableValue(module.Get(), load + Names::axes[axis], setupName, components[axis]))
+            if (!CallGetOutputVariableValue(module.get(), load + Names::axes[axis], setupName, components[axis]))
                 return false;
         return true;
     };

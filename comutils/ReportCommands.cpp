@@ -27,7 +27,7 @@ bool CreateReport(IDispatch* reportModule, const std::string& reportName, const 
 
 std::set<std::string> CComUtils::GetReportNames(IDispatch* design) {
     const CObject results = Dispatch::Own(CallGetChildObject(design, "Results"));
-    return CallAndGetStringSet(results.Get(), L"GetChildNames");
+    return CallAndGetStringSet(results.get(), L"GetChildNames");
 }
 
 bool CComUtils::CreateEmptyReport(IDispatch* reportModule, const std::string& reportName, const std::string& setupName,

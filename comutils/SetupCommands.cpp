@@ -30,7 +30,7 @@ CValue CacheItems(const std::string& body) {
 
 std::string CComUtils::GetFirstSetup(IDispatch* design) {
     CValue setups;
-    Dispatch::Call(SetupModule(design).Get(), L"GetSetups", {}, setups);
+    Dispatch::Call(SetupModule(design).get(), L"GetSetups", {}, setups);
     const std::vector<std::string> names = ReadStringArray(setups.Get());
     return names.empty() ? std::string() : *std::min_element(names.begin(), names.end());
 }
@@ -50,7 +50,7 @@ bool CComUtils::CheckAndInsertSetup(IDispatch* design) {
     const CObject module = SetupModule(design);
     if (!module)
         return false;
-    return !GetFirstSetup(design).empty() || CallInsertSetup(module.Get(), Names::defaultSetup);
+    return !GetFirstSetup(design).empty() || CallInsertSetup(module.get(), Names::defaultSetup);
 }
 
 bool CComUtils::CallAnalyze(IDispatch* design, const std::string& setupName, int& status) {
@@ -72,6 +72,6 @@ bool CComUtils::InsertExpressionCaches(IDispatch* design, const IKinoraVeltrixIn
     const std::string setup = GetFirstSetup(design);
     if (setup.empty())
         return false;
-    return Dispatch::Call(module.Get(), L"EditSetup",
+    return Dispatch::Call(module.get(), L"EditSetup",
                           {setup, {Names::Block(setup), "Enabled:=", true, CacheItems(transform.name)}});
 }

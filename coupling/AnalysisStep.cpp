@@ -194,7 +194,7 @@ bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<T
     const CObject module = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::reportModule));
     if (!module)
         return false;
-    const CStepReports reports(module.Get(), folder, step.time, step.setup, step.localVariables,
+    const CStepReports reports(module.get(), folder, step.time, step.setup, step.localVariables,
                                std::move(reportNames));
     for (const Transform& transform : transforms) {
         const std::string& body = transform.name;

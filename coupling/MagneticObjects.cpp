@@ -21,7 +21,7 @@ bool PlaceObjects(IDispatch* editor, const Group& group) {
             !CComUtils::CallRotate(editor, group.transform, name))
             return false;
         const CObject object = Dispatch::Own(CComUtils::CallGetChildObject(editor, name));
-        if (!object || !CComUtils::RecurseSetCoordinateSystem(object.Get(), body))
+        if (!object || !CComUtils::RecurseSetCoordinateSystem(object.get(), body))
             return false;
     }
     return CComUtils::CallSetWorkingCS(editor, "Global");
@@ -42,7 +42,7 @@ bool DefineLoads(IDispatch* editor, IDispatch* loadModule, IDispatch* design, co
 
 bool AddBody(IDispatch* editor, IDispatch* design, const Group& group, const std::string& setup) {
     const CObject loadModule = Dispatch::Own(CComUtils::CallGetModule(design, Names::loadModule));
-    return loadModule && PlaceObjects(editor, group) && DefineLoads(editor, loadModule.Get(), design, group, setup);
+    return loadModule && PlaceObjects(editor, group) && DefineLoads(editor, loadModule.get(), design, group, setup);
 }
 
 std::string WithoutQuotes(const std::string& text) {
@@ -93,7 +93,7 @@ bool CKinoraVeltrixCoupling::PrepareModel(ModelBuild& model) {
     if (!model.editor)
         return false;
     CreateInitialVariables(model);
-    if (!CComUtils::CallAssignRegion(model.editor.Get()))
+    if (!CComUtils::CallAssignRegion(model.editor.get()))
         return false;
     model.materials = Dispatch::Own(CComUtils::CallGetChildObject(m_pProject, Names::materialsChild));
     if (!model.materials)
@@ -116,11 +116,11 @@ bool CKinoraVeltrixCoupling::AddMissingMaterials(const ModelBuild& model, const 
     if (!materials)
         return false;
     std::set<std::string> defined;
-    for (std::string& name : CComUtils::CallGetChildNames(materials.Get()))
+    for (std::string& name : CComUtils::CallGetChildNames(materials.get()))
         defined.insert(std::move(name));
     for (const std::string& name : AllObjects(groups)) {
-        const CObject object = Dispatch::Own(CComUtils::CallGetChildObject(model.editor.Get(), name));
-        const CValue assigned = CValue::Attach(CComUtils::CallGetPropValue(object.Get(), "Material"));
+        const CObject object = Dispatch::Own(CComUtils::CallGetChildObject(model.editor.get(), name));
+        const CValue assigned = CValue::Attach(CComUtils::CallGetPropValue(object.get(), "Material"));
         if (!assigned.IsText())
             continue;
         const std::string material = WithoutQuotes(assigned.ToText());
@@ -138,7 +138,7 @@ bool CKinoraVeltrixCoupling::AddBodies(ModelBuild& model, const std::vector<Grou
     m_stepEntries = {Names::timeVariable};
     model.initialRow = {"0s"};
     for (const Group& group : groups)
-        if (RecordInitialPose(model, group.transform) && !AddBody(model.editor.Get(), m_pDesign, group, model.setup))
+        if (RecordInitialPose(model, group.transform) && !AddBody(model.editor.get(), m_pDesign, group, model.setup))
             return false;
     return true;
 }
@@ -173,12 +173,12 @@ bool CKinoraVeltrixCoupling::CreateReportsAndPlot(const ModelBuild& model, const
         return true;
     for (const Group& group : groups) {
         const std::string& body = group.transform.name;
-        CComUtils::CreateEmptyReport(reports.Get(), Names::Force(body), model.setup, variables);
-        CComUtils::CreateEmptyReport(reports.Get(), Names::Torque(body), model.setup, variables);
+        CComUtils::CreateEmptyReport(reports.get(), Names::Force(body), model.setup, variables);
+        CComUtils::CreateEmptyReport(reports.get(), Names::Torque(body), model.setup, variables);
     }
     const std::vector<std::string> objects = AllObjects(groups);
     if (objects.empty())
         return true;
     const CObject fields = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::fieldsModule));
-    return fields && CComUtils::CreateFieldPlot(fields.Get(), "H_VectorPlot", "H", model.setup, "H_Vector", objects);
+    return fields && CComUtils::CreateFieldPlot(fields.get(), "H_VectorPlot", "H", model.setup, "H_Vector", objects);
 }

@@ -38,7 +38,7 @@ bool WriteComponents(IDispatch* clone, const double (&wanted)[3], const double (
 
 bool CKinoraVeltrixCoupling::AssignMaterial(const ModelBuild& model, const std::string& object,
                                             const Material& wanted) {
-    IDispatch* editor = model.editor.Get();
+    IDispatch* editor = model.editor.get();
     if (m_plainMaterials.count(wanted.name))
         return CComUtils::CallAssignMaterial(editor, object, wanted.name);
     if (m_materialClones.count(wanted.name))
@@ -46,16 +46,16 @@ bool CKinoraVeltrixCoupling::AssignMaterial(const ModelBuild& model, const std::
 
     if (!CComUtils::CallAssignMaterial(editor, object, wanted.name))
         return false;
-    const CObject material = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.Get(), wanted.name));
+    const CObject material = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.get(), wanted.name));
     if (!material)
         return false;
-    if (!Names::Contains(CComUtils::CallGetPropNames(material.Get()), Names::coercivity)) {
+    if (!Names::Contains(CComUtils::CallGetPropNames(material.get()), Names::coercivity)) {
         m_plainMaterials.insert(wanted.name);
         return true;
     }
     MaterialVariant base = {wanted.name, {}};
     // Components that are no texts cannot be compared: the object keeps the material, and the next one asks again.
-    if (!ReadComponents(material.Get(), base.components))
+    if (!ReadComponents(material.get(), base.components))
         return true;
     m_materialClones.emplace(wanted.name, MaterialVariants{base});
     return AssignVariant(model, object, wanted);
@@ -68,16 +68,16 @@ bool CKinoraVeltrixCoupling::AssignVariant(const ModelBuild& model, const std::s
         return std::equal(std::begin(direction), std::end(direction), std::begin(variant.components));
     });
     if (known != variants.end())
-        return CComUtils::CallAssignMaterial(model.editor.Get(), object, known->name);
+        return CComUtils::CallAssignMaterial(model.editor.get(), object, known->name);
 
     const MaterialVariant& base = variants.front();
     MaterialVariant variant = {wanted.name + "_" + std::to_string(variants.size()), {}};
     std::copy(std::begin(direction), std::end(direction), std::begin(variant.components));
-    if (!CComUtils::CallCloneMaterial(model.definitions.Get(), base.name, variant.name))
+    if (!CComUtils::CallCloneMaterial(model.definitions.get(), base.name, variant.name))
         return false;
-    const CObject clone = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.Get(), variant.name));
-    if (!clone || !WriteComponents(clone.Get(), direction, base.components))
+    const CObject clone = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.get(), variant.name));
+    if (!clone || !WriteComponents(clone.get(), direction, base.components))
         return false;
     variants.push_back(variant);
-    return CComUtils::CallAssignMaterial(model.editor.Get(), object, variant.name);
+    return CComUtils::CallAssignMaterial(model.editor.get(), object, variant.name);
 }

@@ -9,13 +9,13 @@ bool CKinoraVeltrixCoupling::AddParametricSetup(bool replace) const {
     if (!m_pDesign)
         return false;
     const CObject setups = Dispatch::Own(CComUtils::CallGetChildObject(m_pDesign, Names::parametricChild));
-    bool exists = Names::Contains(CComUtils::CallGetChildNames(setups.Get()), setupName);
+    bool exists = Names::Contains(CComUtils::CallGetChildNames(setups.get()), setupName);
     if (exists && replace) {
-        if (!Dispatch::Call(setups.Get(), L"DeleteSetups", {{setupName}}))
+        if (!Dispatch::Call(setups.get(), L"DeleteSetups", {{setupName}}))
             return false;
         exists = false;
     }
     CValue history = ParametricHistory::Argument(m_stepEntries, m_stepRows);
-    return exists ? Dispatch::Call(setups.Get(), L"EditSetup", {setupName, std::move(history)})
-                  : Dispatch::Call(setups.Get(), L"InsertSetup", {"OptiParametric", std::move(history)});
+    return exists ? Dispatch::Call(setups.get(), L"EditSetup", {setupName, std::move(history)})
+                  : Dispatch::Call(setups.get(), L"InsertSetup", {"OptiParametric", std::move(history)});
 }

@@ -40,11 +40,11 @@ bool IsAt(IDispatch* project, const ProjectPlace& place) {
 CObject FindOpenProject(IDispatch* desktop, const ProjectPlace& place) {
     const CObject projects = Dispatch::QueryObject(desktop, L"GetProjects", {});
     CValue count;
-    if (!Dispatch::Call(projects.Get(), L"Count", {}, count))
+    if (!Dispatch::Call(projects.get(), L"Count", {}, count))
         return nullptr;
     for (LONG index = 0; index < count.Get().lVal; ++index) {
-        CObject project = Dispatch::QueryObject(projects.Get(), L"Item", {CValue::Int(index)});
-        if (project && IsAt(project.Get(), place))
+        CObject project = Dispatch::QueryObject(projects.get(), L"Item", {CValue::Int(index)});
+        if (project && IsAt(project.get(), place))
             return project;
     }
     return nullptr;
@@ -64,7 +64,7 @@ bool CKinoraVeltrixCoupling::CreateProject(const std::string& projectPath, const
     CObject project = Dispatch::QueryObject(m_pDesktop, L"NewProject", {});
     if (!project)
         return false;
-    m_pProject = project.Detach();
+    m_pProject = project.release();
     if (!CComUtils::CallSaveAs(m_pProject, projectPath, false) ||
         !CComUtils::CallInsertDesign(m_pProject, newDesignName))
         return false;
@@ -76,9 +76,9 @@ bool CKinoraVeltrixCoupling::OpenProject(const std::string& projectPath, const s
     if (!LaunchWhenNeeded())
         return false;
     ReleaseDesignAndProject();
-    m_pProject = FindOpenProject(m_pDesktop, PlaceOf(projectPath)).Detach();
+    m_pProject = FindOpenProject(m_pDesktop, PlaceOf(projectPath)).release();
     if (!m_pProject)
-        m_pProject = Dispatch::QueryObject(m_pDesktop, L"OpenProject", {projectPath}).Detach();
+        m_pProject = Dispatch::QueryObject(m_pDesktop, L"OpenProject", {projectPath}).release();
     if (!m_pProject)
         return false;
     if (designName.empty())
@@ -96,7 +96,7 @@ bool CKinoraVeltrixCoupling::GetVeltrixDesigns(const std::string& projectPath, s
     for (const std::string& name : CComUtils::ReadStringArray(names.Get())) {
         const CObject design = Dispatch::QueryObject(m_pProject, L"GetDesign", {name});
         CValue type;
-        if (!Dispatch::Call(design.Get(), L"GetDesignType", {}, type))
+        if (!Dispatch::Call(design.get(), L"GetDesignType", {}, type))
             return false;
         if (type.IsText() && type.ToText() == Names::designType)
             designs.push_back(name);
