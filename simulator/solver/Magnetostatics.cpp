@@ -1,0 +1,78 @@
+#include "simulator/solver/Magnetostatics.h"
+
+#include "simulator/solver/PolygonIntegrals.h"
+#include "simulator/solver/PreparedMagnet.h"
+#include "simulator/solver/Refinement.h"
+
+#include <cmath>
+
+namespace vantor::solver {
+namespace {
+
+void CheckOptions(const Options& options) {
+    if (!std::isfinite(options.percentError) || options.percentError <= 0)
+        throw SolveError("The percent error " + std::to_string(options.percentError) +
+                         " is no goal to solve for; give a positive number.");
+    if (options.maximumPasses < 1)
+        throw SolveError("The maximum number of passes is " + std::to_string(options.maximumPasses) +
+                         "; it must be at least 1.");
+    if (options.threads < 0)
+        throw SolveError("The number of threads is " + std::to_string(options.threads) +
+                         "; give 0 for as many as the machine has.");
+}
+
+} // namespace
+
+Solution Solve(const std::vector<Body>& bodies, const Options& options) {
+    CheckOptions(options);
+    const Eigen::Vector3d origin = MiddleOf(bodies);
+    const std::vector<PreparedMagnet> magnets = PrepareMagnets(bodies, origin);
+    CheckSeparation(magnets);
+
+    Solution solution;
+    Refinement refinement(magnets, bodies, options);
+    bool more = true;
+    while (more) {
+        solution.passes.push_back(refinement.Evaluate());
+        solution.converged = solution.passes.back().percentError <= options.percentError;
+        more = !solution.converged && solution.passes.back().number < options.maximumPasses && refinement.Refine();
+    }
+    solution.loads = refinement.Loads();
+    for (Load& load : solution.loads) {
+        load.torque += origin.cross(load.force);
+        load.torqueError += origin.norm() * load.forceError;
+        if (!load.force.allFinite() || !load.torque.allFinite())
+            throw SolveError("The loads are beyond what numbers can hold; check the bodies' sizes and magnetisations.");
+    }
+    return solution;
+}
+
+struct FieldEvaluator::Implementation {
+    Eigen::Vector3d origin;
+    std::vector<PreparedMagnet> magnets;
+};
+
+FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementation(new Implementation) {
+    m_implementation->origin = MiddleOf(bodies);
+    m_implementation->magnets = PrepareMagnets(bodies, m_implementation->origin);
+}
+
+FieldEvaluator::~FieldEvaluator() = default;
+FieldEvaluator::FieldEvaluator(FieldEvaluator&&) noexcept = default;
+FieldEvaluator& FieldEvaluator::operator=(FieldEvaluator&&) noexcept = default;
+
+Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
+    constexpr double solidAngleOfAll = 12.566370614359172954;
+    const Eigen::Vector3d x = point - m_implementation->origin;
+    Eigen::Vector3d field = Eigen::Vector3d::Zero();
+    for (const PreparedMagnet& magnet : m_implementation->magnets)
+        for (const ChargedFace& face : magnet.faces)
+            field += face.charge / solidAngleOfAll * ChargeField(face.polygon, x);
+    return field;
+}
+
+Eigen::Vector3d FieldH(const std::vector<Body>& bodies, const Eigen::Vector3d& point) {
+    return FieldEvaluator(bodies).H(point);
+}
+
+} // namespace vantor::solver

@@ -1,0 +1,44 @@
+#pragma once
+// Flat faces of a mesh. Neighbouring triangles in one plane become one polygon, however finely they were meshed: the
+// closed forms need a face's outline only.
+#include "simulator/solver/Magnetostatics.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace vantor::solver {
+
+/// A directed piece of a polygon's outline; the polygon lies to its left, seen from where the normal points to.
+struct Edge {
+    Eigen::Vector3d start;
+    Eigen::Vector3d direction; ///< unit
+    Eigen::Vector3d outward;   ///< unit, in the polygon's plane, away from the polygon
+    double length = 0;
+
+    Eigen::Vector3d At(double t) const { return start + t * direction; }
+};
+
+/// An edge in the polygon's own plane coordinates (origin in its centre): all that the closed forms read.
+struct PlaneEdge {
+    double x, y;   ///< start
+    double tx, ty; ///< unit direction; (ty, -tx) points outward
+    double length;
+};
+
+/// A flat polygon, of any number of outlines, given by its edges in no special order.
+struct Polygon {
+    Eigen::Vector3d centre; ///< centroid of the area
+    Eigen::Vector3d xAxis, yAxis, normal;
+    double area = 0;
+    double radius = 0; ///< of the circle about the centre that holds all corners
+    std::vector<Edge> edges;
+    std::vector<PlaneEdge> planeEdges; ///< the same edges in the same order
+    /// Four points of equal weight with the area, the centroid and the second moments of the polygon.
+    std::array<Eigen::Vector3d, 4> massPoints;
+};
+
+/// The faces of a mesh on which `magnetisation` leaves a charge; those along it are left out.
+/// @param mesh  indices in range, coordinates finite
+std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation);
+
+} // namespace vantor::solver

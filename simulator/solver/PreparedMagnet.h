@@ -1,0 +1,39 @@
+#pragma once
+// A magnet as the solver works with it: charged faces, and its moments for the far field.
+#include "simulator/solver/Polygon.h"
+
+#include <Eigen/Geometry>
+
+namespace vantor::solver {
+
+struct ChargedFace {
+    Polygon polygon;
+    double charge = 0; ///< A/m: magnetisation along the outward normal
+};
+
+struct PreparedMagnet {
+    std::size_t body = 0;
+    std::string label; ///< for messages: magnet and body by name
+    TriangleMesh mesh; ///< without the triangles that have no area
+    std::vector<ChargedFace> faces;
+    Eigen::Vector3d moment = Eigen::Vector3d::Zero(); ///< A m^2: magnetisation times volume
+    Eigen::Vector3d centre = Eigen::Vector3d::Zero(); ///< centroid of the volume
+    double radius = 0;                                ///< of the sphere about the centre that holds the mesh
+    /// Six points of equal weight with the volume's centroid and second moments.
+    std::array<Eigen::Vector3d, 6> massPoints;
+    Eigen::AlignedBox3d box;
+};
+
+/// Checks and prepares every magnet that has a mesh and a magnetisation.
+/// @param origin  becomes the origin of coordinates: near the bodies, so that no digits are lost far from zero
+/// @throws SolveError  values that are not finite, corner numbers out of range, a mesh that is open or inside out
+std::vector<PreparedMagnet> PrepareMagnets(const std::vector<Body>& bodies, const Eigen::Vector3d& origin);
+
+/// The middle of all meshes.
+/// @throws SolveError  coordinates that are not finite
+Eigen::Vector3d MiddleOf(const std::vector<Body>& bodies);
+
+/// @throws SolveError  two magnets of different bodies touch, overlap, or lie inside one another
+void CheckSeparation(const std::vector<PreparedMagnet>& magnets);
+
+} // namespace vantor::solver
