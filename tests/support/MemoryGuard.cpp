@@ -1,8 +1,9 @@
 #include "tests/support/MemoryGuard.h"
 
+#include <windows.h>
+
 #include <objbase.h>
 #include <oleauto.h>
-#include <windows.h>
 
 #include <gtest/gtest.h>
 #include <malloc.h>

@@ -1,8 +1,9 @@
 #include "tests/support/Registration.h"
 
+#include <windows.h>
+
 #include <objbase.h>
 #include <oleauto.h>
-#include <windows.h>
 
 #include <array>
 #include <cstdlib>
@@ -21,9 +22,9 @@ std::wstring ClassIdText(const CLSID& classId) {
     return text.data();
 }
 
-bool WriteKey(HKEY root, const std::wstring& key, const std::wstring& value) {
+bool WriteKey(HKEY root, const std::wstring& key, const std::wstring& value, const wchar_t* name = nullptr) {
     const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
-    return RegSetKeyValueW(root, (L"Software\\Classes\\" + key).c_str(), nullptr, REG_SZ, value.c_str(), size) ==
+    return RegSetKeyValueW(root, (L"Software\\Classes\\" + key).c_str(), name, REG_SZ, value.c_str(), size) ==
            ERROR_SUCCESS;
 }
 
@@ -93,11 +94,11 @@ Registration::~Registration() {
 }
 
 bool Registration::Register(HKEY root) {
-    const std::wstring classKey = L"CLSID\\" + ClassIdText(m_classId);
+    const std::wstring serverKey = L"CLSID\\" + ClassIdText(m_classId) + L"\\InprocServer32";
     CLSID found{};
-    return WriteKey(root, m_progId + L"\\CLSID", ClassIdText(m_classId)) &&
-           WriteKey(root, classKey + L"\\InprocServer32", ProgramPath()) &&
-           CLSIDFromProgID(m_progId.c_str(), &found) == S_OK && IsEqualCLSID(found, m_classId);
+    return WriteKey(root, m_progId + L"\\CLSID", ClassIdText(m_classId)) && WriteKey(root, serverKey, ProgramPath()) &&
+           WriteKey(root, serverKey, L"Both", L"ThreadingModel") && CLSIDFromProgID(m_progId.c_str(), &found) == S_OK &&
+           IsEqualCLSID(found, m_classId);
 }
 
 void Registration::Unregister(HKEY root) const {

@@ -1,8 +1,9 @@
 #include "tests/support/TestFolder.h"
 
+#include <windows.h>
+
 #include <objbase.h>
 #include <oleauto.h>
-#include <windows.h>
 
 #include <array>
 #include <filesystem>
