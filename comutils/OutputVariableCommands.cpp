@@ -8,6 +8,15 @@ CObject OutputVariableModule(IDispatch* design) {
     return Dispatch::Own(CComUtils::CallGetModule(design, Names::outputVariableModule));
 }
 
+bool ReadValue(IDispatch* module, const std::string& name, const std::string& solution, double& value) {
+    CValue result;
+    if (!Dispatch::Call(module, L"GetOutputVariableValue",
+                        {name, "", solution, Names::magnetostatic, CValue::EmptyList()}, result))
+        return false;
+    value = result.Get().dblVal;
+    return true;
+}
+
 } // namespace
 
 bool CComUtils::CreateOutputVariables(IDispatch* design, const IKinoraVeltrixInterface::Transform& transform,
@@ -24,12 +33,7 @@ bool CComUtils::CreateOutputVariables(IDispatch* design, const IKinoraVeltrixInt
 
 bool CComUtils::CallGetOutputVariableValue(IDispatch* module, const std::string& name, const std::string& setupName,
                                            double& value) {
-    CValue result;
-    if (!Dispatch::Call(module, L"GetOutputVariableValue",
-                        {name, "", Names::Solution(setupName), Names::magnetostatic, CValue::EmptyList()}, result))
-        return false;
-    value = result.Get().dblVal;
-    return true;
+    return ReadValue(module, name, Names::Solution(setupName), value);
 }
 
 bool CComUtils::ExtractOutputData(IDispatch* design, const std::string& name, const std::string& setupName,
@@ -37,9 +41,10 @@ bool CComUtils::ExtractOutputData(IDispatch* design, const std::string& name, co
     const CObject module = OutputVariableModule(design);
     if (!module)
         return false;
+    const std::string solution = Names::Solution(setupName);
     const auto read = [&](const std::string& load, double(&components)[3]) {
         for (int axis = 0; axis < 3; ++axis)
-            if (!CallGetOutputVariableValue(module.get(), load + Names::axes[axis], setupName, components[axis]))
+            if (!ReadValue(module.get(), load + Names::axes[axis], solution, components[axis]))
                 return false;
         return true;
     };

@@ -58,14 +58,14 @@ CValue CValue::Copy(const VARIANT& source) {
 
 CValue& CValue::operator=(CValue&& other) noexcept {
     if (this != &other) {
-        VariantClear(&m_value);
+        Clear();
         m_value = other.Detach();
     }
     return *this;
 }
 
 VARIANT* CValue::Receive() noexcept {
-    VariantClear(&m_value);
+    Clear();
     m_value = VARIANT{}; // all bytes zero, also those of the value
     return &m_value;
 }
@@ -85,11 +85,8 @@ IDispatch* CValue::DetachObject() noexcept {
 }
 
 CListBuilder::CListBuilder(std::size_t count)
-    : m_array(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(count))) {
-    void* elements = nullptr;
-    if (m_array && SUCCEEDED(SafeArrayAccessData(m_array, &elements)))
-        m_next = static_cast<VARIANT*>(elements);
-}
+    : m_array(SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(count))),
+      m_next(m_array ? static_cast<VARIANT*>(m_array->pvData) : nullptr) {}
 
 CListBuilder::~CListBuilder() {
     Finish();
@@ -103,8 +100,6 @@ void CListBuilder::Add(CValue value) {
 CValue CListBuilder::Finish() {
     if (!m_array)
         return CValue();
-    if (m_next)
-        SafeArrayUnaccessData(m_array);
     VARIANT list{};
     list.vt = VT_ARRAY | VT_VARIANT;
     list.parray = std::exchange(m_array, nullptr);

@@ -23,7 +23,7 @@
 class CValue {
 public:
     /// Nothing (VT_EMPTY). Empty braces mean this; a list without elements is `EmptyList`.
-    CValue() noexcept { VariantInit(&m_value); }
+    CValue() noexcept : m_value() {}
     /// Text, from the ANSI code page. @throws _com_error  E_OUTOFMEMORY
     CValue(std::string_view text);
     CValue(const std::string& text) : CValue(std::string_view(text)) {}
@@ -48,7 +48,7 @@ public:
 
     CValue(CValue&& other) noexcept : m_value(other.Detach()) {}
     CValue& operator=(CValue&& other) noexcept;
-    ~CValue() { VariantClear(&m_value); }
+    ~CValue() { Clear(); }
 
     /// Replaces this value by a copy; a failure is returned, not thrown.
     HRESULT CopyFrom(const VARIANT& source) noexcept;
@@ -66,6 +66,12 @@ public:
     IDispatch* DetachObject() noexcept;
 
 private:
+    // Most values have been moved on before they end; those need no call into the platform.
+    void Clear() noexcept {
+        if (m_value.vt != VT_EMPTY)
+            VariantClear(&m_value);
+    }
+
     // Braces hand over their elements as constants; they move on into the array all the same.
     VARIANT Take() const noexcept;
 
@@ -96,5 +102,5 @@ public:
 
 private:
     SAFEARRAY* m_array;
-    VARIANT* m_next = nullptr;
+    VARIANT* m_next;
 };
