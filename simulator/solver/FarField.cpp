@@ -11,7 +11,7 @@ using Eigen::Vector3d;
 
 constexpr double fieldConstant = 1e-7; // mu0 / (4 pi)
 /// Distances, in sums of the radii, from which on the far interactions are tried first.
-constexpr double farMagnets = 6, farPolygons = 4;
+constexpr double farMagnets = 10, farPolygons = 4;
 /// Bounds of what the points miss, from the third order on, as multiples of the leading order times the third power of
 /// radii over distance. They hold for blocks, tetrahedra and triangles with a margin.
 constexpr double missedByMagnets = 0.2, missedByPolygons = 0.3;

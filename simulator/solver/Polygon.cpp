@@ -61,7 +61,7 @@ std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d
         if (!(facet.area > 0))
             continue;
         facet.normal = doubleArea / (2 * facet.area);
-        if (std::abs(facet.normal.dot(magnetisation)) > chargeTolerance * magnetisation.norm())
+        if (std::abs(facet.normal.dot(magnetisation)) > chargeTolerance * magnetisation.stableNorm())
             facets.push_back(facet);
     }
     // Large facets first: they know their plane best, so the small ones are measured against them.

@@ -115,11 +115,9 @@ std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, co
     PreparedMagnet prepared;
     prepared.label = LabelOf(body, magnet);
     CheckValues(magnet, prepared.label);
-    if (magnet.magnetisation.isZero(0))
+    if (magnet.magnetisation.isZero(0) || magnet.mesh.triangles.empty())
         return std::nullopt;
     prepared.mesh = WithoutFlatTriangles(magnet.mesh, origin);
-    if (prepared.mesh.triangles.empty())
-        return std::nullopt;
     SetMoments(prepared, magnet.magnetisation);
     for (Polygon& polygon : ChargedPolygons(prepared.mesh, magnet.magnetisation)) {
         const double charge = magnet.magnetisation.dot(polygon.normal);
