@@ -28,6 +28,7 @@ kinora_header_library(json HEADERS nlohmann PACKAGE nlohmann_json TARGET nlohman
 kinora_header_library(cli11 HEADERS CLI PACKAGE CLI11 TARGET CLI11::CLI11)
 kinora_header_library(fmt HEADERS fmt DEFINITIONS FMT_HEADER_ONLY PACKAGE fmt TARGET fmt::fmt-header-only)
 kinora_header_library(tinyobj HEADERS tiny_obj_loader.h PACKAGE tinyobjloader TARGET tinyobjloader::tinyobjloader)
+kinora_header_library(valijson HEADERS valijson PACKAGE valijson TARGET ValiJSON::valijson)
 kinora_header_library(eigen HEADERS eigen3/Eigen PACKAGE Eigen3 TARGET Eigen3::Eigen)
 if(NOT MSVC)
     target_include_directories(thirdparty_eigen SYSTEM INTERFACE "${CMAKE_BINARY_DIR}/thirdparty/eigen/eigen3")

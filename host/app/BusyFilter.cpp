@@ -1,0 +1,56 @@
+#include "host/app/BusyFilter.h"
+
+#include "host/core/Errors.h"
+
+#include <objbase.h>
+
+#include <fmt/format.h>
+#include <utility>
+
+namespace kinora::host {
+
+ComScope::ComScope() {
+    const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(result))
+        throw RunError(fmt::format("COM cannot be initialised ({:#x}).", static_cast<unsigned>(result)));
+}
+
+ComScope::~ComScope() {
+    CoUninitialize();
+}
+
+BusyFilter::BusyFilter(BusyWait wait) : m_wait(std::move(wait)) {
+    // Without the filter a busy desktop fails calls at once; that is worse, but no reason to stop.
+    (void)CoRegisterMessageFilter(this, &m_previous);
+}
+
+BusyFilter::~BusyFilter() {
+    IMessageFilter* self = nullptr;
+    (void)CoRegisterMessageFilter(m_previous, &self);
+    if (m_previous != nullptr)
+        m_previous->Release();
+}
+
+HRESULT BusyFilter::QueryInterface(REFIID wanted, void** object) {
+    if (wanted != IID_IUnknown && wanted != IID_IMessageFilter) {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    *object = static_cast<IMessageFilter*>(this);
+    return S_OK;
+}
+
+DWORD BusyFilter::HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) {
+    return SERVERCALL_ISHANDLED;
+}
+
+DWORD BusyFilter::RetryRejectedCall(HTASK, DWORD elapsedMs, DWORD) {
+    constexpr DWORD giveUp = static_cast<DWORD>(-1);
+    return m_wait.OnRejected(elapsedMs).value_or(giveUp);
+}
+
+DWORD BusyFilter::MessagePending(HTASK, DWORD, DWORD) {
+    return PENDINGMSG_WAITDEFPROCESS;
+}
+
+} // namespace kinora::host

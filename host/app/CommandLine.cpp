@@ -1,0 +1,40 @@
+#include "host/app/CommandLine.h"
+
+#include "host/core/Errors.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace kinora::host {
+
+CommandLine ReadCommandLine(std::vector<std::string> words) {
+    CommandLine line;
+    CLI::App parser("Runs a coupled scenario: moves its bodies, has the desktop solve the field, reports the loads.\n"
+                    "Exit status: 0 done, 1 the run failed or was interrupted, 2 bad input.",
+                    "kinora-run");
+    bool isQuiet = false;
+    bool isVerbose = false;
+    parser.add_option("SCENARIO", line.scenarioFile, "Scenario file (JSON, comments allowed)")->required();
+    parser.add_option("--out", line.outputFolder, "Folder for everything that is written (default: the scenario's)");
+    parser.add_option("--desktop", line.desktopVersion, "Version of the desktop to start, for example Simulator");
+    parser.add_option("--csv", line.csvFile, "Write the host's own states to this file");
+    auto* overwrite = parser.add_flag("--overwrite", line.overwrite, "Replace a project of an earlier run");
+    parser.add_flag("--resume", line.resume, "Go on with an earlier run")->excludes(overwrite);
+    parser.add_flag("--dry-run", line.dryRun, "Check the scenario, print the model, start nothing");
+    parser.add_option("--steps", line.stepLimit, "Stop after so many steps, as Ctrl-C would")
+        ->check(CLI::PositiveNumber);
+    auto* quiet = parser.add_flag("--quiet,-q", isQuiet, "Say only where the files are");
+    parser.add_flag("--verbose,-v", isVerbose, "One line per step, on a terminal too")->excludes(quiet);
+    std::reverse(words.begin(), words.end());
+    try {
+        parser.parse(words);
+    } catch (const CLI::CallForHelp&) {
+        line.helpText = parser.help();
+    } catch (const CLI::ParseError& error) {
+        throw InputError(std::string(error.what()) + " (--help lists the options)");
+    }
+    line.talk = isQuiet ? Talk::Quiet : isVerbose ? Talk::Verbose : Talk::Normal;
+    return line;
+}
+
+} // namespace kinora::host

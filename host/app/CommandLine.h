@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/app/Console.h"
+
+#include <string>
+#include <vector>
+
+namespace kinora::host {
+
+/// What the user asked for. Texts are UTF-8.
+struct CommandLine {
+    std::string scenarioFile;
+    std::string outputFolder;
+    std::string desktopVersion;
+    std::string csvFile;
+    bool overwrite = false;
+    bool resume = false;
+    bool dryRun = false;
+    int stepLimit = -1;
+    Talk talk = Talk::Normal;
+    /// Not empty when help or the version was asked for: print it and end.
+    std::string helpText;
+};
+
+/// @param words  the arguments without the program's name
+/// @throws InputError  they cannot be understood
+CommandLine ReadCommandLine(std::vector<std::string> words);
+
+} // namespace kinora::host

@@ -1,0 +1,93 @@
+#include "host/app/Console.h"
+
+#include "host/core/RunText.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstdio>
+#include <fmt/format.h>
+
+namespace kinora::host {
+namespace {
+
+std::atomic<bool> interrupted{false};
+
+BOOL WINAPI OnConsoleEvent(DWORD event) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+        return FALSE;
+    // The first one is answered by the run itself, the second by the system.
+    return interrupted.exchange(true) ? FALSE : TRUE;
+}
+
+int TerminalWidth() {
+    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    DWORD mode = 0;
+    if (!GetConsoleMode(output, &mode) || !GetConsoleScreenBufferInfo(output, &info))
+        return 0;
+    return info.srWindow.Right - info.srWindow.Left;
+}
+
+} // namespace
+
+void Print(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+void PrintError(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
+}
+
+void CatchInterrupts() {
+    SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+}
+
+bool IsInterrupted() {
+    return interrupted;
+}
+
+Console::Console(const Scenario& scenario, Talk talk) : m_scenario(scenario), m_talk(talk), m_width(TerminalWidth()) {}
+
+Console::~Console() {
+    EndBar();
+}
+
+void Console::EndBar() {
+    if (m_isBarShown)
+        Print("\n");
+    m_isBarShown = false;
+}
+
+void Console::OnPhase(const std::string& text) {
+    EndBar();
+    if (m_talk != Talk::Quiet)
+        Print(text + "\n");
+    // The first step's share of the time begins when the last phase before it ends.
+    m_start = std::chrono::steady_clock::now();
+}
+
+void Console::OnWarning(const std::string& text) {
+    EndBar();
+    PrintError("warning: " + text + "\n");
+}
+
+void Console::OnStep(const StepRecord& record) {
+    if (m_firstStep < 0)
+        m_firstStep = record.step;
+    m_records.push_back(record);
+    if (m_talk == Talk::Quiet)
+        return;
+    if (m_width == 0 || m_talk == Talk::Verbose) {
+        Print(StepLine(m_scenario, record) + "\n");
+        return;
+    }
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - m_start;
+    const std::string line = ProgressLine(m_scenario, record, m_firstStep, elapsed.count(), m_width - 1);
+    Print(fmt::format("\r{:<{}}", line, m_width - 1));
+    m_isBarShown = true;
+}
+
+} // namespace kinora::host

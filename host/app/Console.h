@@ -1,0 +1,48 @@
+#pragma once
+
+#include "host/core/CoupledRun.h"
+
+#include <chrono>
+#include <string>
+
+namespace kinora::host {
+
+/// How much the program says.
+enum class Talk { Quiet, Normal, Verbose };
+
+/// Shows a run: a bar that redraws itself on a terminal, one line per step otherwise. Also keeps the records that the
+/// closing tables are made of.
+class Console : public RunListener {
+public:
+    Console(const Scenario& scenario, Talk talk);
+    ~Console() override;
+
+    void OnPhase(const std::string& text) override;
+    void OnWarning(const std::string& text) override;
+    void OnStep(const StepRecord& record) override;
+
+    const std::vector<StepRecord>& Records() const { return m_records; }
+
+    /// Takes the bar off the screen, so that other text may follow.
+    void EndBar();
+
+private:
+    const Scenario& m_scenario;
+    Talk m_talk;
+    /// Width of the terminal; 0 when the output is none.
+    int m_width = 0;
+    bool m_isBarShown = false;
+    int m_firstStep = -1;
+    std::chrono::steady_clock::time_point m_start;
+    std::vector<StepRecord> m_records;
+};
+
+/// Writes to the standard output, or error stream, at once.
+void Print(const std::string& text);
+void PrintError(const std::string& text);
+
+/// From now on Ctrl-C asks the run to stop after its step; pressed again it ends the program at once.
+void CatchInterrupts();
+bool IsInterrupted();
+
+} // namespace kinora::host

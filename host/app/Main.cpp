@@ -1,0 +1,118 @@
+#include "host/app/AnsiText.h"
+#include "host/app/BusyFilter.h"
+#include "host/app/CommandLine.h"
+#include "host/app/Console.h"
+#include "host/core/RunText.h"
+#include "host/core/ScenarioReader.h"
+#include "host/core/Text.h"
+#include "interface/KinoraVeltrixScriptErrors.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <fmt/format.h>
+
+namespace {
+
+using namespace kinora::host;
+
+constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
+
+/// The command line wins over the environment, and that over the scenario.
+void ChooseDesktop(const CommandLine& arguments, Scenario& scenario) {
+    const char* fromEnvironment = std::getenv(versionVariable);
+    if (!arguments.desktopVersion.empty())
+        scenario.desktop.version = arguments.desktopVersion;
+    else if (fromEnvironment != nullptr)
+        scenario.desktop.version = fromEnvironment;
+    if (!scenario.desktop.version.empty())
+        _putenv_s(versionVariable, AnsiFromUtf8(scenario.desktop.version).c_str());
+}
+
+Scenario Prepare(const CommandLine& arguments) {
+    Scenario scenario = ReadScenario(PathFromUtf8(arguments.scenarioFile));
+    if (!arguments.outputFolder.empty())
+        scenario.outputFolder = PathFromUtf8(arguments.outputFolder);
+    if (!arguments.csvFile.empty())
+        scenario.csvFile = std::filesystem::absolute(PathFromUtf8(arguments.csvFile));
+    scenario.overwrite = scenario.overwrite || arguments.overwrite;
+    ChooseDesktop(arguments, scenario);
+    return scenario;
+}
+
+RunOptions OptionsFrom(const CommandLine& arguments) {
+    RunOptions options;
+    options.resume = arguments.resume;
+    options.stepLimit = arguments.stepLimit;
+    options.isInterrupted = IsInterrupted;
+    options.toNarrow = AnsiFromUtf8;
+    options.fromNarrow = Utf8FromAnsi;
+    options.scriptErrorText = GetKinoraVeltrixScriptErrorText;
+    return options;
+}
+
+void PrintResults(const Scenario& scenario, const Console& console, Talk talk) {
+    if (console.Records().empty())
+        return;
+    constexpr std::size_t tableRows = 40;
+    if (talk != Talk::Quiet) {
+        Print("\nLoads on the bodies, in the axes of their coordinate systems\n");
+        Print(LoadTable(scenario, console.Records(), tableRows));
+        Print("\n" + EnergyTable(scenario, console.Records().back()));
+    }
+    Print(FileList(scenario));
+}
+
+ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
+    const RunOptions options = OptionsFrom(arguments);
+    const ComScope com;
+    Console console(scenario, arguments.talk);
+    const BusyFilter filter(
+        BusyWait(scenario.desktop.busyTimeoutSeconds, [&](const std::string& text) { console.OnWarning(text); }));
+    CatchInterrupts();
+    CoupledRun run(scenario, options, *GetKinoraVeltrixFactoryInterface(), console);
+    const RunEnd end = run.Run();
+    console.EndBar();
+    PrintResults(scenario, console, arguments.talk);
+    if (end == RunEnd::Complete)
+        return ExitStatus::Done;
+    PrintError("The run stopped before its end; --resume goes on with it.\n");
+    return ExitStatus::RunFailed;
+}
+
+ExitStatus Execute(const CommandLine& arguments) {
+    const Scenario scenario = Prepare(arguments);
+    if (!arguments.dryRun)
+        return RunScenario(arguments, scenario);
+    Print(ModelText(scenario));
+    return ExitStatus::Done;
+}
+
+} // namespace
+
+int wmain(int count, wchar_t** values) {
+    SetConsoleOutputCP(CP_UTF8);
+    std::vector<std::string> words;
+    for (int i = 1; i < count; ++i)
+        words.push_back(Utf8FromWide(values[i]));
+    ExitStatus status = ExitStatus::RunFailed;
+    try {
+        const CommandLine arguments = ReadCommandLine(words);
+        if (!arguments.helpText.empty()) {
+            Print(arguments.helpText);
+            return static_cast<int>(ExitStatus::Done);
+        }
+        status = Execute(arguments);
+    } catch (const OperationFailed& failure) {
+        PrintError(FailureText(failure));
+    } catch (const HostError& error) {
+        PrintError(fmt::format("error: {}\n", error.what()));
+        status = error.Status();
+    } catch (const std::exception& error) {
+        PrintError(fmt::format("error: the run failed unexpectedly: {}\n", error.what()));
+    } catch (...) {
+        // The platform's own error type, raised when memory for a text is lacking.
+        PrintError("error: the run failed unexpectedly; is the system out of memory?\n");
+    }
+    return static_cast<int>(status);
+}

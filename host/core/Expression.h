@@ -1,0 +1,51 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kinora::host {
+
+/// A formula of time and, where that makes sense, of a joint's coordinate.
+///
+/// Numbers, + - * / ^ (right-associative), parentheses, the variables `t` (seconds) and `q` (coordinate), the constants
+/// `pi`, `deg` (pi/180), `mm` (0.001) and `g` (9.80665), and the functions sin, cos, tan, asin, acos, atan, sqrt, exp,
+/// log, abs, step (0 below 0, else 1), min, max and atan2. Angles are radians: write 30*deg.
+class Expression {
+public:
+    /// Which variables a formula may name.
+    enum class Variables { None, Time, TimeAndCoordinate };
+
+    /// Zero.
+    Expression() : Expression(0.0) {}
+
+    /// A constant.
+    explicit Expression(double value);
+
+    /// @throws std::invalid_argument  one line that quotes the formula and says what is wrong at which column
+    static Expression Parse(std::string_view formula, Variables variables);
+
+    /// @param time        value of t, seconds
+    /// @param coordinate  value of q
+    /// @return what the formula gives; not finite where the mathematics is not (1/0, sqrt(-1))
+    double Evaluate(double time, double coordinate = 0.0) const;
+
+    /// The formula as it was written.
+    const std::string& Formula() const { return m_formula; }
+
+private:
+    friend class ExpressionParser;
+    enum class Operation { Number, Time, Coordinate, Add, Subtract, Multiply, Divide, Power, Negate, Unary, Binary };
+    struct Instruction {
+        Operation operation = Operation::Number;
+        double number = 0.0;
+        double (*unary)(double) = nullptr;
+        double (*binary)(double, double) = nullptr;
+    };
+
+    std::string m_formula;
+    /// In postfix order.
+    std::vector<Instruction> m_program;
+};
+
+} // namespace kinora::host

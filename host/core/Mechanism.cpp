@@ -1,0 +1,207 @@
+#include "host/core/Mechanism.h"
+
+#include "host/core/Errors.h"
+
+#include <Eigen/Geometry>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace kinora::host {
+
+Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario) {
+    for (const Joint& joint : scenario.joints)
+        m_lumped.push_back(Lump(joint));
+    for (const Body& body : scenario.bodies)
+        m_poses.push_back(body.pose);
+    m_records.resize(scenario.joints.size());
+    m_previousCoordinates.resize(scenario.joints.size(), 0.0);
+}
+
+Mechanism::Lumped Mechanism::Lump(const Joint& joint) const {
+    Lumped lumped;
+    if (const auto* motion = std::get_if<FreeMotion>(&joint.motion))
+        lumped.inertia = motion->addedInertia;
+    Vector moment = Vector::Zero();
+    for (const std::size_t index : joint.bodies) {
+        const Body& body = m_scenario.bodies[index];
+        const Vector centre = body.pose.position + body.pose.axes * body.centreOfMass;
+        lumped.mass += body.mass;
+        moment += body.mass * centre;
+        if (joint.type == JointType::Slider) {
+            lumped.inertia += body.mass;
+            continue;
+        }
+        const Vector axisInBody = body.pose.axes.transpose() * joint.axis;
+        const double distance = (centre - joint.point).cross(joint.axis).norm();
+        lumped.inertia += axisInBody.cwiseAbs2().dot(body.principalInertia) + body.mass * distance * distance;
+    }
+    if (lumped.mass > 0.0)
+        lumped.centreOfMass = moment / lumped.mass;
+    return lumped;
+}
+
+Pose Mechanism::PoseAt(const Joint& joint, const Pose& drawn, double coordinate) const {
+    if (joint.type == JointType::Slider)
+        return {drawn.position + coordinate * joint.axis, drawn.axes};
+    const Matrix turn = Rotation(joint.axis, coordinate);
+    return {joint.point + turn * (drawn.position - joint.point), turn * drawn.axes};
+}
+
+void Mechanism::PlaceBodies(std::size_t joint) {
+    const Joint& description = m_scenario.joints[joint];
+    for (const std::size_t body : description.bodies)
+        m_poses[body] = PoseAt(description, m_scenario.bodies[body].pose, m_records[joint].state.coordinate);
+}
+
+double Mechanism::PrescribedCoordinate(const Joint& joint, double time) const {
+    const double coordinate = std::get<PrescribedMotion>(joint.motion).Evaluate(time);
+    if (!std::isfinite(coordinate))
+        throw RunError(
+            fmt::format("The prescribed coordinate of joint \"{}\" is not a finite number at {} s; check its "
+                        "expression.",
+                        joint.name, time));
+    return coordinate;
+}
+
+void Mechanism::Start() {
+    m_time = 0.0;
+    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
+        const Joint& description = m_scenario.joints[joint];
+        JointRecord& record = m_records[joint];
+        record = JointRecord();
+        if (const auto* motion = std::get_if<FreeMotion>(&description.motion)) {
+            record.state = {motion->start, motion->speed};
+            UpdateStoredEnergy(joint);
+            record.energy.initial = record.energy.kinetic + record.energy.potential;
+        } else {
+            record.state.coordinate = PrescribedCoordinate(description, 0.0);
+        }
+        m_previousCoordinates[joint] = record.state.coordinate;
+        PlaceBodies(joint);
+    }
+}
+
+void Mechanism::Restore(double time, const std::vector<JointRecord>& records) {
+    m_time = time;
+    m_records = records;
+    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
+        m_previousCoordinates[joint] = m_records[joint].state.coordinate;
+        PlaceBodies(joint);
+    }
+}
+
+double Mechanism::FieldForce(const Joint& joint, const std::vector<Load>& loads) const {
+    Vector total = Vector::Zero();
+    for (const std::size_t body : joint.bodies) {
+        const Load& load = loads[body];
+        total += joint.type == JointType::Slider
+                     ? load.force
+                     : Vector(load.torque + (m_poses[body].position - joint.point).cross(load.force));
+    }
+    return joint.axis.dot(total);
+}
+
+double Mechanism::GravityForce(std::size_t joint, double coordinate) const {
+    const Joint& description = m_scenario.joints[joint];
+    const Lumped& lumped = m_lumped[joint];
+    const Vector weight = lumped.mass * m_scenario.gravity;
+    if (description.type == JointType::Slider)
+        return description.axis.dot(weight);
+    const Vector arm = Rotation(description.axis, coordinate) * (lumped.centreOfMass - description.point);
+    return description.axis.dot(arm.cross(weight));
+}
+
+double Mechanism::GravityEnergy(std::size_t joint, double coordinate) const {
+    const Joint& description = m_scenario.joints[joint];
+    const Lumped& lumped = m_lumped[joint];
+    const Pose centre = PoseAt(description, {lumped.centreOfMass, Matrix::Identity()}, coordinate);
+    return -lumped.mass * m_scenario.gravity.dot(centre.position);
+}
+
+double Mechanism::DrivingForce(std::size_t joint) const {
+    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
+    const JointRecord& record = m_records[joint];
+    const double coordinate = record.state.coordinate;
+    return record.fieldForce + record.load + GravityForce(joint, coordinate) -
+           motion.spring.stiffness * (coordinate - motion.spring.rest);
+}
+
+void Mechanism::UpdateStoredEnergy(std::size_t joint) {
+    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
+    JointRecord& record = m_records[joint];
+    const double stretch = record.state.coordinate - motion.spring.rest;
+    record.energy.kinetic = 0.5 * m_lumped[joint].inertia * record.state.speed * record.state.speed;
+    record.energy.potential =
+        0.5 * motion.spring.stiffness * stretch * stretch + GravityEnergy(joint, record.state.coordinate);
+}
+
+void Mechanism::FlowHalfStep(std::size_t joint) {
+    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
+    JointRecord& record = m_records[joint];
+    const double force = DrivingForce(joint);
+    if (RestsAtStop(record.state, force, motion.stops))
+        return;
+    const SpeedFlow flow = FlowSpeed(record.state.speed, force, m_lumped[joint].inertia, motion.damping,
+                                     motion.friction, 0.5 * m_stepSeconds);
+    record.state.speed = flow.speed;
+    record.energy.dissipated += flow.dissipated;
+}
+
+void Mechanism::MoveFree(std::size_t joint) {
+    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
+    JointRecord& record = m_records[joint];
+    FlowHalfStep(joint);
+    const double restSpeed = std::fabs(DrivingForce(joint)) * m_stepSeconds / m_lumped[joint].inertia;
+    const Drift drift = FlowCoordinate(record.state, m_lumped[joint].inertia, motion.stops, restSpeed, m_stepSeconds);
+    record.state = drift.state;
+    record.energy.dissipated += drift.dissipated;
+}
+
+void Mechanism::Move(double toTime) {
+    m_stepSeconds = toTime - m_time;
+    m_time = toTime;
+    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
+        JointRecord& record = m_records[joint];
+        m_previousCoordinates[joint] = record.state.coordinate;
+        const Joint& description = m_scenario.joints[joint];
+        if (description.IsFree()) {
+            MoveFree(joint);
+        } else {
+            record.state.coordinate = PrescribedCoordinate(description, toTime);
+            record.state.speed = (record.state.coordinate - m_previousCoordinates[joint]) / m_stepSeconds;
+        }
+        PlaceBodies(joint);
+    }
+}
+
+void Mechanism::ApplyLoads(const std::vector<Load>& loads) {
+    const bool isStart = m_time == 0.0;
+    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
+        const Joint& description = m_scenario.joints[joint];
+        JointRecord& record = m_records[joint];
+        const double coordinate = record.state.coordinate;
+        const double path = coordinate - m_previousCoordinates[joint];
+        const double fieldForce = FieldForce(description, loads);
+        if (!std::isfinite(fieldForce))
+            throw RunError(fmt::format("The field's force on joint \"{}\" is not a finite number at {} s; look at the "
+                                       "desktop's results.",
+                                       description.name, m_time));
+        if (!isStart)
+            record.energy.fieldWork += 0.5 * (record.fieldForce + fieldForce) * path;
+        record.fieldForce = fieldForce;
+        if (!description.IsFree())
+            continue;
+        const double load = std::get<FreeMotion>(description.motion).load.Evaluate(m_time, coordinate);
+        if (!std::isfinite(load))
+            throw RunError(fmt::format("The load on joint \"{}\" is not a finite number at {} s; check its expression.",
+                                       description.name, m_time));
+        if (!isStart)
+            record.energy.loadWork += 0.5 * (record.load + load) * path;
+        record.load = load;
+        if (!isStart)
+            FlowHalfStep(joint);
+        UpdateStoredEnergy(joint);
+    }
+}
+
+} // namespace kinora::host

@@ -1,0 +1,215 @@
+#include "host/core/RunText.h"
+
+#include "host/core/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+
+namespace kinora::host {
+namespace {
+
+constexpr double degreesPerRadian = 57.29577951308232;
+
+const char* LengthOrAngleUnit(const Joint& joint) {
+    return joint.type == JointType::Slider ? "mm" : "deg";
+}
+
+double LengthOrAngle(const Joint& joint, double coordinate) {
+    return coordinate * (joint.type == JointType::Slider ? 1000.0 : degreesPerRadian);
+}
+
+std::string Numbers(const Vector& vector) {
+    return fmt::format("({:g}, {:g}, {:g})", vector.x(), vector.y(), vector.z());
+}
+
+/// Bodies with their forces, joints with their coordinates.
+std::string Present(const Scenario& scenario, const StepRecord& record) {
+    std::string text;
+    for (std::size_t i = 0; i < record.results.size(); ++i) {
+        const double* force = record.results[i].force;
+        text += fmt::format("  {} ({:.4g}, {:.4g}, {:.4g}) N", scenario.bodies[i].name, force[0], force[1], force[2]);
+    }
+    for (std::size_t i = 0; i < record.joints.size(); ++i)
+        text += fmt::format("  {} {:.4g} {}", scenario.joints[i].name,
+                            LengthOrAngle(scenario.joints[i], record.joints[i].state.coordinate),
+                            LengthOrAngleUnit(scenario.joints[i]));
+    return text;
+}
+
+std::string Duration(double seconds) {
+    const auto whole = static_cast<long long>(std::ceil(std::fmax(0.0, seconds)));
+    if (whole < 60)
+        return fmt::format("{} s", whole);
+    if (whole < 3600)
+        return fmt::format("{}:{:02} min", whole / 60, whole % 60);
+    return fmt::format("{}:{:02} h", whole / 3600, whole / 60 % 60);
+}
+
+std::string FreeMotionText(const FreeMotion& motion) {
+    std::string text = fmt::format("free, starts at {:g} with speed {:g}", motion.start, motion.speed);
+    if (motion.addedInertia > 0.0)
+        text += fmt::format(", added inertia {:g}", motion.addedInertia);
+    if (motion.spring.stiffness > 0.0)
+        text += fmt::format(", spring {:g} relaxed at {:g}", motion.spring.stiffness, motion.spring.rest);
+    if (motion.damping > 0.0)
+        text += fmt::format(", damping {:g}", motion.damping);
+    if (motion.friction > 0.0)
+        text += fmt::format(", friction {:g}", motion.friction);
+    if (std::isfinite(motion.stops.min) || std::isfinite(motion.stops.max))
+        text += fmt::format(", stops {:g} to {:g}", motion.stops.min, motion.stops.max);
+    return text + fmt::format(", load {}", motion.load.Formula());
+}
+
+std::string JointText(const Scenario& scenario, const Joint& joint) {
+    std::string bodies;
+    for (const std::size_t body : joint.bodies)
+        bodies += (bodies.empty() ? "" : ", ") + scenario.bodies[body].name;
+    const std::string place = joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.point));
+    const std::string motion = joint.IsFree() ? FreeMotionText(std::get<FreeMotion>(joint.motion))
+                                              : "prescribed: " + std::get<PrescribedMotion>(joint.motion).Description();
+    return fmt::format("  {} \"{}\" along {}{}, moves {}\n    {}\n",
+                       joint.type == JointType::Slider ? "slider" : "hinge", joint.name, Numbers(joint.axis), place,
+                       bodies, motion);
+}
+
+const char* SeverityName(Severity severity) {
+    switch (severity) {
+    case Severity::Fatal:
+        return "fatal";
+    case Severity::Error:
+        return "error";
+    case Severity::Warning:
+        return "warning";
+    case Severity::Info:
+        return "info";
+    }
+    return "message";
+}
+
+std::size_t NameWidth(const Scenario& scenario) {
+    std::size_t width = 4;
+    for (const Body& body : scenario.bodies)
+        width = std::max(width, body.name.size());
+    return width;
+}
+
+} // namespace
+
+std::string StepLine(const Scenario& scenario, const StepRecord& record) {
+    return fmt::format("step {}/{}  {:.6g} s{}", record.step, scenario.stepping.steps, record.time,
+                       Present(scenario, record));
+}
+
+std::string ProgressLine(const Scenario& scenario, const StepRecord& record, int firstStep, double elapsedSeconds,
+                         int width) {
+    constexpr int barWidth = 24;
+    const int total = scenario.stepping.steps - firstStep + 1;
+    const int done = record.step - firstStep + 1;
+    const int filled = barWidth * done / total;
+    const double left = elapsedSeconds / done * (total - done);
+    const std::string line =
+        fmt::format("[{:#<{}}{:.<{}}] {:3}%  {} left  {:.4g} s{}", "", filled, "", barWidth - filled,
+                    100 * done / total, Duration(left), record.time, Present(scenario, record));
+    return line.substr(0, static_cast<std::size_t>(std::max(width, 0)));
+}
+
+std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& records, std::size_t maxRows) {
+    const std::size_t nameWidth = NameWidth(scenario);
+    std::string table =
+        fmt::format("{:>6}  {:>10}  {:<{}}  {:>11} {:>11} {:>11}  {:>11} {:>11} {:>11}\n", "step", "time s", "body",
+                    nameWidth, "Fx N", "Fy N", "Fz N", "Tx mN m", "Ty mN m", "Tz mN m");
+    const std::size_t stride = std::max<std::size_t>(1, (records.size() + maxRows - 1) / maxRows);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        if (i % stride != 0 && i + 1 != records.size())
+            continue;
+        const StepRecord& record = records[i];
+        for (std::size_t body = 0; body < record.results.size(); ++body) {
+            const auto& [force, torque] = record.results[body];
+            table +=
+                fmt::format("{:>6}  {:>10.6g}  {:<{}}  {:>11.5g} {:>11.5g} {:>11.5g}  {:>11.5g} {:>11.5g} {:>11.5g}\n",
+                            record.step, record.time, scenario.bodies[body].name, nameWidth, force[0], force[1],
+                            force[2], torque[0], torque[1], torque[2]);
+        }
+    }
+    if (stride > 1)
+        table += fmt::format("(every {}th of {} steps; all of them are in the coupling log)\n", stride, records.size());
+    return table;
+}
+
+std::string EnergyTable(const Scenario& scenario, const StepRecord& last) {
+    std::string rows;
+    for (std::size_t i = 0; i < scenario.joints.size(); ++i) {
+        if (!scenario.joints[i].IsFree())
+            continue;
+        const EnergyAccount& energy = last.joints[i].energy;
+        rows += fmt::format("{:<12} {:>12.5g} {:>12.5g} {:>12.5g} {:>12.5g} {:>12.3g}\n", scenario.joints[i].name,
+                            energy.kinetic + energy.potential - energy.initial, energy.fieldWork, energy.loadWork,
+                            energy.dissipated, energy.Imbalance());
+    }
+    if (rows.empty())
+        return {};
+    return fmt::format(
+        "Energy, J: gain of kinetic and potential energy + dissipated = field work + load work + imbalance\n"
+        "{:<12} {:>12} {:>12} {:>12} {:>12} {:>12}\n{}",
+        "joint", "gain", "field work", "load work", "dissipated", "imbalance", rows);
+}
+
+std::string FileList(const Scenario& scenario) {
+    const RunFiles files = FilesOf(scenario);
+    std::string list;
+    const auto add = [&list](const char* what, const std::filesystem::path& path) {
+        std::error_code ignored;
+        if (std::filesystem::exists(path, ignored))
+            list += fmt::format("{:<13} {}\n", what, Utf8FromPath(path.lexically_normal()));
+    };
+    add("project", files.project);
+    add("coupling log", files.couplingLog);
+    add("reports", files.reportsFolder);
+    if (files.csv)
+        add("states", *files.csv);
+    return list;
+}
+
+std::string ModelText(const Scenario& scenario) {
+    std::string text = scenario.title.empty() ? "" : scenario.title + "\n";
+    text += fmt::format("project {}, desktop version {}\ngeometry {} in {}\n",
+                        Utf8FromPath(FilesOf(scenario).project.lexically_normal()),
+                        scenario.desktop.version.empty() ? "(plain)" : scenario.desktop.version,
+                        Utf8FromPath(scenario.geometryFile.lexically_normal()), scenario.units);
+    text += "bodies\n";
+    for (const Body& body : scenario.bodies) {
+        text +=
+            fmt::format("  \"{}\" at {} m, mass {:g} kg, objects:", body.name, Numbers(body.pose.position), body.mass);
+        for (const std::string& object : body.objects)
+            text += " " + object;
+        text += "\n";
+    }
+    text += "materials\n";
+    for (const auto& [object, material] : scenario.materials) {
+        const double* direction = material.coercivityDirection;
+        text += fmt::format("  {}: {} along {}\n", object, material.name,
+                            Numbers({direction[0], direction[1], direction[2]}));
+    }
+    text += scenario.joints.empty() ? "" : "joints\n";
+    for (const Joint& joint : scenario.joints)
+        text += JointText(scenario, joint);
+    if (!scenario.gravity.isZero())
+        text += fmt::format("gravity {} m/s^2\n", Numbers(scenario.gravity));
+    return text + fmt::format("{} steps of {:g} s, 0 to {:g} s\n", scenario.stepping.steps,
+                              scenario.stepping.stepSeconds, scenario.stepping.TimeOf(scenario.stepping.steps));
+}
+
+std::string FailureText(const OperationFailed& failure) {
+    std::string text = fmt::format("error: {}\n", failure.what());
+    if (!failure.messages.empty())
+        text += "The desktop says:\n";
+    for (const auto& [severity, message] : failure.messages)
+        text += fmt::format("  {}: {}\n", SeverityName(severity), message);
+    text += "What to try:\n";
+    for (const std::string& advice : failure.Advice())
+        text += fmt::format("  - {}\n", advice);
+    return text;
+}
+
+} // namespace kinora::host

@@ -1,0 +1,364 @@
+#include "host/core/ScenarioReader.h"
+
+#include "host/core/Errors.h"
+#include "host/core/JsonPlaces.h"
+#include "host/core/SchemaCheck.h"
+#include "host/core/Text.h"
+
+#include <Eigen/Geometry>
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <fmt/format.h>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace kinora::host {
+namespace {
+
+using nlohmann::json;
+
+/// A value of the document together with its place, so that whatever is wrong with it can be said where it stands.
+class Node {
+public:
+    Node(const json& value, std::string pointer, const JsonPlaces& places, const std::string& fileName)
+        : m_value(&value), m_pointer(std::move(pointer)), m_places(&places), m_fileName(&fileName) {}
+
+    [[noreturn]] void Fail(const std::string& reason) const {
+        throw InputError(fmt::format("{}:{}: {}: {}", *m_fileName, m_places->LineOf(m_pointer),
+                                     m_pointer.empty() ? "/" : m_pointer, reason));
+    }
+
+    bool Has(const char* key) const { return m_value->contains(key); }
+    Node At(const std::string& key) const {
+        return {m_value->at(key), PointerTo(m_pointer, key), *m_places, *m_fileName};
+    }
+    Node At(std::size_t index) const {
+        return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_places, *m_fileName};
+    }
+    std::size_t Size() const { return m_value->size(); }
+    std::vector<std::string> Keys() const {
+        std::vector<std::string> keys;
+        for (const auto& [key, value] : m_value->items())
+            keys.push_back(key);
+        return keys;
+    }
+
+    std::string Text() const { return m_value->get<std::string>(); }
+    bool Flag() const { return m_value->get<bool>(); }
+
+    Expression Formula(Expression::Variables variables) const {
+        if (m_value->is_number())
+            return Expression(m_value->get<double>());
+        try {
+            return Expression::Parse(Text(), variables);
+        } catch (const std::invalid_argument& error) {
+            Fail(error.what());
+        }
+    }
+
+    double Number() const {
+        const double value = Formula(Expression::Variables::None).Evaluate(0.0);
+        if (!std::isfinite(value))
+            Fail("the value is not a finite number.");
+        return value;
+    }
+    double NumberOr(const char* key, double fallback) const { return Has(key) ? At(key).Number() : fallback; }
+    double NotNegativeOr(const char* key, double fallback) const {
+        const double value = NumberOr(key, fallback);
+        if (value < 0.0)
+            At(key).Fail(fmt::format("{} is negative; it must be 0 or more.", value));
+        return value;
+    }
+
+    Vector Triple() const { return {At(0).Number(), At(1).Number(), At(2).Number()}; }
+    Vector TripleOr(const char* key, const Vector& fallback) const { return Has(key) ? At(key).Triple() : fallback; }
+    Vector Direction() const {
+        const Vector vector = Triple();
+        const double length = vector.norm();
+        if (!(length > 0.0))
+            Fail("a direction must not be 0, 0, 0.");
+        return vector / length;
+    }
+
+private:
+    const json* m_value;
+    std::string m_pointer;
+    const JsonPlaces* m_places;
+    const std::string* m_fileName;
+};
+
+std::string LowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+/// Names that may stand once; the desktop and the file system do not tell upper from lower case.
+class UniqueNames {
+public:
+    explicit UniqueNames(const char* kind) : m_kind(kind) {}
+    void Add(const Node& node) {
+        if (!m_names.emplace(LowerCase(node.Text()), node.Text()).second)
+            node.Fail(fmt::format("another {} is called \"{}\" already (upper and lower case count as the same).",
+                                  m_kind, m_names.at(LowerCase(node.Text()))));
+    }
+
+private:
+    const char* m_kind;
+    std::map<std::string, std::string> m_names;
+};
+
+Body ReadBody(const Node& node) {
+    Body body;
+    body.name = node.At("name").Text();
+    for (std::size_t i = 0; i < node.At("objects").Size(); ++i)
+        body.objects.push_back(node.At("objects").At(i).Text());
+    body.pose.position = node.TripleOr("position", Vector::Zero());
+    if (node.Has("rotation")) {
+        const Node rotation = node.At("rotation");
+        body.pose.axes = Rotation(rotation.At("axis").Direction(), rotation.At("angle").Number());
+    }
+    body.mass = node.NotNegativeOr("mass", 0.0);
+    body.centreOfMass = node.TripleOr("centreOfMass", Vector::Zero());
+    body.principalInertia = node.TripleOr("inertia", Vector::Zero());
+    if (body.principalInertia.minCoeff() < 0.0)
+        node.At("inertia").Fail("moments of inertia must be 0 or more.");
+    return body;
+}
+
+std::vector<Body> ReadBodies(const Node& node) {
+    std::vector<Body> bodies;
+    UniqueNames names("body");
+    std::map<std::string, std::string> owners;
+    for (std::size_t i = 0; i < node.Size(); ++i) {
+        const Node item = node.At(i);
+        names.Add(item.At("name"));
+        bodies.push_back(ReadBody(item));
+        const Node objects = item.At("objects");
+        for (std::size_t k = 0; k < objects.Size(); ++k) {
+            const auto [owner, isNew] = owners.emplace(objects.At(k).Text(), bodies.back().name);
+            if (!isNew)
+                objects.At(k).Fail(fmt::format("the object belongs to body \"{}\" already.", owner->second));
+        }
+    }
+    return bodies;
+}
+
+MotionTable ReadTable(const Node& node) {
+    MotionTable table;
+    for (std::size_t i = 0; i < node.Size(); ++i) {
+        const double time = node.At(i).At(0).Number();
+        if (!table.rows.empty() && time <= table.rows.back().first)
+            node.At(i).Fail(
+                fmt::format("time {} s does not come after {} s; times must ascend.", time, table.rows.back().first));
+        table.rows.emplace_back(time, node.At(i).At(1).Number());
+    }
+    return table;
+}
+
+Stops ReadStops(const Node& node) {
+    Stops stops;
+    stops.min = node.NumberOr("min", stops.min);
+    stops.max = node.NumberOr("max", stops.max);
+    stops.restitution = node.NumberOr("restitution", 0.0);
+    if (!(stops.min < stops.max))
+        node.Fail(fmt::format("min ({}) must be less than max ({}).", stops.min, stops.max));
+    return stops;
+}
+
+FreeMotion ReadFreeMotion(const Node& node) {
+    FreeMotion motion;
+    motion.start = node.NumberOr("start", 0.0);
+    motion.speed = node.NumberOr("speed", 0.0);
+    motion.addedInertia = node.NotNegativeOr("inertia", 0.0);
+    if (node.Has("spring")) {
+        motion.spring.stiffness = node.At("spring").NotNegativeOr("stiffness", 0.0);
+        motion.spring.rest = node.At("spring").NumberOr("rest", 0.0);
+    }
+    motion.damping = node.NotNegativeOr("damping", 0.0);
+    motion.friction = node.NotNegativeOr("friction", 0.0);
+    if (node.Has("stops"))
+        motion.stops = ReadStops(node.At("stops"));
+    if (motion.start < motion.stops.min || motion.start > motion.stops.max)
+        node.At("stops").Fail(fmt::format("the coordinate starts at {}, outside the stops.", motion.start));
+    if (node.Has("load"))
+        motion.load = node.At("load").Formula(Expression::Variables::TimeAndCoordinate);
+    return motion;
+}
+
+/// Reads the joints and sees to it that no body hangs on two of them.
+class JointReader {
+public:
+    explicit JointReader(const std::vector<Body>& bodies) : m_bodies(bodies), m_jointOfBody(bodies.size()) {}
+
+    Joint Read(const Node& node) {
+        m_names.Add(node.At("name"));
+        Joint joint;
+        joint.name = node.At("name").Text();
+        joint.type = node.At("type").Text() == "slider" ? JointType::Slider : JointType::Hinge;
+        joint.axis = node.At("axis").Direction();
+        if (node.Has("point") && joint.type == JointType::Slider)
+            node.At("point").Fail("only a hinge has a point on its axis; remove it.");
+        joint.point = node.TripleOr("point", Vector::Zero());
+        ReadMembers(node.At("bodies"), joint);
+        if (node.Has("prescribed"))
+            joint.motion = ReadPrescribed(node.At("prescribed"));
+        else
+            joint.motion = ReadFreeMotion(node.At("free"));
+        CheckInertia(node, joint);
+        return joint;
+    }
+
+private:
+    static PrescribedMotion ReadPrescribed(const Node& node) {
+        if (node.Has("table"))
+            return PrescribedMotion(ReadTable(node.At("table")));
+        return PrescribedMotion(node.At("expression").Formula(Expression::Variables::Time));
+    }
+
+    void ReadMembers(const Node& node, Joint& joint) {
+        for (std::size_t i = 0; i < node.Size(); ++i) {
+            const std::size_t body = BodyIndex(node.At(i));
+            if (!m_jointOfBody[body].empty())
+                node.At(i).Fail(fmt::format("body \"{}\" hangs on joint \"{}\" already.", m_bodies[body].name,
+                                            m_jointOfBody[body]));
+            m_jointOfBody[body] = joint.name;
+            joint.bodies.push_back(body);
+        }
+    }
+
+    std::size_t BodyIndex(const Node& node) const {
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < m_bodies.size(); ++i) {
+            if (m_bodies[i].name == node.Text())
+                return i;
+            names.push_back(m_bodies[i].name);
+        }
+        node.Fail(fmt::format("there is no body \"{}\".{}", node.Text(), Suggestion(node.Text(), names)));
+    }
+
+    /// A free joint without inertia has no equation of motion.
+    void CheckInertia(const Node& node, const Joint& joint) const {
+        const auto* motion = std::get_if<FreeMotion>(&joint.motion);
+        if (motion == nullptr || motion->addedInertia > 0.0)
+            return;
+        for (const std::size_t index : joint.bodies) {
+            const Body& body = m_bodies[index];
+            if (joint.type == JointType::Slider && body.mass > 0.0)
+                return;
+            const Vector axis = body.pose.axes.transpose() * joint.axis;
+            const Vector centre = body.pose.position + body.pose.axes * body.centreOfMass - joint.point;
+            if (axis.cwiseAbs2().dot(body.principalInertia) + body.mass * centre.cross(joint.axis).squaredNorm() > 0.0)
+                return;
+        }
+        node.At("free").Fail(
+            fmt::format("nothing on this joint has {}; give it to the bodies, or give \"inertia\" here.",
+                        joint.type == JointType::Slider ? "a mass" : "a moment of inertia"));
+    }
+
+    const std::vector<Body>& m_bodies;
+    std::vector<std::string> m_jointOfBody;
+    UniqueNames m_names{"joint"};
+};
+
+std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Node& node) {
+    std::map<std::string, IKinoraVeltrixInterface::Material> materials;
+    for (const std::string& object : node.Keys()) {
+        const Node item = node.At(object);
+        IKinoraVeltrixInterface::Material material;
+        material.name = item.At("name").Text();
+        const Vector direction = item.TripleOr("direction", Vector::UnitX());
+        for (int i = 0; i < 3; ++i)
+            material.coercivityDirection[i] = direction[i];
+        materials.emplace(object, material);
+    }
+    return materials;
+}
+
+Stepping ReadStepping(const Node& node) {
+    Stepping stepping;
+    stepping.stepSeconds = node.At("step").Number();
+    const double end = node.At("end").Number();
+    if (!(stepping.stepSeconds > 0.0))
+        node.At("step").Fail("the step must be more than 0 s.");
+    if (end < 0.0)
+        node.At("end").Fail("the end must be 0 s or later.");
+    const double steps = end / stepping.stepSeconds;
+    const double whole = std::round(steps);
+    if (whole > 1e8)
+        node.At("step").Fail("that is more than a hundred million steps.");
+    if (std::fabs(steps - whole) > 1e-6)
+        node.At("end").Fail(fmt::format("{} s is not a whole number of steps of {} s; the nearest is {} s.", end,
+                                        stepping.stepSeconds, std::fmax(1.0, whole) * stepping.stepSeconds));
+    stepping.steps = static_cast<int>(whole);
+    return stepping;
+}
+
+DesktopSettings ReadDesktop(const Node& node) {
+    DesktopSettings desktop;
+    if (node.Has("version"))
+        desktop.version = node.At("version").Text();
+    if (node.Has("atEnd") && node.At("atEnd").Text() == "release")
+        desktop.atEnd = AtEnd::Release;
+    desktop.busyTimeoutSeconds = node.NumberOr("busyTimeout", desktop.busyTimeoutSeconds);
+    return desktop;
+}
+
+void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& scenario) {
+    scenario.outputFolder = folder / "output";
+    if (node.Has("output")) {
+        const Node output = node.At("output");
+        if (output.Has("folder"))
+            scenario.outputFolder = folder / PathFromUtf8(output.At("folder").Text());
+        if (output.Has("csv"))
+            scenario.csvFile = PathFromUtf8(output.At("csv").Text());
+    }
+    scenario.projectFile = PathFromUtf8(node.At("project").At("file").Text());
+    if (scenario.projectFile.stem().empty() || !scenario.projectFile.has_filename())
+        node.At("project").At("file").Fail("that is not the name of a file.");
+    scenario.overwrite = node.At("project").Has("overwrite") && node.At("project").At("overwrite").Flag();
+    scenario.geometryFile = folder / PathFromUtf8(node.At("geometry").At("file").Text());
+    scenario.units = node.At("geometry").At("units").Text();
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(scenario.geometryFile, ignored))
+        node.At("geometry").At("file").Fail(fmt::format("there is no file {}.", Utf8FromPath(scenario.geometryFile)));
+}
+
+Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
+    Scenario scenario;
+    if (root.Has("title"))
+        scenario.title = root.At("title").Text();
+    if (root.Has("desktop"))
+        scenario.desktop = ReadDesktop(root.At("desktop"));
+    ReadFiles(root, folder, scenario);
+    if (root.Has("materials"))
+        scenario.materials = ReadMaterials(root.At("materials"));
+    scenario.bodies = ReadBodies(root.At("bodies"));
+    if (root.Has("joints")) {
+        JointReader reader(scenario.bodies);
+        for (std::size_t i = 0; i < root.At("joints").Size(); ++i)
+            scenario.joints.push_back(reader.Read(root.At("joints").At(i)));
+    }
+    scenario.gravity = root.TripleOr("gravity", Vector::Zero());
+    scenario.stepping = ReadStepping(root.At("solver"));
+    return scenario;
+}
+
+} // namespace
+
+Scenario ParseScenario(const std::string& text, const std::filesystem::path& file) {
+    const std::string fileName = Utf8FromPath(file);
+    // A byte order mark at the start is what some editors write.
+    const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
+    const JsonPlaces places = ReadJsonPlaces(body, fileName);
+    const json document = json::parse(body, nullptr, true, true);
+    CheckAgainstSchema(document, places, fileName);
+    return BuildScenario(Node(document, "", places, fileName), file.parent_path());
+}
+
+Scenario ReadScenario(const std::filesystem::path& file) {
+    return ParseScenario(ReadFile(file), file);
+}
+
+} // namespace kinora::host

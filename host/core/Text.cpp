@@ -1,0 +1,83 @@
+#include "host/core/Text.h"
+
+#include "host/core/Errors.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <fstream>
+#include <iterator>
+#include <numeric>
+
+namespace kinora::host {
+namespace {
+
+/// Levenshtein distance.
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t substitute = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({substitute, row[j] + 1, row[j + 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+} // namespace
+
+std::string NearestName(std::string_view name, const std::vector<std::string>& candidates) {
+    std::string best;
+    std::size_t bestDistance = std::max<std::size_t>(2, name.size() / 3) + 1;
+    for (const std::string& candidate : candidates) {
+        const std::size_t distance = EditDistance(name, candidate);
+        if (distance < bestDistance) {
+            bestDistance = distance;
+            best = candidate;
+        }
+    }
+    return best;
+}
+
+std::string Suggestion(std::string_view name, const std::vector<std::string>& candidates) {
+    const std::string nearest = NearestName(name, candidates);
+    return nearest.empty() ? std::string() : fmt::format(" Did you mean \"{}\"?", nearest);
+}
+
+std::string ReadFile(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    std::string content((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    if (!stream.is_open() || stream.bad())
+        throw InputError(fmt::format("{}: cannot be read; check that the file exists.", Utf8FromPath(file)));
+    return content;
+}
+
+void ReplaceFile(const std::filesystem::path& file, const std::string& content) {
+    std::filesystem::path temporary = file;
+    temporary += ".new";
+    std::error_code error;
+    {
+        std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
+        stream << content;
+        stream.close();
+        if (!stream)
+            throw RunError(
+                fmt::format("{}: cannot be written; check the folder and the space left.", Utf8FromPath(temporary)));
+    }
+    std::filesystem::rename(temporary, file, error);
+    if (error)
+        throw RunError(fmt::format("{}: cannot be replaced ({}).", Utf8FromPath(file), error.message()));
+}
+
+std::filesystem::path PathFromUtf8(const std::string& text) {
+    return std::filesystem::u8path(text);
+}
+
+std::string Utf8FromPath(const std::filesystem::path& path) {
+    return path.u8string();
+}
+
+} // namespace kinora::host

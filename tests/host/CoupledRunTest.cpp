@@ -1,0 +1,298 @@
+#include "host/core/CoupledRun.h"
+
+#include "host/core/StateFile.h"
+#include "host/core/Text.h"
+
+#include <fmt/format.h>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kinora::host {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A coupling that writes down its calls, answers as told, and pulls every body back to z = 0 with 100 N/m.
+class FakeCoupling : public IKinoraVeltrixInterface {
+public:
+    std::vector<std::string> calls;
+    /// Name of the operation that fails.
+    std::string failing;
+    bool throwsAtLaunch = false;
+    std::size_t missingResults = 0;
+    std::map<MessageSeverity, std::vector<std::string>> messages;
+
+    bool GetMessages(std::vector<std::string>& texts, MessageSeverity severity) override {
+        texts = messages[severity];
+        return true;
+    }
+    bool GetVeltrixDesigns(const std::string&, std::vector<std::string>&) override { return false; }
+    bool OpenProject(const std::string& path, const std::string& design) override {
+        return Answer("OpenProject", PathFromUtf8(path).filename().u8string() + " " + design);
+    }
+    bool CreateProject(const std::string& path, const std::string& geometry, const std::string& units) override {
+        if (throwsAtLaunch)
+            throw LaunchDesktopExeption("Please check your QUORIX Vantor Desktop installation.");
+        std::ofstream(PathFromUtf8(path)) << "project";
+        return Answer("CreateProject", PathFromUtf8(path).filename().u8string() + " " +
+                                           PathFromUtf8(geometry).filename().u8string() + " " + units);
+    }
+    bool InitGeometry(const std::string&, const std::string&) override { return Answer("InitGeometry", ""); }
+    bool InitMagneticObjects(const std::vector<Group>& groups,
+                             const std::map<std::string, Material>& materials) override {
+        std::string text;
+        for (const Group& group : groups)
+            text += fmt::format("{}@{:.3f} ", group.transform.name, group.transform.translation[2]);
+        for (const auto& [object, material] : materials)
+            text += object + "=" + material.name;
+        return Answer("InitMagneticObjects", text);
+    }
+    bool Analyze(double time, const std::vector<Transform>& transforms, std::vector<Result>& results,
+                 int& status) override {
+        if (failing == "Analyze" && time > 0.0)
+            status = 0x0202;
+        for (std::size_t i = 0; i + missingResults < transforms.size(); ++i) {
+            results.emplace_back();
+            results.back().force[2] = -100.0 * transforms[i].translation[2];
+        }
+        const std::string text = fmt::format("{:.2f} z={:.4f}", time, transforms.at(0).translation[2]);
+        return time > 0.0 ? Answer("Analyze", text) : (calls.push_back("Analyze " + text), true);
+    }
+    bool SaveProject() override { return Answer("SaveProject", ""); }
+    bool CloseProject() override { return Answer("CloseProject", ""); }
+    bool QuitApplication() override { return Answer("QuitApplication", ""); }
+    bool ReleaseApplication() override { return Answer("ReleaseApplication", ""); }
+
+private:
+    bool Answer(const std::string& operation, const std::string& text) {
+        calls.push_back(text.empty() ? operation : operation + " " + text);
+        return operation != failing;
+    }
+};
+
+class QuietListener : public RunListener {
+public:
+    void OnPhase(const std::string&) override {}
+    void OnWarning(const std::string& text) override { warnings.push_back(text); }
+    void OnStep(const StepRecord& record) override { steps.push_back(record); }
+    std::vector<std::string> warnings;
+    std::vector<StepRecord> steps;
+};
+
+class CoupledRunTest : public testing::Test {
+protected:
+    void SetUp() override {
+        m_scenario.outputFolder = std::filesystem::temp_directory_path() / "kinora-coupled-run-test";
+        std::filesystem::remove_all(m_scenario.outputFolder);
+        m_scenario.projectFile = "run.vantor";
+        m_scenario.geometryFile = "magnets.obj";
+        m_scenario.units = "mm";
+        m_scenario.csvFile = "states.csv";
+        Body body;
+        body.name = "bob";
+        body.objects = {"magnet"};
+        body.mass = 1.0;
+        body.pose.position = {0.0, 0.0, 0.01};
+        m_scenario.bodies = {body};
+        m_scenario.materials["magnet"].name = "magnet_1T";
+        Joint joint;
+        joint.name = "slide";
+        joint.axis = Vector::UnitZ();
+        joint.bodies = {0};
+        m_scenario.joints = {joint};
+        m_scenario.stepping = {0.05, 3};
+    }
+
+    RunEnd Run() {
+        CoupledRun run(m_scenario, m_options, m_coupling, m_listener);
+        return run.Run();
+    }
+
+    std::string StatesFile() const { return ReadFile(m_scenario.outputFolder / "states.csv"); }
+
+    OperationFailed FailureOf() {
+        try {
+            Run();
+        } catch (const OperationFailed& failure) {
+            return failure;
+        }
+        ADD_FAILURE() << "the run did not fail";
+        return OperationFailed("", {});
+    }
+
+    Scenario m_scenario;
+    RunOptions m_options;
+    FakeCoupling m_coupling;
+    QuietListener m_listener;
+};
+
+TEST_F(CoupledRunTest, CallsInTheDocumentedOrder) {
+    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("0.1*t", Expression::Variables::Time));
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_THAT(m_coupling.calls,
+                ElementsAre("CreateProject run.vantor magnets.obj mm", "InitMagneticObjects bob@0.010 magnet=magnet_1T",
+                            "SaveProject", "Analyze 0.00 z=0.0100", "Analyze 0.05 z=0.0150", "Analyze 0.10 z=0.0200",
+                            "Analyze 0.15 z=0.0250", "SaveProject", "CloseProject", "QuitApplication"));
+}
+
+TEST_F(CoupledRunTest, ReleasesTheDesktopWhenAsked) {
+    m_scenario.desktop.atEnd = AtEnd::Release;
+    Run();
+    EXPECT_EQ(m_coupling.calls.back(), "ReleaseApplication");
+}
+
+TEST_F(CoupledRunTest, SwingsInTheFieldLikeASpring) {
+    m_scenario.stepping = {0.001, 628};
+    Run();
+    // k/m = 100: a full period within 0.628 s.
+    EXPECT_NEAR(m_listener.steps.back().poses[0].position.z(), 0.01, 1e-6);
+    EXPECT_NEAR(m_listener.steps[314].poses[0].position.z(), -0.01, 1e-6);
+    EXPECT_NEAR(m_listener.steps.back().joints[0].energy.Imbalance(), 0.0, 1e-8);
+}
+
+TEST_F(CoupledRunTest, KeepsAnEarlierProjectUnlessTold) {
+    Run();
+    m_coupling.calls.clear();
+    try {
+        Run();
+        FAIL();
+    } catch (const InputError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("--overwrite replaces it"));
+    }
+    EXPECT_TRUE(m_coupling.calls.empty());
+    m_scenario.overwrite = true;
+    EXPECT_EQ(Run(), RunEnd::Complete);
+}
+
+TEST_F(CoupledRunTest, ResumedRunEqualsTheWholeOneToTheLastBit) {
+    m_scenario.stepping = {0.01, 30};
+    Run();
+    const std::string whole = StatesFile();
+    SetUp();
+    m_scenario.stepping = {0.01, 30};
+    m_options.stepLimit = 12;
+    EXPECT_EQ(Run(), RunEnd::Interrupted);
+    EXPECT_NE(StatesFile(), whole);
+    m_options.stepLimit = -1;
+    m_options.resume = true;
+    m_coupling.calls.clear();
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_EQ(m_coupling.calls[0], "OpenProject run.vantor Veltrix3DDesign1");
+    EXPECT_THAT(m_coupling.calls[3], HasSubstr("Analyze 0.12"));
+    EXPECT_EQ(StatesFile(), whole);
+}
+
+TEST_F(CoupledRunTest, ResumeDropsLinesBeyondTheSavedState) {
+    m_scenario.stepping = {0.01, 5};
+    Run();
+    const std::string whole = StatesFile();
+    SavedState state = ReadState(FilesOf(m_scenario).state, m_scenario);
+    std::ofstream(m_scenario.outputFolder / "states.csv", std::ios::app) << "6,half a li";
+    m_options.resume = true;
+    Run();
+    EXPECT_EQ(state.step, 5);
+    EXPECT_EQ(StatesFile(), whole);
+}
+
+TEST_F(CoupledRunTest, RefusesToResumeWhatIsNotThere) {
+    m_options.resume = true;
+    EXPECT_THROW(Run(), InputError);
+    EXPECT_TRUE(m_coupling.calls.empty());
+}
+
+TEST_F(CoupledRunTest, RefusesToResumeAnotherScenariosState) {
+    Run();
+    m_options.resume = true;
+    m_scenario.stepping.stepSeconds = 0.04;
+    EXPECT_THROW(Run(), InputError);
+    m_scenario.stepping.stepSeconds = 0.05;
+    m_scenario.joints[0].name = "other";
+    EXPECT_THROW(Run(), InputError);
+    std::ofstream(FilesOf(m_scenario).state) << "{ broken";
+    EXPECT_THROW(Run(), InputError);
+}
+
+TEST_F(CoupledRunTest, InterruptFinishesTheStepSavesAndCloses) {
+    m_options.isInterrupted = [this] { return m_listener.steps.size() == 2; };
+    EXPECT_EQ(Run(), RunEnd::Interrupted);
+    EXPECT_EQ(m_listener.steps.size(), 2u);
+    EXPECT_EQ(m_coupling.calls.back(), "QuitApplication");
+    EXPECT_EQ(m_coupling.calls[m_coupling.calls.size() - 3], "SaveProject");
+}
+
+TEST_F(CoupledRunTest, InterruptAfterTheLastStepIsACompleteRun) {
+    m_options.isInterrupted = [this] { return m_listener.steps.size() == 4; };
+    EXPECT_EQ(Run(), RunEnd::Complete);
+}
+
+TEST_F(CoupledRunTest, FailedLaunchTouchesNothingElse) {
+    m_coupling.throwsAtLaunch = true;
+    const OperationFailed failure = FailureOf();
+    EXPECT_STREQ(failure.what(), "LaunchDesktop failed: Please check your QUORIX Vantor Desktop installation.");
+    EXPECT_THAT(failure.Advice(), testing::Contains(HasSubstr("KINORA_VELTRIX_VTDK_VERSION")));
+    EXPECT_TRUE(m_coupling.calls.empty());
+}
+
+TEST_F(CoupledRunTest, EveryFailureNamesItsOperationAndClosesUp) {
+    for (const char* operation : {"CreateProject", "InitMagneticObjects", "Analyze", "SaveProject", "CloseProject"}) {
+        SetUp();
+        m_coupling.calls.clear();
+        m_coupling.failing = operation;
+        EXPECT_THAT(FailureOf().what(), testing::StartsWith(operation));
+        EXPECT_EQ(m_coupling.calls.back(), "QuitApplication") << operation;
+    }
+}
+
+TEST_F(CoupledRunTest, LetsGoOfADesktopThatRefusesToQuit) {
+    m_coupling.failing = "QuitApplication";
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_EQ(m_coupling.calls.back(), "ReleaseApplication");
+}
+
+TEST_F(CoupledRunTest, FailureCarriesTheMessagesMostSevereFirstAndEachOnce) {
+    m_coupling.failing = "Analyze";
+    // A desktop that answers a severity with everything that is at least as severe.
+    m_coupling.messages = {{Severity::Fatal, {}},
+                           {Severity::Error, {"overlap"}},
+                           {Severity::Warning, {"coarse", "overlap"}},
+                           {Severity::Info, {"pass 1", "coarse", "overlap"}}};
+    m_options.scriptErrorText = [](std::int32_t code) {
+        return code == 0x0202 ? "0x0202: Bad argument value" : nullptr;
+    };
+    const OperationFailed failure = FailureOf();
+    EXPECT_STREQ(failure.what(), "Analyze failed: step 1 at 0.05 s, 0x0202: Bad argument value.");
+    EXPECT_THAT(failure.messages, ElementsAre(std::pair(Severity::Error, std::string("overlap")),
+                                              std::pair(Severity::Warning, std::string("coarse")),
+                                              std::pair(Severity::Info, std::string("pass 1"))));
+}
+
+TEST_F(CoupledRunTest, NoticesMissingResults) {
+    m_coupling.missingResults = 1;
+    const OperationFailed failure = FailureOf();
+    EXPECT_THAT(failure.what(), HasSubstr("only 0 of 1 bodies got a result"));
+    EXPECT_THAT(failure.Advice().at(0), HasSubstr("run.reports"));
+}
+
+TEST_F(CoupledRunTest, WarnsOfFramesThatLeaveTheBodyOnceAndWhenMuchWorse) {
+    m_scenario.joints[0].type = JointType::Hinge;
+    m_scenario.joints[0].axis = Vector::UnitY();
+    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("t", Expression::Variables::Time));
+    m_scenario.stepping = {0.01, 50};
+    Run();
+    ASSERT_GE(m_listener.warnings.size(), 3u);
+    EXPECT_LE(m_listener.warnings.size(), 8u);
+    EXPECT_THAT(m_listener.warnings[0], HasSubstr("Body \"bob\" at 0.01 s: the desktop's frame is 0.81 degrees away"));
+}
+
+TEST_F(CoupledRunTest, TurnsAboutXWithoutAWarning) {
+    m_scenario.joints[0].type = JointType::Hinge;
+    m_scenario.joints[0].axis = Vector::UnitX();
+    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("100*t", Expression::Variables::Time));
+    Run();
+    EXPECT_TRUE(m_listener.warnings.empty());
+}
+
+} // namespace
+} // namespace kinora::host

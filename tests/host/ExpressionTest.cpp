@@ -1,0 +1,100 @@
+#include "host/core/Expression.h"
+
+#include "host/core/PrescribedMotion.h"
+
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace kinora::host {
+namespace {
+
+using Variables = Expression::Variables;
+
+double Value(const char* formula, double time = 0.0, double coordinate = 0.0) {
+    return Expression::Parse(formula, Variables::TimeAndCoordinate).Evaluate(time, coordinate);
+}
+
+std::string ErrorOf(const std::string& formula, Variables variables = Variables::Time) {
+    try {
+        (void)Expression::Parse(formula, variables);
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(Expression, FollowsPrecedence) {
+    EXPECT_DOUBLE_EQ(Value("1+2*3"), 7.0);
+    EXPECT_DOUBLE_EQ(Value("(1+2)*3"), 9.0);
+    EXPECT_DOUBLE_EQ(Value("8-4-2"), 2.0);
+    EXPECT_DOUBLE_EQ(Value("16/4/2"), 2.0);
+    EXPECT_DOUBLE_EQ(Value("2^3^2"), 512.0);
+    EXPECT_DOUBLE_EQ(Value("-2^2"), -4.0);
+    EXPECT_DOUBLE_EQ(Value("2^-1"), 0.5);
+    EXPECT_DOUBLE_EQ(Value("--3"), 3.0);
+    EXPECT_DOUBLE_EQ(Value(" 1.5e-3 * 2E2 "), 0.3);
+}
+
+TEST(Expression, KnowsConstantsAndFunctions) {
+    EXPECT_DOUBLE_EQ(Value("30*deg"), 0.52359877559829882);
+    EXPECT_DOUBLE_EQ(Value("12*mm"), 0.012);
+    EXPECT_DOUBLE_EQ(Value("g"), 9.80665);
+    EXPECT_DOUBLE_EQ(Value("sin(pi/2) + cos(0) + sqrt(9) + abs(-2) + exp(0) + log(1)"), 8.0);
+    EXPECT_DOUBLE_EQ(Value("atan2(1, 1)*4"), 3.14159265358979312);
+    EXPECT_DOUBLE_EQ(Value("min(2, 3) + max(2, 3)"), 5.0);
+    EXPECT_DOUBLE_EQ(Value("step(t-1)", 0.999), 0.0);
+    EXPECT_DOUBLE_EQ(Value("step(t-1)", 1.0), 1.0);
+    EXPECT_DOUBLE_EQ(Value("asin(1)+acos(1)+atan(0)+tan(0)"), std::acos(0.0));
+}
+
+TEST(Expression, TakesTimeAndCoordinate) {
+    EXPECT_DOUBLE_EQ(Value("2*t - 3*q", 5.0, 2.0), 4.0);
+}
+
+TEST(Expression, GivesWhatMathematicsGives) {
+    EXPECT_TRUE(std::isinf(Value("1/0")));
+    EXPECT_TRUE(std::isnan(Value("sqrt(-1)")));
+}
+
+TEST(Expression, SaysWhatIsWrongAndWhere) {
+    EXPECT_EQ(ErrorOf("2*x"), "formula \"2*x\", column 3: \"x\" is not known here");
+    EXPECT_EQ(ErrorOf("2*"), "formula \"2*\", column 3: it ends too early");
+    EXPECT_EQ(ErrorOf(""), "formula \"\", column 1: it ends too early");
+    EXPECT_EQ(ErrorOf("(1"), "formula \"(1\", column 3: \")\" is missing");
+    EXPECT_EQ(ErrorOf("1 2"), "formula \"1 2\", column 3: \"2\" is not expected");
+    EXPECT_EQ(ErrorOf("sin 1"), "formula \"sin 1\", column 5: \"(\" is missing");
+    EXPECT_EQ(ErrorOf("max(1)"), "formula \"max(1)\", column 6: \",\" is missing");
+    EXPECT_EQ(ErrorOf("1e"), "formula \"1e\", column 3: the exponent needs digits");
+    EXPECT_EQ(ErrorOf("."), "formula \".\", column 2: a number needs digits");
+    EXPECT_EQ(ErrorOf("1e999"), "formula \"1e999\", column 6: the number is too large or too small");
+    EXPECT_EQ(ErrorOf("q"), "formula \"q\", column 1: \"q\" is not known here");
+    EXPECT_EQ(ErrorOf("t", Variables::None), "formula \"t\", column 1: \"t\" is not known here");
+}
+
+TEST(Expression, RefusesEndlessNesting) {
+    EXPECT_THAT(ErrorOf(std::string(100000, '(')), testing::HasSubstr("too deeply nested"));
+    std::string tower = "2";
+    for (int i = 0; i < 100000; ++i)
+        tower += "^2";
+    EXPECT_THAT(ErrorOf(tower), testing::HasSubstr("too deeply nested"));
+    EXPECT_DOUBLE_EQ(Value((std::string(99999, '-') + "1").c_str()), -1.0);
+}
+
+TEST(MotionTable, RunsStraightBetweenRowsAndStandsOutside) {
+    const MotionTable table{{{1.0, 10.0}, {2.0, 20.0}, {4.0, 0.0}}};
+    EXPECT_DOUBLE_EQ(table.Evaluate(0.0), 10.0);
+    EXPECT_DOUBLE_EQ(table.Evaluate(1.0), 10.0);
+    EXPECT_DOUBLE_EQ(table.Evaluate(1.25), 12.5);
+    EXPECT_DOUBLE_EQ(table.Evaluate(2.0), 20.0);
+    EXPECT_DOUBLE_EQ(table.Evaluate(3.0), 10.0);
+    EXPECT_DOUBLE_EQ(table.Evaluate(9.0), 0.0);
+}
+
+TEST(MotionTable, OneRowStandsStill) {
+    EXPECT_DOUBLE_EQ((MotionTable{{{1.0, 7.0}}}.Evaluate(3.0)), 7.0);
+}
+
+} // namespace
+} // namespace kinora::host

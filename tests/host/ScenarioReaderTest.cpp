@@ -1,0 +1,311 @@
+#include "host/core/ScenarioReader.h"
+
+#include "host/core/Errors.h"
+#include "host/core/Text.h"
+
+#include <cmath>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace kinora::host {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+
+/// A folder with a geometry file, and the smallest scenario that is right.
+class ScenarioReader : public testing::Test {
+protected:
+    void SetUp() override {
+        m_folder = std::filesystem::temp_directory_path() / "kinora-scenario-reader-test";
+        std::filesystem::create_directories(m_folder);
+        std::ofstream(m_folder / "magnets.obj") << "# geometry\n";
+    }
+
+    static json Smallest() {
+        return {{"project", {{"file", "run.vantor"}}},
+                {"geometry", {{"file", "magnets.obj"}, {"units", "mm"}}},
+                {"bodies", {{{"name", "rotor"}, {"objects", {"magnet"}}, {"mass", 0.1}}}},
+                {"solver", {{"step", 0.01}, {"end", 1}}}};
+    }
+
+    static json Slider() {
+        return {{"name", "slide"},
+                {"type", "slider"},
+                {"axis", {0, 0, 2}},
+                {"bodies", {"rotor"}},
+                {"free", json::object()}};
+    }
+
+    Scenario Read(const json& document) const { return ReadText(document.dump(1)); }
+    Scenario ReadText(const std::string& text) const { return ParseScenario(text, m_folder / "scenario.json"); }
+
+    std::string ErrorOf(const json& document) const { return ErrorOfText(document.dump(1)); }
+    std::string ErrorOfText(const std::string& text) const {
+        try {
+            ReadText(text);
+        } catch (const InputError& error) {
+            return error.what();
+        }
+        return "no error";
+    }
+
+    std::filesystem::path m_folder;
+};
+
+TEST_F(ScenarioReader, TakesTheSmallestScenario) {
+    const Scenario scenario = Read(Smallest());
+    EXPECT_EQ(scenario.bodies.size(), 1u);
+    EXPECT_EQ(scenario.bodies[0].objects, std::vector<std::string>{"magnet"});
+    EXPECT_EQ(scenario.stepping.steps, 100);
+    EXPECT_EQ(scenario.desktop.atEnd, AtEnd::Quit);
+    EXPECT_TRUE(scenario.joints.empty());
+    EXPECT_EQ(scenario.outputFolder, m_folder / "output");
+    EXPECT_EQ(scenario.geometryFile, m_folder / "magnets.obj");
+    EXPECT_FALSE(scenario.overwrite);
+}
+
+TEST_F(ScenarioReader, TakesCommentsAndAByteOrderMark) {
+    EXPECT_EQ(ReadText("\xEF\xBB\xBF// first\n" + Smallest().dump() + "/* last */").bodies.size(), 1u);
+}
+
+TEST_F(ScenarioReader, TakesQuantitiesAsNumbersAndAsFormulas) {
+    json document = Smallest();
+    document["bodies"][0]["position"] = {0.5, "12*mm", "-1e-3"};
+    document["bodies"][0]["rotation"] = {{"axis", {3, 0, 0}}, {"angle", "90*deg"}};
+    document["solver"] = {{"step", "1/200"}, {"end", "0.5"}};
+    const Scenario scenario = Read(document);
+    EXPECT_EQ(scenario.bodies[0].pose.position, Vector(0.5, 0.012, -0.001));
+    EXPECT_LT((scenario.bodies[0].pose.axes.col(1) - Vector::UnitZ()).norm(), 1e-15);
+    EXPECT_EQ(scenario.stepping.steps, 100);
+}
+
+TEST_F(ScenarioReader, ReadsAFreeJointWhole) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0]["free"] = {{"start", "1*mm"},
+                                     {"speed", -2},
+                                     {"inertia", 0.5},
+                                     {"damping", 3},
+                                     {"friction", 4},
+                                     {"load", "2*t+q"},
+                                     {"spring", {{"stiffness", 5}, {"rest", 6}}},
+                                     {"stops", {{"min", -7}, {"max", 8}, {"restitution", 0.9}}}};
+    const Joint joint = Read(document).joints.at(0);
+    EXPECT_EQ(joint.type, JointType::Slider);
+    EXPECT_EQ(joint.axis, Vector::UnitZ());
+    const auto& motion = std::get<FreeMotion>(joint.motion);
+    EXPECT_EQ(motion.start, 0.001);
+    EXPECT_EQ(motion.speed, -2.0);
+    EXPECT_EQ(motion.addedInertia, 0.5);
+    EXPECT_EQ(motion.spring.stiffness, 5.0);
+    EXPECT_EQ(motion.spring.rest, 6.0);
+    EXPECT_EQ(motion.damping, 3.0);
+    EXPECT_EQ(motion.friction, 4.0);
+    EXPECT_EQ(motion.stops.min, -7.0);
+    EXPECT_EQ(motion.stops.max, 8.0);
+    EXPECT_EQ(motion.stops.restitution, 0.9);
+    EXPECT_EQ(motion.load.Evaluate(1.0, 10.0), 12.0);
+}
+
+TEST_F(ScenarioReader, ReadsPrescribedTablesAndMaterials) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0].erase("free");
+    document["joints"][0]["prescribed"] = {{"table", {{0, 0}, {1, "10*mm"}}}};
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}, {"direction", {0, 0, 1}}}},
+                             {"other", {{"name", "air"}}}};
+    const Scenario scenario = Read(document);
+    EXPECT_DOUBLE_EQ(std::get<PrescribedMotion>(scenario.joints[0].motion).Evaluate(0.5), 0.005);
+    EXPECT_EQ(scenario.materials.at("magnet").coercivityDirection[2], 1.0);
+    EXPECT_EQ(scenario.materials.at("other").coercivityDirection[0], 1.0);
+}
+
+// Errors of the text.
+
+TEST_F(ScenarioReader, NamesTheLineOfASyntaxError) {
+    const std::string error = ErrorOfText("{\n \"project\": {,\n}");
+    EXPECT_THAT(error, HasSubstr("scenario.json:2: not valid JSON:"));
+}
+
+TEST_F(ScenarioReader, RefusesAKeyThatStandsTwice) {
+    EXPECT_THAT(ErrorOfText("{\n \"project\": {\n  \"file\": \"a\",\n  \"file\": \"b\" }\n}"),
+                HasSubstr("scenario.json:4: /project: the key \"file\" stands twice; remove one."));
+}
+
+TEST_F(ScenarioReader, RefusesAnEmptyText) {
+    EXPECT_THAT(ErrorOfText(""), HasSubstr("scenario.json:1: not valid JSON"));
+}
+
+// Errors against the schema: each kind once, with line and pointer.
+
+TEST_F(ScenarioReader, NamesTheLineAndPointerOfAWrongType) {
+    EXPECT_THAT(ErrorOfText("{\n\"project\": {\"file\": \"a\"},\n\"geometry\": {\"file\": \"magnets.obj\",\n"
+                            "\"units\": 5},\n\"bodies\": [{\"name\": \"a\", \"objects\": []}],\n"
+                            "\"solver\": {\"step\": 1, \"end\": 1}}"),
+                testing::EndsWith("scenario.json:4: /geometry/units: number is given where \"string\" is wanted."));
+}
+
+TEST_F(ScenarioReader, NamesAMissingKey) {
+    json document = Smallest();
+    document.erase("solver");
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/: the key \"solver\" is missing."));
+}
+
+TEST_F(ScenarioReader, SuggestsTheKeyThatWasMeant) {
+    json document = Smallest();
+    document["bodies"][0]["masss"] = 1;
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/bodies/0: the key \"masss\" is unknown here. Did you mean \"mass\"?"));
+}
+
+TEST_F(ScenarioReader, ListsTheWordsThatAreAllowed) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0]["type"] = "hinged";
+    EXPECT_THAT(ErrorOf(document),
+                HasSubstr("/joints/0/type: \"hinged\" is not allowed; use \"slider\" or \"hinge\". Did "
+                          "you mean \"hinge\"?"));
+}
+
+TEST_F(ScenarioReader, ChecksTheLengthOfLists) {
+    json document = Smallest();
+    document["gravity"] = {0, 0};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/gravity: Array should contain no fewer than 3 elements."));
+    document = Smallest();
+    document["bodies"] = json::array();
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/bodies: Array should contain no fewer than 1 elements."));
+}
+
+TEST_F(ScenarioReader, ChecksRanges) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0]["free"]["stops"] = {{"min", 0}, {"restitution", 2}};
+    EXPECT_THAT(ErrorOf(document),
+                HasSubstr("/joints/0/free/stops/restitution: Expected number less than or equal to 1"));
+    document = Smallest();
+    document["desktop"] = {{"busyTimeout", 0}};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/desktop/busyTimeout: "));
+}
+
+TEST_F(ScenarioReader, WantsExactlyOneMotionPerJoint) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0].erase("free");
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
+    document["joints"][0]["free"] = json::object();
+    document["joints"][0]["prescribed"] = {{"expression", "t"}};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
+}
+
+TEST_F(ScenarioReader, ReportsEveryFindingOnALineOfItsOwn) {
+    json document = Smallest();
+    document["geometry"].erase("units");
+    document["solver"]["step"] = true;
+    const std::string error = ErrorOf(document);
+    EXPECT_THAT(error, HasSubstr("/geometry: the key \"units\" is missing.\n"));
+    EXPECT_THAT(error, HasSubstr("/solver/step: boolean is given where \"number\" or \"string\" is wanted."));
+}
+
+TEST_F(ScenarioReader, RefusesNamesThatReachBeyondAName) {
+    for (const char* name : {"", "..", "a/b", "a\\b", "a,b", "a\"b", "a\nb", "a b", "1a", "C:", "_a", "r\xC3\xB6tor"}) {
+        json document = Smallest();
+        document["bodies"][0]["name"] = name;
+        EXPECT_THAT(ErrorOf(document), HasSubstr("/bodies/0/name: ")) << name;
+        EXPECT_THAT(ErrorOf(document), HasSubstr("use letters, digits and underscores")) << name;
+    }
+}
+
+// Errors that the schema cannot see.
+
+TEST_F(ScenarioReader, RefusesTwoBodiesOfOneName) {
+    json document = Smallest();
+    document["bodies"].push_back({{"name", "ROTOR"}, {"objects", {"x"}}});
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/bodies/1/name: another body is called \"rotor\" already"));
+}
+
+TEST_F(ScenarioReader, RefusesAnObjectOfTwoBodies) {
+    json document = Smallest();
+    document["bodies"].push_back({{"name", "stator"}, {"objects", {"magnet"}}});
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/bodies/1/objects/0: the object belongs to body \"rotor\" already."));
+}
+
+TEST_F(ScenarioReader, RefusesAJointOfAnUnknownBody) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0]["bodies"] = {"rotors"};
+    EXPECT_THAT(ErrorOf(document),
+                HasSubstr("/joints/0/bodies/0: there is no body \"rotors\". Did you mean \"rotor\"?"));
+}
+
+TEST_F(ScenarioReader, RefusesABodyOnTwoJoints) {
+    json document = Smallest();
+    document["joints"] = {Slider(), Slider()};
+    document["joints"][1]["name"] = "other";
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/1/bodies/0: body \"rotor\" hangs on joint \"slide\" already."));
+}
+
+TEST_F(ScenarioReader, RefusesAFreeJointWithoutInertia) {
+    json document = Smallest();
+    document["bodies"][0].erase("mass");
+    document["joints"] = {Slider()};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0/free: nothing on this joint has a mass"));
+    document["bodies"][0]["mass"] = 1;
+    document["joints"][0]["type"] = "hinge";
+    EXPECT_THAT(ErrorOf(document), HasSubstr("nothing on this joint has a moment of inertia"));
+    document["joints"][0]["point"] = {1, 0, 0};
+    EXPECT_EQ(ErrorOf(document), "no error");
+}
+
+TEST_F(ScenarioReader, RefusesWrongFormulasWithTheirColumn) {
+    json document = Smallest();
+    document["solver"]["step"] = "1/x";
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/solver/step: formula \"1/x\", column 3: \"x\" is not known here"));
+    document["solver"]["step"] = "1/0";
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/solver/step: the value is not a finite number."));
+}
+
+TEST_F(ScenarioReader, RefusesValuesThatMakeNoSense) {
+    const auto with = [](const char* pointer, const json& value) {
+        json document = Smallest();
+        document["joints"] = {Slider()};
+        document[json::json_pointer(pointer)] = value;
+        return document;
+    };
+    EXPECT_THAT(ErrorOf(with("/joints/0/axis", {0, 0, 0})), HasSubstr("a direction must not be 0, 0, 0."));
+    EXPECT_THAT(ErrorOf(with("/joints/0/point", {0, 0, 0})), HasSubstr("only a hinge has a point"));
+    EXPECT_THAT(ErrorOf(with("/bodies/0/mass", -1)),
+                HasSubstr("/bodies/0/mass: -1 is negative; it must be 0 or more."));
+    EXPECT_THAT(ErrorOf(with("/bodies/0/inertia", {1, -1, 1})), HasSubstr("moments of inertia must be 0 or more."));
+    EXPECT_THAT(ErrorOf(with("/joints/0/free/stops", {{"min", 1}, {"max", 1}})),
+                HasSubstr("min (1) must be less than"));
+    EXPECT_THAT(ErrorOf(with("/joints/0/free/stops", {{"min", 1}})), HasSubstr("starts at 0, outside the stops."));
+    EXPECT_THAT(ErrorOf(with("/solver/step", 0)), HasSubstr("the step must be more than 0 s."));
+    EXPECT_THAT(ErrorOf(with("/solver/end", -1)), HasSubstr("the end must be 0 s or later."));
+    EXPECT_THAT(ErrorOf(with("/solver/end", 0.014)), HasSubstr("0.014 s is not a whole number of steps of 0.01 s; the "
+                                                               "nearest is 0.01 s."));
+    EXPECT_THAT(ErrorOf(with("/geometry/file", "none.obj")), HasSubstr("/geometry/file: there is no file "));
+    EXPECT_THAT(ErrorOf(with("/project/file", "folder/")), HasSubstr("that is not the name of a file."));
+}
+
+TEST_F(ScenarioReader, RefusesATableThatRunsBack) {
+    json document = Smallest();
+    document["joints"] = {Slider()};
+    document["joints"][0].erase("free");
+    document["joints"][0]["prescribed"] = {{"table", {{0, 0}, {0, 1}}}};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0/prescribed/table/1: time 0 s does not come after 0 s"));
+}
+
+TEST_F(ScenarioReader, SaysWhenThereIsNoSuchFile) {
+    try {
+        ReadScenario(m_folder / "missing.json");
+        FAIL();
+    } catch (const InputError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("missing.json: cannot be read"));
+        EXPECT_EQ(error.Status(), ExitStatus::BadInput);
+    }
+}
+
+} // namespace
+} // namespace kinora::host
