@@ -53,6 +53,7 @@ std::vector<std::string> CComUtils::ReadStringArray(const VARIANT& array) {
         return texts;
     const auto* elements = static_cast<const VARIANT*>(array.parray->pvData);
     const ULONG count = array.parray->rgsabound[0].cElements;
+    texts.reserve(count);
     for (const VARIANT* element = elements; element != elements + count; ++element)
         if (element->vt == VT_BSTR)
             texts.push_back(Text::FromBstr(element->bstrVal));

@@ -162,7 +162,9 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
     else
         SetVariableValue(Names::timeVariable, timeText, true);
 
-    std::vector<std::string> row = {timeText};
+    std::vector<std::string> row;
+    row.reserve(1 + 6 * transforms.size());
+    row.push_back(timeText);
     for (const Transform& transform : transforms) {
         for (auto& [name, value] : Pose::Variables(transform)) {
             // Of two bodies with one name the first one moves.

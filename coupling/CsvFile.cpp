@@ -2,16 +2,25 @@
 
 #include "comutils/Text.h"
 
-#include <filesystem>
-
 CCsvFile::CCsvFile(const std::string& path) {
-    const std::filesystem::path file = Text::ToWide(path);
-    m_isNew = !std::filesystem::exists(file);
-    m_stream.open(file, std::ios::app);
+    const std::wstring widePath = Text::ToWide(path);
+    // One call opens and tells whether the file was there, which a stream would need a second look for.
+    m_file = CreateFileW(widePath.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_isNew = GetLastError() != ERROR_ALREADY_EXISTS;
+}
+
+CCsvFile::~CCsvFile() {
+    if (m_file == INVALID_HANDLE_VALUE)
+        return;
+    DWORD written = 0;
+    // A full disk costs lines, not the run.
+    (void)WriteFile(m_file, m_text.data(), static_cast<DWORD>(m_text.size()), &written, nullptr);
+    CloseHandle(m_file);
 }
 
 CCsvFile& CCsvFile::operator<<(std::string_view text) {
-    m_stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    m_text += text;
     return *this;
 }
 
@@ -26,6 +35,5 @@ CCsvFile& CCsvFile::operator<<(const double (&numbers)[3]) {
 }
 
 void CCsvFile::EndLine() {
-    m_stream.put('\n');
-    m_stream.flush();
+    m_text += "\r\n";
 }

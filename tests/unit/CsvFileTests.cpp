@@ -23,11 +23,25 @@ protected:
 
 } // namespace
 
-TEST_F(CsvFile, LinesEndAsTextFilesDo) {
-    CCsvFile file(m_name);
-    const double numbers[3] = {1.0, -0.0, 1e6};
-    file << "head" << 0.5 << numbers;
+TEST_F(CsvFile, AFileThatCannotBeOpenedIsNoError) {
+    CCsvFile file("no-such-folder\\file.csv");
+    file << "text";
     file.EndLine();
+    EXPECT_TRUE(file.IsNew());
+}
+
+TEST_F(CsvFile, AnEmptyFileIsNotNew) {
+    std::ofstream(m_path).close();
+    EXPECT_FALSE(CCsvFile(m_name).IsNew());
+}
+
+TEST_F(CsvFile, LinesEndAsTextFilesDo) {
+    {
+        CCsvFile file(m_name);
+        const double numbers[3] = {1.0, -0.0, 1e6};
+        file << "head" << 0.5 << numbers;
+        file.EndLine();
+    }
     EXPECT_EQ(Bytes(m_path), "head0.5,1,-0,1e+06\r\n");
 }
 
@@ -36,10 +50,14 @@ TEST_F(CsvFile, IsNewOnlyOnce) {
     EXPECT_FALSE(CCsvFile(m_name).IsNew());
 }
 
-TEST_F(CsvFile, AppendsAndCanBeReadMeanwhile) {
-    { CCsvFile(m_name) << "open line"; }
-    CCsvFile file(m_name);
-    file << ",more";
-    file.EndLine();
+TEST_F(CsvFile, AppendsWhileOthersHaveItOpen) {
+    CCsvFile(m_name) << "open line";
+    std::ofstream meanwhile(m_path, std::ios::app | std::ios::binary);
+    {
+        CCsvFile file(m_name);
+        file << ",more";
+        file.EndLine();
+        EXPECT_EQ(Bytes(m_path), "open line");
+    }
     EXPECT_EQ(Bytes(m_path), "open line,more\r\n");
 }
