@@ -1,0 +1,84 @@
+#include "simulator/automation/ClassFactory.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <new>
+
+namespace vantor::automation {
+
+const CLSID simulatorClassId = {0x6e8c1b52, 0x4b7d, 0x4e0f, {0x9c, 0x55, 0x2d, 0x0a, 0x7f, 0x3b, 0x91, 0xc4}};
+
+namespace {
+
+class ClassFactory final : public IClassFactory {
+public:
+    explicit ClassFactory(Server& server) : m_server(server) {}
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
+        if (result == nullptr) {
+            return E_POINTER;
+        }
+        *result = nullptr;
+        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) {
+            return E_NOINTERFACE;
+        }
+        *result = static_cast<IClassFactory*>(this);
+        AddRef();
+        return S_OK;
+    }
+
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --m_references;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** result) override {
+        if (result == nullptr) {
+            return E_POINTER;
+        }
+        *result = nullptr;
+        if (outer != nullptr) {
+            return CLASS_E_NOAGGREGATION;
+        }
+        if (m_server.ItsLifetime().IsQuitting()) {
+            return CO_E_SERVER_STOPPING;
+        }
+        try {
+            IDispatch* application = m_server.NewClient();
+            const HRESULT status = application->QueryInterface(iid, result);
+            application->Release();
+            return status;
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
+        if (lock != FALSE) {
+            m_server.ItsLifetime().AddObject();
+        } else {
+            m_server.ItsLifetime().RemoveObject();
+        }
+        return S_OK;
+    }
+
+private:
+    ~ClassFactory() = default;
+
+    Server& m_server;
+    std::atomic<ULONG> m_references{1};
+};
+
+} // namespace
+
+IClassFactory* MakeClassFactory(Server& server) {
+    return new ClassFactory(server);
+}
+
+} // namespace vantor::automation

@@ -1,0 +1,179 @@
+#include "simulator/automation/Server.h"
+#include "simulator/automation/VariantConversion.h"
+#include "simulator/model/DesktopError.h"
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <atomic>
+#include <new>
+
+namespace vantor::automation {
+namespace {
+
+using commands::Value;
+using model::DesktopError;
+
+/// A script error as an HRESULT: its code in the low 16 bits.
+HRESULT ScriptErrorResult(model::ErrorCode code) {
+    return MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, static_cast<unsigned>(code));
+}
+
+BSTR NewTextOrNull(const std::string& text) noexcept {
+    try {
+        const std::wstring wide = WideFromUtf8(text);
+        return SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+/// Fills the exception record that the caller may have passed.
+HRESULT Raise(EXCEPINFO* exception, const DesktopError& error) {
+    if (exception != nullptr) {
+        *exception = EXCEPINFO{};
+        exception->scode = ScriptErrorResult(error.Code());
+        exception->bstrSource = NewTextOrNull("Pellux.VantorDesktop.Simulator");
+        exception->bstrDescription = NewTextOrNull(error.what());
+    }
+    return DISP_E_EXCEPTION;
+}
+
+/// IDispatch over one object of the scripting interface.
+class DispatchObject final : public IDispatch {
+public:
+    DispatchObject(Server& server, Value::Object object) : m_server(server), m_object(std::move(object)) {
+        m_server.ItsLifetime().AddObject();
+    }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
+        if (result == nullptr) {
+            return E_POINTER;
+        }
+        *result = nullptr;
+        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) {
+            return E_NOINTERFACE;
+        }
+        *result = static_cast<IDispatch*>(this);
+        AddRef();
+        return S_OK;
+    }
+
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
+
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --m_references;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+        if (count == nullptr) {
+            return E_POINTER;
+        }
+        *count = 0;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
+        if (info != nullptr) {
+            *info = nullptr;
+        }
+        return DISP_E_BADINDEX;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+        if (!IsEqualIID(iid, IID_NULL)) {
+            return DISP_E_UNKNOWNINTERFACE;
+        }
+        if (names == nullptr || ids == nullptr || count == 0) {
+            return E_INVALIDARG;
+        }
+        for (UINT i = 0; i < count; ++i) {
+            ids[i] = DISPID_UNKNOWN;
+        }
+        try {
+            const auto method = m_object->FindMethod(Utf8FromWide(names[0], wcslen(names[0])));
+            // Further names would be those of arguments, which no method has.
+            if (method) {
+                ids[0] = *method + 1;
+            }
+            return method && count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
+                                     EXCEPINFO* exception, UINT*) override {
+        if (!IsEqualIID(iid, IID_NULL)) {
+            return DISP_E_UNKNOWNINTERFACE;
+        }
+        if (id < 1 || id > m_object->MethodCount() || (flags & DISPATCH_METHOD) == 0) {
+            return DISP_E_MEMBERNOTFOUND;
+        }
+        if (parameters == nullptr) {
+            return E_POINTER;
+        }
+        if (parameters->cNamedArgs != 0) {
+            return DISP_E_NONAMEDARGS;
+        }
+        try {
+            return Run(id - 1, *parameters, result);
+        } catch (const DesktopError& error) {
+            return Raise(exception, error);
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        } catch (...) {
+            return E_UNEXPECTED;
+        }
+    }
+
+private:
+    ~DispatchObject() {
+        // What the object holds may be shared with a command that is running.
+        {
+            const std::lock_guard<std::mutex> lock(m_server.CommandMutex());
+            m_object.reset();
+        }
+        m_server.ItsLifetime().RemoveObject();
+    }
+
+    HRESULT Run(int method, const DISPPARAMS& parameters, VARIANT* result) {
+        std::vector<Value> arguments;
+        arguments.reserve(parameters.cArgs);
+        for (UINT i = parameters.cArgs; i > 0; --i) {
+            arguments.push_back(ValueFromVariant(parameters.rgvarg[i - 1]));
+        }
+        Value value;
+        {
+            const std::lock_guard<std::mutex> lock(m_server.CommandMutex());
+            value = m_object->Invoke(method, arguments);
+        }
+        if (result != nullptr) {
+            VariantFromValue(
+                value, [this](const Value::Object& object) { return MakeDispatchObject(m_server, object); }, *result);
+        }
+        return S_OK;
+    }
+
+    Server& m_server;
+    Value::Object m_object;
+    std::atomic<ULONG> m_references{1};
+};
+
+} // namespace
+
+IDispatch* MakeDispatchObject(Server& server, Value::Object object) {
+    return new DispatchObject(server, std::move(object));
+}
+
+IDispatch* Server::NewClient() {
+    const auto session = std::make_shared<commands::Session>(m_desktop, [this] { m_lifetime.RequestQuit(); });
+    return MakeDispatchObject(*this, commands::MakeApplication(session));
+}
+
+} // namespace vantor::automation

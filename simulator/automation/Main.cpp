@@ -1,0 +1,120 @@
+#include "simulator/automation/ClassFactory.h"
+#include "simulator/automation/CommandLine.h"
+#include "simulator/automation/Registration.h"
+#include "simulator/automation/VariantConversion.h"
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Materials.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using namespace vantor;
+
+/// Writes text to the console or file behind a handle, as UTF-8.
+void Print(DWORD handle, const std::wstring& text) {
+    const std::string bytes = automation::Utf8FromWide(text.data(), text.size());
+    DWORD written = 0;
+    WriteFile(GetStdHandle(handle), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+}
+
+/// The value of an environment variable; empty when it is not set.
+std::wstring Environment(const wchar_t* name) {
+    const wchar_t* value = _wgetenv(name);
+    return value == nullptr ? std::wstring() : std::wstring(value);
+}
+
+/// The library with the user's materials. A file that cannot be used becomes a message that every client sees.
+void LoadMaterials(model::Desktop& desktop) {
+    desktop.library = model::BuiltInMaterials();
+    const std::wstring file = Environment(L"VANTOR_SIM_MATERIALS");
+    if (file.empty()) {
+        return;
+    }
+    try {
+        for (auto& material : model::ReadMaterialsFile(file)) {
+            desktop.library[material.name] = material;
+        }
+    } catch (const model::DesktopError& error) {
+        desktop.messages.Add(
+            {"", "", model::Severity::Error,
+             std::string("the materials file named by VANTOR_SIM_MATERIALS is not used: ") + error.what()});
+    }
+}
+
+std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line) {
+    auto desktop = std::make_shared<model::Desktop>();
+    LoadMaterials(*desktop);
+    const std::wstring fromEnvironment = Environment(L"VANTOR_SIM_UPDATE_REPORTS");
+    const std::wstring& updateReports = fromEnvironment.empty() ? line.updateReports : fromEnvironment;
+    desktop->options[model::updateReportsKey] = automation::Utf8FromWide(updateReports.data(), updateReports.size());
+    return desktop;
+}
+
+/// Waits until the server may leave. New clients are turned away first, then what they hold is waited for.
+void WaitUntilDone(automation::Server& server, DWORD registration) {
+    bool revoked = false;
+    for (;;) {
+        const bool mayLeave = server.ItsLifetime().MayLeave(automation::Lifetime::Clock::now());
+        if (!revoked && (mayLeave || server.ItsLifetime().IsQuitting())) {
+            CoRevokeClassObject(registration);
+            revoked = true;
+            continue; // a client may have come in between
+        }
+        if (mayLeave) {
+            return;
+        }
+        Sleep(100);
+    }
+}
+
+int Serve(const automation::CommandLine& line) {
+    // Clients' calls arrive on threads of the system; commands are put in order by the server itself.
+    if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
+        return 1;
+    }
+    automation::Server server(MakeDesktop(line), line.idleTime);
+    IClassFactory* factory = automation::MakeClassFactory(server);
+    DWORD registration = 0;
+    const HRESULT status = CoRegisterClassObject(automation::simulatorClassId, factory, CLSCTX_LOCAL_SERVER,
+                                                 REGCLS_MULTIPLEUSE, &registration);
+    if (SUCCEEDED(status)) {
+        WaitUntilDone(server, registration);
+    }
+    factory->Release();
+    CoUninitialize();
+    return SUCCEEDED(status) ? 0 : 1;
+}
+
+int PrintResult(const automation::RegistrationResult& result) {
+    Print(result.succeeded ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE, result.text);
+    return result.succeeded ? 0 : 1;
+}
+
+int Run(const automation::CommandLine& line) {
+    switch (line.task) {
+    case automation::CommandLine::Task::Serve:
+        return Serve(line);
+    case automation::CommandLine::Task::Register:
+        return PrintResult(automation::RegisterServer(line.alsoDefault));
+    case automation::CommandLine::Task::Unregister:
+        return PrintResult(automation::UnregisterServer());
+    case automation::CommandLine::Task::Bad:
+        Print(STD_ERROR_HANDLE, line.problem + L"\n" + automation::UsageText());
+        return 2;
+    default:
+        Print(STD_OUTPUT_HANDLE, automation::UsageText());
+        return 0;
+    }
+}
+
+} // namespace
+
+int wmain(int count, wchar_t** arguments) {
+    return Run(vantor::automation::ParseCommandLine(std::vector<std::wstring>(arguments + 1, arguments + count)));
+}

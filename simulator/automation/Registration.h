@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+namespace vantor::automation {
+
+/// ProgID that a client reaches by selecting the version "Simulator".
+inline constexpr const wchar_t* simulatorProgId = L"Pellux.VantorDesktop.Simulator";
+
+/// The desktop's own ProgID, which the simulator takes only when nobody holds it.
+inline constexpr const wchar_t* desktopProgId = L"Pellux.VantorDesktop";
+
+/// What a registration did, as lines for the user.
+struct RegistrationResult {
+    bool succeeded = false;
+    std::wstring text;
+};
+
+/// Registers this program for the current user; for the machine where the system does not look at the user's classes.
+/// @param alsoDefault takes the desktop's own ProgID too, unless another class holds it.
+RegistrationResult RegisterServer(bool alsoDefault);
+
+/// Takes back what RegisterServer wrote, and nothing else.
+RegistrationResult UnregisterServer();
+
+} // namespace vantor::automation

@@ -1,0 +1,442 @@
+#include "simulator/automation/commands/BoundObjects.h"
+#include "simulator/model/Files.h"
+#include "simulator/model/Text.h"
+
+namespace vantor::commands {
+namespace {
+
+using model::DesktopError;
+using model::ErrorCode;
+using model::Quoted;
+
+constexpr const char* unusedThickness = "nan ";
+
+/// The name between the double quotes that material values come in.
+std::string NeedQuoted(const std::string& text, const std::string& place) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        FailBadValue(place + ": a name in double quotes is needed, not " + text);
+    }
+    return model::Unquoted(text);
+}
+
+/// A solid or the region, as a list of properties.
+class GeometryHandle : public DesignBound {
+public:
+    GeometryHandle(SessionPointer session, DesignPlace place, std::string name)
+        : DesignBound(std::move(session), std::move(place)), m_name(std::move(name)) {}
+
+    const char* Kind() const override { return "Object"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"GetPropNames", Bound<&GeometryHandle::GetPropNames>::Handle},
+            {"GetPropValue", Bound<&GeometryHandle::GetPropValue>::Handle},
+            {"SetPropValue", Bound<&GeometryHandle::SetPropValue>::Handle},
+            {"GetChildNames", Bound<&GeometryHandle::GetChildNames>::Handle},
+        };
+        return methods;
+    }
+
+    /// The members that solids and the region have in common.
+    struct Members {
+        std::string& material;
+        bool& solveInside;
+        std::string& coordinateSystem;
+        std::string& orientation;
+        bool& isModel;
+    };
+
+    Members TheMembers() const {
+        model::Modeler& modeler = TheDesign().modeler;
+        if (modeler.IsRegion(m_name)) {
+            model::Region& r = modeler.TheRegion();
+            return {r.material, r.solveInside, r.coordinateSystem, r.orientation, r.isModel};
+        }
+        model::GeometryObject& o = modeler.Object(m_name);
+        return {o.material, o.solveInside, o.coordinateSystem, o.orientation, o.isModel};
+    }
+
+    Value GetPropNames(Arguments& arguments) {
+        arguments.End();
+        TheMembers();
+        return Value::Texts({"Name", "Material", "Solve Inside", "Coordinate System", "Orientation", "Model"});
+    }
+
+    [[noreturn]] void FailUnknown(const std::string& property, const char* what) const {
+        FailBadValue("the object " + Quoted(m_name) + " has no property " + Quoted(property) + what);
+    }
+
+    Value GetPropValue(Arguments& arguments) {
+        const std::string& property = arguments.Text();
+        arguments.End();
+        const Members members = TheMembers();
+        if (property == "Name") {
+            return m_name;
+        }
+        if (property == "Material") {
+            return Quoted(members.material);
+        }
+        if (property == "Solve Inside") {
+            return members.solveInside;
+        }
+        if (property == "Coordinate System") {
+            return members.coordinateSystem;
+        }
+        if (property == "Orientation") {
+            return members.orientation;
+        }
+        if (property == "Model") {
+            return members.isModel;
+        }
+        FailUnknown(property, "");
+    }
+
+    /// Writing "Coordinate System" does not move the solid's own coordinates: they are read in the new frame from then
+    /// on, so that the solid follows it.
+    Value SetPropValue(Arguments& arguments) {
+        const std::string& property = arguments.Text();
+        const Members members = TheMembers();
+        if (property == "Material") {
+            const std::string name = NeedQuoted(arguments.Text(), "argument 2");
+            members.material = ProjectMaterial(name).name;
+        } else if (property == "Solve Inside") {
+            members.solveInside = arguments.Flag();
+        } else if (property == "Coordinate System") {
+            members.coordinateSystem = NeedFrame(arguments.Text());
+        } else if (property == "Orientation") {
+            members.orientation = NeedFrame(arguments.Text());
+        } else if (property == "Model") {
+            members.isModel = arguments.Flag();
+        } else {
+            FailUnknown(property, " that can be written");
+        }
+        arguments.End();
+        MarkModelChanged();
+        return {};
+    }
+
+    const std::string& NeedFrame(const std::string& name) const {
+        if (!TheDesign().modeler.HasFrame(name)) {
+            FailBadValue("argument 2: there is no coordinate system " + Quoted(name));
+        }
+        if (name != model::globalFrame && TheDesign().modeler.IsRegion(m_name)) {
+            FailBadValue("the region " + Quoted(m_name) + " stays in the coordinate system " +
+                         Quoted(model::globalFrame));
+        }
+        return name;
+    }
+
+    Value GetChildNames(Arguments& arguments) {
+        arguments.End();
+        TheMembers();
+        return Value::List{};
+    }
+
+    std::string m_name;
+};
+
+/// Reads "NAME:Selections" of Move and Rotate: one object's name, or several with commas between them.
+std::vector<std::string> ReadSelections(const Value::List& elements, const model::Modeler& modeler) {
+    BlockReader block(elements, "argument 1", "Selections");
+    const std::string& selection = block.Text("Selections:=");
+    block.Literal("NewPartsModelFlag:=", "Model");
+    block.End();
+    std::vector<std::string> names =
+        modeler.HasObject(selection) ? std::vector<std::string>{selection} : model::Split(selection, ',');
+    for (const auto& name : names) {
+        modeler.Object(name);
+    }
+    return names;
+}
+
+std::array<std::string, 3> ReadTriple(BlockReader& block, const char* prefix, const char* x, const char* y,
+                                      const char* z) {
+    std::array<std::string, 3> texts;
+    const std::array<const char*, 3> suffixes = {x, y, z};
+    for (std::size_t i = 0; i < 3; ++i) {
+        texts[i] = block.Text(std::string(prefix) + suffixes[i]);
+    }
+    return texts;
+}
+
+model::CoordinateSystem ReadFrame(Arguments& arguments) {
+    model::CoordinateSystem system;
+    BlockReader parameters(arguments.List(), "argument 1", "RelativeCSParameters");
+    parameters.Literal("Mode:=", "Axis/Position");
+    if (parameters.NextIs("Reference CS:=")) {
+        system.reference = parameters.Text("Reference CS:=");
+    }
+    system.origin = ReadTriple(parameters, "Origin", "X:=", "Y:=", "Z:=");
+    system.xAxis = ReadTriple(parameters, "XAxis", "Xvec:=", "Yvec:=", "Zvec:=");
+    system.yAxis = ReadTriple(parameters, "YAxis", "Xvec:=", "Yvec:=", "Zvec:=");
+    parameters.End();
+    BlockReader attributes(arguments.List(), "argument 2", "Attributes");
+    system.name = attributes.Text("Name:=");
+    attributes.End();
+    return system;
+}
+
+std::array<std::string, 6> ReadPadding(const Value::List& elements) {
+    BlockReader block(elements, "argument 1", "RegionParameters");
+    std::array<std::string, 6> padding;
+    std::size_t side = 0;
+    for (const char* name : {"+X", "-X", "+Y", "-Y", "+Z", "-Z"}) {
+        block.Literal(std::string(name) + "PaddingType:=", "Percentage Offset");
+        padding[side++] = block.Text(std::string(name) + "Padding:=");
+    }
+    block.End();
+    return padding;
+}
+
+/// Reads what AssignMaterial and CreateRegion share at the end of their attributes; returns "SolveInside:=".
+bool ReadMaterialFlags(BlockReader& block) {
+    const bool solveInside = block.Flag("SolveInside:=");
+    block.Literal("ShellElement:=", false);
+    block.Literal("ShellElementThickness:=", unusedThickness);
+    block.Flag("IsMaterialEditable:=");
+    block.Flag("UseMaterialAppearance:=");
+    block.Literal("IsLightweight:=", false);
+    block.End();
+    return solveInside;
+}
+
+/// "(143 175 143)".
+void CheckColor(const std::string& color, const std::string& place) {
+    const bool enclosed = color.size() > 2 && color.front() == '(' && color.back() == ')';
+    const auto parts = model::Split(enclosed ? color.substr(1, color.size() - 2) : "", ' ');
+    bool valid = enclosed && parts.size() == 3;
+    for (const auto& part : parts) {
+        double value = -1.0;
+        valid = valid && model::ParseNumber(part, value) && value >= 0.0 && value <= 255.0;
+    }
+    if (!valid) {
+        FailBadValue(place + ": a color is written as in \"(143 175 143)\", not " + Quoted(color));
+    }
+}
+
+/// The 3D modeler of a design.
+class Editor : public DesignBound {
+public:
+    Editor(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+
+    const char* Kind() const override { return "3D Modeler"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"GetChildNames", Bound<&Editor::GetChildNames>::Handle},
+            {"GetChildObject", Bound<&Editor::GetChildObject>::Handle},
+            {"SetModelUnits", Bound<&Editor::SetModelUnits>::Handle},
+            {"Import", Bound<&Editor::Import>::Handle},
+            {"CreateRegion", Bound<&Editor::CreateRegion>::Handle},
+            {"GetRelativeCoordinateSystems", Bound<&Editor::GetRelativeCoordinateSystems>::Handle},
+            {"CreateRelativeCS", Bound<&Editor::CreateRelativeCS>::Handle},
+            {"SetWCS", Bound<&Editor::SetWCS>::Handle},
+            {"Move", Bound<&Editor::Move>::Handle},
+            {"Rotate", Bound<&Editor::Rotate>::Handle},
+            {"AssignMaterial", Bound<&Editor::AssignMaterial>::Handle},
+            {"FitAll", Bound<&Editor::FitAll>::Handle},
+        };
+        return methods;
+    }
+
+    model::Modeler& TheModeler() const { return TheDesign().modeler; }
+
+    Value GetChildNames(Arguments& arguments) {
+        arguments.End();
+        return Value::Texts(TheModeler().Names());
+    }
+
+    Value GetChildObject(Arguments& arguments) {
+        const std::string& name = arguments.Text();
+        arguments.End();
+        if (!TheModeler().IsRegion(name)) {
+            TheModeler().Object(name);
+        }
+        return Value::Object(std::make_shared<GeometryHandle>(SharedSession(), Place(), name));
+    }
+
+    Value SetModelUnits(Arguments& arguments) {
+        BlockReader block(arguments.List(), "argument 1", "Units Parameter");
+        const std::string& units = block.Text("Units:=");
+        const bool rescale = block.Flag("Rescale:=");
+        block.End();
+        arguments.End();
+        TheModeler().SetUnits(units, rescale);
+        MarkModelChanged();
+        return {};
+    }
+
+    Value Import(Arguments& arguments) {
+        BlockReader block(arguments.List(), "argument 1", "NativeBodyParameters");
+        const bool useMaterials = block.Flag("ImportMaterialNames:=");
+        const std::string& file = block.Text("SourceFile:=");
+        block.End();
+        arguments.End();
+        model::ImportedGeometry geometry;
+        try {
+            geometry = model::ReadGeometryFile(model::PathFromUtf8(file));
+        } catch (const model::GeometryFileError& error) {
+            throw DesktopError(ErrorCode::ReadFile, error.what());
+        }
+        const auto kept = TheModeler().Import(geometry, useMaterials);
+        ReportImport(geometry, kept, useMaterials);
+        MarkModelChanged();
+        return {};
+    }
+
+    void ReportImport(const model::ImportedGeometry& geometry, const std::vector<std::string>& kept,
+                      bool useMaterials) const {
+        for (const auto& warning : geometry.warnings) {
+            Report(model::Severity::Warning, "Import: " + warning);
+        }
+        if (!kept.empty()) {
+            Report(model::Severity::Info,
+                   "Import: these objects are there already and stay as they are: " + model::QuotedList(kept));
+        }
+        for (const auto& solid : geometry.solids) {
+            if (useMaterials && !solid.material.empty() &&
+                TheProject().FindMaterial(solid.material, TheDesktop().library) == nullptr) {
+                Report(model::Severity::Warning, "Import: object " + Quoted(solid.name) + " keeps its material " +
+                                                     Quoted(solid.material) + ", which the library does not know");
+            }
+        }
+    }
+
+    /// A region of the same name is replaced, so that an opened project can be initialised again.
+    Value CreateRegion(Arguments& arguments) {
+        model::Region region;
+        region.padding = ReadPadding(arguments.List());
+        ReadRegionAttributes(BlockReader(arguments.List(), "argument 2", "Attributes"), region);
+        arguments.End();
+        if (TheModeler().SetRegion(region, TheDesign().variables)) {
+            Report(model::Severity::Info, "CreateRegion: the region " + Quoted(region.name) + " has been replaced");
+        }
+        MarkModelChanged();
+        return {};
+    }
+
+    void ReadRegionAttributes(BlockReader block, model::Region& region) const {
+        region.name = block.Text("Name:=");
+        if (region.name.empty()) {
+            FailBadValue(block.PlaceOf("Name:=") + ": a region needs a name");
+        }
+        block.Text("Flags:=");
+        region.color = block.Text("Color:=");
+        CheckColor(region.color, block.PlaceOf("Color:="));
+        region.transparency = block.Number("Transparency:=");
+        if (region.transparency < 0.0 || region.transparency > 1.0) {
+            FailBadValue(block.PlaceOf("Transparency:=") + " must lie between 0 and 1");
+        }
+        block.Literal("PartCoordinateSystem:=", model::globalFrame);
+        block.Literal("UDMId:=", "");
+        region.material = NeedQuoted(block.Text("MaterialValue:="), block.PlaceOf("MaterialValue:="));
+        CheckRegionMaterial(region.material);
+        block.Literal("SurfaceMaterialValue:=", "\"\"");
+        region.solveInside = ReadMaterialFlags(block);
+    }
+
+    void CheckRegionMaterial(const std::string& name) const {
+        if (ProjectMaterial(name).coercivity) {
+            FailBadValue("a region cannot be made of the magnet material " + Quoted(name));
+        }
+    }
+
+    Value GetRelativeCoordinateSystems(Arguments& arguments) {
+        arguments.End();
+        return Value::Texts(model::NamesOf(TheModeler().CoordinateSystems()));
+    }
+
+    Value CreateRelativeCS(Arguments& arguments) {
+        const model::CoordinateSystem system = ReadFrame(arguments);
+        arguments.End();
+        TheModeler().AddCoordinateSystem(system, TheDesign().variables);
+        MarkModelChanged();
+        return {};
+    }
+
+    Value SetWCS(Arguments& arguments) {
+        BlockReader block(arguments.List(), "argument 1", "SetWCS Parameter");
+        const std::string& name = block.Text("Working Coordinate System:=");
+        block.Flag("RegionDepCSOk:=");
+        block.End();
+        arguments.End();
+        TheModeler().SetWorkingFrame(name);
+        MarkChanged();
+        return {};
+    }
+
+    Value Move(Arguments& arguments) {
+        const auto names = ReadSelections(arguments.List(), TheModeler());
+        BlockReader block(arguments.List(), "argument 2", "TranslateParameters");
+        const auto texts = ReadTriple(block, "TranslateVector", "X:=", "Y:=", "Z:=");
+        block.End();
+        arguments.End();
+        Eigen::Vector3d shift;
+        try {
+            for (std::size_t i = 0; i < 3; ++i) {
+                shift[static_cast<Eigen::Index>(i)] =
+                    model::EvaluateLength(texts[i], TheDesign().variables.Lookup(), TheModeler().MetresPerUnit());
+            }
+            for (const auto& name : names) {
+                TheModeler().Move(name, shift, TheDesign().variables);
+            }
+        } catch (const model::ExpressionError& error) {
+            FailBadValue(error.what());
+        }
+        MarkModelChanged();
+        return {};
+    }
+
+    Value Rotate(Arguments& arguments) {
+        const auto names = ReadSelections(arguments.List(), TheModeler());
+        BlockReader block(arguments.List(), "argument 2", "RotateParameters");
+        const std::string& axis = block.Text("RotateAxis:=");
+        NeedOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("RotateAxis:="));
+        const std::string& angleText = block.Text("RotateAngle:=");
+        block.End();
+        arguments.End();
+        try {
+            const double angle = model::EvaluateAngle(angleText, TheDesign().variables.Lookup());
+            for (const auto& name : names) {
+                TheModeler().Rotate(name, axis.front() - 'X', angle, TheDesign().variables);
+            }
+        } catch (const model::ExpressionError& error) {
+            FailBadValue(error.what());
+        }
+        MarkModelChanged();
+        return {};
+    }
+
+    Value AssignMaterial(Arguments& arguments) {
+        BlockReader selections(arguments.List(), "argument 1", "Selections");
+        model::GeometryObject& object = TheModeler().Object(selections.Text("Selections:="));
+        selections.Flag("AllowRegionDependentPartSelectionForPMLCreation:=");
+        selections.Flag("AllowRegionSelectionForPMLCreation:=");
+        selections.End();
+        BlockReader attributes(arguments.List(), "argument 2", "Attributes");
+        const std::string name = NeedQuoted(attributes.Text("MaterialValue:="), attributes.PlaceOf("MaterialValue:="));
+        const bool solveInside = ReadMaterialFlags(attributes);
+        arguments.End();
+        object.material = ProjectMaterial(name).name;
+        object.solveInside = solveInside;
+        MarkModelChanged();
+        return {};
+    }
+
+    /// There is no view to fit.
+    Value FitAll(Arguments& arguments) {
+        arguments.End();
+        TheDesign();
+        return {};
+    }
+};
+
+} // namespace
+
+Value::Object MakeEditor(SessionPointer session, DesignPlace place) {
+    return std::make_shared<Editor>(std::move(session), std::move(place));
+}
+
+} // namespace vantor::commands

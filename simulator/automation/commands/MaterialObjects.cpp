@@ -1,0 +1,214 @@
+#include "simulator/automation/commands/BoundObjects.h"
+#include "simulator/model/Text.h"
+
+namespace vantor::commands {
+namespace {
+
+using model::DesktopError;
+using model::ErrorCode;
+using model::Quoted;
+
+constexpr const char* nameProperty = "Name";
+constexpr const char* permeabilityProperty = "Relative Permeability";
+constexpr const char* magnitudeProperty = "Magnetic Coercivity Magnitude";
+constexpr const char* componentsProperty = "Magnetic Coercivity Components";
+
+/// 0, 1 or 2 for ".../Component1" to ".../Component3"; -1 for any other property.
+int ComponentOf(const std::string& property) {
+    for (int component = 0; component < 3; ++component) {
+        if (property == std::string(componentsProperty) + "/Component" + std::to_string(component + 1)) {
+            return component;
+        }
+    }
+    return -1;
+}
+
+/// One material of a project. Numbers are read as text; components are written as numbers.
+class MaterialObject : public ProjectBound {
+public:
+    MaterialObject(SessionPointer session, ProjectPointer project, std::string name)
+        : ProjectBound(std::move(session), std::move(project)), m_name(std::move(name)) {}
+
+    const char* Kind() const override { return "Material"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"GetPropNames", Bound<&MaterialObject::GetPropNames>::Handle},
+            {"GetPropValue", Bound<&MaterialObject::GetPropValue>::Handle},
+            {"SetPropValue", Bound<&MaterialObject::SetPropValue>::Handle},
+            {"GetChildNames", Bound<&MaterialObject::GetChildNames>::Handle},
+        };
+        return methods;
+    }
+
+    model::Material& TheMaterial() const {
+        const auto found = TheProject().materials.find(m_name);
+        if (found == TheProject().materials.end()) {
+            throw DesktopError(ErrorCode::ObjectDeleted, "the material " + Quoted(m_name) + " is gone");
+        }
+        return found->second;
+    }
+
+    Value GetPropNames(Arguments& arguments) {
+        arguments.End();
+        std::vector<std::string> names = {nameProperty, permeabilityProperty};
+        if (TheMaterial().coercivity) {
+            names.insert(names.end(), {magnitudeProperty, componentsProperty});
+            for (const char* component : {"/Component1", "/Component2", "/Component3"}) {
+                names.push_back(std::string(componentsProperty) + component);
+            }
+        }
+        return Value::Texts(names);
+    }
+
+    [[noreturn]] void FailUnknown(const std::string& property) const {
+        FailBadValue("the material " + Quoted(m_name) + " has no property " + Quoted(property));
+    }
+
+    Value GetPropValue(Arguments& arguments) {
+        const std::string& property = arguments.Text();
+        arguments.End();
+        const model::Material& material = TheMaterial();
+        if (property == nameProperty) {
+            return material.name;
+        }
+        if (property == permeabilityProperty) {
+            return model::FormatNumber(material.relativePermeability);
+        }
+        if (!material.coercivity) {
+            FailUnknown(property);
+        }
+        const model::Coercivity& coercivity = *material.coercivity;
+        if (property == magnitudeProperty) {
+            return model::FormatNumber(coercivity.magnitude);
+        }
+        if (property == componentsProperty) {
+            Value::List components;
+            for (const double component : coercivity.components) {
+                components.emplace_back(model::FormatNumber(component));
+            }
+            return components;
+        }
+        const int component = ComponentOf(property);
+        if (component < 0) {
+            FailUnknown(property);
+        }
+        return model::FormatNumber(coercivity.components[static_cast<std::size_t>(component)]);
+    }
+
+    Value SetPropValue(Arguments& arguments) {
+        const std::string& property = arguments.Text();
+        const int component = ComponentOf(property);
+        if (component < 0) {
+            FailBadValue("the property " + Quoted(property) + " of the material " + Quoted(m_name) +
+                         " cannot be written");
+        }
+        if (!TheMaterial().coercivity) {
+            FailUnknown(property);
+        }
+        const double value = arguments.Number();
+        arguments.End();
+        TheMaterial().coercivity->components[static_cast<std::size_t>(component)] = value;
+        MarkChanged();
+        for (const auto& design : TheProject().designs) {
+            if (design->solution) {
+                design->solution->current = false;
+            }
+        }
+        return {};
+    }
+
+    Value GetChildNames(Arguments& arguments) {
+        arguments.End();
+        TheMaterial();
+        return Value::List{};
+    }
+
+    std::string m_name;
+};
+
+/// The project's own materials.
+class MaterialsObject : public ProjectBound {
+public:
+    MaterialsObject(SessionPointer session, ProjectPointer project)
+        : ProjectBound(std::move(session), std::move(project)) {}
+
+    const char* Kind() const override { return "Materials"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"GetChildNames", Bound<&MaterialsObject::GetChildNames>::Handle},
+            {"GetChildObject", Bound<&MaterialsObject::GetChildObject>::Handle},
+        };
+        return methods;
+    }
+
+    Value GetChildNames(Arguments& arguments) {
+        arguments.End();
+        std::vector<std::string> names;
+        for (const auto& entry : TheProject().materials) {
+            names.push_back(entry.first);
+        }
+        return Value::Texts(names);
+    }
+
+    Value GetChildObject(Arguments& arguments) {
+        const std::string& name = arguments.Text();
+        arguments.End();
+        if (TheProject().materials.count(name) == 0) {
+            throw DesktopError(ErrorCode::InvalidDefinition, "the project has no material " + Quoted(name));
+        }
+        return Value::Object(std::make_shared<MaterialObject>(SharedSession(), SharedProject(), name));
+    }
+};
+
+/// Makes and copies definitions.
+class DefinitionManager : public ProjectBound {
+public:
+    DefinitionManager(SessionPointer session, ProjectPointer project)
+        : ProjectBound(std::move(session), std::move(project)) {}
+
+    const char* Kind() const override { return "DefinitionManager"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"CloneMaterial", Bound<&DefinitionManager::CloneMaterial>::Handle},
+        };
+        return methods;
+    }
+
+    /// A clone takes the place of a definition of the same name: an opened project is initialised again by a client
+    /// that does not know the clones of its last run.
+    Value CloneMaterial(Arguments& arguments) {
+        const std::string& source = arguments.Text();
+        const std::string& name = arguments.Text();
+        arguments.End();
+        if (name.empty() || name == source) {
+            throw DesktopError(ErrorCode::InvalidDefinition, "a clone needs a name of its own, not " + Quoted(name));
+        }
+        model::Material clone = ProjectMaterial(source);
+        clone.name = name;
+        if (TheProject().materials.count(name) != 0) {
+            Report(model::Severity::Info, "CloneMaterial: the definition " + Quoted(name) +
+                                              " has been replaced by a clone of " + Quoted(source));
+        }
+        TheProject().materials[name] = clone;
+        MarkChanged();
+        return true;
+    }
+};
+
+} // namespace
+
+Value::Object MakeMaterials(SessionPointer session, ProjectPointer project) {
+    return std::make_shared<MaterialsObject>(std::move(session), std::move(project));
+}
+
+Value::Object MakeDefinitionManager(SessionPointer session, ProjectPointer project) {
+    return std::make_shared<DefinitionManager>(std::move(session), std::move(project));
+}
+
+} // namespace vantor::commands

@@ -1,0 +1,47 @@
+#include "simulator/automation/commands/ScriptObject.h"
+
+#include <new>
+
+namespace vantor::commands {
+
+using model::DesktopError;
+using model::ErrorCode;
+
+std::optional<int> ScriptObject::FindMethod(const std::string& name) const {
+    const auto& methods = Methods();
+    for (std::size_t i = 0; i < methods.size(); ++i) {
+        if (name == methods[i].name) {
+            return static_cast<int>(i);
+        }
+    }
+    return std::nullopt;
+}
+
+Value ScriptObject::Invoke(int method, const std::vector<Value>& values) {
+    const Method& entry = Methods().at(static_cast<std::size_t>(method));
+    const auto fail = [&](ErrorCode code, const std::string& reason) -> DesktopError {
+        const std::string text = std::string(entry.name) + ": " + model::ErrorText(code) + ": " + reason;
+        Report(model::Severity::Error, text);
+        return DesktopError(code, text);
+    };
+    try {
+        Arguments arguments(values);
+        return entry.handler(*this, arguments);
+    } catch (const DesktopError& error) {
+        throw fail(error.Code(), error.what());
+    } catch (const std::bad_alloc&) {
+        throw fail(ErrorCode::OutOfMemory, "not enough memory for this command");
+    } catch (const std::exception& error) {
+        throw fail(ErrorCode::InternalError, error.what());
+    }
+}
+
+Value ScriptObject::Call(const std::string& method, const std::vector<Value>& arguments) {
+    return Invoke(FindMethod(method).value(), arguments);
+}
+
+void ScriptObject::Report(model::Severity severity, const std::string& text) const {
+    TheDesktop().messages.Add({ProjectName(), DesignName(), severity, text});
+}
+
+} // namespace vantor::commands

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "simulator/automation/commands/ArgumentReader.h"
+#include "simulator/automation/commands/Session.h"
+#include "simulator/automation/commands/Value.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantor::commands {
+
+/// An object of the scripting interface: a kind, and a table from method name to handler.
+///
+/// Names are told apart by letter case. One client's objects share its session. Objects stay valid after the thing
+/// they stand for is gone; their methods then fail with ObjectDeleted.
+class ScriptObject : public std::enable_shared_from_this<ScriptObject> {
+public:
+    using Handler = Value (*)(ScriptObject& object, Arguments& arguments);
+
+    struct Method {
+        const char* name;
+        Handler handler;
+    };
+
+    virtual ~ScriptObject() = default;
+    ScriptObject(const ScriptObject&) = delete;
+    ScriptObject& operator=(const ScriptObject&) = delete;
+
+    /// "Design", "AnalysisSetup module", ... for messages.
+    virtual const char* Kind() const = 0;
+
+    /// The place of a method in the table; nothing for an unknown name.
+    std::optional<int> FindMethod(const std::string& name) const;
+
+    /// Number of methods; valid places are 0 to count - 1.
+    int MethodCount() const { return static_cast<int>(Methods().size()); }
+
+    /// Runs a method. A failure is added to the desktop's messages as an error and thrown on.
+    /// @throws model::DesktopError, whose text names method, code and reason.
+    Value Invoke(int method, const std::vector<Value>& arguments);
+
+    /// FindMethod and Invoke in one.
+    /// @pre the method exists.
+    Value Call(const std::string& method, const std::vector<Value>& arguments = {});
+
+    Session& ItsSession() const { return *m_session; }
+
+protected:
+    explicit ScriptObject(std::shared_ptr<Session> session) : m_session(std::move(session)) {}
+
+    /// The object's methods. The table is one per class and is never empty.
+    virtual const std::vector<Method>& Methods() const = 0;
+
+    /// Names of the project and design that messages about this object belong to; empty where there is none.
+    virtual std::string ProjectName() const { return {}; }
+    virtual std::string DesignName() const { return {}; }
+
+    /// Adds a message that belongs to this object's project and design.
+    void Report(model::Severity severity, const std::string& text) const;
+
+    const std::shared_ptr<Session>& SharedSession() const { return m_session; }
+    model::Desktop& TheDesktop() const { return m_session->TheDesktop(); }
+
+private:
+    std::shared_ptr<Session> m_session;
+};
+
+/// Makes a table entry's handler from a member function `Value (Class::*)(Arguments&)`.
+template <auto member>
+struct Bound;
+
+template <typename Class, Value (Class::*member)(Arguments&)>
+struct Bound<member> {
+    static Value Handle(ScriptObject& object, Arguments& arguments) {
+        return (static_cast<Class&>(object).*member)(arguments);
+    }
+};
+
+} // namespace vantor::commands
