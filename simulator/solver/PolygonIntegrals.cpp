@@ -29,27 +29,55 @@ struct EdgeView {
         toDistance = std::sqrt(squaredDistance + to * to);
     }
 
-    /// Integral of 1/R along the edge, in the form that loses no digits where the point lies. On the edge itself, where
-    /// it is infinite, 0.
+    /// Integral of 1/R along the edge: ln of (R1 + R2 + length)/(R1 + R2 - length). The small denominator is written as
+    /// a sum of positive terms, so that no digits are lost near the edge or its extension. On the edge itself, where
+    /// the integral is infinite, 0.
     double LinePotential() const {
-        double ratio;
-        if (from >= 0)
-            ratio = (toDistance + to) / (fromDistance + from);
-        else if (to <= 0)
-            ratio = (fromDistance - from) / (toDistance - to);
-        else
-            ratio = (toDistance + to) * (fromDistance - from) / squaredDistance;
+        const double ends = from * to, distances = fromDistance * toDistance;
+        const double squares = from * from + to * to;
+        const double sum =
+            ends < 0 ? squaredDistance * (squaredDistance + squares) / (distances - ends) : distances + ends;
+        const double perimeter = fromDistance + toDistance + (to - from);
+        const double ratio = perimeter * perimeter / (2 * (squaredDistance + sum));
         return std::isfinite(ratio) ? std::log(ratio) : 0;
     }
 
-    /// The edge's share of the solid angle's magnitude: the difference of the two arc tangents, in one call.
-    double Angle(double absoluteHeight) const {
-        const double a = squaredDistance + absoluteHeight * toDistance;
-        const double b = squaredDistance + absoluteHeight * fromDistance;
-        return std::atan2(aside * (to * b - from * a), a * b + aside * aside * from * to);
+    double from, to, aside, squaredDistance, fromDistance, toDistance;
+};
+
+/// Sum of the edges' angles, each the difference of two arc tangents. Their complex numbers are multiplied and whole
+/// turns counted, so that one arc tangent is enough for all edges.
+class AngleSum {
+public:
+    void Add(const EdgeView& view, double absoluteHeight) {
+        const double a = view.squaredDistance + absoluteHeight * view.toDistance;
+        const double b = view.squaredDistance + absoluteHeight * view.fromDistance;
+        const double cosine = a * b + view.aside * view.aside * view.from * view.to;
+        const double sine = view.aside * (view.to * b - view.from * a);
+        const double size = std::abs(cosine) + std::abs(sine);
+        if (!(size > 0))
+            return;
+        const double real = (m_real * cosine - m_imaginary * sine) / size;
+        const double imaginary = (m_real * sine + m_imaginary * cosine) / size;
+        const bool wasUpper = m_imaginary >= 0, isUpper = imaginary >= 0;
+        if (wasUpper == (sine >= 0) && wasUpper != isUpper)
+            m_turns += wasUpper ? 1 : -1;
+        m_real = real;
+        m_imaginary = imaginary;
+        if (std::abs(real) + std::abs(imaginary) < 1e-100) {
+            m_real *= 1e100;
+            m_imaginary *= 1e100;
+        }
+    }
+    double Total() const {
+        constexpr double turn = 6.283185307179586477;
+        // A negative zero would turn half a circle into minus half a circle.
+        return std::atan2(m_imaginary == 0 ? 0 : m_imaginary, m_real) + turn * m_turns;
     }
 
-    double from, to, aside, squaredDistance, fromDistance, toDistance;
+private:
+    double m_real = 1, m_imaginary = 0;
+    int m_turns = 0;
 };
 
 double WithSignOf(double value, double height) {
@@ -64,30 +92,32 @@ Eigen::Vector3d InSpace(const Polygon& polygon, double x, double y, double z) {
 
 double SolidAngle(const Polygon& polygon, const Eigen::Vector3d& x) {
     const LocalPoint point(polygon, x);
-    double angle = 0;
+    AngleSum angles;
     for (const PlaneEdge& edge : polygon.planeEdges)
-        angle += EdgeView(edge, point).Angle(std::abs(point.height));
-    return WithSignOf(angle, point.height);
+        angles.Add(EdgeView(edge, point), std::abs(point.height));
+    return WithSignOf(angles.Total(), point.height);
 }
 
 Eigen::Vector3d ChargeField(const Polygon& polygon, const Eigen::Vector3d& x) {
     const LocalPoint point(polygon, x);
-    double fieldX = 0, fieldY = 0, angle = 0;
+    double fieldX = 0, fieldY = 0;
+    AngleSum angles;
     for (const PlaneEdge& edge : polygon.planeEdges) {
         const EdgeView view(edge, point);
         const double line = view.LinePotential();
         fieldX += edge.ty * line;
         fieldY -= edge.tx * line;
-        angle += view.Angle(std::abs(point.height));
+        angles.Add(view, std::abs(point.height));
     }
-    return InSpace(polygon, fieldX, fieldY, WithSignOf(angle, point.height));
+    return InSpace(polygon, fieldX, fieldY, WithSignOf(angles.Total(), point.height));
 }
 
 PolygonIntegrals IntegralsAt(const Polygon& polygon, const Eigen::Vector3d& x, const Eigen::Vector3d& w) {
     const LocalPoint point(polygon, x);
     const double height = point.height, absoluteHeight = std::abs(height);
     const double wx = w.dot(polygon.xAxis), wy = w.dot(polygon.yAxis), wz = w.dot(polygon.normal);
-    double lineSum = 0, angle = 0;     // of aside * line potential; of the angles
+    double lineSum = 0; // of aside * line potential
+    AngleSum angles;
     double fieldX = 0, fieldY = 0;     // of outward * line potential
     double firstX = 0, firstY = 0;     // of outward * integral of R along the edge, twice
     double tensionX = 0, tensionY = 0; // of (integral of y/R along the edge) (outward . w)
@@ -95,7 +125,7 @@ PolygonIntegrals IntegralsAt(const Polygon& polygon, const Eigen::Vector3d& x, c
         const EdgeView view(edge, point);
         const double line = view.LinePotential();
         lineSum += view.aside * line;
-        angle += view.Angle(absoluteHeight);
+        angles.Add(view, absoluteHeight);
         fieldX += edge.ty * line;
         fieldY -= edge.tx * line;
         const double distances =
@@ -107,6 +137,7 @@ PolygonIntegrals IntegralsAt(const Polygon& polygon, const Eigen::Vector3d& x, c
         tensionX += (across * edge.ty + along * edge.tx) * outwardW;
         tensionY += (along * edge.ty - across * edge.tx) * outwardW;
     }
+    const double angle = angles.Total();
     PolygonIntegrals result;
     result.potential = lineSum - absoluteHeight * angle;
     result.first = InSpace(polygon, firstX / 2, firstY / 2, -height * result.potential);

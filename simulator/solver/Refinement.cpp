@@ -119,15 +119,9 @@ void Refinement::Replace(const Term& term, double share) {
     case Term::Kind::FarMagnets:
         AddFaces(term.source, term.target, leastRuleOfFarFaces);
         break;
-    case Term::Kind::FarFaces: {
-        const Polygon& sourceFace = m_magnets[term.source].faces[term.sourceFace].polygon;
-        const auto& targetFaces = m_magnets[term.target].faces;
-        next.kind = Term::Kind::FarPair;
-        for (next.targetFace = 0; next.targetFace < targetFaces.size(); ++next.targetFace)
-            if (FarApart(sourceFace, targetFaces[next.targetFace].polygon))
-                m_terms.push_back(next);
+    case Term::Kind::FarFaces:
+        ReplaceFarFaces(next);
         break;
-    }
     case Term::Kind::FarPair:
         AddPieces(next, leastRuleOfFarFaces);
         break;
@@ -144,6 +138,23 @@ void Refinement::Replace(const Term& term, double share) {
         next.piece.to = term.piece.to;
         m_terms.push_back(next);
         break;
+    }
+}
+
+void Refinement::ReplaceFarFaces(Term next) {
+    const Polygon& sourceFace = m_magnets[next.source].faces[next.sourceFace].polygon;
+    const auto& targetFaces = m_magnets[next.target].faces;
+    const double average = next.parentShare / static_cast<double>(targetFaces.size());
+    next.kind = Term::Kind::FarPair;
+    for (next.targetFace = 0; next.targetFace < targetFaces.size(); ++next.targetFace) {
+        if (!FarApart(sourceFace, targetFaces[next.targetFace].polygon))
+            continue;
+        // Known to be too coarse, a pair with much of the error needs no pass to find out.
+        next.interaction = Evaluated(next);
+        if (Share(next) > average)
+            AddPieces(next, leastRuleOfFarFaces);
+        else
+            m_terms.push_back(next);
     }
 }
 

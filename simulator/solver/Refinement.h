@@ -56,6 +56,7 @@ private:
     void AddFaces(std::size_t source, std::size_t target, unsigned char leastRule);
     void AddPieces(const Term& pair, unsigned char leastRule);
     void Replace(const Term& term, double share);
+    void ReplaceFarFaces(Term next);
     void ReplaceTerms(const std::vector<double>& share, const std::vector<bool>& leaves);
     BodyCentres CentresFor(const Term& term) const;
     Interaction Evaluated(const Term& term) const;
