@@ -12,6 +12,8 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     CLI::App parser("Runs a coupled scenario: moves its bodies, has the desktop solve the field, reports the loads.\n"
                     "Exit status: 0 done, 1 the run failed or was interrupted, 2 bad input.",
                     "kinora-run");
+    // A path may begin with a slash.
+    parser.allow_windows_style_options(false);
     bool isQuiet = false;
     bool isVerbose = false;
     parser.add_option("SCENARIO", line.scenarioFile, "Scenario file (JSON, comments allowed)")->required();
