@@ -210,7 +210,7 @@ const Value::List& BlockReader::List(std::string_view key) {
     return NeedList(ValueOf(key), PlaceOf(key));
 }
 
-void BlockReader::Literal(std::string_view key, std::string_view text) {
+void BlockReader::Literal(std::string_view key, const char* text) {
     const std::string& found = Text(key);
     if (found != text) {
         throw DesktopError(ErrorCode::BadArgumentValue,

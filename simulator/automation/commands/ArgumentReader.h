@@ -76,7 +76,7 @@ public:
     const Value::List& List(std::string_view key);
 
     /// A value that has to be this very text, flag or number.
-    void Literal(std::string_view key, std::string_view text);
+    void Literal(std::string_view key, const char* text); // no string_view: a text would become a flag
     void Literal(std::string_view key, bool flag);
     void Literal(std::string_view key, double number);
 
