@@ -41,10 +41,12 @@ HRESULT Raise(EXCEPINFO* exception, const DesktopError& error) {
 }
 
 /// IDispatch over one object of the scripting interface.
-class DispatchObject final : public IDispatch {
+class DispatchObject final : public IDispatch, private ClientObject {
 public:
-    DispatchObject(Server& server, Value::Object object) : m_server(server), m_object(std::move(object)) {
+    DispatchObject(Server& server, Value::Object object)
+        : m_server(server), m_object(std::move(object)), m_client(&m_object->ItsSession()) {
         m_server.ItsLifetime().AddObject();
+        m_server.ItsClients().Add(m_client, this);
     }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
@@ -134,6 +136,7 @@ public:
 
 private:
     ~DispatchObject() {
+        m_server.ItsClients().Remove(m_client, this);
         // What the object holds may be shared with a command that is running.
         {
             const std::lock_guard<std::mutex> lock(m_server.CommandMutex());
@@ -141,6 +144,15 @@ private:
         }
         m_server.ItsLifetime().RemoveObject();
     }
+
+    bool TryAddRef() override {
+        ULONG references = m_references;
+        while (references != 0 && !m_references.compare_exchange_weak(references, references + 1)) {
+        }
+        return references != 0;
+    }
+
+    IUnknown* Identity() override { return static_cast<IDispatch*>(this); }
 
     HRESULT Run(int method, const DISPPARAMS& parameters, VARIANT* result) {
         std::vector<Value> arguments;
@@ -162,6 +174,7 @@ private:
 
     Server& m_server;
     Value::Object m_object;
+    const void* m_client; ///< identity of the session, for the registry of clients only
     std::atomic<ULONG> m_references{1};
 };
 
@@ -173,7 +186,9 @@ IDispatch* MakeDispatchObject(Server& server, Value::Object object) {
 
 IDispatch* Server::NewClient() {
     const auto session = std::make_shared<commands::Session>(m_desktop, [this] { m_lifetime.RequestQuit(); });
-    return MakeDispatchObject(*this, commands::MakeApplication(session));
+    IDispatch* application = MakeDispatchObject(*this, commands::MakeApplication(session));
+    m_clients.Watch(session.get());
+    return application;
 }
 
 } // namespace vantor::automation

@@ -2,8 +2,12 @@
 #include "simulator/automation/CommandLine.h"
 #include "simulator/automation/Registration.h"
 #include "simulator/automation/VariantConversion.h"
+#include "simulator/automation/commands/FieldExport.h"
 #include "simulator/model/DesktopError.h"
+#include "simulator/model/Files.h"
 #include "simulator/model/Materials.h"
+#include "simulator/model/ProjectFile.h"
+#include "simulator/model/ProjectListing.h"
 
 #include <windows.h>
 
@@ -29,18 +33,25 @@ std::wstring Environment(const wchar_t* name) {
     return value == nullptr ? std::wstring() : std::wstring(value);
 }
 
-/// The library with the user's materials. A file that cannot be used becomes a message that every client sees.
-void LoadMaterials(model::Desktop& desktop) {
-    desktop.library = model::BuiltInMaterials();
+/// The library with the user's materials.
+/// @throws model::DesktopError for a materials file that cannot be used.
+model::MaterialTable LoadLibrary() {
+    model::MaterialTable library = model::BuiltInMaterials();
     const std::wstring file = Environment(L"VANTOR_SIM_MATERIALS");
-    if (file.empty()) {
-        return;
-    }
-    try {
+    if (!file.empty()) {
         for (auto& material : model::ReadMaterialsFile(file)) {
-            desktop.library[material.name] = material;
+            library[material.name] = material;
         }
+    }
+    return library;
+}
+
+/// Gives a desktop its library. A materials file that cannot be used becomes a message that every client sees.
+void StockDesktop(model::Desktop& desktop) {
+    try {
+        desktop.library = LoadLibrary();
     } catch (const model::DesktopError& error) {
+        desktop.library = model::BuiltInMaterials();
         desktop.messages.Add(
             {"", "", model::Severity::Error,
              std::string("the materials file named by VANTOR_SIM_MATERIALS is not used: ") + error.what()});
@@ -49,7 +60,7 @@ void LoadMaterials(model::Desktop& desktop) {
 
 std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line) {
     auto desktop = std::make_shared<model::Desktop>();
-    LoadMaterials(*desktop);
+    StockDesktop(*desktop);
     const std::wstring fromEnvironment = Environment(L"VANTOR_SIM_UPDATE_REPORTS");
     const std::wstring& updateReports = fromEnvironment.empty() ? line.updateReports : fromEnvironment;
     desktop->options[model::updateReportsKey] = automation::Utf8FromWide(updateReports.data(), updateReports.size());
@@ -69,6 +80,7 @@ void WaitUntilDone(automation::Server& server, DWORD registration) {
         if (mayLeave) {
             return;
         }
+        server.ItsClients().ReclaimDead();
         Sleep(100);
     }
 }
@@ -91,6 +103,32 @@ int Serve(const automation::CommandLine& line) {
     return SUCCEEDED(status) ? 0 : 1;
 }
 
+void ExportActiveDesign(const automation::CommandLine& line) {
+    const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
+    const auto design = project->FindDesign(project->activeDesign);
+    if (!design) {
+        throw model::DesktopError(model::ErrorCode::NoActiveDesign, "the project has no active design");
+    }
+    model::WriteWholeFile(line.output, commands::ExportFields(*project, LoadLibrary(), *design));
+    Print(STD_OUTPUT_HANDLE, L"Wrote " + line.output + L"\n");
+}
+
+/// Runs a task on a project file. Exit status 2 says that the input is at fault.
+int RunFileTask(const automation::CommandLine& line) {
+    try {
+        if (line.task == automation::CommandLine::Task::List) {
+            const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
+            Print(STD_OUTPUT_HANDLE, automation::WideFromUtf8(model::ListProject(*project)));
+        } else {
+            ExportActiveDesign(line);
+        }
+        return 0;
+    } catch (const std::runtime_error& error) {
+        Print(STD_ERROR_HANDLE, automation::WideFromUtf8(std::string("error: ") + error.what() + "\n"));
+        return 2;
+    }
+}
+
 int PrintResult(const automation::RegistrationResult& result) {
     Print(result.succeeded ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE, result.text);
     return result.succeeded ? 0 : 1;
@@ -104,6 +142,9 @@ int Run(const automation::CommandLine& line) {
         return PrintResult(automation::RegisterServer(line.alsoDefault));
     case automation::CommandLine::Task::Unregister:
         return PrintResult(automation::UnregisterServer());
+    case automation::CommandLine::Task::List:
+    case automation::CommandLine::Task::ExportFields:
+        return RunFileTask(line);
     case automation::CommandLine::Task::Bad:
         Print(STD_ERROR_HANDLE, line.problem + L"\n" + automation::UsageText());
         return 2;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/automation/Clients.h"
 #include "simulator/automation/Lifetime.h"
 #include "simulator/automation/commands/Objects.h"
 
@@ -17,6 +18,7 @@ public:
         : m_desktop(std::move(desktop)), m_lifetime(idleTime) {}
 
     Lifetime& ItsLifetime() { return m_lifetime; }
+    Clients& ItsClients() { return m_clients; }
 
     /// Held while a command runs.
     std::mutex& CommandMutex() { return m_commandMutex; }
@@ -27,6 +29,7 @@ public:
 private:
     std::shared_ptr<model::Desktop> m_desktop;
     Lifetime m_lifetime;
+    Clients m_clients;
     std::mutex m_commandMutex;
 };
 

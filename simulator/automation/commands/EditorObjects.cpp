@@ -2,6 +2,8 @@
 #include "simulator/model/Files.h"
 #include "simulator/model/Text.h"
 
+#include <algorithm>
+
 namespace vantor::commands {
 namespace {
 
@@ -296,7 +298,8 @@ private:
                    "Import: these objects are there already and stay as they are: " + model::QuotedList(kept));
         }
         for (const auto& solid : geometry.solids) {
-            if (useMaterials && !solid.material.empty() &&
+            const bool isKept = std::find(kept.begin(), kept.end(), solid.name) != kept.end();
+            if (useMaterials && !isKept && !solid.material.empty() &&
                 TheProject().FindMaterial(solid.material, TheDesktop().library) == nullptr) {
                 Report(model::Severity::Warning, "Import: object " + Quoted(solid.name) + " keeps its material " +
                                                      Quoted(solid.material) + ", which the library does not know");

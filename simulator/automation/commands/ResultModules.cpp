@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 namespace vantor::commands {
 namespace {
@@ -41,6 +42,19 @@ private:
         return *report;
     }
 
+    /// A report that is there already stays with its traces when it is defined in the same way, so that an opened
+    /// project can be initialised again.
+    void KeepPresent(const model::Report& present, const model::Report& wanted) const {
+        const auto definition = [](const model::Report& report) {
+            return std::tie(report.reportType, report.displayType, report.solution, report.families, report.xComponent,
+                            report.yComponents);
+        };
+        if (definition(present) != definition(wanted)) {
+            FailBadValue("a report named " + Quoted(wanted.name) + " exists already and is defined otherwise");
+        }
+        Report(model::Severity::Info, "CreateReport: the report " + Quoted(wanted.name) + " is there already");
+    }
+
     Value CreateReport(Arguments& arguments) {
         model::Report report;
         report.name = arguments.Text();
@@ -56,8 +70,12 @@ private:
         ReadComponents(arguments.List(), report);
         arguments.End();
         model::SetupOfSolution(TheDesign(), report.solution);
-        if (report.name.empty() || model::FindByName(TheDesign().reports, report.name) != nullptr) {
-            FailBadValue("a report named " + Quoted(report.name) + " exists already, or the name is empty");
+        if (report.name.empty()) {
+            FailBadValue("argument 1: a report needs a name");
+        }
+        if (const model::Report* present = model::FindByName(TheDesign().reports, report.name)) {
+            KeepPresent(*present, report);
+            return {};
         }
         TheDesign().reports.push_back(report);
         MarkChanged();
