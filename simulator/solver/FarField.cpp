@@ -46,6 +46,14 @@ void AddError(Interaction& interaction, double force, double torque, const Vecto
     interaction.targetTorqueError += torque + (target - centres.target).norm() * force;
 }
 
+/// Integrals along edges of distant magnets nearly cancel; whether their rounding is worse than the error at hand.
+bool EdgesLoseMore(const PreparedMagnet& source, const PreparedMagnet& target, const Interaction& interaction) {
+    const double force = 8 * rounding * fieldConstant * source.outlineCharge * target.outlineCharge;
+    const double torque = force * (source.centre - target.centre).norm();
+    return interaction.forceError <= force ||
+           std::max(interaction.sourceTorqueError, interaction.targetTorqueError) <= torque;
+}
+
 } // namespace
 
 DipoleScale ScaleOf(const PreparedMagnet& a, const PreparedMagnet& b) {
@@ -74,6 +82,7 @@ Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& t
     const DipoleScale scale = ScaleOf(source, target);
     const double missed = missedByMagnets * std::pow(closeness, 3) + rounding;
     AddError(result, missed * scale.force, missed * scale.torque, source.centre, target.centre, centres);
+    result.exhausted = EdgesLoseMore(source, target, result);
     return result;
 }
 

@@ -42,6 +42,12 @@ struct EdgeView {
         return std::isfinite(ratio) ? std::log(ratio) : 0;
     }
 
+    /// to * fromDistance - from * toDistance, without the cancellation for ends on one side of the foot.
+    double CrossedEnds() const {
+        const double first = to * fromDistance, second = from * toDistance;
+        return from * to > 0 ? squaredDistance * (to * to - from * from) / (first + second) : first - second;
+    }
+
     double from, to, aside, squaredDistance, fromDistance, toDistance;
 };
 
@@ -53,7 +59,8 @@ public:
         const double a = view.squaredDistance + absoluteHeight * view.toDistance;
         const double b = view.squaredDistance + absoluteHeight * view.fromDistance;
         const double cosine = a * b + view.aside * view.aside * view.from * view.to;
-        const double sine = view.aside * (view.to * b - view.from * a);
+        const double sine =
+            view.aside * (view.squaredDistance * (view.to - view.from) + absoluteHeight * view.CrossedEnds());
         const double size = std::abs(cosine) + std::abs(sine);
         if (!(size > 0))
             return;

@@ -121,6 +121,8 @@ std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, co
     SetMoments(prepared, magnet.magnetisation);
     for (Polygon& polygon : ChargedPolygons(prepared.mesh, magnet.magnetisation)) {
         const double charge = magnet.magnetisation.dot(polygon.normal);
+        for (const Edge& edge : polygon.edges)
+            prepared.outlineCharge += std::abs(charge) * edge.length;
         prepared.faces.push_back({std::move(polygon), charge});
     }
     return prepared;

@@ -19,6 +19,7 @@ struct PreparedMagnet {
     Eigen::Vector3d moment = Eigen::Vector3d::Zero(); ///< A m^2: magnetisation times volume
     Eigen::Vector3d centre = Eigen::Vector3d::Zero(); ///< centroid of the volume
     double radius = 0;                                ///< of the sphere about the centre that holds the mesh
+    double outlineCharge = 0;                         ///< A: sum of the faces' outlines times their charges' sizes
     /// Six points of equal weight with the volume's centroid and second moments.
     std::array<Eigen::Vector3d, 6> massPoints;
     Eigen::AlignedBox3d box;

@@ -1,6 +1,10 @@
 // More than two magnets: superposition, the axial coupling over its angle, action and reaction.
 #include "tests/simulator/solver/Comparison.h"
 
+#include <array>
+#include <cmath>
+#include <random>
+
 using Eigen::Vector3d;
 using shapes::Block;
 
@@ -105,6 +109,41 @@ TEST(Systems, BothSidesOfAPairGiveTheSameLoadWithinTheEstimates) {
             vantor::solver::Solve({BodyOf("target", target), BodyOf("source", source)}, options).loads[0];
         EXPECT_LE((one.force - other.force).norm(), one.forceError + other.forceError);
         EXPECT_LE((one.torque - other.torque).norm(), one.torqueError + other.torqueError);
+    }
+}
+
+// Blocks of very different shapes and sizes, near and far, parallel, almost parallel and turned: default settings
+// against the other side of the pair at the highest accuracy.
+TEST(Systems, OfRandomPairsKeepThePromise) {
+    std::mt19937 generator(20);
+    const auto number = [&] { return 2 * static_cast<double>(generator()) / 4294967295.0 - 1; };
+    const auto vector = [&] { return Vector3d(number(), number(), number()); };
+    const auto spread = [&](double decades) { return std::pow(10, decades * number()); };
+    int compared = 0;
+    while (compared < 200) {
+        std::array<Block, 2> pair;
+        for (Block& block : pair) {
+            block.size = spread(1) * Vector3d(spread(0.7), spread(0.7), spread(0.7));
+            block.magnetisation = 1e6 * vector();
+        }
+        if (compared % 3 > 0)
+            pair[1].rotation = shapes::Turn(compared % 3 == 1 ? std::pow(10, -6 * std::abs(number())) : 3, vector());
+        pair[1].centre = vector().normalized() * (pair[0].size.norm() + pair[1].size.norm()) / 2 * spread(0.7);
+        vantor::solver::Options exactly;
+        exactly.percentError = 1e-6;
+        try {
+            const vantor::solver::Load exact =
+                vantor::solver::Solve({BodyOf("b", pair[1]), BodyOf("a", pair[0])}, exactly).loads[0];
+            const vantor::solver::Load load =
+                vantor::solver::Solve({BodyOf("a", pair[0]), BodyOf("b", pair[1])}).loads[1];
+            const double force = (load.force - exact.force).norm();
+            EXPECT_LE(force, comparison::promisedAccuracy * exact.force.norm()) << "pair " << compared;
+            EXPECT_LE(force, load.forceError + exact.forceError) << "pair " << compared;
+            EXPECT_LE((load.torque - exact.torque).norm(), load.torqueError + exact.torqueError) << "pair " << compared;
+            ++compared;
+        } catch (const vantor::solver::SolveError&) {
+            continue; // they happen to overlap
+        }
     }
 }
 
