@@ -74,7 +74,7 @@ TEST(RoundMagnets, CylinderInARingMagnetisedAcross) {
 // From outside, a ball is a dipole in its centre; a finely meshed one approaches it. Its 512 faces per ball also take
 // the road of distant faces.
 TEST(RoundMagnets, BallsAreDipoles) {
-    const Vector3d m1(2e5, -3e5, 8e5), m2(7e5, 1e5, -4e5), to(0.5, 0.3, 2.6);
+    const Vector3d m1(2e5, -3e5, 8e5), m2(7e5, 1e5, -4e5), to(0.6, 0.4, 3.4);
     vantor::solver::Body first{"first", {{"ball", shapes::Ball(3), m1}}};
     vantor::solver::Body second{"second", {{"ball", shapes::Ball(3), m2}}};
     for (Vector3d& vertex : second.magnets[0].mesh.vertices)
