@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <thread>
 
 namespace kinora::host {
 namespace {
@@ -123,18 +124,29 @@ void CoupledRun::OpenModel() {
         Fail("SaveProject", "the desktop did not save the new model", {"Check the folder and the space left."});
 }
 
+/// False for a desktop that is not installed: waiting does not help there.
+bool CoupledRun::MayLaunchAgain(const LaunchDesktopExeption& error, int tries) const {
+    const std::string text = error.what();
+    return tries < m_options.launchTries && text.find("failed to launch") != std::string::npos;
+}
+
 template <class Operation>
 bool CoupledRun::Launching(Operation operation) {
-    try {
-        const bool isDone = operation();
-        m_isLaunched = true;
-        return isDone;
-    } catch (const LaunchDesktopExeption& error) {
-        throw OperationFailed(fmt::format("LaunchDesktop failed: {}", error.what()), LaunchAdvice());
-    } catch (...) {
-        // Any other exception comes after the launch.
-        m_isLaunched = true;
-        throw;
+    for (int tries = 1;; ++tries) {
+        try {
+            const bool isDone = operation();
+            m_isLaunched = true;
+            return isDone;
+        } catch (const LaunchDesktopExeption& error) {
+            if (!MayLaunchAgain(error, tries))
+                throw OperationFailed(fmt::format("LaunchDesktop failed: {}", error.what()), LaunchAdvice());
+            m_listener.OnWarning(fmt::format("{} Trying again.", error.what()));
+            std::this_thread::sleep_for(m_options.launchPause);
+        } catch (...) {
+            // Any other exception comes after the launch.
+            m_isLaunched = true;
+            throw;
+        }
     }
 }
 
@@ -142,9 +154,11 @@ void CoupledRun::CreateProject() {
     m_listener.OnPhase("Starting the desktop, creating the project, importing the geometry");
     const std::filesystem::path geometry = std::filesystem::absolute(m_scenario.geometryFile);
     const std::filesystem::path project = std::filesystem::absolute(m_files.project);
-    const bool isCreated = Launching([&] {
-        return m_coupling.CreateProject(Narrow(project), Narrow(geometry), m_options.toNarrow(m_scenario.units));
-    });
+    // Texts are converted before anything is launched: what cannot be converted is bad input.
+    const std::string narrowProject = Narrow(project);
+    const std::string narrowGeometry = Narrow(geometry);
+    const std::string units = m_options.toNarrow(m_scenario.units);
+    const bool isCreated = Launching([&] { return m_coupling.CreateProject(narrowProject, narrowGeometry, units); });
     if (!isCreated)
         Fail("CreateProject", fmt::format("project {}, geometry {}", Utf8FromPath(project), Utf8FromPath(geometry)),
              {"Check that the desktop can write the project's folder and that no such project is open in it.",
@@ -155,7 +169,8 @@ void CoupledRun::CreateProject() {
 void CoupledRun::OpenProject() {
     m_listener.OnPhase("Starting the desktop, opening the project");
     const std::filesystem::path project = std::filesystem::absolute(m_files.project);
-    const bool isOpen = Launching([&] { return m_coupling.OpenProject(Narrow(project), designName); });
+    const std::string narrowProject = Narrow(project);
+    const bool isOpen = Launching([&] { return m_coupling.OpenProject(narrowProject, designName); });
     if (!isOpen)
         Fail("OpenProject", fmt::format("project {}, design {}", Utf8FromPath(project), designName),
              {"Check that the project was made by this program and is not open elsewhere."});

@@ -3,6 +3,7 @@
 #include "host/core/Errors.h"
 #include "host/core/RunRecords.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -50,6 +51,10 @@ struct RunOptions {
     /// UTF-8 to the narrow text of the interface, and back. The first throws InputError for what has no counterpart.
     std::function<std::string(const std::string&)> toNarrow = [](const std::string& text) { return text; };
     std::function<std::string(const std::string&)> fromNarrow = [](const std::string& text) { return text; };
+    /// How often an installed desktop that does not start is tried, and the pause before each further try: the one of
+    /// an earlier run may still be on its way out.
+    int launchTries = 3;
+    std::chrono::milliseconds launchPause{2000};
     /// Text of a script error code; null for an unknown one.
     std::function<const char*(std::int32_t)> scriptErrorText = [](std::int32_t) -> const char* { return nullptr; };
 };
@@ -81,6 +86,7 @@ private:
     void OpenProject();
     template <class Operation>
     bool Launching(Operation operation);
+    bool MayLaunchAgain(const LaunchDesktopExeption& error, int tries) const;
     void BuildMagnetics();
     RunEnd Advance(int firstStep);
     void Solve(int step);

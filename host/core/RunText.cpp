@@ -19,6 +19,17 @@ double LengthOrAngle(const Joint& joint, double coordinate) {
     return coordinate * (joint.type == JointType::Slider ? 1000.0 : degreesPerRadian);
 }
 
+/// What rounding leaves of a zero is shown as zero: nothing below a nanonewton, or a nanonewton metre, is a result.
+double Shown(double value, double floor) {
+    return std::fabs(value) < floor ? 0.0 : value;
+}
+double ShownNewtons(double value) {
+    return Shown(value, 1e-9);
+}
+double ShownMillinewtonMetres(double value) {
+    return Shown(value, 1e-6);
+}
+
 std::string Numbers(const Vector& vector) {
     return fmt::format("({:g}, {:g}, {:g})", vector.x(), vector.y(), vector.z());
 }
@@ -28,7 +39,8 @@ std::string Present(const Scenario& scenario, const StepRecord& record) {
     std::string text;
     for (std::size_t i = 0; i < record.results.size(); ++i) {
         const double* force = record.results[i].force;
-        text += fmt::format("  {} ({:.4g}, {:.4g}, {:.4g}) N", scenario.bodies[i].name, force[0], force[1], force[2]);
+        text += fmt::format("  {} ({:.4g}, {:.4g}, {:.4g}) N", scenario.bodies[i].name, ShownNewtons(force[0]),
+                            ShownNewtons(force[1]), ShownNewtons(force[2]));
     }
     for (std::size_t i = 0; i < record.joints.size(); ++i)
         text += fmt::format("  {} {:.4g} {}", scenario.joints[i].name,
@@ -87,6 +99,13 @@ const char* SeverityName(Severity severity) {
     return "message";
 }
 
+std::string Ordinal(std::size_t number) {
+    const bool isTeen = number / 10 % 10 == 1;
+    const char* endings[] = {"th", "st", "nd", "rd"};
+    const std::size_t digit = number % 10;
+    return fmt::format("{}{}", number, endings[isTeen || digit > 3 ? 0 : digit]);
+}
+
 std::size_t NameWidth(const Scenario& scenario) {
     std::size_t width = 4;
     for (const Body& body : scenario.bodies)
@@ -128,12 +147,14 @@ std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& r
             const auto& [force, torque] = record.results[body];
             table +=
                 fmt::format("{:>6}  {:>10.6g}  {:<{}}  {:>11.5g} {:>11.5g} {:>11.5g}  {:>11.5g} {:>11.5g} {:>11.5g}\n",
-                            record.step, record.time, scenario.bodies[body].name, nameWidth, force[0], force[1],
-                            force[2], torque[0], torque[1], torque[2]);
+                            record.step, record.time, scenario.bodies[body].name, nameWidth, ShownNewtons(force[0]),
+                            ShownNewtons(force[1]), ShownNewtons(force[2]), ShownMillinewtonMetres(torque[0]),
+                            ShownMillinewtonMetres(torque[1]), ShownMillinewtonMetres(torque[2]));
         }
     }
     if (stride > 1)
-        table += fmt::format("(every {}th of {} steps; all of them are in the coupling log)\n", stride, records.size());
+        table += fmt::format("(every {} of {} steps; all of them are in the coupling log)\n", Ordinal(stride),
+                             records.size());
     return table;
 }
 
@@ -161,7 +182,7 @@ std::string FileList(const Scenario& scenario) {
     const auto add = [&list](const char* what, const std::filesystem::path& path) {
         std::error_code ignored;
         if (std::filesystem::exists(path, ignored))
-            list += fmt::format("{:<13} {}\n", what, Utf8FromPath(path.lexically_normal()));
+            list += fmt::format("{:<13} {}\n", what, Utf8FromPath(std::filesystem::absolute(path).lexically_normal()));
     };
     add("project", files.project);
     add("coupling log", files.couplingLog);

@@ -20,7 +20,8 @@ public:
     std::vector<std::string> calls;
     /// Name of the operation that fails.
     std::string failing;
-    bool throwsAtLaunch = false;
+    /// What the launches throw, one after the other, before one succeeds.
+    std::vector<std::string> launchErrors;
     std::size_t missingResults = 0;
     std::map<MessageSeverity, std::vector<std::string>> messages;
 
@@ -33,8 +34,11 @@ public:
         return Answer("OpenProject", PathFromUtf8(path).filename().u8string() + " " + design);
     }
     bool CreateProject(const std::string& path, const std::string& geometry, const std::string& units) override {
-        if (throwsAtLaunch)
-            throw LaunchDesktopExeption("Please check your QUORIX Vantor Desktop installation.");
+        if (!launchErrors.empty()) {
+            const LaunchDesktopExeption error(launchErrors.front());
+            launchErrors.erase(launchErrors.begin());
+            throw error;
+        }
         std::ofstream(PathFromUtf8(path)) << "project";
         return Answer("CreateProject", PathFromUtf8(path).filename().u8string() + " " +
                                            PathFromUtf8(geometry).filename().u8string() + " " + units);
@@ -228,11 +232,23 @@ TEST_F(CoupledRunTest, InterruptAfterTheLastStepIsACompleteRun) {
 }
 
 TEST_F(CoupledRunTest, FailedLaunchTouchesNothingElse) {
-    m_coupling.throwsAtLaunch = true;
+    m_coupling.launchErrors = {"Please check your QUORIX Vantor Desktop installation."};
     const OperationFailed failure = FailureOf();
     EXPECT_STREQ(failure.what(), "LaunchDesktop failed: Please check your QUORIX Vantor Desktop installation.");
     EXPECT_THAT(failure.Advice(), testing::Contains(HasSubstr("KINORA_VELTRIX_VTDK_VERSION")));
     EXPECT_TRUE(m_coupling.calls.empty());
+}
+
+TEST_F(CoupledRunTest, TriesAgainWhenAnInstalledDesktopDoesNotStart) {
+    const std::string refusal =
+        "QUORIX Vantor Desktop failed to launch. Please check your license or other configuration.";
+    m_options.launchPause = std::chrono::milliseconds(1);
+    m_coupling.launchErrors = {refusal, refusal};
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_EQ(m_listener.warnings.size(), 2u);
+    SetUp();
+    m_coupling.launchErrors = {refusal, refusal, refusal};
+    EXPECT_EQ("LaunchDesktop failed: " + refusal, FailureOf().what());
 }
 
 TEST_F(CoupledRunTest, EveryFailureNamesItsOperationAndClosesUp) {

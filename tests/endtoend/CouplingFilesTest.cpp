@@ -1,0 +1,164 @@
+// What a run leaves behind: the coupling log, the report files and a project that opens again.
+#include "interface/IKinoraVeltrixInterface.h"
+#include "tests/endtoend/Programs.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace endtoend {
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+std::wstring CubeMagnets() {
+    return (Examples() / "cube-magnets" / "scenario.json").wstring();
+}
+
+/// One run of the cube magnets for all tests of this suite.
+class CouplingFiles : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_folder = new ScratchFolder;
+        const Outcome outcome = RunHost({CubeMagnets(), L"--out", s_folder->Path().wstring()});
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
+        s_output = outcome.output;
+    }
+    static void TearDownTestSuite() {
+        delete s_folder;
+        s_folder = nullptr;
+    }
+
+    static std::string Report(const std::string& name) { return Content(*s_folder / ("cube-magnets.reports/" + name)); }
+
+    static ScratchFolder* s_folder;
+    static std::string s_output;
+};
+
+ScratchFolder* CouplingFiles::s_folder = nullptr;
+std::string CouplingFiles::s_output;
+
+/// "2", "0.1" as the six significant digits of the files show them.
+std::string Number(double value) {
+    char text[32];
+    std::snprintf(text, sizeof(text), "%g", value);
+    return text;
+}
+
+TEST_F(CouplingFiles, LogHasItsHeaderAndOneLinePerStepWithWindowsLineEnds) {
+    const std::string log = Report("cube-magnets.coupling.csv");
+    const std::string header =
+        "Step,SimTime,lower_X,lower_Y,lower_Z,lower_Phi,lower_Theta,lower_Psi,Force_lower_X,Force_lower_Y,Force_lower_"
+        "Z,"
+        "Torque_lower_X,Torque_lower_Y,Torque_lower_Z,upper_X,upper_Y,upper_Z,upper_Phi,upper_Theta,upper_Psi,"
+        "Force_upper_X,Force_upper_Y,Force_upper_Z,Torque_upper_X,Torque_upper_Y,Torque_upper_Z\r\n";
+    ASSERT_THAT(log, StartsWith(header));
+    EXPECT_EQ(log.substr(log.size() - 2), "\r\n");
+    const std::vector<std::string> lines = Lines(log);
+    ASSERT_EQ(lines.size(), 22u);
+    for (int step = 0; step <= 20; ++step) {
+        // Step, time and the pose of the first body are exact; the identity's second angle is a negative zero.
+        const std::string start = std::to_string(step) + "," + Number(0.05 * step) + ",0,0,0,0,-0,0,";
+        EXPECT_THAT(lines[static_cast<std::size_t>(step) + 1], StartsWith(start));
+        const std::string pose = ",0,0," + Number(0.012 + 0.001 * step) + ",0,-0,0,";
+        EXPECT_THAT(lines[static_cast<std::size_t>(step) + 1], testing::HasSubstr(pose));
+    }
+}
+
+TEST_F(CouplingFiles, ReportFilesHaveTheirHeadersAndTimes) {
+    const std::string force = Report("Force_upper.csv");
+    EXPECT_THAT(force, StartsWith("SimTime [s],Force_upper.Force_x [Newton],Force_upper.Force_y [Newton],"
+                                  "Force_upper.Force_z [Newton]\r\n0,"));
+    const std::string torque = Report("Torque_lower.csv");
+    EXPECT_THAT(torque, StartsWith("SimTime [s],Torque_lower_X.Torque [mNewtonMeter],Torque_lower_Y.Torque "
+                                   "[mNewtonMeter],Torque_lower_Z.Torque [mNewtonMeter]\r\n0,"));
+    const std::vector<std::string> lines = Lines(force);
+    ASSERT_EQ(lines.size(), 22u);
+    for (int step = 0; step <= 20; ++step)
+        EXPECT_THAT(lines[static_cast<std::size_t>(step) + 1], StartsWith(Number(0.05 * step) + ","));
+}
+
+TEST_F(CouplingFiles, LogAndReportsAgree) {
+    const auto folder = *s_folder / "cube-magnets.reports";
+    EXPECT_EQ(Column(folder / "cube-magnets.coupling.csv", "Force_upper_Z"),
+              Column(folder / "Force_upper.csv", "Force_upper.Force_z [Newton]"));
+    EXPECT_EQ(Column(folder / "cube-magnets.coupling.csv", "Torque_lower_X"),
+              Column(folder / "Torque_lower.csv", "Torque_lower_X.Torque [mNewtonMeter]"));
+}
+
+TEST_F(CouplingFiles, TheHostSaysWhereTheyAre) {
+    EXPECT_THAT(s_output, testing::HasSubstr("cube-magnets.vantor\n"));
+    EXPECT_THAT(s_output, testing::HasSubstr("cube-magnets.coupling.csv\n"));
+    EXPECT_THAT(s_output, testing::HasSubstr("step 20/20  1 s"));
+}
+
+/// Lists the designs of a project. The desktop of the run before may still be on its way out, as a user's may: then the
+/// launch is repeated, as every host should.
+bool ListDesigns(IKinoraVeltrixInterface& coupling, const std::string& project, std::vector<std::string>& designs) {
+    for (int tries = 1;; ++tries) {
+        try {
+            return coupling.GetVeltrixDesigns(project, designs);
+        } catch (const LaunchDesktopExeption&) {
+            if (tries == 5)
+                throw;
+            Sleep(1000);
+        }
+    }
+}
+
+TEST_F(CouplingFiles, TheSavedProjectOpensAgain) {
+    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+    _putenv_s("KINORA_VELTRIX_VTDK_VERSION", "Simulator");
+    IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
+    std::vector<std::string> designs;
+    const std::string project = (*s_folder / "cube-magnets.vantor").u8string();
+    EXPECT_TRUE(ListDesigns(*coupling, project, designs));
+    EXPECT_THAT(designs, ElementsAre("Veltrix3DDesign1"));
+    EXPECT_TRUE(coupling->OpenProject(project, "Veltrix3DDesign1"));
+    EXPECT_TRUE(coupling->CloseProject());
+    EXPECT_TRUE(coupling->QuitApplication());
+    CoUninitialize();
+}
+
+TEST(SecondRun, RefusesToReplaceAProjectUnlessToldTo) {
+    const ScratchFolder folder;
+    const std::filesystem::path scenario = folder / "scenario.json";
+    std::string text = Content(Examples() / "cube-magnets" / "scenario.json");
+    const std::string overwrite = ", \"overwrite\": true";
+    text.erase(text.find(overwrite), overwrite.size());
+    std::filesystem::copy_file(Examples() / "cube-magnets" / "cube-magnets.obj", folder / "cube-magnets.obj");
+    FILE* file = _wfopen(scenario.c_str(), L"wb");
+    ASSERT_NE(file, nullptr);
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fclose(file);
+    EXPECT_EQ(RunHost({scenario.wstring(), L"--steps", L"2", L"-q"}).exitCode, 1);
+    const Outcome again = RunHost({scenario.wstring(), L"-q"});
+    EXPECT_EQ(again.exitCode, 2);
+    EXPECT_THAT(again.output, testing::HasSubstr("--overwrite replaces it"));
+    EXPECT_EQ(RunHost({scenario.wstring(), L"-q", L"--overwrite", L"--steps", L"2"}).exitCode, 1);
+}
+
+TEST(ResumedRun, GoesOnWhereTheInterruptedOneStopped) {
+    const ScratchFolder whole;
+    const ScratchFolder parts;
+    const std::wstring spring = (Examples() / "magnetic-spring" / "scenario.json").wstring();
+    ASSERT_EQ(RunHost({spring, L"--out", whole.Path().wstring(), L"-q"}).exitCode, 0);
+    const Outcome first = RunHost({spring, L"--out", parts.Path().wstring(), L"--steps", L"30"});
+    EXPECT_EQ(first.exitCode, 1);
+    EXPECT_THAT(first.output, testing::HasSubstr("--resume goes on with it"));
+    const Outcome second = RunHost({spring, L"--out", parts.Path().wstring(), L"--resume"});
+    ASSERT_EQ(second.exitCode, 0) << second.output;
+    EXPECT_THAT(second.output, testing::HasSubstr("step 30/80"));
+    EXPECT_EQ(Content(whole / "states.csv"), Content(parts / "states.csv"));
+    // The log goes on as well: one header, every time once.
+    const auto log = parts / "magnetic-spring.reports/magnetic-spring.coupling.csv";
+    EXPECT_EQ(Column(log, "SimTime"),
+              Column(whole / "magnetic-spring.reports/magnetic-spring.coupling.csv", "SimTime"));
+}
+
+} // namespace
+} // namespace endtoend

@@ -1,0 +1,138 @@
+// What the host says and answers when something is wrong.
+#include "tests/endtoend/Programs.h"
+
+#include <windows.h>
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace endtoend {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+/// The cube magnets with parts of the scenario's text replaced, in a folder of its own.
+class HostFailure : public testing::Test {
+protected:
+    void SetUp() override {
+        std::filesystem::copy_file(Examples() / "cube-magnets" / "cube-magnets.obj", m_folder / "cube-magnets.obj");
+        m_text = Content(Examples() / "cube-magnets" / "scenario.json");
+    }
+
+    void Replace(const std::string& old, const std::string& text) {
+        const std::size_t at = m_text.find(old);
+        ASSERT_NE(at, std::string::npos) << old;
+        m_text.replace(at, old.size(), text);
+    }
+
+    Outcome Run(std::vector<std::wstring> arguments = {}) {
+        std::ofstream(m_folder / "scenario.json", std::ios::binary) << m_text;
+        arguments.insert(arguments.begin(), (m_folder / "scenario.json").wstring());
+        return RunHost(arguments);
+    }
+
+    ScratchFolder m_folder;
+    std::string m_text;
+};
+
+TEST_F(HostFailure, BadCommandLinesAreBadInput) {
+    EXPECT_EQ(RunHost({}).exitCode, 2);
+    EXPECT_EQ(RunHost({L"scenario.json", L"--unknown"}).exitCode, 2);
+    EXPECT_EQ(RunHost({L"scenario.json", L"--resume", L"--overwrite"}).exitCode, 2);
+    EXPECT_EQ(RunHost({L"scenario.json", L"--steps", L"0"}).exitCode, 2);
+    const Outcome missing = RunHost({(m_folder / "none.json").wstring()});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_THAT(missing.output, HasSubstr("none.json: cannot be read"));
+    EXPECT_EQ(RunHost({L"--help"}).exitCode, 0);
+}
+
+TEST_F(HostFailure, BadScenariosAreBadInputAndStartNothing) {
+    Replace("\"name\": \"lower\"", "\"name\": \"../lower\"");
+    const Outcome outcome = Run();
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.output, HasSubstr("scenario.json:14: /bodies/0/name: \"../lower\" holds a character"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "output"));
+}
+
+TEST_F(HostFailure, DryRunStartsNothing) {
+    const Outcome outcome = Run({L"--dry-run"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("slider \"lift\" along (0, 0, 1), moves upper"));
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "output"));
+}
+
+TEST_F(HostFailure, FoldersOutsideTheCodePageAreBadInput) {
+    const Outcome outcome = Run({L"--out", (m_folder / "x").wstring() + L"\u65e5\u672c"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.output, HasSubstr("code page"));
+}
+
+TEST_F(HostFailure, AMissingDesktopIsNamedWithWhatToTry) {
+    const Outcome outcome = Run({L"--desktop", L"NoSuchVersion"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output,
+                HasSubstr("LaunchDesktop failed: Please check your QUORIX Vantor Desktop installation."));
+    EXPECT_THAT(outcome.output, HasSubstr("KINORA_VELTRIX_VTDK_VERSION"));
+}
+
+TEST_F(HostFailure, AnUnknownObjectFailsTheModelWithTheDesktopsWords) {
+    Replace("\"objects\": [\"upper_magnet\"]", "\"objects\": [\"no_such_magnet\"]");
+    const Outcome outcome = Run();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("error: InitMagneticObjects failed"));
+    EXPECT_THAT(outcome.output, HasSubstr("The desktop says:"));
+    EXPECT_THAT(outcome.output, HasSubstr("no_such_magnet"));
+    EXPECT_THAT(outcome.output, HasSubstr("Check that the geometry file has these objects"));
+}
+
+TEST_F(HostFailure, AnUnknownMaterialFailsTheModel) {
+    Replace("\"name\": \"magnet_1T\"", "\"name\": \"unobtainium\"");
+    const Outcome outcome = Run();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("error: InitMagneticObjects failed"));
+    EXPECT_THAT(outcome.output, HasSubstr("unobtainium"));
+}
+
+TEST_F(HostFailure, AnUnreadableGeometryFailsTheProject) {
+    std::ofstream(m_folder / "cube-magnets.obj") << "o broken\nv 0 0\n";
+    const Outcome outcome = Run();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("error: CreateProject failed"));
+    EXPECT_THAT(outcome.output, HasSubstr("cube-magnets.obj"));
+}
+
+TEST_F(HostFailure, OverlappingBodiesFailTheStepWithTheDesktopsWords) {
+    Replace("\"expression\": \"20*mm*t\"", "\"expression\": \"-100*mm*t\"");
+    const Outcome outcome = Run();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("error: Analyze failed: step 1 at 0.05 s"));
+    EXPECT_THAT(outcome.output, HasSubstr("The desktop says:\n  error: "));
+    EXPECT_THAT(outcome.output, HasSubstr("do bodies touch or overlap?"));
+    // What was computed before is kept, and another run can follow.
+    EXPECT_EQ(Column(m_folder / "output/states.csv", "Step").size(), 1u);
+}
+
+TEST_F(HostFailure, ResultsThatGoMissingWithoutAFailureAreNoticed) {
+    // A file that is held open keeps the reports folder from being emptied: the step is solved but not recorded.
+    std::filesystem::create_directories(m_folder / "output/cube-magnets.reports");
+    HANDLE held = CreateFileW((m_folder / "output/cube-magnets.reports/held.csv").c_str(), GENERIC_WRITE, 0, nullptr,
+                              CREATE_ALWAYS, 0, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    const Outcome outcome = Run();
+    CloseHandle(held);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("step 0 at 0 s was solved, but only 0 of 2 bodies got a result"));
+    EXPECT_THAT(outcome.output, HasSubstr("warning: Kinora-Veltrix Coupling log path is not valid: "));
+    EXPECT_THAT(outcome.output, HasSubstr("is a file open elsewhere"));
+}
+
+TEST_F(HostFailure, QuietSaysOnlyWhereTheFilesAre) {
+    const Outcome outcome = Run({L"--quiet", L"--steps", L"1"});
+    EXPECT_THAT(outcome.output, Not(HasSubstr("step 0")));
+    EXPECT_THAT(outcome.output, HasSubstr("coupling log"));
+}
+
+} // namespace
+} // namespace endtoend

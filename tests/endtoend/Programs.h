@@ -1,0 +1,44 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace endtoend {
+
+/// How a program ended, and everything that it wrote to its output and error streams.
+struct Outcome {
+    int exitCode = -1;
+    std::string output;
+};
+
+/// A folder of this test run that is deleted with everything in it at the end.
+class ScratchFolder {
+public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    std::filesystem::path operator/(const std::string& name) const { return m_path / name; }
+    const std::filesystem::path& Path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
+
+/// Runs kinora-run.exe, which lies beside the test program, to its end.
+Outcome RunHost(const std::vector<std::wstring>& arguments);
+
+/// The examples' folder.
+std::filesystem::path Examples();
+
+/// A whole file, byte for byte; fails the test when it cannot be read.
+std::string Content(const std::filesystem::path& file);
+
+/// A text file's lines, without their ends.
+std::vector<std::string> Lines(const std::string& text);
+
+/// One column of a comma-separated file by its header; fails the test when there is none.
+std::vector<double> Column(const std::filesystem::path& file, const std::string& header);
+
+} // namespace endtoend
