@@ -1,0 +1,47 @@
+# Called by scripts/plot-examples with `runs` (folder of the runs), `images` (folder to draw into) and `type` (svg, png).
+set datafile separator ","
+set grid lc rgb "#dddddd"
+set key outside bottom center horizontal Left reverse samplen 2
+blue = "#4477aa"; red = "#cc3311"; dark = "#222222"
+picture(name) = images . "/example-" . name . "." . type
+states(name, file) = runs . "/" . name . "/" . file
+expected(name, file) = "examples/" . name . "/" . file . ".expected.csv"
+
+set output picture("cube-magnets")
+set title "Two coaxial cube magnets: attraction over gap"
+set xlabel "gap (mm)"; set ylabel "force on the upper magnet (N)"
+plot expected("cube-magnets", "scenario") using (2 + 20 * $1):2 with lines lw 2 lc rgb blue title "closed form", \
+     states("cube-magnets", "states.csv") using (1000 * (column("upper.Z [m]") - column("lower.Z [m]")) - 10):"upper.Force_z [N]" \
+     with points pt 7 ps 0.7 lc rgb dark title "run"
+
+set output picture("magnetic-spring")
+set title "Magnetic spring: a cube magnet between two that repel it"
+set xlabel "time (ms)"; set ylabel "position (mm)"
+plot expected("magnetic-spring", "scenario") using (1000 * $1):(1000 * $2) with lines lw 2 lc rgb blue title "integrated closed form", \
+     states("magnetic-spring", "states.csv") using (1000 * column("Time [s]")):(1000 * column("carriage.Coordinate [m]")) \
+     with points pt 7 ps 0.6 lc rgb dark title "run"
+
+set output picture("pendulum")
+set title "Pendulum: a hinged magnet over a fixed one"
+set xlabel "time (s)"; set ylabel "angle (degrees)"
+plot expected("pendulum", "scenario") using 1:($2 * 180 / pi) with lines lw 2 lc rgb blue title "independent integration", \
+     states("pendulum", "states.csv") every 2 using "Time [s]":(column("hinge.Coordinate [rad]") * 180 / pi) \
+     with points pt 7 ps 0.6 lc rgb dark title "run, every second step"
+
+set output picture("axial-coupling-torque")
+set title "Axial coupling: torque over the angle between the discs"
+set xlabel "angle (degrees)"; set ylabel "torque on the driven disc (N m)"
+set xtics 15
+plot expected("axial-coupling", "torque") using (90 * $1 / 0.24):($2 / 1000) with lines smooth csplines lw 2 lc rgb blue title "Coulomb's law between the faces", \
+     states("axial-coupling", "torque.states.csv") using (90 * column("Time [s]") / 0.24):(column("driven.Torque_x [mN m]") / 1000) \
+     with points pt 7 ps 0.7 lc rgb dark title "run"
+set xtics autofreq
+
+set output picture("axial-coupling-motion")
+set title "Axial coupling: the driven disc follows, and slips when overloaded"
+set xlabel "time (s)"; set ylabel "angle (rad)"
+plot states("axial-coupling", "following.states.csv") using "Time [s]":"driver_hinge.Coordinate [rad]" with lines lw 2 dt 2 lc rgb "#888888" title "driver", \
+     expected("axial-coupling", "following") using 1:2 with lines lw 2 lc rgb blue title "small damper, independent integration", \
+     states("axial-coupling", "following.states.csv") using "Time [s]":"driven_hinge.Coordinate [rad]" with points pt 7 ps 0.6 lc rgb dark title "run", \
+     expected("axial-coupling", "slipping") using 1:2 with lines lw 2 lc rgb red title "large damper, independent integration", \
+     states("axial-coupling", "slipping.states.csv") using "Time [s]":"driven_hinge.Coordinate [rad]" with points pt 5 ps 0.6 lc rgb dark title "run"
