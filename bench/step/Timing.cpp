@@ -4,8 +4,6 @@
 #include <chrono>
 #include <iterator>
 
-namespace {
-
 double SecondsOf(const std::function<void()>& work) {
     const auto start = std::chrono::steady_clock::now();
     work();
@@ -17,8 +15,6 @@ double Median(std::vector<double> values) {
     std::nth_element(values.begin(), middle, values.end());
     return *middle;
 }
-
-} // namespace
 
 std::vector<double> Medians(const std::vector<std::function<void()>>& contenders) {
     double once = 0;

@@ -7,3 +7,7 @@
 /// a second in all.
 /// @return the median of each one's times, in seconds
 std::vector<double> Medians(const std::vector<std::function<void()>>& contenders);
+
+double SecondsOf(const std::function<void()>& work);
+
+double Median(std::vector<double> values);

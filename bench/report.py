@@ -1,0 +1,101 @@
+#!/usr/bin/env python3
+"""Writes the figures of scripts/bench into docs/performance.md, between its markers, and plots the growth of a step.
+
+Usage: report.py RESULT_FOLDER PAGE.md PLOT.svg
+"""
+import json
+import pathlib
+import re
+import subprocess
+import sys
+
+
+def table(head, rows):
+    lines = [head, ["---"] * len(head), *rows]
+    return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines)
+
+
+def step_table(steps):
+    rows = [
+        [row["bodies"], f"{row['recordedSteps']:,}", row["reports"], f"{row['argumentBytes'] / 1e6:,.3f}",
+         f"{row['ratioWithoutFiles']:.2f}", f"{row['ratioWithFiles']:.2f}"]
+        for row in steps
+    ]
+    return table(["bodies", "recorded steps", "reports", "sent, MB", "step / floor, without files", "with files"], rows)
+
+
+def peer_table(peers):
+    rows = [[row["bodies"], f"{row['recordedSteps']:,}", f"{row['copyingRatio']:.1f}", f"{row['scriptRatio']:.1f}"]
+            for row in peers]
+    return table(["bodies", "recorded steps", "copying C++ / library", "script / library"], rows)
+
+
+def growth(steps, bodies):
+    """Least squares through the times and bytes of one number of bodies, per recorded step."""
+    rows = [row for row in steps if row["bodies"] == bodies and row["reports"] == "Never"]
+    counts = [row["recordedSteps"] for row in rows]
+    mean = sum(counts) / len(counts)
+
+    def slope(key):
+        values = [row[key] for row in rows]
+        middle = sum(values) / len(values)
+        return (sum((x - mean) * (y - middle) for x, y in zip(counts, values))
+                / sum((x - mean) ** 2 for x in counts))
+
+    return slope("stepSeconds"), slope("argumentBytes")
+
+
+def growth_table(steps):
+    rows = []
+    for bodies in sorted({row["bodies"] for row in steps}):
+        seconds, size = growth(steps, bodies)
+        first = next(row for row in steps if row["bodies"] == bodies and row["recordedSteps"] == 1)["stepSeconds"]
+        cells = [bodies, f"{size:,.0f}"]
+        for length in (1_000, 10_000, 100_000):
+            cells.append(f"{1 + seconds * length / (2 * first):,.1f}")
+        rows.append(cells)
+    return table(["bodies", "bytes added per recorded step", "run of 1,000 steps", "of 10,000", "of 100,000"], rows)
+
+
+def plot(steps, target):
+    data = []
+    for bodies in sorted({row["bodies"] for row in steps}):
+        rows = [row for row in steps if row["bodies"] == bodies and row["reports"] == "Never"]
+        first = rows[0]["stepSeconds"]
+        data.append("\n".join(f"{row['recordedSteps']} {row['stepSeconds'] / first}" for row in rows))
+    names = sorted({row["bodies"] for row in steps})
+    curves = ", ".join(f"'-' with linespoints linewidth 2 title '{name} {'body' if name == 1 else 'bodies'}'"
+                       for name in names)
+    script = (f"set terminal svg size 720,420 font 'sans,13' background 'white'\nset output '{target}'\n"
+              "set logscale xy\nset key left top\nset grid\nset xlabel 'recorded steps before this one'\n"
+              f"set ylabel 'time of a step, against the first'\nplot {curves}\n" + "\ne\n".join(data) + "\ne\n")
+    subprocess.run(["gnuplot"], input=script, text=True, check=True)
+
+
+def main():
+    folder, page, target = map(pathlib.Path, sys.argv[1:])
+    read = lambda name: json.loads((folder / f"{name}.json").read_text())
+    step, memory, peers, share = (read(f"bench_{name}") for name in ("step", "memory", "peers", "share"))
+    history = step["history"]
+    figures = {
+        "step": step_table(step["step"]),
+        "history": f"History argument alone, {history['recordedSteps']:,} steps of {6 * history['bodies'] + 1} values: "
+                   f"**{history['ratio']:.2f}** times its floor.",
+        "memory": f"Memory peak of a step at {memory['recordedSteps']:,} steps of {6 * memory['bodies'] + 1} values: "
+                  f"**{memory['ratio']:.2f}** times the size of its argument ({memory['argumentBytes'] / 1e6:.1f} MB).",
+        "peers": peer_table(peers["peers"]),
+        "share": f"Share of the library in the time of a step with the simulator in its own process "
+                 f"({share['bodies']} bodies, {share['steps']} steps): at most **{100 * share['share']:.1f} %**.",
+        "growth": growth_table(step["step"]),
+    }
+    text = page.read_text()
+    for name, figure in figures.items():
+        text, found = re.subn(rf"(<!-- {name} -->\n).*?(\n<!-- end -->)", lambda match: match[1] + figure + match[2],
+                              text, flags=re.S)
+        if found != 1:
+            sys.exit(f"{page}: the markers of '{name}' are missing")
+    page.write_text(text)
+    plot(step["step"], target)
+
+
+main()
