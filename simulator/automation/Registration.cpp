@@ -58,6 +58,18 @@ bool IsTaken(const wchar_t* progId) {
     return SUCCEEDED(CLSIDFromProgID(progId, &found)) && !IsEqualCLSID(found, simulatorClassId);
 }
 
+/// True when the system looks at the user's own classes: proven by a key of this purpose alone, since what stands there
+/// for the machine may be the same.
+bool UserClassesCount() {
+    constexpr const wchar_t* probe = L"Pellux.VantorDesktop.Simulator.Probe";
+    const std::wstring key = classes + probe;
+    CLSID found = {};
+    const bool counts = SetValue(HKEY_CURRENT_USER, key + L"\\CLSID", ClassIdText(simulatorClassId)) &&
+                        SUCCEEDED(CLSIDFromProgID(probe, &found));
+    RegDeleteTreeW(HKEY_CURRENT_USER, key.c_str());
+    return counts;
+}
+
 bool WriteClass(HKEY root) {
     const std::wstring key = classes + L"CLSID\\" + ClassIdText(simulatorClassId);
     return SetValue(root, key, title) && SetValue(root, key + L"\\LocalServer32", L"\"" + ProgramPath() + L"\"") &&
@@ -97,7 +109,7 @@ RegistrationResult RegisterServer(bool alsoDefault) {
     if (alsoDefault && !withDefault) {
         result.text = L"Another program holds " + std::wstring(desktopProgId) + L": it is left as it is.\n";
     }
-    if (Write(HKEY_CURRENT_USER, withDefault) && ResolvesToSimulator(simulatorProgId)) {
+    if (UserClassesCount() && Write(HKEY_CURRENT_USER, withDefault)) {
         result.succeeded = true;
         result.text += Described(L"this user", withDefault);
         return result;

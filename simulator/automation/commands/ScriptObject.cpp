@@ -36,8 +36,8 @@ Value ScriptObject::Invoke(int method, const std::vector<Value>& values) {
     }
 }
 
-Value ScriptObject::Call(const std::string& method, const std::vector<Value>& arguments) {
-    return Invoke(FindMethod(method).value(), arguments);
+Value ScriptObject::Call(const std::string& method, const ArgumentList& arguments) {
+    return Invoke(FindMethod(method).value(), arguments.values);
 }
 
 void ScriptObject::Report(model::Severity severity, const std::string& text) const {

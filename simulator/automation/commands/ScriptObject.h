@@ -4,12 +4,23 @@
 #include "simulator/automation/commands/Session.h"
 #include "simulator/automation/commands/Value.h"
 
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace vantor::commands {
+
+/// The arguments of a call, written as a braced list: {"Setup1", List{...}}. A single array in braces is one argument,
+/// which a bare vector would take for the whole list.
+struct ArgumentList {
+    ArgumentList() = default;
+    ArgumentList(std::initializer_list<Value> list) : values(list) {}
+    ArgumentList(std::vector<Value> list) : values(std::move(list)) {}
+
+    std::vector<Value> values;
+};
 
 /// An object of the scripting interface: a kind, and a table from method name to handler.
 ///
@@ -43,7 +54,7 @@ public:
 
     /// FindMethod and Invoke in one.
     /// @pre the method exists.
-    Value Call(const std::string& method, const std::vector<Value>& arguments = {});
+    Value Call(const std::string& method, const ArgumentList& arguments = {});
 
     Session& ItsSession() const { return *m_session; }
 

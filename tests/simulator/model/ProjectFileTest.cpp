@@ -1,0 +1,249 @@
+#include "simulator/model/ProjectFile.h"
+
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Files.h"
+#include "simulator/model/Materials.h"
+#include "simulator/model/ProjectListing.h"
+#include "simulator/model/ReportData.h"
+#include "tests/simulator/model/Shapes.h"
+
+#include <cmath>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace vantor::model;
+using testing::HasSubstr;
+
+namespace {
+
+std::string Complaint(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const DesktopError& error) {
+        return error.what();
+    }
+    return "none";
+}
+
+/// A project with one of everything.
+Project FullProject() {
+    Project project;
+    project.name = "pump";
+    project.activeDesign = "D";
+    project.materials["N"] = {"N", 1.05, Coercivity{9e5, {0.0, 0.6, 0.8}}};
+    auto design = std::make_shared<Design>();
+    design->name = "D";
+    design->type = "Veltrix 3D";
+    design->solutionType = "Magnetostatic";
+    design->variables.Add({{"SimTime", "0s"}, {"B_X", "0.1Meter"}});
+    design->modeler.SetUnits("mm", false);
+    design->modeler.Import({{{"Rotor", "N", shapes::Cube(1, 2)}}, {}}, true);
+    design->modeler.AddCoordinateSystem({"Obj_CS_B", "Global", {"B_X", "0", "0"}, {"1", "0", "0"}, {"0", "1", "0"}},
+                                        design->variables);
+    design->modeler.Object("Rotor").coordinateSystem = "Obj_CS_B";
+    design->modeler.SetRegion(
+        {"OuterRegion", "vacuum", "(1 2 3)", 0.5, true, "Global", "Global", true, {"1", "2", "3", "4", "5", "6"}},
+        design->variables);
+    design->setups.push_back({"Setup1", "Magnetostatic", true, 15, 0.5, {{"t", "B_X/1mm", "Magnetostatic"}}});
+    LoadParameter torque;
+    torque.kind = LoadParameter::Kind::Torque;
+    torque.name = "Torque_B_Y";
+    torque.frame = "Obj_CS_B";
+    torque.axis = 'Y';
+    torque.objects = {"Rotor"};
+    design->loads = {torque};
+    design->outputVariables.push_back(
+        {"T", "Torque_B_Y.Torque/1mNewtonMeter", "Setup1 : LastAdaptive", "Magnetostatic"});
+    design->parametricSetups.push_back({"KinoraHistory",
+                                        true,
+                                        true,
+                                        true,
+                                        true,
+                                        {},
+                                        {"Setup1"},
+                                        {{"SimTime", "0s", false, 0.0}},
+                                        {{"0.1s"}, {"0.2s"}}});
+    design->reports.push_back({"R",
+                               "Magnetostatic",
+                               "Rectangular Plot",
+                               "Setup1 : LastAdaptive",
+                               {{"SimTime", {"All"}}},
+                               "SimTime",
+                               {},
+                               {{"F", "Newton", "SimTime", "s", {0, 1}, {2, 3}}}});
+    design->fieldPlots.push_back({"H_VectorPlot", "Setup1 : LastAdaptive", "H_Vector", "H", {"Rotor"}});
+    Solution solution;
+    solution.setup = "Setup1";
+    solution.current = true;
+    solution.variables = {{"SimTime", "0s"}};
+    solution.quantities["Torque_B_Y.Torque"] = {0.0123456789012345678, torqueDimension};
+    design->solution = solution;
+    project.designs.push_back(design);
+    return project;
+}
+
+/// The project file's text with one part replaced.
+std::string Changed(const std::string& from, const std::string& to) {
+    std::string text = WriteProject(FullProject());
+    const auto place = text.find(from);
+    EXPECT_NE(place, std::string::npos) << from;
+    return text.replace(place, from.size(), to);
+}
+
+std::string ReadComplaint(const std::string& text) {
+    return Complaint([&] { ReadProject(text, "pump.vtdk"); });
+}
+
+class TemporaryFolder {
+public:
+    TemporaryFolder() : path(std::filesystem::temp_directory_path() / "vantor-model-test") {
+        std::filesystem::remove_all(path);
+        std::filesystem::create_directories(path);
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+
+    const std::filesystem::path path;
+};
+
+} // namespace
+
+TEST(ProjectFile, ReadsBackWhatItWrote) {
+    const std::string text = WriteProject(FullProject());
+    const auto project = ReadProject(text, "pump.vtdk");
+    EXPECT_EQ(WriteProject(*project), text);
+    const Design& design = *project->designs.at(0);
+    EXPECT_EQ(OutputVariableValue(design, design.outputVariables[0]), 0.0123456789012345678 / 1e-3);
+    EXPECT_EQ(design.modeler.Object("Rotor").mesh.vertices,
+              FullProject().designs[0]->modeler.Object("Rotor").mesh.vertices);
+}
+
+TEST(ProjectFile, NamesFileAndPlaceOfWhatItCannotRead) {
+    EXPECT_EQ(ReadComplaint("{\n \"format\": ,"), "pump.vtdk, line 2: not valid JSON");
+    EXPECT_EQ(ReadComplaint("{}"), "pump.vtdk: this is not a project of the desktop simulator");
+    EXPECT_EQ(ReadComplaint(Changed("\"version\": 1", "\"version\": 2")),
+              "pump.vtdk: version: version 2 cannot be read; this program reads version 1");
+    EXPECT_EQ(ReadComplaint(Changed("\"activeDesign\": \"D\"", "\"activeDesign\": \"E\"")),
+              "pump.vtdk: activeDesign: there is no design \"E\"");
+    EXPECT_EQ(ReadComplaint(Changed("\"maximumPasses\": 15", "\"maximumPasses\": \"many\"")),
+              "pump.vtdk: designs[0].setups[0].maximumPasses: a number is needed");
+    EXPECT_EQ(ReadComplaint(Changed("\"axis\": \"Y\"", "\"axis\": \"W\"")),
+              "pump.vtdk: designs[0].loads[0].axis: X, Y or Z is needed");
+    EXPECT_EQ(ReadComplaint(Changed("\"units\": \"mm\"", "\"units\": \"mm\", \"scale\": 1")),
+              "pump.vtdk: designs[0].modeler: unknown key \"scale\"");
+    EXPECT_EQ(
+        ReadComplaint(Changed("\"value\": \"0.1Meter\"", "\"value\": \"0.1Metre\"")),
+        "pump.vtdk: designs[0].variables: variable \"B_X\": unknown unit \"Metre\" at position 4 of \"0.1Metre\"");
+    EXPECT_THAT(ReadComplaint(Changed("\"coordinateSystem\": \"Obj_CS_B\"", "\"coordinateSystem\": \"Obj_CS_C\"")),
+                HasSubstr("no coordinate system \"Obj_CS_C\""));
+    EXPECT_THAT(ReadComplaint(std::string(100000, '[')), HasSubstr("nested deeper"));
+}
+
+TEST(ProjectFile, ABadSaveLeavesTheGoodFile) {
+    const TemporaryFolder folder;
+    Project project = FullProject();
+    project.file = folder.path / "pump.vtdk";
+    SaveProjectFile(project);
+    const std::string saved = ReadWholeFile(project.file);
+    // A folder in the place of the temporary file makes the next save fail before it touches the file.
+    std::filesystem::create_directories(folder.path / "pump.vtdk.tmp" / "occupied");
+    project.designs[0]->name = "Other";
+    EXPECT_THAT(Complaint([&] { SaveProjectFile(project); }), HasSubstr("cannot be written"));
+    EXPECT_EQ(ReadWholeFile(project.file), saved);
+}
+
+TEST(ProjectFile, IsNamedAfterItsFile) {
+    const TemporaryFolder folder;
+    Project project = FullProject();
+    project.file = folder.path / PathFromUtf8("Kr\xC3\xBCmmer.v2.vtdk");
+    SaveProjectFile(project);
+    EXPECT_EQ(OpenProjectFile(project.file)->name, "Kr\xC3\xBCmmer.v2");
+    EXPECT_THAT(Complaint([&] { OpenProjectFile(folder.path / "missing.vtdk"); }), HasSubstr("there is no file"));
+}
+
+TEST(ProjectListing, ShowsWhatAUserLooksFor) {
+    const std::string text = ListProject(FullProject());
+    for (const char* line :
+         {"Design D: Veltrix 3D, Magnetostatic, active", "SimTime = 0s",
+          "N: relative permeability 1.05, coercivity 9e+05 A/m along (0, 0.6, 0.8)",
+          "Torque_B_Y: torque about Y in Obj_CS_B on Rotor", "KinoraHistory: rows (3)", "0.2s", "F [Newton]: 2 points",
+          "H/H_VectorPlot: H_Vector on Rotor", "T = Torque_B_Y.Torque/1mNewtonMeter: 12.345678901234567"}) {
+        EXPECT_THAT(text, HasSubstr(line));
+    }
+}
+
+TEST(Materials, BuiltInMagnetHasARemanenceOfOneTesla) {
+    const Material magnet = BuiltInMaterials().at("magnet_1T");
+    EXPECT_NEAR(4e-7 * std::acos(-1.0) * magnet.relativePermeability * magnet.coercivity->magnitude, 1.0, 1e-9);
+    EXPECT_FALSE(BuiltInMaterials().at("steel_soft").coercivity);
+}
+
+TEST(Materials, ReadUserFiles) {
+    const auto materials = ReadMaterials(
+        R"({"materials": [{"name": "M", "relativePermeability": 1.1, "coercivityMagnitude": 5e5, "components": [0,0,1]},
+                          {"name": "Plastic", "relativePermeability": 1}]})",
+        "m.json");
+    ASSERT_EQ(materials.size(), 2U);
+    EXPECT_EQ(materials[0].coercivity->components[2], 1.0);
+    EXPECT_FALSE(materials[1].coercivity);
+}
+
+TEST(Materials, NameFileAndPlaceOfABadEntry) {
+    const auto complaint = [](const std::string& entry) {
+        return Complaint([&] { ReadMaterials("{\"materials\": [" + entry + "]}", "m.json"); });
+    };
+    EXPECT_EQ(complaint(R"({"relativePermeability": 1})"), "m.json: materials[0]: \"name\" is missing");
+    EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 0})"),
+              "m.json: materials[0].relativePermeability: the relative permeability must be more than 0");
+    EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 1, "coercivityMagnitude": 1, "components": [0,0,0]})"),
+              "m.json: materials[0].components: the components give no direction: all are 0");
+    EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 1, "coercivityMagnitude": 1, "components": [1,0]})"),
+              "m.json: materials[0].components: 3 numbers are needed");
+    EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 1, "colour": "red"})"),
+              "m.json: materials[0]: unknown key \"colour\"");
+}
+
+TEST(ReportData, ReadsLabelledColumns) {
+    const auto traces =
+        ReadTraces("SimTime [s],Force_B.Force_x [Newton],Count\r\n0,1.5,2\r\n0.1,-2e-05,3\r\n", "f.csv");
+    ASSERT_EQ(traces.size(), 2U);
+    EXPECT_EQ(traces[0].name, "Force_B.Force_x");
+    EXPECT_EQ(traces[0].unit, "Newton");
+    EXPECT_EQ(traces[0].xName, "SimTime");
+    EXPECT_THAT(traces[0].y, testing::ElementsAre(1.5, -2e-05));
+    EXPECT_EQ(traces[1].unit, "");
+}
+
+TEST(ReportData, NamesFileLineAndReason) {
+    const auto complaint = [](const std::string& text) { return Complaint([&] { ReadTraces(text, "f.csv"); }); };
+    EXPECT_EQ(complaint(""), "f.csv, line 1: the column labels are missing");
+    EXPECT_EQ(complaint("SimTime [s]\n"), "f.csv, line 1: at least two labelled columns are needed");
+    EXPECT_EQ(complaint("t,a,a\n"), "f.csv, line 1: a second column labelled \"a\"");
+    EXPECT_EQ(complaint("t,a [N\n"), "f.csv, line 1: the unit of the label \"a [N\" does not end in \"]\"");
+    EXPECT_EQ(complaint("t,a\n0,1\n1\n"), "f.csv, line 3: 2 fields are needed, here are 1");
+    EXPECT_EQ(complaint("t,a\n0,inf\n"), "f.csv, line 2: not a finite number: \"inf\"");
+    EXPECT_THAT(Complaint([] { ReadTraceFile("report.txt"); }), HasSubstr("is no .csv file"));
+}
+
+TEST(MessageList, FindsBySeverityAndPlace) {
+    MessageList messages;
+    messages.Add({"P", "D", Severity::Info, "i"});
+    messages.Add({"P", "D", Severity::Error, "e"});
+    messages.Add({"P", "E", Severity::Fatal, "other design"});
+    messages.Add({"", "", Severity::Warning, "everybody's"});
+    const auto texts = [&](const char* project, const char* design, int severity) {
+        std::vector<std::string> found;
+        for (const auto& message : messages.Find(project, design, severity)) {
+            found.push_back(message.text);
+        }
+        return found;
+    };
+    EXPECT_THAT(texts("P", "D", 0), testing::ElementsAre("i", "e", "everybody's"));
+    EXPECT_THAT(texts("P", "D", 2), testing::ElementsAre("e"));
+    EXPECT_THAT(texts("", "", 3), testing::ElementsAre("other design"));
+    messages.Clear("P", "D", 0);
+    EXPECT_THAT(texts("", "", 0), testing::ElementsAre("other design"));
+}
