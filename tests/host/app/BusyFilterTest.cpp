@@ -1,0 +1,77 @@
+// The filter as COM finds it registered. That COM asks it when a desktop turns a call away is COM's part (Wine 8 does
+// not do so yet, it lets such calls through).
+#include "host/app/BusyFilter.h"
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace kinora::host {
+namespace {
+
+/// Takes the thread's filter, asks it something, and puts it back.
+template <class Question>
+DWORD AskRegisteredFilter(Question question) {
+    IMessageFilter* filter = nullptr;
+    EXPECT_TRUE(SUCCEEDED(CoRegisterMessageFilter(nullptr, &filter)));
+    if (filter == nullptr) {
+        ADD_FAILURE() << "no filter is registered";
+        return 0;
+    }
+    const DWORD answer = question(*filter);
+    CoRegisterMessageFilter(filter, nullptr);
+    return answer;
+}
+
+DWORD AnswerToRejection(DWORD elapsedMs, DWORD type) {
+    return AskRegisteredFilter(
+        [&](IMessageFilter& filter) { return filter.RetryRejectedCall(nullptr, elapsedMs, type); });
+}
+
+class BusyFilterTest : public testing::Test {
+protected:
+    const ComScope m_com;
+    std::vector<std::string> m_notices;
+    const BusyFilter m_filter{BusyWait(2.0, [this](const std::string& text) { m_notices.push_back(text); })};
+};
+
+TEST_F(BusyFilterTest, RetriesACallThatIsTurnedAwayAndSaysSo) {
+    // Anything from 100 on is a pause in milliseconds before the next try.
+    EXPECT_EQ(AnswerToRejection(0, SERVERCALL_RETRYLATER), 250u);
+    EXPECT_EQ(AnswerToRejection(250, SERVERCALL_REJECTED), 250u);
+    ASSERT_EQ(m_notices.size(), 1u);
+    EXPECT_NE(m_notices[0].find("The desktop is busy"), std::string::npos);
+}
+
+TEST_F(BusyFilterTest, GivesTheCallUpAtTheLimit) {
+    EXPECT_EQ(AnswerToRejection(2000, SERVERCALL_RETRYLATER), static_cast<DWORD>(-1));
+    EXPECT_NE(m_notices.back().find("giving the call up"), std::string::npos);
+}
+
+TEST_F(BusyFilterTest, WaitsOnForACallInProgressAndTakesIncomingCalls) {
+    EXPECT_EQ(AskRegisteredFilter([](IMessageFilter& filter) { return filter.MessagePending(nullptr, 0, 0); }),
+              static_cast<DWORD>(PENDINGMSG_WAITDEFPROCESS));
+    EXPECT_EQ(
+        AskRegisteredFilter([](IMessageFilter& filter) { return filter.HandleInComingCall(0, nullptr, 0, nullptr); }),
+        static_cast<DWORD>(SERVERCALL_ISHANDLED));
+}
+
+TEST(BusyFilter, PutsTheFormerFilterBack) {
+    const ComScope com;
+    const BusyFilter former(BusyWait(1.0, [](const std::string&) {}));
+    std::vector<std::string> notices;
+    {
+        const BusyFilter filter(BusyWait(1.0, [&](const std::string& text) { notices.push_back(text); }));
+        AnswerToRejection(0, SERVERCALL_RETRYLATER);
+        EXPECT_EQ(notices.size(), 1u);
+    }
+    AnswerToRejection(0, SERVERCALL_RETRYLATER);
+    EXPECT_EQ(notices.size(), 1u);
+}
+
+} // namespace
+} // namespace kinora::host

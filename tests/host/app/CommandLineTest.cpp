@@ -1,0 +1,55 @@
+#include "host/app/CommandLine.h"
+
+#include "host/app/AnsiText.h"
+#include "host/core/Errors.h"
+
+#include <gtest/gtest.h>
+
+namespace kinora::host {
+namespace {
+
+TEST(CommandLine, TakesAScenarioAlone) {
+    const CommandLine line = ReadCommandLine({"run.json"});
+    EXPECT_EQ(line.scenarioFile, "run.json");
+    EXPECT_EQ(line.talk, Talk::Normal);
+    EXPECT_EQ(line.stepLimit, -1);
+    EXPECT_FALSE(line.resume || line.overwrite || line.dryRun);
+}
+
+TEST(CommandLine, TakesEveryOption) {
+    const CommandLine line = ReadCommandLine({"--out", "there", "--desktop", "Simulator", "--csv", "states.csv",
+                                              "--overwrite", "--dry-run", "--steps", "7", "-v", "/path/run.json"});
+    EXPECT_EQ(line.scenarioFile, "/path/run.json");
+    EXPECT_EQ(line.outputFolder, "there");
+    EXPECT_EQ(line.desktopVersion, "Simulator");
+    EXPECT_EQ(line.csvFile, "states.csv");
+    EXPECT_TRUE(line.overwrite && line.dryRun);
+    EXPECT_EQ(line.stepLimit, 7);
+    EXPECT_EQ(line.talk, Talk::Verbose);
+}
+
+TEST(CommandLine, GivesHelpWithoutAScenario) {
+    EXPECT_NE(ReadCommandLine({"--help"}).helpText.find("--resume"), std::string::npos);
+}
+
+TEST(CommandLine, RefusesWhatItDoesNotKnow) {
+    EXPECT_THROW(ReadCommandLine({}), InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--fast"}), InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--steps", "0"}), InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--resume", "--overwrite"}), InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "-q", "-v"}), InputError);
+}
+
+TEST(AnsiText, GoesThereAndBack) {
+    EXPECT_EQ(Utf8FromAnsi(AnsiFromUtf8("C:/Spule 5/rotor")), "C:/Spule 5/rotor");
+    EXPECT_EQ(AnsiFromUtf8(""), "");
+    EXPECT_EQ(Utf8FromWide(L"\u00e9\u65e5"), "\xc3\xa9\xe6\x97\xa5");
+}
+
+TEST(AnsiText, RefusesWhatTheCodePageLacks) {
+    // A character outside every ANSI code page.
+    EXPECT_THROW(AnsiFromUtf8("\xf0\x9f\xa7\xb2"), InputError);
+}
+
+} // namespace
+} // namespace kinora::host
