@@ -1,6 +1,7 @@
 #include "tests/support/VariantTree.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
@@ -41,14 +42,17 @@ std::string Quoted(const std::wstring& text) {
 /// The shortest text that reads back as the same number, always recognisable as a real.
 std::string PrintReal(double number) {
     char text[40];
+    if (std::fabs(number) < 1e15 && std::floor(number) == number) {
+        std::snprintf(text, sizeof text, "%.1f", number);
+        return text;
+    }
     for (int digits = 1; digits <= 17; ++digits) {
         std::snprintf(text, sizeof text, "%.*g", digits, number);
         if (std::strtod(text, nullptr) == number) {
             break;
         }
     }
-    const std::string printed = text;
-    return printed.find_first_of(".einf#") == std::string::npos ? printed + ".0" : printed;
+    return text;
 }
 
 std::string PrintFlag(std::int64_t raw) {
