@@ -24,9 +24,16 @@ void Lifetime::RemoveObject() {
 }
 
 void Lifetime::RequestQuit() {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_quitting = true;
-    m_quitRequested = Clock::now();
+    bool first = false;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        first = !m_quitting;
+        m_quitting = true;
+        m_quitRequested = Clock::now();
+    }
+    if (first && m_onQuit) {
+        m_onQuit();
+    }
 }
 
 bool Lifetime::IsQuitting() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <mutex>
 
 namespace vantor::automation {
@@ -19,6 +20,9 @@ public:
     void AddObject();
     void RemoveObject();
 
+    /// @param action run by the first `RequestQuit`, before that returns. Set it before clients come.
+    void OnQuit(std::function<void()> action) { m_onQuit = std::move(action); }
+
     /// A client has asked the desktop to leave.
     void RequestQuit();
     bool IsQuitting() const;
@@ -29,6 +33,7 @@ public:
 
 private:
     const std::chrono::seconds m_idleTime;
+    std::function<void()> m_onQuit;
     mutable std::mutex m_mutex;
     int m_objects = 0;
     bool m_quitting = false;

@@ -13,6 +13,7 @@
 
 #include <objbase.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
@@ -67,18 +68,41 @@ std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line)
     return desktop;
 }
 
-/// Waits until the server may leave. New clients are turned away first, then what they hold is waited for.
-void WaitUntilDone(automation::Server& server, DWORD registration) {
-    bool revoked = false;
-    for (;;) {
-        const bool mayLeave = server.ItsLifetime().MayLeave(automation::Lifetime::Clock::now());
-        if (!revoked && (mayLeave || server.ItsLifetime().IsQuitting())) {
-            CoRevokeClassObject(registration);
-            revoked = true;
-            continue; // a client may have come in between
+/// The door through which new clients come.
+class ClassRegistration {
+public:
+    explicit ClassRegistration(IClassFactory* factory)
+        : m_status(CoRegisterClassObject(automation::simulatorClassId, factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
+                                         &m_cookie)),
+          m_isOpen(SUCCEEDED(m_status)) {}
+    ~ClassRegistration() { Close(); }
+    ClassRegistration(const ClassRegistration&) = delete;
+    ClassRegistration& operator=(const ClassRegistration&) = delete;
+
+    HRESULT Status() const { return m_status; }
+
+    /// From now on the system starts another server for a new client. Safe to call from any thread, and again.
+    void Close() {
+        if (m_isOpen.exchange(false)) {
+            CoRevokeClassObject(m_cookie);
         }
-        if (mayLeave) {
-            return;
+    }
+
+private:
+    DWORD m_cookie = 0;
+    const HRESULT m_status;
+    std::atomic<bool> m_isOpen;
+};
+
+/// Waits until the server may leave. New clients are turned away first, then what they hold is waited for.
+void WaitUntilDone(automation::Server& server, ClassRegistration& registration) {
+    const auto mayLeave = [&] { return server.ItsLifetime().MayLeave(automation::Lifetime::Clock::now()); };
+    for (;;) {
+        if (mayLeave()) {
+            registration.Close();
+            if (mayLeave()) { // no client has come in between
+                return;
+            }
         }
         server.ItsClients().ReclaimDead();
         Sleep(100);
@@ -92,11 +116,15 @@ int Serve(const automation::CommandLine& line) {
     }
     automation::Server server(MakeDesktop(line), line.idleTime);
     IClassFactory* factory = automation::MakeClassFactory(server);
-    DWORD registration = 0;
-    const HRESULT status = CoRegisterClassObject(automation::simulatorClassId, factory, CLSCTX_LOCAL_SERVER,
-                                                 REGCLS_MULTIPLEUSE, &registration);
-    if (SUCCEEDED(status)) {
-        WaitUntilDone(server, registration);
+    HRESULT status = S_OK;
+    {
+        ClassRegistration registration(factory);
+        status = registration.Status();
+        // A client that launches right after another one's quit must not meet the leaving server.
+        server.ItsLifetime().OnQuit([&registration] { registration.Close(); });
+        if (SUCCEEDED(status)) {
+            WaitUntilDone(server, registration);
+        }
     }
     factory->Release();
     CoUninitialize();
