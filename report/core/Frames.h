@@ -1,0 +1,18 @@
+#pragma once
+
+#include "host/core/Rigid.h"
+
+#include <array>
+
+namespace kinora::report {
+
+/// The angles phi, theta, psi that the library makes of an orientation: M = Rz(phi) Ry(theta) Rx(psi) for the matrix M
+/// whose rows are the body's axes. Where its first and fourth element vanish, phi is 0 and theta +pi/2, also where
+/// -pi/2 were right.
+/// @param axes  the body's axes as columns, in global axes
+std::array<double, 3> LoggedAngles(const host::Matrix& axes);
+
+/// The body's axes as columns, from the angles phi, theta, psi of the log.
+host::Matrix AxesFromAngles(double phi, double theta, double psi);
+
+} // namespace kinora::report

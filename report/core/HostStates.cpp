@@ -1,0 +1,117 @@
+#include "report/core/HostStates.h"
+
+#include "host/core/Errors.h"
+
+#include <algorithm>
+#include <cmath>
+#include <fmt/format.h>
+#include <limits>
+
+namespace kinora::report {
+namespace {
+
+constexpr std::array<std::string_view, 9> bodyQuantities = {"X",       "Y",        "Z",        "Force_x", "Force_y",
+                                                            "Force_z", "Torque_x", "Torque_y", "Torque_z"};
+
+/// Lines and cells of a table of numbers under one line of heads.
+struct Table {
+    std::vector<std::string> heads;
+    std::vector<Column> rows;
+};
+
+template <class Take>
+void ForEachPart(std::string_view text, char separator, Take take) {
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(separator, begin), text.size());
+        take(text.substr(begin, end - begin));
+        begin = end + 1;
+    }
+}
+
+Table ReadTable(std::string_view text) {
+    Table table;
+    ForEachPart(text, '\n', [&table](std::string_view line) {
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        if (table.heads.empty()) {
+            ForEachPart(line, ',', [&table](std::string_view cell) { table.heads.emplace_back(cell); });
+            return;
+        }
+        Column row;
+        ForEachPart(line, ',', [&row](std::string_view cell) { row.push_back(ParseNumber(cell)); });
+        // A line that was cut off tells nothing reliable.
+        if (row.size() == table.heads.size())
+            table.rows.push_back(std::move(row));
+    });
+    return table;
+}
+
+/// "joint.Quantity [unit]" taken apart.
+bool ParseHead(const std::string& head, StateSeries& series) {
+    const std::size_t bracket = head.rfind(" [");
+    const std::size_t dot = head.rfind('.', bracket);
+    if (bracket == std::string::npos || dot == std::string::npos || dot > bracket || head.back() != ']')
+        return false;
+    series.group = head.substr(0, dot);
+    series.name = head.substr(dot + 1, bracket - dot - 1);
+    series.unit = head.substr(bracket + 2, head.size() - bracket - 3);
+    return std::find(bodyQuantities.begin(), bodyQuantities.end(), series.name) == bodyQuantities.end();
+}
+
+/// For every row of the log the row of the table with its time, or -1.
+std::vector<std::ptrdiff_t> MatchTimes(const Column& times, const Table& table) {
+    // Half a unit of the sixth digit, and the rounding of the comparison.
+    constexpr double tolerance = 5.1e-6;
+    std::vector<std::ptrdiff_t> matches(times.size(), -1);
+    std::size_t next = 0;
+    for (std::size_t row = 0; row < times.size(); ++row) {
+        const double slack = tolerance * std::fabs(times[row]);
+        while (next < table.rows.size() && table.rows[next][1] < times[row] - slack)
+            ++next;
+        if (next < table.rows.size() && std::fabs(table.rows[next][1] - times[row]) <= slack)
+            matches[row] = static_cast<std::ptrdiff_t>(next++);
+    }
+    return matches;
+}
+
+Column Pick(const Table& table, std::size_t column, const std::vector<std::ptrdiff_t>& matches) {
+    Column values;
+    for (const std::ptrdiff_t match : matches)
+        values.push_back(match < 0 ? std::numeric_limits<double>::quiet_NaN()
+                                   : table.rows[static_cast<std::size_t>(match)][column]);
+    return values;
+}
+
+} // namespace
+
+HostStates ParseHostStates(const std::string& text, const std::string& fileName, const CouplingLog& log) {
+    const Table table = ReadTable(ToUtf8(text));
+    if (table.heads.size() < 2 || table.heads[0] != "Step" || table.heads[1] != "Time [s]")
+        throw host::InputError(fmt::format(
+            "{}: this is not the state file of a run: its first line does not begin with \"Step,Time [s]\".",
+            fileName));
+    HostStates states;
+    if (!log.times) {
+        states.notices.push_back(
+            {Severity::Warning, "The host's states are left out: the log has no times to match them with."});
+        return states;
+    }
+    const std::vector<std::ptrdiff_t> matches = MatchTimes(*log.times, table);
+    const auto missing = std::count(matches.begin(), matches.end(), -1);
+    if (missing == 0 && log.rows > 0)
+        states.times = Pick(table, 1, matches);
+    else if (log.rows > 0)
+        states.notices.push_back(
+            {Severity::Warning,
+             fmt::format("{} of {} steps of the log are not in the host's states, {}.", missing, log.rows, fileName)});
+    for (std::size_t column = 2; column < table.heads.size(); ++column) {
+        StateSeries series;
+        if (!ParseHead(table.heads[column], series))
+            continue;
+        series.values = Pick(table, column, matches);
+        states.series.push_back(std::move(series));
+    }
+    return states;
+}
+
+} // namespace kinora::report

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <filesystem>
+
+namespace kinora::report {
+
+/// The running program's own file; empty when the system does not tell.
+std::filesystem::path ProgramFile();
+
+} // namespace kinora::report

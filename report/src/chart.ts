@@ -1,0 +1,268 @@
+// One chart over time, linked with all others through the store.
+
+import uPlot from 'uplot';
+import type { Column } from './data.ts';
+import { el } from './dom.ts';
+import { rowNear } from './decimate.ts';
+import { number } from './format.ts';
+import type { Store } from './store.ts';
+import { lineColour, lineDash, look } from './theme.ts';
+
+export interface ChartLine {
+  label: string;
+  values: Column | null;
+  /** Index into the look's line colours. */
+  colour: number;
+  isShown: boolean;
+}
+
+export interface ChartContent {
+  title: string;
+  unit: string;
+  /** The y range is never narrower than twice this. */
+  floor: number;
+  lines: ChartLine[];
+}
+
+export const CHART_HEIGHT = 190;
+export const FONT = '12px system-ui, -apple-system, "Segoe UI", Roboto, sans-serif';
+
+/** Values for the chart library, which takes null for a gap. */
+function gapped(values: Column): Column | (number | null)[] {
+  return values.some(Number.isNaN) ? Array.from(values, (v) => (Number.isNaN(v) ? null : v)) : values;
+}
+
+export function axisLook(label: string, size: number): uPlot.Axis {
+  return {
+    label: label || undefined,
+    labelFont: FONT,
+    labelSize: label ? 18 : 0,
+    labelGap: 2,
+    font: FONT,
+    size,
+    gap: 4,
+    stroke: () => look().muted,
+    grid: { stroke: () => look().grid, width: 1 },
+    ticks: { stroke: () => look().grid, width: 1, size: 4 },
+    values: (_, splits) => splits.map((value) => (value === null ? '' : number(value))),
+  };
+}
+
+export class TimeChart {
+  readonly element: HTMLElement;
+  private readonly plotPlace = el('div', { class: 'plot' });
+  private readonly legend = el('div', { class: 'legend' });
+  private readonly readouts: HTMLElement[] = [];
+  private readonly lines: ChartLine[];
+  private plot: uPlot | null = null;
+  private isFollowing = false;
+
+  constructor(
+    private readonly store: Store,
+    private readonly content: ChartContent,
+  ) {
+    this.lines = content.lines.filter((line) => line.values !== null);
+    this.element = el(
+      'figure',
+      { class: 'chart' },
+      el('figcaption', {}, el('span', { class: 'chart-title' }, content.title, el('span', { class: 'unit' }, ` ${content.unit}`)), this.legend),
+      this.plotPlace,
+    );
+    if (this.lines.length === 0) {
+      this.plotPlace.append(el('p', { class: 'missing' }, 'The log has no columns for this.'));
+      return;
+    }
+    this.makeLegend();
+    this.makeFocusable();
+  }
+
+  /** Draws the chart; the element must be in the page, so that it has a width. */
+  draw(): void {
+    this.plot?.destroy();
+    this.plot = null;
+    if (this.lines.length === 0) return;
+    const data = [this.store.xs(), ...this.lines.map((line) => gapped(line.values!))] as uPlot.AlignedData;
+    this.plot = new uPlot(this.options(), data, this.plotPlace);
+    this.showRow();
+    this.showSwatches();
+  }
+
+  destroy(): void {
+    this.plot?.destroy();
+    this.plot = null;
+  }
+
+  resize(width: number): void {
+    if (this.plot && width > 0 && width !== this.plot.width) this.plot.setSize({ width, height: CHART_HEIGHT });
+  }
+
+  width(): number {
+    return Math.floor(this.plotPlace.clientWidth);
+  }
+
+  showRange(): void {
+    if (!this.plot) return;
+    const [min, max] = this.store.range;
+    this.following(() => this.plot!.setScale('x', { min, max }));
+    this.showRow();
+  }
+
+  showRow(): void {
+    const { row } = this.store;
+    this.lines.forEach((line, index) => (this.readouts[index].textContent = number(line.values![row])));
+    if (!this.plot) return;
+    const x = this.store.xs()[row];
+    const [min, max] = this.store.range;
+    const left = x >= min && x <= max ? this.plot.valToPos(x, 'x') : -10;
+    this.following(() => this.plot!.setCursor({ left, top: 0 }, false));
+  }
+
+  /** Colours and dashes follow the look of the page. */
+  restyle(): void {
+    this.plot?.redraw(false);
+    this.showSwatches();
+  }
+
+  /** What the chart library reports while we drive it is our own doing and goes no further. */
+  private following(action: () => void): void {
+    this.isFollowing = true;
+    action();
+    this.isFollowing = false;
+  }
+
+  private options(): uPlot.Options {
+    const { store, content } = this;
+    return {
+      width: Math.max(this.width(), 200),
+      height: CHART_HEIGHT,
+      padding: [8, 16, 0, 0],
+      legend: { show: false },
+      scales: {
+        x: { time: false, range: () => store.range },
+        y: { range: (_, min, max) => paddedRange(min, max, content.floor) },
+      },
+      axes: [axisLook(store.xLabel(), 30), axisLook('', 46)],
+      series: [{}, ...this.lines.map((line) => this.seriesOf(line))],
+      cursor: {
+        y: false,
+        drag: { x: true, y: false, setScale: true, dist: 4 },
+        points: { size: 6, width: 1.5, fill: () => look().surface },
+        bind: {
+          mousemove: (_, __, handler) => (event) => (store.isPlaying ? null : handler(event)),
+          // The cursor stays where the replay is.
+          mouseleave: () => () => null,
+          dblclick: () => () => (store.resetRange(), null),
+        },
+      },
+      hooks: {
+        setCursor: [(plot) => this.onCursor(plot)],
+        setScale: [(plot, scale) => this.onScale(plot, scale)],
+      },
+    };
+  }
+
+  private seriesOf(line: ChartLine): uPlot.Series {
+    const colour = () => lineColour(line.colour);
+    return {
+      label: line.label,
+      show: line.isShown,
+      stroke: colour,
+      width: 1.6,
+      points: { size: 4, stroke: colour, fill: colour },
+      get dash() {
+        return lineDash(line.colour);
+      },
+    };
+  }
+
+  private onCursor(plot: uPlot): void {
+    if (this.isFollowing || typeof plot.cursor.idx !== 'number' || (plot.cursor.left ?? -1) < 0) return;
+    this.store.setRow(plot.cursor.idx);
+  }
+
+  private onScale(plot: uPlot, scale: string): void {
+    if (this.isFollowing || scale !== 'x' || !this.plot) return;
+    const { min, max } = plot.scales.x;
+    if (min != null && max != null) this.store.setRange(min, max);
+  }
+
+  private makeLegend(): void {
+    this.lines.forEach((line, index) => {
+      const value = el('output', { class: 'legend-value' }, '–');
+      this.readouts.push(value);
+      const button = el(
+        'button',
+        {
+          type: 'button',
+          class: 'legend-entry',
+          'aria-pressed': String(line.isShown),
+          title: `Show or hide ${line.label}`,
+          onclick: () => {
+            line.isShown = !line.isShown;
+            button.setAttribute('aria-pressed', String(line.isShown));
+            this.following(() => this.plot?.setSeries(index + 1, { show: line.isShown }));
+          },
+        },
+        el('span', { class: 'swatch' }),
+        el('span', {}, line.label),
+        value,
+      );
+      this.legend.append(button);
+    });
+  }
+
+  private showSwatches(): void {
+    this.legend.querySelectorAll<HTMLElement>('.swatch').forEach((swatch, index) => {
+      swatch.style.setProperty('background', lineColour(this.lines[index].colour));
+    });
+  }
+
+  private makeFocusable(): void {
+    const { plotPlace, store } = this;
+    plotPlace.tabIndex = 0;
+    plotPlace.setAttribute('role', 'group');
+    plotPlace.setAttribute('aria-label', `${this.content.title}, ${this.content.unit}: arrow keys move the cursor, plus and minus zoom`);
+    plotPlace.addEventListener('keydown', (event) => chartKey(event, store));
+    plotPlace.addEventListener(
+      'wheel',
+      (event) => {
+        if ((!event.ctrlKey && !event.metaKey) || !this.plot) return;
+        event.preventDefault();
+        const left = event.clientX - this.plot.over.getBoundingClientRect().left;
+        store.zoom(event.deltaY < 0 ? 0.8 : 1.25, this.plot.posToVal(left, 'x'));
+      },
+      { passive: false },
+    );
+  }
+}
+
+function paddedRange(min: number | null, max: number | null, floor: number): [number, number] {
+  if (min === null || max === null || !Number.isFinite(min) || !Number.isFinite(max)) return [-1, 1];
+  const middle = (min + max) / 2;
+  const least = Math.max(floor, Math.abs(middle) * 1e-5, 1e-12);
+  const half = Math.max((max - min) / 2, least) * 1.06;
+  return [middle - half, middle + half];
+}
+
+/** Keys of a focused chart. */
+export function chartKey(event: KeyboardEvent, store: Store): void {
+  const xs = store.xs();
+  const many = event.shiftKey ? 10 : 1;
+  const [min, max] = store.range;
+  const actions: Record<string, () => void> = {
+    ArrowLeft: () => store.setRow(store.row - many),
+    ArrowRight: () => store.setRow(store.row + many),
+    Home: () => store.setRow(rowNear(xs, min)),
+    End: () => store.setRow(rowNear(xs, max)),
+    '+': () => store.zoom(0.5, xs[store.row]),
+    '=': () => store.zoom(0.5, xs[store.row]),
+    '-': () => store.zoom(2, xs[store.row]),
+    '0': () => store.resetRange(),
+    Escape: () => store.resetRange(),
+    ' ': () => store.setPlaying(!store.isPlaying),
+  };
+  const action = actions[event.key];
+  if (!action || event.ctrlKey || event.metaKey || event.altKey) return;
+  event.preventDefault();
+  action();
+}

@@ -1,0 +1,334 @@
+// Builds the page from its data block.
+
+import 'uplot/dist/uPlot.min.css';
+import './style.css';
+import { TimeChart } from './chart.ts';
+import { DataError, readRun, type Run } from './data.ts';
+import { extremesOf } from './decimate.ts';
+import { byId, choice, el, tick } from './dom.ts';
+import { number } from './format.ts';
+import { PhasePlot, QUANTITIES, usualChoice, variablesOf } from './phase.ts';
+import { Player } from './player.ts';
+import { angleBetween, bodyRows, desktopRows, tripleAt, type Frame } from './pose.ts';
+import { hasWebGl, Replay, type View } from './replay.ts';
+import { Store, type Axis, type LoadAxes, type Quantity } from './store.ts';
+import { addNotice, componentTable, extremesTable, facts, headline, notices, PresentValues, titleOf } from './summary.ts';
+import { bodyColour, chooseTheme, onThemeChange, setPrinting, startTheme, type Choice } from './theme.ts';
+
+/** Width of a chart on paper, CSS pixels: A4 and US Letter with usual margins, two columns. */
+const PAPER_CHART_WIDTH = 335;
+const PAPER_PHASE_WIDTH = 690;
+/** Frames closer than this are one and the same to six digits, radians. */
+const SAME_FRAME = 1e-4;
+
+function start(): void {
+  startTheme();
+  let run: Run;
+  try {
+    run = readRun(byId('run-data').textContent ?? '');
+  } catch (error) {
+    if (!(error instanceof DataError)) throw error;
+    document.title = 'Run report';
+    byId('summary').append(el('h1', {}, 'Run report'), el('p', { class: 'fatal' }, error.message));
+    return;
+  }
+  document.title = titleOf(run);
+  document.querySelector('footer')!.textContent = run.generator ? `Written by ${run.generator}.` : '';
+  byId('theme').append(themeChoice(), el('button', { type: 'button', onclick: () => print() }, 'Print'));
+  if (run.rows === 0) {
+    const nothing = el('p', { class: 'fatal' }, 'There is nothing to chart: the log has no complete step.');
+    byId('summary').append(headline(run), notices(run), nothing);
+    return;
+  }
+  new Page(run).build();
+}
+
+/** Those for which a question is answered yes, and the others. */
+function split<T>(values: T[], question: (value: T) => boolean): [T[], T[]] {
+  return [values.filter(question), values.filter((value) => !question(value))];
+}
+
+function themeChoice(): HTMLElement {
+  const options: [Choice, string][] = [
+    ['auto', 'as the system'],
+    ['light', 'light'],
+    ['dark', 'dark'],
+  ];
+  return choice('Look', options, 'auto', (value) => chooseTheme(value as Choice));
+}
+
+class Page {
+  private readonly store: Store;
+  private charts: TimeChart[] = [];
+  private phasePlots: PhasePlot[] = [];
+  private replay: Replay | null = null;
+  private readonly chartPlace = byId('charts');
+  private readonly phasePlace = byId('phases');
+
+  constructor(private readonly run: Run) {
+    this.store = new Store(run);
+  }
+
+  build(): void {
+    document.body.classList.add('has-run');
+    byId('summary').append(
+      headline(this.run),
+      facts(this.run),
+      notices(this.run),
+      ...(this.run.bodies.length > 0 ? [this.extremes()] : []),
+    );
+    this.buildToolbar();
+    this.buildCharts();
+    this.buildPhases();
+    byId('player').append(new Player(this.store).element);
+    byId('values').append(new PresentValues(this.store).element);
+    this.link();
+    // The charts come first: a 3D view takes a moment to start.
+    requestAnimationFrame(() => setTimeout(() => this.buildReplay()));
+  }
+
+  private extremes(): HTMLElement {
+    const more = el('details', {}, el('summary', {}, 'Least and greatest value of every component'));
+    // Built when it is first opened.
+    more.addEventListener('toggle', () => more.children.length < 2 && more.append(componentTable(this.store)));
+    return el('section', { 'aria-label': 'Extreme values' }, extremesTable(this.store), more);
+  }
+
+  private buildReplay(): void {
+    const place = byId('view');
+    if (this.run.bodies.length === 0) {
+      byId('replay').classList.add('no-view');
+      return;
+    }
+    if (!hasWebGl()) {
+      place.append(el('p', { class: 'missing' }, 'The 3D view needs WebGL 2, which this browser does not offer or has switched off.'));
+      return;
+    }
+    this.replay = new Replay(this.store, place);
+    byId('view-controls').append(...this.viewControls(this.replay));
+    for (const text of this.replay.problems) addNotice(text);
+  }
+
+  private viewControls(replay: Replay): HTMLElement[] {
+    const views: [View, string][] = [
+      ['iso', 'Fit'],
+      ['x', 'Along X'],
+      ['y', 'Along Y'],
+      ['z', 'Along Z'],
+    ];
+    const buttons = views.map(([view, text]) => el('button', { type: 'button', onclick: () => replay.look(view) }, text));
+    const ticks = (['forces', 'torques', 'frames', 'names'] as const).map((what) =>
+      tick(what[0].toUpperCase() + what.slice(1), replay.isShown(what), (isOn) => replay.show(what, isOn)),
+    );
+    const controls: HTMLElement[] = [el('div', { class: 'buttons', role: 'group', 'aria-label': 'View' }, ...buttons), ...ticks];
+    if (replay.hasPoles) {
+      controls.push(
+        choice('Colour', [['poles', 'by pole'], ['bodies', 'by body']], replay.colouring, (value) => {
+          replay.colouring = value as 'poles' | 'bodies';
+          replay.restyle();
+        }),
+      );
+    }
+    if (this.framesDiffer()) {
+      controls.push(
+        choice('Frame', [['desktop', 'as solved'], ['body', 'as moved']], 'desktop', (value) =>
+          this.store.changeValues({ frame: value as Frame }),
+        ),
+      );
+    }
+    return controls;
+  }
+
+  private framesDiffer(): boolean {
+    return this.run.bodies.some((body) => {
+      for (let row = 0; row < this.run.rows; ++row) {
+        const angles = tripleAt(body.angles, row);
+        if (angleBetween(bodyRows(angles), desktopRows(angles)) > SAME_FRAME) return true;
+      }
+      return false;
+    });
+  }
+
+  private buildToolbar(): void {
+    const { store } = this;
+    const axes: [Axis, string][] = [];
+    if (store.timeAscends) axes.push(['time', 'time']);
+    if (store.stepAscends || !store.timeAscends) axes.push(['step', store.stepAscends ? 'step' : 'row of the log']);
+    byId('toolbar').append(
+      ...this.bodyChips(),
+      el('span', { class: 'spring' }),
+      choice('Over', axes, store.axis, (value) => store.setAxis(value as Axis)),
+      choice('Loads in', [['frame', "the body's axes"], ['global', 'global axes']], 'frame', (value) =>
+        store.changeValues({ loadAxes: value as LoadAxes }),
+      ),
+      tick('Continuous angles', true, (isOn) => store.changeValues({ continuousAngles: isOn })),
+      el(
+        'div',
+        { class: 'buttons', role: 'group', 'aria-label': 'Zoom' },
+        el('button', { type: 'button', 'aria-label': 'Zoom in', onclick: () => store.zoom(0.5, store.xs()[store.row]) }, '+'),
+        el('button', { type: 'button', 'aria-label': 'Zoom out', onclick: () => store.zoom(2, store.xs()[store.row]) }, '−'),
+        el('button', { type: 'button', onclick: () => store.resetRange() }, 'Whole run'),
+      ),
+    );
+  }
+
+  private bodyChips(): HTMLElement[] {
+    const { store } = this;
+    if (this.run.bodies.length < 2) return [];
+    const chips = this.run.bodies.map((body, index) => {
+      const chip = el(
+        'button',
+        {
+          type: 'button',
+          class: 'chip',
+          'aria-pressed': String(store.shownBodies.has(index)),
+          onclick: () => {
+            store.showBody(index, !store.shownBodies.has(index));
+            chip.setAttribute('aria-pressed', String(store.shownBodies.has(index)));
+          },
+        },
+        el('span', { class: 'swatch' }),
+        body.name,
+      );
+      const paint = () => chip.style.setProperty('--body', bodyColour(index));
+      paint();
+      onThemeChange(paint);
+      return chip;
+    });
+    return [el('div', { class: 'chips', role: 'group', 'aria-label': 'Bodies in the charts' }, ...chips)];
+  }
+
+  private buildCharts(): void {
+    for (const chart of this.charts) chart.destroy();
+    this.charts = [];
+    this.chartPlace.replaceChildren();
+    const bodies = [...this.store.shownBodies].sort((a, b) => a - b);
+    for (const quantity of QUANTITIES) {
+      const [still, moving] = split(bodies, (body) => this.isStill(body, quantity));
+      const charts = moving.map((body) => this.bodyChart(body, quantity));
+      this.addSection(PLURALS[quantity], charts, still.map((body) => this.stillText(body, quantity)));
+    }
+    for (const [group, charts] of this.seriesCharts()) this.addSection(group, charts, []);
+    for (const chart of this.charts) chart.draw();
+  }
+
+  private addSection(title: string, charts: TimeChart[], texts: string[]): void {
+    if (charts.length + texts.length === 0) return;
+    const grid = el('div', { class: 'chart-grid' }, ...charts.map((chart) => chart.element));
+    const still = texts.map((text) => el('p', { class: 'still' }, text));
+    this.chartPlace.append(el('section', { class: 'charts-of' }, el('h2', {}, title), ...(charts.length > 0 ? [grid] : []), ...still));
+    this.charts.push(...charts);
+  }
+
+  /** Whether a place or an angle never changes; a chart of it would say no more than a line of text. */
+  private isStill(body: number, quantity: Quantity): boolean {
+    if (quantity === 'force' || quantity === 'torque') return false;
+    const { floor } = this.store.info(quantity);
+    return this.store.columns(body, quantity).every((values) => {
+      const found = values && extremesOf(values);
+      return found && found.max - found.min <= floor;
+    });
+  }
+
+  private stillText(body: number, quantity: Quantity): string {
+    const { components, unit } = this.store.info(quantity);
+    const values = this.store.columns(body, quantity).map((column, i) => `${components[i]} ${number(column![0])}`);
+    return `${this.run.bodies[body].name} does not ${quantity === 'position' ? 'move' : 'turn'}: ${values.join(', ')} ${unit}`;
+  }
+
+  private bodyChart(body: number, quantity: Quantity): TimeChart {
+    const info = this.store.info(quantity);
+    const columns = this.store.columns(body, quantity);
+    const lines = columns.map((values, component) => ({
+      label: info.components[component],
+      values,
+      colour: component,
+      isShown: component < 3,
+    }));
+    return new TimeChart(this.store, { title: this.run.bodies[body].name, unit: info.unit, floor: info.floor, lines });
+  }
+
+  /** The host's own states: one chart per unit of each joint. */
+  private seriesCharts(): Map<string, TimeChart[]> {
+    const groups = new Map<string, Map<string, Run['series']>>();
+    for (const series of this.run.series) {
+      const units = groups.get(series.group) ?? new Map<string, Run['series']>();
+      units.set(series.unit, [...(units.get(series.unit) ?? []), series]);
+      groups.set(series.group, units);
+    }
+    const charts = new Map<string, TimeChart[]>();
+    for (const [group, units] of groups) {
+      charts.set(
+        group,
+        [...units].map(([unit, list]) => {
+          const lines = list.map((series, index) => ({ label: series.name, values: series.values, colour: index, isShown: true }));
+          const title = list.length > 2 ? 'Energies' : list.map((series) => series.name).join(', ');
+          return new TimeChart(this.store, { title, unit, floor: 0, lines });
+        }),
+      );
+    }
+    return charts;
+  }
+
+  private buildPhases(): void {
+    const variables = variablesOf(this.store);
+    const add = () => {
+      const plot: PhasePlot = new PhasePlot(this.store, variables, usualChoice(this.store), () => {
+        plot.destroy();
+        plot.element.remove();
+        this.phasePlots = this.phasePlots.filter((other) => other !== plot);
+      });
+      this.phasePlots.push(plot);
+      this.phasePlace.append(plot.element);
+      plot.draw();
+    };
+    byId('add-phase').addEventListener('click', add);
+    add();
+  }
+
+  private link(): void {
+    const { store } = this;
+    const all = () => [...this.charts, ...this.phasePlots];
+    store.on('row', () => {
+      for (const chart of all()) chart.showRow();
+      this.replay?.update();
+    });
+    store.on('range', () => this.charts.forEach((chart) => chart.showRange()));
+    store.on('bodies', () => this.buildCharts());
+    store.on('axis', () => this.buildCharts());
+    store.on('values', () => {
+      this.buildCharts();
+      for (const plot of this.phasePlots) plot.draw();
+      this.replay?.update();
+    });
+    onThemeChange(() => {
+      for (const chart of all()) chart.restyle();
+      this.replay?.restyle();
+    });
+    new ResizeObserver(() => this.fitCharts()).observe(this.chartPlace);
+    const paper = matchMedia('print');
+    paper.addEventListener('change', () => this.onPaper(paper.matches));
+    addEventListener('beforeprint', () => this.onPaper(true));
+    addEventListener('afterprint', () => this.onPaper(false));
+  }
+
+  private fitCharts(): void {
+    for (const chart of this.charts) chart.resize(chart.width());
+    for (const plot of this.phasePlots) plot.resize(plot.width());
+  }
+
+  private onPaper(isPaper: boolean): void {
+    setPrinting(isPaper);
+    if (!isPaper) {
+      this.fitCharts();
+      return;
+    }
+    for (const chart of this.charts) chart.resize(PAPER_CHART_WIDTH);
+    for (const plot of this.phasePlots) plot.resize(PAPER_PHASE_WIDTH);
+    this.replay?.drawNow();
+  }
+}
+
+const PLURALS: Record<Quantity, string> = { force: 'Forces', torque: 'Torques', position: 'Positions', angles: 'Angles' };
+
+start();

@@ -1,0 +1,244 @@
+// A phase plot: any column over any other.
+
+import uPlot from 'uplot';
+import { axisLook } from './chart.ts';
+import type { Column } from './data.ts';
+import { nearestRow, thinCurve } from './decimate.ts';
+import { el } from './dom.ts';
+import { number } from './format.ts';
+import type { Quantity, Store } from './store.ts';
+import { lineColour } from './theme.ts';
+
+/** A column that can be chosen, with the texts for menus and axes. */
+export interface Variable {
+  key: string;
+  group: string;
+  label: string;
+  axis: string;
+  values: () => Column;
+}
+
+export const QUANTITIES: Quantity[] = ['force', 'torque', 'position', 'angles'];
+const HEIGHT = 300;
+
+export function variablesOf(store: Store): Variable[] {
+  const { run } = store;
+  const variables: Variable[] = [
+    { key: 'time', group: 'Run', label: 'Time', axis: 'Time (s)', values: () => run.time ?? run.step },
+    { key: 'step', group: 'Run', label: 'Step', axis: 'Step', values: () => run.step },
+  ];
+  run.bodies.forEach((body, index) => {
+    for (const quantity of QUANTITIES) {
+      const info = store.info(quantity);
+      store.columns(index, quantity).forEach((column, component) => {
+        if (!column) return;
+        const label = `${info.title} ${info.components[component]}`;
+        variables.push({
+          key: `${index} ${quantity} ${component}`,
+          group: body.name,
+          label,
+          axis: `${body.name}: ${label} (${info.unit})`,
+          values: () => store.columns(index, quantity)[component]!,
+        });
+      });
+    }
+  });
+  run.series.forEach((series, index) =>
+    variables.push({
+      key: `series ${index}`,
+      group: series.group,
+      label: series.name,
+      axis: `${series.group}: ${series.name} (${series.unit})`,
+      values: () => series.values,
+    }),
+  );
+  return variables;
+}
+
+/** The load that varies most over the coordinate that varies most, of one body where one moves and is loaded. */
+export function usualChoice(store: Store): [string, string] {
+  const spread = (index: number, quantity: Quantity, components: number) =>
+    store
+      .columns(index, quantity)
+      .slice(0, components)
+      .map((column, component) => ({ key: `${index} ${quantity} ${component}`, size: column ? spreadOf(column) : 0 }));
+  const largest = (entries: { key: string; size: number }[]) =>
+    entries.reduce<{ key: string; size: number } | null>((a, b) => (b.size > (a?.size ?? 0) ? b : a), null);
+  const bodies = store.run.bodies.map((_, index) => {
+    const position = largest(spread(index, 'position', 3));
+    const angle = largest(spread(index, 'angles', 3));
+    return { index, position, angle };
+  });
+  const slides = largest(bodies.flatMap((body) => body.position ?? []));
+  const turns = largest(bodies.flatMap((body) => body.angle ?? []));
+  // A millimetre of travel weighs as much as a degree.
+  const isTurning = (turns?.size ?? 0) > (slides?.size ?? 0) * (1000 / store.lengthFactor);
+  const motion = isTurning ? turns : slides;
+  if (!motion) return ['time', 'step'];
+  const body = Number(motion.key.split(' ')[0]);
+  return [motion.key, largest(spread(body, isTurning ? 'torque' : 'force', 3))?.key ?? 'time'];
+}
+
+function spreadOf(values: Column): number {
+  let [min, max] = [Infinity, -Infinity];
+  for (const value of values) {
+    if (value < min) min = value;
+    if (value > max) max = value;
+  }
+  return max > min ? max - min : 0;
+}
+
+export class PhasePlot {
+  readonly element: HTMLElement;
+  private readonly plotPlace = el('div', { class: 'plot' });
+  private readonly marker = el('div', { class: 'phase-marker' });
+  private readonly readout = el('output', { class: 'phase-readout' });
+  private plot: uPlot | null = null;
+  private xs: Column = new Float64Array();
+  private ys: Column = new Float64Array();
+
+  constructor(
+    private readonly store: Store,
+    private readonly variables: Variable[],
+    private chosen: [string, string],
+    onRemove: () => void,
+  ) {
+    this.element = el(
+      'figure',
+      { class: 'chart phase' },
+      el(
+        'figcaption',
+        {},
+        this.menu('Vertical', 1),
+        this.menu('Horizontal', 0),
+        this.readout,
+        el('button', { type: 'button', class: 'quiet', onclick: onRemove }, 'Remove'),
+      ),
+      this.plotPlace,
+    );
+  }
+
+  draw(): void {
+    this.destroy();
+    const [x, y] = this.chosen.map((key) => this.variables.find((variable) => variable.key === key)!);
+    [this.xs, this.ys] = [x.values(), y.values()];
+    const data = [null, [this.xs, this.ys]] as unknown as uPlot.AlignedData;
+    this.plot = new uPlot(this.options(x.axis, y.axis), data, this.plotPlace);
+    this.plot.over.append(this.marker);
+    this.plot.over.addEventListener('pointermove', (event) => this.onPointer(event));
+    this.plotPlace.setAttribute('role', 'img');
+    this.plotPlace.setAttribute('aria-label', `${y.axis} over ${x.axis}`);
+    this.showRow();
+  }
+
+  destroy(): void {
+    this.plot?.destroy();
+    this.plot = null;
+  }
+
+  width(): number {
+    return Math.floor(this.plotPlace.clientWidth);
+  }
+
+  resize(width: number): void {
+    if (!this.plot || width <= 0 || width === this.plot.width) return;
+    this.plot.setSize({ width, height: HEIGHT });
+    this.showRow();
+  }
+
+  restyle(): void {
+    this.plot?.redraw(false);
+  }
+
+  showRow(): void {
+    const [x, y] = [this.xs[this.store.row], this.ys[this.store.row]];
+    this.readout.textContent = `${number(x)} , ${number(y)}`;
+    if (!this.plot) return;
+    const isPlace = Number.isFinite(x) && Number.isFinite(y);
+    this.marker.hidden = !isPlace;
+    if (!isPlace) return;
+    this.marker.style.setProperty('left', `${this.plot.valToPos(x, 'x')}px`);
+    this.marker.style.setProperty('top', `${this.plot.valToPos(y, 'y')}px`);
+  }
+
+  private menu(label: string, which: 0 | 1): HTMLLabelElement {
+    const select = el('select', {
+      onchange: () => {
+        this.chosen[which] = select.value;
+        this.draw();
+      },
+    });
+    const groups = new Map<string, HTMLOptGroupElement>();
+    for (const variable of this.variables) {
+      if (!groups.has(variable.group)) {
+        groups.set(variable.group, el('optgroup', { label: variable.group }));
+        select.append(groups.get(variable.group)!);
+      }
+      const isChosen = variable.key === this.chosen[which];
+      groups.get(variable.group)!.append(el('option', { value: variable.key, selected: isChosen }, variable.label));
+    }
+    return el('label', { class: 'choice' }, el('span', {}, label), select);
+  }
+
+  private options(xLabel: string, yLabel: string): uPlot.Options {
+    return {
+      mode: 2,
+      width: Math.max(this.width(), 200),
+      height: HEIGHT,
+      padding: [8, 16, 0, 0],
+      legend: { show: false },
+      scales: { x: { time: false, range: (_, min, max) => padded(min, max) }, y: { range: (_, min, max) => padded(min, max) } },
+      axes: [axisLook(xLabel, 30), axisLook(yLabel, 58)],
+      series: [
+        {},
+        {
+          facets: [
+            { scale: 'x', auto: true },
+            { scale: 'y', auto: true },
+          ],
+          stroke: () => lineColour(2),
+          width: 1.6,
+          paths: (plot) => this.curve(plot),
+        },
+      ],
+      cursor: { x: false, y: false, points: { show: false }, drag: { x: true, y: true, dist: 4 }, dataIdx: () => null },
+      hooks: { setScale: [() => this.showRow()] },
+    };
+  }
+
+  private curve(plot: uPlot): uPlot.Series.Paths {
+    const pixel = (scale: 'x' | 'y', size: number) => Math.abs((plot.scales[scale].max! - plot.scales[scale].min!) / size);
+    const rows = thinCurve(this.xs, this.ys, pixel('x', plot.bbox.width), pixel('y', plot.bbox.height));
+    const stroke = new Path2D();
+    let isPenUp = true;
+    for (const row of rows) {
+      const [x, y] = [this.xs[row], this.ys[row]];
+      if (Number.isNaN(x) || Number.isNaN(y)) {
+        isPenUp = true;
+        continue;
+      }
+      const [px, py] = [plot.valToPos(x, 'x', true), plot.valToPos(y, 'y', true)];
+      if (isPenUp) stroke.moveTo(px, py);
+      else stroke.lineTo(px, py);
+      isPenUp = false;
+    }
+    return { stroke };
+  }
+
+  private onPointer(event: PointerEvent): void {
+    const { plot, store } = this;
+    if (!plot || store.isPlaying || event.buttons !== 0) return;
+    const box = plot.over.getBoundingClientRect();
+    const x = plot.posToVal(event.clientX - box.left, 'x');
+    const y = plot.posToVal(event.clientY - box.top, 'y');
+    const pixel = (scale: 'x' | 'y', size: number) => (plot.scales[scale].max! - plot.scales[scale].min!) / size;
+    const row = nearestRow(this.xs, this.ys, x, y, pixel('x', box.width), pixel('y', box.height));
+    if (row >= 0) store.setRow(row);
+  }
+}
+
+function padded(min: number | null, max: number | null): [number, number] {
+  if (min === null || max === null || !Number.isFinite(min) || !Number.isFinite(max)) return [-1, 1];
+  const half = Math.max((max - min) / 2, Math.abs(min + max) * 1e-6, 1e-12) * 1.06;
+  return [(min + max) / 2 - half, (min + max) / 2 + half];
+}

@@ -1,0 +1,218 @@
+// What all parts of the page share: the present row, the stretch that the charts show, and how values are meant.
+
+import { extremesOf, rowNear } from './decimate.ts';
+import type { Body, Column, Run, Triple } from './data.ts';
+import { continuous, outOfFrame, rowsAt, tripleAt, type Frame } from './pose.ts';
+
+export type Quantity = 'force' | 'torque' | 'position' | 'angles';
+export type Axis = 'time' | 'step';
+export type LoadAxes = 'frame' | 'global';
+
+/** Components as they are charted; `components[3]` is the magnitude, where there is one. */
+export interface QuantityInfo {
+  title: string;
+  unit: string;
+  factor: number;
+  components: string[];
+  /** Half a chart's height is at least this, in its unit: below it there is only rounding. */
+  floor: number;
+}
+
+interface Topics {
+  row: [row: number];
+  range: [];
+  bodies: [];
+  values: [];
+  axis: [];
+  play: [];
+}
+
+export class Store {
+  row = 0;
+  range: [number, number];
+  axis: Axis;
+  loadAxes: LoadAxes = 'frame';
+  frame: Frame = 'desktop';
+  continuousAngles = true;
+  isPlaying = false;
+  readonly shownBodies: Set<number>;
+  readonly timeAscends: boolean;
+  readonly stepAscends: boolean;
+  readonly lengthFactor: number;
+  /** The force below which there is only rounding; the torque of that force on an arm of a millimetre has the same number. */
+  private loadFloor = 0;
+  private readonly listeners = new Map<keyof Topics, (() => void)[]>();
+  private readonly cache = new Map<string, (Column | null)[]>();
+
+  constructor(readonly run: Run) {
+    this.timeAscends = run.time !== null && ascends(run.time);
+    this.stepAscends = ascends(run.step);
+    this.axis = this.timeAscends ? 'time' : 'step';
+    this.lengthFactor = run.bodies.some((body) => body.position.some((c) => c?.some((v) => Math.abs(v) >= 1))) ? 1 : 1000;
+    this.shownBodies = new Set(run.bodies.slice(0, 4).keys());
+    this.range = this.fullRange();
+    this.loadFloor = 1e-6 * this.largestMagnitude('force');
+  }
+
+  on(topic: keyof Topics, listener: () => void): void {
+    this.listeners.set(topic, [...(this.listeners.get(topic) ?? []), listener]);
+  }
+
+  tell(topic: keyof Topics): void {
+    for (const listener of this.listeners.get(topic) ?? []) listener();
+  }
+
+  /** The charts' x values: times, steps, or row numbers where neither of them ascends. */
+  xs(): Column {
+    if (this.axis === 'time' && this.timeAscends) return this.run.time!;
+    if (this.stepAscends) return this.run.step;
+    return Float64Array.from({ length: this.run.rows }, (_, row) => row);
+  }
+
+  xLabel(): string {
+    if (this.axis === 'time' && this.timeAscends) return 'Time (s)';
+    return this.stepAscends ? 'Step' : 'Row of the log';
+  }
+
+  fullRange(): [number, number] {
+    const xs = this.xs();
+    const [first, last] = [xs[0] ?? 0, xs[xs.length - 1] ?? 1];
+    return first === last ? [first - 0.5, last + 0.5] : [first, last];
+  }
+
+  setRow(row: number): void {
+    const next = Math.min(Math.max(row, 0), Math.max(this.run.rows - 1, 0));
+    if (next === this.row) return;
+    this.row = next;
+    this.tell('row');
+  }
+
+  setRange(min: number, max: number): void {
+    const [first, last] = this.fullRange();
+    const low = Math.max(first, Math.min(min, last));
+    const high = Math.min(last, Math.max(max, first));
+    if (!(high > low) || (low === this.range[0] && high === this.range[1])) return;
+    this.range = [low, high];
+    this.tell('range');
+  }
+
+  /** Shows a part of the present stretch around a place; factor 0.5 zooms in to half. */
+  zoom(factor: number, centre: number): void {
+    const [low, high] = this.range;
+    const at = Math.min(Math.max(centre, low), high);
+    this.setRange(at - (at - low) * factor, at + (high - at) * factor);
+  }
+
+  resetRange(): void {
+    this.setRange(...this.fullRange());
+  }
+
+  setAxis(axis: Axis): void {
+    const xs = this.xs();
+    const rows = this.range.map((value) => rowNear(xs, value));
+    this.axis = axis;
+    const next = this.xs();
+    const [first, last] = this.fullRange();
+    this.range = rows[0] < rows[1] ? [next[rows[0]], next[rows[1]]] : [first, last];
+    if (!(this.range[1] > this.range[0])) this.range = [first, last];
+    this.tell('axis');
+  }
+
+  setPlaying(isPlaying: boolean): void {
+    this.isPlaying = isPlaying;
+    this.tell('play');
+  }
+
+  showBody(index: number, isShown: boolean): void {
+    if (isShown) this.shownBodies.add(index);
+    else this.shownBodies.delete(index);
+    this.tell('bodies');
+  }
+
+  /** Changes how values are meant and tells the charts. */
+  changeValues(change: Partial<Pick<Store, 'loadAxes' | 'frame' | 'continuousAngles'>>): void {
+    Object.assign(this, change);
+    this.tell('values');
+  }
+
+  /** The largest magnitude of a load on any body; 0 when it is nothing but rounding. */
+  largest(quantity: 'force' | 'torque'): number {
+    const size = this.largestMagnitude(quantity);
+    return size > this.info(quantity).floor ? size : 0;
+  }
+
+  private largestMagnitude(quantity: 'force' | 'torque'): number {
+    const each = this.run.bodies.map((_, index) => {
+      const magnitude = this.columns(index, quantity)[3];
+      return (magnitude && extremesOf(magnitude)?.max) ?? 0;
+    });
+    return Math.max(0, ...each);
+  }
+
+  info(quantity: Quantity): QuantityInfo {
+    switch (quantity) {
+      case 'force':
+        return { title: 'Force', unit: 'N', factor: 1, components: ['X', 'Y', 'Z', '|F|'], floor: this.loadFloor };
+      case 'torque':
+        return { title: 'Torque', unit: 'mN·m', factor: 1, components: ['X', 'Y', 'Z', '|T|'], floor: this.loadFloor };
+      case 'position':
+        return {
+          title: 'Position',
+          unit: this.lengthFactor === 1 ? 'm' : 'mm',
+          factor: this.lengthFactor,
+          components: ['X', 'Y', 'Z'],
+          floor: 1e-6 * this.lengthFactor,
+        };
+      case 'angles':
+        return { title: 'Angle', unit: '°', factor: 180 / Math.PI, components: ['Phi', 'Theta', 'Psi'], floor: 1e-4 };
+    }
+  }
+
+  /** Columns of a body in the chart's unit, the magnitude last where there is one; null where the log has none. */
+  columns(bodyIndex: number, quantity: Quantity): (Column | null)[] {
+    const key = `${bodyIndex} ${quantity} ${this.loadAxes} ${this.frame} ${this.continuousAngles}`;
+    let columns = this.cache.get(key);
+    if (!columns) {
+      columns = this.makeColumns(this.run.bodies[bodyIndex], quantity);
+      this.cache.set(key, columns);
+    }
+    return columns;
+  }
+
+  private makeColumns(body: Body, quantity: Quantity): (Column | null)[] {
+    const { factor } = this.info(quantity);
+    if (quantity === 'angles') {
+      return body.angles.map((c) => c && (this.continuousAngles ? continuous(c) : c).map((v) => v * factor));
+    }
+    if (quantity === 'position') return body.position.map((c) => c && c.map((v) => v * factor));
+    const logged = body[quantity];
+    const components = this.loadAxes === 'global' ? globalComponents(body, logged) : logged;
+    return [...components, magnitudes(logged)];
+  }
+}
+
+function ascends(values: Column): boolean {
+  for (let i = 0; i < values.length; ++i) if (Number.isNaN(values[i]) || values[i] < values[i - 1]) return false;
+  return values.length < 2 || values[values.length - 1] > values[0];
+}
+
+function globalComponents(body: Body, load: Triple<Column | null>): (Column | null)[] {
+  if (load.includes(null)) return [null, null, null];
+  const result = load.map((c) => new Float64Array(c!.length));
+  for (let row = 0; row < result[0].length; ++row) {
+    // Loads are in the desktop's frame, whichever frame the replay shows. NaN goes through.
+    const vector = load.map((c) => c![row]) as Triple<number>;
+    outOfFrame(rowsAt(body, row, 'desktop'), vector).forEach((value, axis) => (result[axis][row] = value));
+  }
+  return result;
+}
+
+function magnitudes(load: Triple<Column | null>): Column | null {
+  const [x, y, z] = load;
+  return x && y && z && x.map((value, row) => Math.hypot(value, y[row], z[row]));
+}
+
+/** Position and frame of a body in a row; zero where the log has nothing. */
+export function poseAt(store: Store, body: Body, row: number) {
+  return { position: tripleAt(body.position, row), rows: rowsAt(body, row, store.frame) };
+}

@@ -1,0 +1,58 @@
+#include "report/core/HostStates.h"
+
+#include "host/core/Errors.h"
+
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kinora::report {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const std::string head = "Step,Time [s],a.X [m],a.Force_x [N],lift.Coordinate [m],lift.Field force [N]\n";
+
+CouplingLog LogWithTimes(Column times) {
+    CouplingLog log;
+    log.rows = times.size();
+    log.times = std::move(times);
+    return log;
+}
+
+TEST(HostStates, TakesTheJointsAndTheExactTimes) {
+    const HostStates states =
+        ParseHostStates(head + "0,0,1,2,0.5,7\n1,123.4567891,1,2,0.75,8\n", "states.csv", LogWithTimes({0.0, 123.457}));
+    EXPECT_THAT(*states.times, ElementsAre(0.0, 123.4567891));
+    ASSERT_EQ(states.series.size(), 2u);
+    EXPECT_EQ(states.series[0].group, "lift");
+    EXPECT_EQ(states.series[0].unit, "m");
+    EXPECT_EQ(states.series[1].name, "Field force");
+    EXPECT_THAT(states.series[1].values, ElementsAre(7.0, 8.0));
+    EXPECT_THAT(states.notices, IsEmpty());
+}
+
+TEST(HostStates, TellsTimesThatSixDigitsCannotTellApart) {
+    const HostStates states = ParseHostStates(head + "0,100.0001,1,2,1,7\n1,100.0002,1,2,2,8\n2,100.0003,1,2,3,9\n",
+                                              "states.csv", LogWithTimes({100.0, 100.0, 100.0}));
+    EXPECT_THAT(states.series[0].values, ElementsAre(1.0, 2.0, 3.0));
+}
+
+TEST(HostStates, LeavesGapsForStepsThatItLacks) {
+    const HostStates states =
+        ParseHostStates(head + "0,0,1,2,0.5,7\n2,2,1,2,1.5,9\n3,3,1,2", "states.csv", LogWithTimes({0, 1, 2, 3}));
+    EXPECT_FALSE(states.times);
+    EXPECT_TRUE(std::isnan(states.series[0].values[1]));
+    EXPECT_EQ(states.series[0].values[2], 1.5);
+    ASSERT_EQ(states.notices.size(), 1u);
+    EXPECT_THAT(states.notices[0].text, HasSubstr("2 of 4 steps of the log are not in the host's states, states.csv"));
+}
+
+TEST(HostStates, RefusesAnotherTable) {
+    EXPECT_THROW(ParseHostStates("Step,SimTime\n", "other.csv", LogWithTimes({})), host::InputError);
+}
+
+} // namespace
+} // namespace kinora::report

@@ -1,0 +1,198 @@
+#include "report/core/PageData.h"
+
+#include "report/core/Frames.h"
+#include "tests/report/LogText.h"
+
+#include <cstring>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace kinora::report {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr double halfTurn = 3.14159265358979323846;
+
+CouplingLog LogOf(const std::string& body, int rows) {
+    std::string text = HeadLine({body}) + "\n";
+    for (int row = 0; row < rows; ++row)
+        text += StepLine(row, std::to_string(row) + ".5", row + 1) + "\n";
+    return ParseCouplingLog(text, "run.coupling.csv");
+}
+
+/// The scenario of a body "a" with the object "magnet".
+host::Scenario ScenarioOf(const host::Pose& pose) {
+    host::Scenario scenario;
+    scenario.title = "A title";
+    scenario.geometryFile = "magnets.OBJ";
+    scenario.units = "mm";
+    host::Body body;
+    body.name = "a";
+    body.objects = {"magnet"};
+    body.pose = pose;
+    scenario.bodies.push_back(body);
+    scenario.materials["magnet"].name = "magnet_1T";
+    scenario.materials["magnet"].coercivityDirection[2] = 1.0;
+    return scenario;
+}
+
+TEST(Base64, AgreesWithThePublishedExamples) {
+    EXPECT_EQ(Base64(""), "");
+    EXPECT_EQ(Base64("f"), "Zg==");
+    EXPECT_EQ(Base64("fo"), "Zm8=");
+    EXPECT_EQ(Base64("foo"), "Zm9v");
+    EXPECT_EQ(Base64("foob"), "Zm9vYg==");
+    EXPECT_EQ(Base64("fooba"), "Zm9vYmE=");
+    EXPECT_EQ(Base64("foobar"), "Zm9vYmFy");
+    EXPECT_EQ(Base64("\xFF\xFE\xFD"), "//79");
+}
+
+TEST(PageData, HoldsNoCharacterThatCouldLeaveItsElement) {
+    const CouplingLog log = LogOf("</script><script>alert('&')//\xE2\x80\xA8\xE2\x80\xA9<!--", 1);
+    PageContext context;
+    context.project = "<b>&amp;";
+    context.notices = {{Severity::Warning, "<img src=x onerror=alert(1)>"}};
+    const std::string data = MakePageData(log, {}, context);
+    for (const char character : data)
+        EXPECT_TRUE(character >= ' ' && character <= '~') << static_cast<int>(character);
+    EXPECT_EQ(data.find_first_of("<>&"), std::string::npos);
+    const json read = json::parse(data);
+    EXPECT_EQ(read["bodies"][0]["name"], log.bodies[0].name);
+    EXPECT_EQ(read["project"], "<b>&amp;");
+    EXPECT_EQ(read["notices"][0]["text"], "<img src=x onerror=alert(1)>");
+}
+
+TEST(PageData, PacksLongColumnsAsSinglePrecision) {
+    const json data = json::parse(MakePageData(LogOf("a", 6), {}, {}));
+    // 1, 2, 3, 4, 5, 6 as little-endian singles.
+    EXPECT_EQ(data["bodies"][0]["position"][0]["float32"], "AACAPwAAAEAAAEBAAACAQAAAoEAAAMBA");
+    EXPECT_EQ(data["time"]["float64"].get<std::string>().size(), 64u);
+    EXPECT_EQ(data["rows"], 6);
+}
+
+TEST(PageData, KeepsWhatSinglePrecisionCannotHold) {
+    CouplingLog log = LogOf("a", 6);
+    (*log.bodies[0].columns[ForceX])[2] = 1e200;
+    EXPECT_TRUE(json::parse(MakePageData(log, {}, {}))["bodies"][0]["force"][0].contains("float64"));
+}
+
+TEST(PageData, WritesAConstantOnceAndAMissingColumnAsNull) {
+    CouplingLog log = LogOf("a", 6);
+    log.bodies[0].columns[Y] = Column(6, 0.25);
+    log.bodies[0].columns[Z].reset();
+    const json position = json::parse(MakePageData(log, {}, {}))["bodies"][0]["position"];
+    EXPECT_EQ(position[1]["constant"], 0.25);
+    EXPECT_TRUE(position[2].is_null());
+}
+
+TEST(PageData, HoldsTheModel) {
+    host::Pose pose;
+    pose.position = {0.0, 0.0, 0.012};
+    pose.axes = host::Rotation(host::Vector::UnitX(), 0.5);
+    const host::Scenario scenario = ScenarioOf(pose);
+    PageContext context;
+    context.scenario = &scenario;
+    context.geometry = "o magnet\n";
+    const json data = json::parse(MakePageData(LogOf("a", 2), {}, context));
+    EXPECT_EQ(data["title"], "A title");
+    EXPECT_EQ(data["geometry"]["obj"], "o magnet\n");
+    EXPECT_EQ(data["geometry"]["metresPerUnit"], 1e-3);
+    EXPECT_EQ(data["objects"][0],
+              (json{{"name", "magnet"}, {"body", 0}, {"material", "magnet_1T"}, {"direction", {0, 0, 1}}}));
+    EXPECT_EQ(data["bodies"][0]["drawn"]["position"], (json{0.0, 0.0, 0.012}));
+    // A right-handed turn about X is a negative psi.
+    EXPECT_NEAR(data["bodies"][0]["drawn"]["angles"][2].get<double>(), -0.5, 1e-15);
+}
+
+TEST(PageData, TakesAnStlAsBytes) {
+    host::Scenario scenario = ScenarioOf({});
+    scenario.geometryFile = "magnets.Stl";
+    PageContext context;
+    context.scenario = &scenario;
+    context.geometry = std::string("\0\xFF\x80", 3);
+    EXPECT_EQ(json::parse(MakePageData(LogOf("a", 2), {}, context))["geometry"]["stl"], "AP+A");
+}
+
+TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
+    host::Scenario scenario = ScenarioOf({});
+    host::Joint driven;
+    driven.name = "driven";
+    driven.motion = host::PrescribedMotion(host::Expression(0.0));
+    host::Joint loose;
+    loose.name = "loose";
+    scenario.joints = {driven, loose};
+    HostStates states;
+    for (const char* joint : {"driven", "loose"})
+        for (const auto& [name, unit] :
+             {std::pair("Coordinate", "m"), std::pair("Load", "N"), std::pair("Kinetic", "J")})
+            states.series.push_back({joint, name, unit, {0.0, 1.0}});
+    PageContext context;
+    context.scenario = &scenario;
+    const json data = json::parse(MakePageData(LogOf("a", 2), states, context));
+    ASSERT_EQ(data["series"].size(), 4u);
+    EXPECT_EQ(data["series"][0]["name"], "Coordinate");
+    EXPECT_EQ(data["series"][1]["group"], "loose");
+}
+
+TEST(CheckRun, TellsBodiesThatOnlyOneSideHas) {
+    const host::Scenario scenario = ScenarioOf({});
+    const std::vector<Notice> notices = CheckRun(LogOf("b", 1), &scenario);
+    ASSERT_GE(notices.size(), 2u);
+    EXPECT_THAT(notices[0].text, HasSubstr("The log has no body \"a\" of the scenario"));
+    EXPECT_THAT(notices[1].text, HasSubstr("The scenario has no body \"b\" of the log"));
+}
+
+TEST(CheckRun, TellsAFrameThatIsNotTheBodys) {
+    CouplingLog log = LogOf("a", 3);
+    log.bodies[0].columns[Phi] = Column{0.0, 0.1, 0.0};
+    log.bodies[0].columns[Theta] = Column{0.0, 0.0, 0.0};
+    log.bodies[0].columns[Psi] = Column{1.0, 0.0, 3.0};
+    const std::vector<Notice> notices = CheckRun(log, nullptr);
+    ASSERT_EQ(notices.size(), 1u);
+    // A turn of 0.1 about Z against one about Y: 2 acos(cos^2 0.05) = 8.1 degrees.
+    EXPECT_THAT(notices[0].text, HasSubstr("up to 8.1 degrees away from the body's (at 1.5 s)"));
+}
+
+TEST(CheckRun, FindsNothingToSayAboutTurnsAboutX) {
+    CouplingLog log = LogOf("a", 2);
+    log.bodies[0].columns[Phi] = log.bodies[0].columns[Theta] = Column{0.0, 0.0};
+    EXPECT_THAT(CheckRun(log, nullptr), IsEmpty());
+}
+
+TEST(CheckRun, TellsAnUnknownLengthUnit) {
+    host::Scenario scenario = ScenarioOf({});
+    scenario.units = "cubit";
+    CouplingLog log = LogOf("a", 1);
+    log.bodies[0].columns[Phi] = log.bodies[0].columns[Theta] = Column{0.0};
+    const std::vector<Notice> notices = CheckRun(log, &scenario);
+    ASSERT_EQ(notices.size(), 1u);
+    EXPECT_THAT(notices[0].text, HasSubstr("The length unit \"cubit\""));
+}
+
+TEST(Frames, TakesAnOrientationApartAsTheLibraryDoes) {
+    const host::Matrix axes = AxesFromAngles(0.3, -0.4, 2.5);
+    const auto angles = LoggedAngles(axes);
+    EXPECT_NEAR(angles[0], 0.3, 1e-15);
+    EXPECT_NEAR(angles[1], -0.4, 1e-15);
+    EXPECT_NEAR(angles[2], 2.5, 1e-15);
+    // The third row of M is the body's z axis; its first element is -sin(theta).
+    EXPECT_NEAR(axes(0, 2), std::sin(0.4), 1e-15);
+}
+
+TEST(Frames, GivesTheirOneAngleToPosesThatLookAlongZ) {
+    // The body's x axis is -z: M's first column is (0, 0, 1), where -pi/2 were right.
+    host::Matrix rows;
+    rows << 0, 0, -1, 0, 1, 0, 1, 0, 0;
+    const auto angles = LoggedAngles(rows.transpose());
+    EXPECT_EQ(angles[0], 0.0);
+    EXPECT_DOUBLE_EQ(angles[1], halfTurn / 2);
+    EXPECT_EQ(angles[2], 0.0);
+}
+
+} // namespace
+} // namespace kinora::report

@@ -1,0 +1,163 @@
+#include "report/tool/Tool.h"
+
+#include "host/core/Text.h"
+#include "report/core/Report.h"
+#include "tests/report/LogText.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace kinora::report {
+namespace {
+
+using host::ExitStatus;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* smallTemplate = "<html><script type=\"application/json\">@KINORA_RUN_DATA@</script></html>";
+
+constexpr const char* scenarioText = R"({
+  // Comments are allowed.
+  "title": "A <b>bold</b> run",
+  "project": { "file": "run.vantor" },
+  "geometry": { "file": "magnets.obj", "units": "mm" },
+  "bodies": [ { "name": "a", "objects": ["magnet"], "position": [0, 0, "12*mm"] } ],
+  "joints": [ { "name": "lift", "type": "slider", "axis": [0, 0, 1], "bodies": ["a"], "free": {} } ],
+  "solver": { "step": 0.1, "end": 1 },
+  "output": { "csv": "states.csv" }
+})";
+
+/// A run's folder as the host leaves it, in a folder whose name is not ASCII.
+class Tool : public testing::Test {
+protected:
+    void SetUp() override {
+        m_folder =
+            std::filesystem::temp_directory_path() / host::PathFromUtf8("kinora-report-t\xC3\xA4st-\xE7\xA3\x81");
+        std::filesystem::remove_all(m_folder);
+        std::filesystem::create_directories(m_folder / "run.reports");
+        m_log = m_folder / "run.reports" / "run.coupling.csv";
+        Write(m_log, HeadLine({"a"}) + "\r\n" + StepLine(0, "0") + "\r\n" + StepLine(1, "0.1") + "\r\n");
+        Write(m_folder / "template.html", smallTemplate);
+        Write(m_folder / "scenario.json", scenarioText);
+        Write(m_folder / "magnets.obj", "o magnet\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    }
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+    static void Write(const std::filesystem::path& file, const std::string& text) {
+        std::ofstream(file, std::ios::binary) << text;
+    }
+
+    ExitStatus Run(std::vector<std::string> words, bool withTemplate = true) {
+        if (withTemplate)
+            words.insert(words.end(), {"--template", host::Utf8FromPath(m_folder / "template.html")});
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        const ExitStatus status = RunTool(words);
+        m_output = testing::internal::GetCapturedStdout();
+        m_errors = testing::internal::GetCapturedStderr();
+        return status;
+    }
+
+    std::string Log() const { return host::Utf8FromPath(m_log); }
+    std::string Page() const { return host::ReadFile(m_folder / "run.report.html"); }
+
+    std::filesystem::path m_folder, m_log;
+    std::string m_output, m_errors;
+};
+
+TEST_F(Tool, WritesThePageBesideTheProject) {
+    EXPECT_EQ(Run({Log()}), ExitStatus::Done);
+    EXPECT_EQ(m_errors.find("error"), std::string::npos);
+    EXPECT_THAT(m_output,
+                StartsWith("report " + host::Utf8FromPath(m_folder / "run.report.html") + " (2 steps, 1 bodies"));
+    EXPECT_THAT(Page(), HasSubstr(R"("project":"run")"));
+}
+
+TEST_F(Tool, TakesScenarioGeometryAndStates) {
+    Write(m_folder / "states.csv", "Step,Time [s],lift.Coordinate [m]\n0,0,0\n1,0.1,0.5\n");
+    EXPECT_EQ(Run({Log(), "--scenario", host::Utf8FromPath(m_folder / "scenario.json")}), ExitStatus::Done);
+    const std::string page = Page();
+    EXPECT_THAT(page, HasSubstr(R"("title":"A \u003cb\u003ebold\u003c/b\u003e run")"));
+    EXPECT_THAT(page, HasSubstr(R"("scenario":"scenario.json")"));
+    EXPECT_THAT(page, HasSubstr(R"("obj":"o magnet\nv 0 0 0)"));
+    EXPECT_THAT(page, HasSubstr(R"("series":[{"group":"lift","name":"Coordinate","unit":"m","values":[0.0,0.5]}])"));
+}
+
+TEST_F(Tool, WritesWhereItIsTold) {
+    const auto page = m_folder / host::PathFromUtf8("s\xC3\xA9ite.html");
+    EXPECT_EQ(Run({Log(), "--out", host::Utf8FromPath(page)}), ExitStatus::Done);
+    EXPECT_TRUE(std::filesystem::exists(page));
+}
+
+TEST_F(Tool, WarnsInTheTerminalAndOnThePage) {
+    Write(m_log, HeadLine({"a"}) + "\r\n" + StepLine(0, "0") + "\r\n1,0.1,2");
+    EXPECT_EQ(Run({Log()}), ExitStatus::Done);
+    const std::string text = "The last line (line 3) is cut off after 3 of 14 values and was left out.";
+    EXPECT_THAT(m_errors, HasSubstr("warning: " + text));
+    EXPECT_THAT(Page(), HasSubstr(text));
+}
+
+TEST_F(Tool, WritesAPageForAnEmptyLog) {
+    Write(m_log, "");
+    EXPECT_EQ(Run({Log()}), ExitStatus::Done);
+    EXPECT_THAT(m_errors, HasSubstr("error: The log is empty"));
+    EXPECT_THAT(Page(), HasSubstr("The log is empty"));
+}
+
+TEST_F(Tool, ReplacesAnEarlierPageOnlyByAWholeOne) {
+    EXPECT_EQ(Run({Log()}), ExitStatus::Done);
+    const std::string before = Page();
+    Write(m_log, "no log\n");
+    EXPECT_EQ(Run({Log()}), ExitStatus::BadInput);
+    EXPECT_THAT(m_errors, HasSubstr("this is no coupling log"));
+    EXPECT_EQ(Page(), before);
+}
+
+TEST_F(Tool, NamesAMissingLog) {
+    EXPECT_EQ(Run({host::Utf8FromPath(m_folder / "none.coupling.csv")}), ExitStatus::BadInput);
+    EXPECT_THAT(m_errors, HasSubstr("none.coupling.csv: cannot be read"));
+}
+
+TEST_F(Tool, NamesAScenarioThatIsWrong) {
+    Write(m_folder / "scenario.json", "{ \"bodies\": 3 }");
+    EXPECT_EQ(Run({Log(), "--scenario", host::Utf8FromPath(m_folder / "scenario.json")}), ExitStatus::BadInput);
+    EXPECT_THAT(m_errors, HasSubstr("scenario.json"));
+}
+
+TEST_F(Tool, NamesAFolderThatIsNotThere) {
+    EXPECT_EQ(Run({Log(), "--out", host::Utf8FromPath(m_folder / "no" / "page.html")}), ExitStatus::RunFailed);
+    EXPECT_THAT(m_errors, HasSubstr("cannot be written"));
+}
+
+TEST_F(Tool, RefusesATemplateWithoutOrWithTwoPlaces) {
+    for (const char* text : {"<html></html>", "@KINORA_RUN_DATA@ @KINORA_RUN_DATA@"}) {
+        Write(m_folder / "template.html", text);
+        EXPECT_EQ(Run({Log()}), ExitStatus::BadInput);
+        EXPECT_THAT(m_errors, HasSubstr("this is not the template of a report"));
+    }
+}
+
+TEST_F(Tool, FindsTheInstalledTemplate) {
+    EXPECT_EQ(Run({Log()}, false), ExitStatus::Done);
+    EXPECT_THAT(Page(), StartsWith("<!doctype html>"));
+}
+
+TEST_F(Tool, ExplainsItself) {
+    EXPECT_EQ(Run({"--help"}, false), ExitStatus::Done);
+    EXPECT_THAT(m_output, HasSubstr("--scenario"));
+    EXPECT_EQ(Run({}, false), ExitStatus::BadInput);
+    EXPECT_THAT(m_errors, HasSubstr("LOG is required"));
+    EXPECT_EQ(Run({Log(), "--colour"}, false), ExitStatus::BadInput);
+    EXPECT_THAT(m_errors, HasSubstr("--colour"));
+}
+
+TEST(DefaultPageFile, StaysOutOfTheFolderThatTheNextRunEmpties) {
+    const std::filesystem::path base = std::filesystem::absolute("out");
+    EXPECT_EQ(DefaultPageFile("out/run.reports/run.coupling.csv"), base / "run.report.html");
+    EXPECT_EQ(DefaultPageFile("out/copy/run.coupling.csv"), base / "copy" / "run.report.html");
+    EXPECT_EQ(DefaultPageFile("out/log.csv"), base / "log.report.html");
+}
+
+} // namespace
+} // namespace kinora::report
