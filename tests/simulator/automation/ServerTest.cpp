@@ -7,6 +7,7 @@
 #include <chrono>
 #include <gtest/gtest.h>
 #include <thread>
+#include <tlhelp32.h>
 
 using namespace calls;
 using namespace std::chrono_literals;
@@ -105,12 +106,24 @@ protected:
     static void SetUpTestSuite() {
         CoInitialize(nullptr);
         WaitForOtherSimulators();
+        wasRegistered = IsRegistered();
         ASSERT_EQ(RunSimulator(L"/RegServer"), 0U);
     }
     static void TearDownTestSuite() {
         EXPECT_EQ(RunSimulator(L"/UnregServer"), 0U);
+        EXPECT_FALSE(IsRegistered());
+        if (wasRegistered) {
+            RunSimulator(L"/RegServer");
+        }
         CoUninitialize();
     }
+
+    static bool IsRegistered() {
+        CLSID classId = {};
+        return SUCCEEDED(CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId));
+    }
+
+    inline static bool wasRegistered = false; ///< other tests rely on it then
 
     void SetUp() override {
         // The class object appears a moment after the process.
