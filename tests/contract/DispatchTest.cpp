@@ -1,8 +1,11 @@
 // How the library calls a method by name, and how it makes and reads the values that go through.
 
 #include "comutils/ComUtils.h"
+#include "tests/support/MemoryGuard.h"
 #include "tests/support/Object.h"
 #include "tests/support/Transcript.h"
+
+#include <comdef.h>
 
 #include <algorithm>
 #include <functional>
@@ -283,6 +286,63 @@ TEST_F(Dispatch, StringSetOfAnythingElseIsEmpty) {
     }
     EXPECT_THAT(CComUtils::CallAndGetStringSet(&object, L"Unknown"), IsEmpty());
     EXPECT_THAT(CComUtils::CallAndGetStringSet(nullptr, L"Names"), IsEmpty());
+}
+
+// Running out of memory.
+
+TEST_F(Dispatch, TextThatCannotBeAllocatedThrowsTheComError) {
+    MemoryGuard::FailAllocation(1);
+    try {
+        CComUtils::CreateVariant("text");
+        FAIL() << "must throw";
+    } catch (const _com_error& error) { // caught here, in the host, by its own type
+        EXPECT_EQ(error.Error(), E_OUTOFMEMORY);
+    }
+}
+
+TEST_F(Dispatch, ArrayThatCannotBeCreatedIsEmpty) {
+    MemoryGuard::FailAllocation(1);
+    EXPECT_EQ(CComUtils::CreateStringArray({"a"}).vt, VT_EMPTY);
+    MemoryGuard::FailAllocation(1);
+    EXPECT_EQ(CComUtils::CreateVariantArray({VARIANT{}}).vt, VT_EMPTY);
+}
+
+TEST_F(Dispatch, ArrayThatCannotBeFilledIsEmptyOrThrowsAndLeaksNothing) {
+    unsigned failures = 0;
+    for (std::size_t number = 1; failures + 1 == number; ++number) {
+        MemoryGuard::FailAllocation(number);
+        try {
+            VARIANT array = CComUtils::CreateStringArray({"a", "b"});
+            failures += array.vt == VT_EMPTY ? 1U : 0U;
+            VariantClear(&array);
+        } catch (const _com_error&) {
+            ++failures;
+        }
+    }
+    EXPECT_GE(failures, 3U) << "the array and its two texts";
+}
+
+TEST_F(Dispatch, ArrayWhoseCopyFailsIsEmpty) {
+    OwnedVariant text(CComUtils::CreateVariant("text"));
+    for (std::size_t number = 1;; ++number) {
+        MemoryGuard::FailAllocation(number);
+        OwnedVariant array(CComUtils::CreateVariantArray({text.value}));
+        if (!MemoryGuard::FailureHit()) {
+            EXPECT_GE(number, 3U) << "the array and the copy of the text";
+            break;
+        }
+        EXPECT_EQ(array.value.vt, VT_EMPTY);
+    }
+}
+
+TEST_F(Dispatch, PropertyValueThatCannotBeCopiedThrowsAndCallsNothing) {
+    object.On("SetPropValue", Nothing());
+    OwnedVariant value(CComUtils::CreateVariant("text"));
+    for (const std::size_t number : {1U, 2U}) { // the name and the copy, in whichever order
+        MemoryGuard::FailAllocation(number);
+        EXPECT_THROW(CComUtils::CallSetPropValue(&object, "Orientation", value.value), _com_error);
+    }
+    EXPECT_TRANSCRIPT(world, "");
 }
 
 // Named argument arrays: what holds for all of them.

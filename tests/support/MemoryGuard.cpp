@@ -1,5 +1,7 @@
 #include "tests/support/MemoryGuard.h"
 
+#include "tests/support/World.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -26,7 +28,8 @@ public:
     SIZE_T STDMETHODCALLTYPE PreAlloc(SIZE_T size) override {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_size = size;
-        return IsWatchedThread() && ++m_count == m_failing ? 0 : size;
+        const bool isCounted = IsWatchedThread() && !InsideDesktop::Is();
+        return isCounted && ++m_count == m_failing ? 0 : size;
     }
     void* STDMETHODCALLTYPE PostAlloc(void* block) override {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -13,7 +13,7 @@ class MemoryGuard {
 public:
     /// Blocks that this thread has allocated and that live now.
     static std::size_t LiveBlocks();
-    /// Allocations of this thread since the last `FailAllocation`.
+    /// Allocations of this thread, those inside of the fake desktop not counted, since the last `FailAllocation`.
     static std::size_t AllocationCount();
     /// Lets the n-th allocation from now on (counted from 1) fail, once; 0 lets all succeed and starts counting anew.
     static void FailAllocation(std::size_t number);

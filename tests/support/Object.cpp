@@ -89,6 +89,7 @@ void Object::Check(bool isKept, const std::string& method, const char* rule) {
 }
 
 HRESULT Object::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) {
+    const InsideDesktop inside;
     const std::string method = count == 0 ? std::string() : ToUtf8(names[0]);
     Check(m_references > 0, method, "looked up after the last release");
     Check(IsEqualIID(iid, IID_NULL) != 0, method, "looked up with an interface id other than IID_NULL");
@@ -108,6 +109,7 @@ HRESULT Object::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID loca
 
 HRESULT Object::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                        EXCEPINFO* exception, UINT* argumentError) {
+    const InsideDesktop inside;
     const auto found = m_lookups.find(id);
     if (found == m_lookups.end()) {
         m_world.Report(m_path + " was invoked with an id that was not looked up for this call");
@@ -156,6 +158,9 @@ Answer Object::AnswerTo(const Lookup& lookup, const Arguments& arguments) {
     Method& method = m_methods[lookup.method];
     const auto special = method.special.find(++method.calls);
     if (lookup.fault != nullptr) {
+        if (SUCCEEDED(lookup.fault->answer.code) && method.handler) {
+            method.handler(arguments);
+        }
         return lookup.fault->answer;
     }
     if (special != method.special.end()) {

@@ -9,6 +9,8 @@
 namespace fake {
 namespace {
 
+thread_local int insideDepth = 0;
+
 Answer Filled(std::function<void(VARIANT&)> fill) {
     return {S_OK, std::move(fill)};
 }
@@ -50,6 +52,18 @@ std::string Line(const Entry& entry) {
 }
 
 } // namespace
+
+InsideDesktop::InsideDesktop() {
+    ++insideDepth;
+}
+
+InsideDesktop::~InsideDesktop() {
+    --insideDepth;
+}
+
+bool InsideDesktop::Is() {
+    return insideDepth > 0;
+}
 
 Answer Nothing() {
     return {};

@@ -48,7 +48,18 @@ Answer FailsWith(const Answer& result, HRESULT code = DISP_E_EXCEPTION);
 struct Fault {
     /// Non-zero: the name is not found.
     HRESULT lookup = S_OK;
+    /// Given in place of the regular answer. When it is no failure, the desktop does what it was told all the same.
     Answer answer;
+};
+
+/// While one lives, this thread is inside of the fake desktop: what it allocates is not the library's.
+class InsideDesktop {
+public:
+    InsideDesktop();
+    ~InsideDesktop();
+    InsideDesktop(const InsideDesktop&) = delete;
+    InsideDesktop& operator=(const InsideDesktop&) = delete;
+    static bool Is();
 };
 
 /// One line of the journal.
