@@ -55,7 +55,6 @@ export class TimeChart {
   private readonly readouts: HTMLElement[] = [];
   private readonly lines: ChartLine[];
   private plot: uPlot | null = null;
-  private isFollowing = false;
 
   constructor(
     private readonly store: Store,
@@ -83,7 +82,6 @@ export class TimeChart {
     if (this.lines.length === 0) return;
     const data = [this.store.xs(), ...this.lines.map((line) => gapped(line.values!))] as uPlot.AlignedData;
     this.plot = new uPlot(this.options(), data, this.plotPlace);
-    this.showRow();
     this.showSwatches();
   }
 
@@ -103,8 +101,7 @@ export class TimeChart {
   showRange(): void {
     if (!this.plot) return;
     const [min, max] = this.store.range;
-    this.following(() => this.plot!.setScale('x', { min, max }));
-    this.showRow();
+    this.plot.setScale('x', { min, max });
   }
 
   showRow(): void {
@@ -114,20 +111,13 @@ export class TimeChart {
     const x = this.store.xs()[row];
     const [min, max] = this.store.range;
     const left = x >= min && x <= max ? this.plot.valToPos(x, 'x') : -10;
-    this.following(() => this.plot!.setCursor({ left, top: 0 }, false));
+    this.plot.setCursor({ left, top: 0 }, false);
   }
 
   /** Colours and dashes follow the look of the page. */
   restyle(): void {
     this.plot?.redraw(false);
     this.showSwatches();
-  }
-
-  /** What the chart library reports while we drive it is our own doing and goes no further. */
-  private following(action: () => void): void {
-    this.isFollowing = true;
-    action();
-    this.isFollowing = false;
   }
 
   private options(): uPlot.Options {
@@ -145,18 +135,26 @@ export class TimeChart {
       series: [{}, ...this.lines.map((line) => this.seriesOf(line))],
       cursor: {
         y: false,
-        drag: { x: true, y: false, setScale: true, dist: 4 },
+        drag: { x: true, y: false, setScale: false, dist: 4 },
         points: { size: 6, width: 1.5, fill: () => look().surface },
         bind: {
-          mousemove: (_, __, handler) => (event) => (store.isPlaying ? null : handler(event)),
+          // Only what the pointer does reaches the other charts, nothing that the library does by itself.
+          mousemove: (plot, _, handler) => (event) => {
+            if (store.isPlaying) return null;
+            handler(event);
+            if (typeof plot.cursor.idx === 'number') store.setRow(plot.cursor.idx);
+            return null;
+          },
           // The cursor stays where the replay is.
           mouseleave: () => () => null,
           dblclick: () => () => (store.resetRange(), null),
         },
       },
       hooks: {
-        setCursor: [(plot) => this.onCursor(plot)],
-        setScale: [(plot, scale) => this.onScale(plot, scale)],
+        ready: [() => this.showRow()],
+        setSize: [() => this.showRow()],
+        setScale: [(_, scale) => scale === 'x' && this.showRow()],
+        setSelect: [(plot) => this.onSelect(plot)],
       },
     };
   }
@@ -175,15 +173,12 @@ export class TimeChart {
     };
   }
 
-  private onCursor(plot: uPlot): void {
-    if (this.isFollowing || typeof plot.cursor.idx !== 'number' || (plot.cursor.left ?? -1) < 0) return;
-    this.store.setRow(plot.cursor.idx);
-  }
-
-  private onScale(plot: uPlot, scale: string): void {
-    if (this.isFollowing || scale !== 'x' || !this.plot) return;
-    const { min, max } = plot.scales.x;
-    if (min != null && max != null) this.store.setRange(min, max);
+  private onSelect(plot: uPlot): void {
+    const { left, width } = plot.select;
+    if (width <= 0) return;
+    const range = [plot.posToVal(left, 'x'), plot.posToVal(left + width, 'x')] as const;
+    plot.setSelect({ left: 0, top: 0, width: 0, height: 0 }, false);
+    this.store.setRange(...range);
   }
 
   private makeLegend(): void {
@@ -200,7 +195,7 @@ export class TimeChart {
           onclick: () => {
             line.isShown = !line.isShown;
             button.setAttribute('aria-pressed', String(line.isShown));
-            this.following(() => this.plot?.setSeries(index + 1, { show: line.isShown }));
+            this.plot?.setSeries(index + 1, { show: line.isShown });
           },
         },
         el('span', { class: 'swatch' }),

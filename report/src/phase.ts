@@ -128,7 +128,6 @@ export class PhasePlot {
     this.plot.over.addEventListener('pointermove', (event) => this.onPointer(event));
     this.plotPlace.setAttribute('role', 'img');
     this.plotPlace.setAttribute('aria-label', `${y.axis} over ${x.axis}`);
-    this.showRow();
   }
 
   destroy(): void {
@@ -143,7 +142,6 @@ export class PhasePlot {
   resize(width: number): void {
     if (!this.plot || width <= 0 || width === this.plot.width) return;
     this.plot.setSize({ width, height: HEIGHT });
-    this.showRow();
   }
 
   restyle(): void {
@@ -202,7 +200,7 @@ export class PhasePlot {
         },
       ],
       cursor: { x: false, y: false, points: { show: false }, drag: { x: true, y: true, dist: 4 }, dataIdx: () => null },
-      hooks: { setScale: [() => this.showRow()] },
+      hooks: { ready: [() => this.showRow()], setSize: [() => this.showRow()], setScale: [() => this.showRow()] },
     };
   }
 

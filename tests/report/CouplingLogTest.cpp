@@ -72,8 +72,8 @@ TEST(CouplingLog, KeepsTwoBodiesOfOneNameApart) {
 }
 
 TEST(CouplingLog, TakesNamesOfTheSystemsCodePage) {
-    const CouplingLog log = Parse(HeadLine({"gro\xDF\x80"}) + "\n" + StepLine(0, "0") + "\n");
-    EXPECT_EQ(log.bodies.at(0).name, "gro\xC3\x9F\xE2\x82\xAC");
+    const CouplingLog log = Parse(HeadLine({"\x80gro\xDF"}) + "\n" + StepLine(0, "0") + "\n");
+    EXPECT_EQ(log.bodies.at(0).name, "\xE2\x82\xACgro\xC3\x9F");
 }
 
 TEST(CouplingLog, LeavesOutALastLineThatIsCutOff) {

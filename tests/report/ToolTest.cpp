@@ -22,7 +22,7 @@ constexpr const char* scenarioText = R"({
   "title": "A <b>bold</b> run",
   "project": { "file": "run.vantor" },
   "geometry": { "file": "magnets.obj", "units": "mm" },
-  "bodies": [ { "name": "a", "objects": ["magnet"], "position": [0, 0, "12*mm"] } ],
+  "bodies": [ { "name": "a", "objects": ["magnet"], "mass": 0.1, "position": [0, 0, "12*mm"] } ],
   "joints": [ { "name": "lift", "type": "slider", "axis": [0, 0, 1], "bodies": ["a"], "free": {} } ],
   "solver": { "step": 0.1, "end": 1 },
   "output": { "csv": "states.csv" }

@@ -1,0 +1,33 @@
+// Checks the types, bundles the tests of tests/report and runs them: npm test [-- FILTER]. The browser tests need
+// kinora-report (KINORA_REPORT_TOOL, by default the native build's) and Debian's chromium.
+import { execFileSync, spawnSync } from 'node:child_process';
+import { readdirSync, rmSync } from 'node:fs';
+import { dirname, join } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { build } from 'esbuild';
+
+const here = dirname(fileURLToPath(import.meta.url));
+const tests = join(here, '../tests/report');
+// Among the packages, so that the tests find those that are not bundled.
+const bundled = join(here, 'node_modules/.tests');
+
+execFileSync(process.execPath, [join(here, 'node_modules/typescript/bin/tsc'), '--noEmit', '-p', here], { stdio: 'inherit' });
+rmSync(bundled, { recursive: true, force: true });
+await build({
+  entryPoints: readdirSync(tests)
+    .filter((name) => name.endsWith('.test.ts') && name.includes(process.argv[2] ?? ''))
+    .map((name) => join(tests, name)),
+  bundle: true,
+  outdir: bundled,
+  outExtension: { '.js': '.mjs' },
+  format: 'esm',
+  platform: 'node',
+  target: 'node20',
+  external: ['playwright-core'],
+  nodePaths: [join(here, 'node_modules')],
+  sourcemap: 'inline',
+  logLevel: 'warning',
+});
+const files = readdirSync(bundled).map((name) => join(bundled, name));
+const { status } = spawnSync(process.execPath, ['--enable-source-maps', '--test', '--test-reporter=spec', ...files], { stdio: 'inherit' });
+process.exit(status ?? 1);

@@ -1,0 +1,476 @@
+// The page in a browser, written by kinora-report.
+
+import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
+import { existsSync, mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { after, before, test } from 'node:test';
+import { chromium, type Browser, type Page } from 'playwright-core';
+import { head, line, logText, pulledApart, slipping } from './logs.ts';
+
+const root = process.cwd().replace(/\/report$/, '');
+const tool = process.env.KINORA_REPORT_TOOL ?? join(root, 'build/native/bin/kinora-report');
+const chromiumFile = process.env.KINORA_CHROMIUM ?? '/usr/bin/chromium';
+const examples = join(root, 'examples');
+let browser: Browser;
+let folder: string;
+let pages = 0;
+
+before(async () => {
+  for (const [what, file] of [['kinora-report (set KINORA_REPORT_TOOL)', tool], ['chromium (set KINORA_CHROMIUM)', chromiumFile]])
+    assert.ok(existsSync(file), `${what} is not at ${file}`);
+  folder = mkdtempSync(join(tmpdir(), 'kinora-report-page-'));
+  browser = await chromium.launch({
+    executablePath: chromiumFile,
+    args: [
+      '--no-sandbox',
+      '--disable-gpu',
+      '--enable-unsafe-swiftshader',
+      '--disable-quic',
+      '--no-first-run',
+      '--disable-background-networking',
+      '--disable-component-update',
+      '--disable-sync',
+    ],
+  });
+});
+
+after(async () => {
+  await browser?.close();
+  if (folder) rmSync(folder, { recursive: true, force: true });
+});
+
+/** Writes a page from a log and gives its file. */
+function write(log: string, options: string[] = []): string {
+  const base = join(folder, `run${++pages}`);
+  writeFileSync(`${base}.coupling.csv`, log);
+  execFileSync(tool, [`${base}.coupling.csv`, ...options], { stdio: 'pipe' });
+  return `${base}.report.html`;
+}
+
+/** Opens a page; whatever it complains of or asks the network for fails the test. */
+async function open(file: string, settings: Parameters<Browser['newPage']>[0] = {}): Promise<Page & { complaints: string[] }> {
+  const page = Object.assign(await browser.newPage({ viewport: { width: 1500, height: 950 }, ...settings }), {
+    complaints: [] as string[],
+  });
+  page.on('console', (message) => {
+    // Software rendering is slow to hand out its pictures, which only the tests ask for.
+    if (!message.text().includes('GPU stall due to ReadPixels')) page.complaints.push(`${message.type()}: ${message.text()}`);
+  });
+  page.on('pageerror', (error) => page.complaints.push(error.message));
+  page.on('dialog', (dialog) => {
+    page.complaints.push(`dialog: ${dialog.message()}`);
+    void dialog.dismiss();
+  });
+  page.on('request', (request) => {
+    if (!request.url().startsWith('data:') && request.url() !== `file://${file}`) page.complaints.push(request.url());
+  });
+  await page.goto(`file://${file}`);
+  return page;
+}
+
+async function close(page: Page & { complaints: string[] }): Promise<void> {
+  assert.deepEqual(page.complaints, []);
+  await page.close();
+}
+
+const ready = (page: Page) => page.locator('#view canvas').waitFor();
+const goTo = (page: Page, row: number) => page.locator('.player input[type=range]').fill(String(row));
+
+/** The values of a body's quantity at the present step. */
+const present = (page: Page, body: string, quantity: string) =>
+  page.locator(`.present table[data-body="${body}"] tr[data-quantity=${quantity}] td`).allTextContents();
+
+const legend = (page: Page, section: string, chart: number) =>
+  page.locator('section', { has: page.locator('h2', { hasText: section }) }).locator('figure').nth(chart).locator('.legend-entry');
+
+test('a page opens offline, without a complaint, with all its parts', async () => {
+  const page = await open(write(pulledApart()));
+  await ready(page);
+  assert.equal(await page.title(), 'run1');
+  assert.deepEqual(await page.locator('h2').allTextContents(), ['Forces', 'Torques', 'Positions', 'Angles', 'Phase plots']);
+  assert.match((await page.locator('.facts').textContent())!, /0 to 1 s.*21 steps, 0 to 20.*0\.05 s.*lower, upper/);
+  assert.match((await page.locator('.origin').textContent())!, /run1\.coupling\.csv/);
+  await close(page);
+});
+
+test('values are right at every step that is asked for', async () => {
+  const page = await open(write(pulledApart()));
+  assert.deepEqual(await present(page, 'upper', 'force'), ['0', '0', '−14.6725']);
+  await goTo(page, 10);
+  // Distance 22 mm: 14.6725 (12 / 22)^4.
+  assert.deepEqual(await present(page, 'upper', 'force'), ['0', '0', '−1.29879']);
+  assert.deepEqual(await present(page, 'upper', 'position'), ['0', '0', '22']);
+  assert.equal(await page.locator('.time-readout').textContent(), '0.5 s step 10');
+  assert.match((await legend(page, 'Forces', 1).nth(2).textContent())!, /Z\s*−1\.29879/);
+  await close(page);
+});
+
+test('the largest loads are named with their places, and lead there', async () => {
+  const page = await open(write(slipping()));
+  await ready(page);
+  const driver = page.locator('.extremes tbody tr').first();
+  const cells = await driver.locator('td').allTextContents();
+  assert.equal(cells[0], '78.7');
+  assert.equal(cells[1], '0 s');
+  assert.match(cells[5], /^Psi 1719$/);
+  await goTo(page, 7);
+  await driver.locator('button').first().click();
+  assert.equal(await page.locator('.time-readout').textContent(), '0 s step 0');
+  await page.locator('summary').click();
+  assert.equal(await page.locator('details tbody tr').count(), 28);
+  await close(page);
+});
+
+test('hovering a chart moves every cursor and the replay', async () => {
+  const page = await open(write(pulledApart()));
+  await ready(page);
+  const over = page.locator('.u-over').first();
+  const box = (await over.boundingBox())!;
+  await page.mouse.move(box.x + box.width * 0.5, box.y + 20);
+  assert.equal(await page.locator('.player input[type=range]').inputValue(), '10');
+  assert.deepEqual(await present(page, 'upper', 'position'), ['0', '0', '22']);
+  const cursors = await page.locator('.charts-of .u-cursor-x').evaluateAll((lines) => lines.map((l) => l.getBoundingClientRect().left - l.parentElement!.getBoundingClientRect().left));
+  const widths = await page.locator('.charts-of .u-over').evaluateAll((overs) => overs.map((o) => o.clientWidth));
+  cursors.forEach((left, i) => assert.ok(Math.abs(left / widths[i] - 0.5) < 0.02, `cursor ${i} at ${left} of ${widths[i]}`));
+  await page.mouse.move(5, 5);
+  assert.deepEqual(await present(page, 'upper', 'position'), ['0', '0', '22'], 'the cursor stays');
+  await close(page);
+});
+
+test('dragging zooms all charts, and the whole run comes back', async () => {
+  const page = await open(write(slipping()));
+  const overs = page.locator('.charts-of .u-over');
+  const box = (await overs.first().boundingBox())!;
+  await page.mouse.move(box.x + box.width * 0.25, box.y + 20);
+  await page.mouse.down();
+  await page.mouse.move(box.x + box.width * 0.5, box.y + 40, { steps: 4 });
+  await page.mouse.up();
+  // The left edge of another chart is now a quarter of the run: step 100 of 400.
+  const other = (await overs.nth(2).boundingBox())!;
+  await page.mouse.move(other.x + 1, other.y + 20);
+  const row = Number(await page.locator('.player input[type=range]').inputValue());
+  assert.ok(Math.abs(row - 100) <= 2, `step ${row}`);
+  await page.getByRole('button', { name: 'Whole run' }).click();
+  await page.mouse.move(other.x + 1, other.y + 40);
+  assert.ok(Number(await page.locator('.player input[type=range]').inputValue()) <= 2);
+  await close(page);
+});
+
+test('legend entries hide and show their line', async () => {
+  const page = await open(write(pulledApart()));
+  const entry = legend(page, 'Forces', 1).nth(2);
+  const canvas = page.locator('.charts-of canvas').nth(1);
+  const picture = () => canvas.evaluate((c) => (c as HTMLCanvasElement).toDataURL());
+  const whole = await picture();
+  assert.equal(await entry.getAttribute('aria-pressed'), 'true');
+  await entry.click();
+  assert.equal(await entry.getAttribute('aria-pressed'), 'false');
+  await page.waitForTimeout(100);
+  assert.notEqual(await picture(), whole);
+  await entry.click();
+  await page.waitForTimeout(100);
+  assert.equal(await picture(), whole);
+  await close(page);
+});
+
+test('bodies can be taken out of the charts', async () => {
+  const page = await open(write(pulledApart()));
+  const charts = page.locator('.charts-of figure');
+  assert.equal(await charts.count(), 5); // two of forces, two of torques, one of the body that moves
+  await page.locator('.chip', { hasText: 'lower' }).click();
+  assert.equal(await charts.count(), 3);
+  assert.equal(await page.locator('.present table').count(), 1);
+  await close(page);
+});
+
+test('everything works from the keyboard', async () => {
+  const page = await open(write(pulledApart()));
+  await page.locator('.plot').first().focus();
+  await page.keyboard.press('ArrowRight');
+  await page.keyboard.press('Shift+ArrowRight');
+  assert.equal(await page.locator('.time-readout').textContent(), '0.55 s step 11');
+  await page.keyboard.press('+');
+  await page.keyboard.press('Home');
+  assert.notEqual(await page.locator('.time-readout').textContent(), '0 s step 0');
+  await page.keyboard.press('0');
+  await page.keyboard.press('Home');
+  assert.equal(await page.locator('.time-readout').textContent(), '0 s step 0');
+  await page.keyboard.press(' ');
+  await page.locator('.play', { hasText: 'Pause' }).waitFor();
+  await page.keyboard.press(' ');
+  await page.locator('.play', { hasText: 'Play' }).waitFor();
+  await close(page);
+});
+
+test('the replay plays to the end of the run and begins anew', async () => {
+  const page = await open(write(pulledApart()));
+  await ready(page);
+  await page.locator('.player select').selectOption({ label: 'real time (1 s)' });
+  await page.getByRole('button', { name: 'Play', exact: true }).click();
+  await page.waitForFunction(() => document.querySelector('.time-readout')!.textContent === '1 s step 20', null, { timeout: 10_000 });
+  await page.locator('.play', { hasText: 'Play' }).waitFor();
+  await page.getByRole('button', { name: 'Play', exact: true }).click();
+  await page.waitForFunction(() => document.querySelector('.time-readout')!.textContent !== '1 s step 20');
+  await close(page);
+});
+
+/** How many pixels of the 3D view are of a strong colour. */
+const coloured = (page: Page) =>
+  page.locator('#view canvas').evaluate((canvas) => {
+    const copy = document.createElement('canvas');
+    [copy.width, copy.height] = [(canvas as HTMLCanvasElement).width, (canvas as HTMLCanvasElement).height];
+    const context = copy.getContext('2d')!;
+    context.drawImage(canvas as HTMLCanvasElement, 0, 0);
+    const { data } = context.getImageData(0, 0, copy.width, copy.height);
+    const counts = { red: 0, blue: 0, top: copy.height };
+    for (let i = 0; i < data.length; i += 4) {
+      const [r, b] = [data[i], data[i + 2]];
+      if (r > b + 80) {
+        ++counts.red;
+        counts.top = Math.min(counts.top, Math.floor(i / 4 / copy.width));
+      } else if (b > r + 60) ++counts.blue;
+    }
+    return counts;
+  });
+
+test('the replay shows the meshes at their logged poses, with their poles', async () => {
+  const page = await open(write(pulledApart(), ['--scenario', join(examples, 'cube-magnets/scenario.json')]));
+  await ready(page);
+  assert.equal(await page.locator('h1').textContent(), 'Two coaxial cube magnets, the upper one pulled away');
+  await page.waitForTimeout(200);
+  const drawn = await coloured(page);
+  assert.ok(drawn.red > 2000 && drawn.blue > 2000, JSON.stringify(drawn));
+  await goTo(page, 20);
+  await page.waitForTimeout(200);
+  const pulled = await coloured(page);
+  assert.ok(pulled.top < drawn.top - 40, `the upper magnet rises: ${drawn.top} to ${pulled.top}`);
+  await close(page);
+});
+
+test('a state file brings the joints and exact times', async () => {
+  const states = join(folder, 'states.csv');
+  const rows = Array.from({ length: 21 }, (_, i) => `${i},${i * 0.05},${0.001 * i},0.02`);
+  writeFileSync(states, ['Step,Time [s],lift.Coordinate [m],lift.Speed [m/s]', ...rows].join('\n') + '\n');
+  const page = await open(write(pulledApart(), ['--states', states]));
+  await goTo(page, 3);
+  assert.match((await legend(page, 'lift', 0).first().textContent())!, /Coordinate\s*0\.003/);
+  await close(page);
+});
+
+test('angles go on over a full turn, or jump as the log has them', async () => {
+  const page = await open(write(slipping()));
+  await goTo(page, 400);
+  assert.deepEqual(await present(page, 'driver', 'angles'), ['0', '0', '−1718.87']);
+  await page.getByLabel('Continuous angles').uncheck();
+  // −30 rad lies between −10π and −9π: −30 + 10π.
+  assert.deepEqual(await present(page, 'driver', 'angles'), ['0', '0', '81.1268']);
+  await close(page);
+});
+
+test('loads can be had in global axes', async () => {
+  // Psi −π/2 turns the body's y axis into the global z axis.
+  const values = [0, 0, 0, 0, 0, -Math.PI / 2, 0, 5, 0, 0, 7, 0];
+  const page = await open(write(logText(['a'], 3, 0.1, () => values)));
+  await page.locator('#toolbar select').nth(1).selectOption('global');
+  const [x, y, z] = await present(page, 'a', 'force');
+  assert.equal(x, '0');
+  assert.ok(y === '0' || /e−/.test(y), y);
+  assert.equal(z, '5');
+  assert.equal((await present(page, 'a', 'torque'))[2], '7');
+  await close(page);
+});
+
+test('phase plots show what is chosen', async () => {
+  const page = await open(write(pulledApart()));
+  const plot = page.locator('.phase').first();
+  assert.equal(await plot.locator('.plot').getAttribute('aria-label'), 'upper: Force Z (N) over upper: Position Z (mm)');
+  await goTo(page, 10);
+  assert.equal(await plot.locator('.phase-readout').textContent(), '22 , −1.29879');
+  await plot.locator('select').first().selectOption({ label: 'Time' });
+  assert.equal(await plot.locator('.phase-readout').textContent(), '22 , 0.5');
+  await page.locator('#add-phase').click();
+  assert.equal(await page.locator('.phase').count(), 2);
+  await page.locator('.phase').first().getByText('Remove').click();
+  assert.equal(await page.locator('.phase').count(), 1);
+  await close(page);
+});
+
+test('a name cannot become markup or script', async () => {
+  const names = ['<script>alert(1)</script>', '<img src=x onerror=alert(2)>', '"><b>bold</b>', '</script><script>alert(3)//', '\u2028&lt;i&gt;'];
+  const page = await open(write(logText(names, 5, 0.1, (time) => names.flatMap(() => Array(12).fill(time)))));
+  await page.waitForTimeout(300);
+  assert.deepEqual(await page.locator('.extremes tbody th').allTextContents(), names);
+  assert.equal(await page.locator('img, b, i').count(), 0);
+  assert.equal(await page.locator('script').count(), 2);
+  await close(page);
+});
+
+test('even a script that got in would not run', async () => {
+  const file = join(folder, 'injected.html');
+  const page = readFileSync(write(pulledApart()), 'utf8');
+  writeFileSync(file, page.replace('<main>', '<main><script>alert(1)</script>'));
+  const opened = await open(file);
+  assert.equal(opened.complaints.length, 1);
+  assert.match(opened.complaints[0], /Content Security Policy/);
+  await opened.close();
+});
+
+test('a log that is cut off shows what it has and says so', async () => {
+  const text = pulledApart();
+  const page = await open(write(text.slice(0, text.length - 30)));
+  assert.match((await page.locator('#notices').textContent())!, /Warning The last line \(line 22\) is cut off after \d+ of 26 values/);
+  assert.match((await page.locator('.facts').textContent())!, /20 steps/);
+  await close(page);
+});
+
+test('values that are no numbers are gaps', async () => {
+  const page = await open(write(logText(['a'], 50, 0.1, (time, row) => [time, 0, 0, 0, 0, 0, row === 20 ? NaN : time, 0, row % 7 ? 1 : Infinity, 0, 0, 0])));
+  await goTo(page, 20);
+  assert.deepEqual(await present(page, 'a', 'force'), ['–', '0', '1']);
+  assert.match((await page.locator('#notices').textContent())!, /9 values are not a finite number/);
+  await close(page);
+});
+
+test('missing columns are named and leave the rest', async () => {
+  const page = await open(write('Step,SimTime,a_X,Force_a_Z\r\n0,0,1,2\r\n1,1,3,4\r\n'));
+  await ready(page);
+  assert.match((await page.locator('#notices').textContent())!, /Body "a" lacks these columns: a_Y, a_Z/);
+  assert.match((await page.locator('#charts').textContent())!, /The log has no columns for this/);
+  assert.deepEqual(await present(page, 'a', 'force'), ['–', '–', '2']);
+  await close(page);
+});
+
+test('a log without steps says so', async () => {
+  for (const log of ['', head(['a']) + '\r\n']) {
+    const page = await open(write(log));
+    assert.match((await page.locator('#summary').textContent())!, /There is nothing to chart/);
+    assert.match((await page.locator('#notices').textContent())!, /The log (is empty|has no complete step)/);
+    assert.equal(await page.locator('main').isVisible(), false);
+    await close(page);
+  }
+});
+
+test('a run without bodies, of one step, or of two runs is shown as far as it goes', async () => {
+  const empty = await open(write('Step,SimTime\r\n0,0\r\n1,0.5\r\n'));
+  assert.match((await empty.locator('.facts').textContent())!, /0 to 0\.5 s/);
+  await close(empty);
+  const single = await open(write([head(['a']), line(0, 0, Array(12).fill(1)), ''].join('\r\n')));
+  await ready(single);
+  assert.deepEqual(await present(single, 'a', 'torque'), ['1', '1', '1']);
+  await close(single);
+  const two = await open(write([head(['a']), line(0, 0, Array(12).fill(1)), line(1, 1, Array(12).fill(2)), line(2, 0.5, Array(12).fill(3)), ''].join('\r\n')));
+  assert.match((await two.locator('#notices').textContent())!, /Time goes back/);
+  await goTo(two, 2);
+  assert.deepEqual(await present(two, 'a', 'force'), ['3', '3', '3']);
+  await close(two);
+});
+
+test('a page whose data is damaged says so', async () => {
+  const file = join(folder, 'damaged.html');
+  writeFileSync(file, readFileSync(write(pulledApart()), 'utf8').replace('"rows":21', '"rows":22'));
+  const page = await open(file);
+  assert.match((await page.locator('.fatal').first().textContent())!, /damaged: a column has 21 values, not 22/);
+  await close(page);
+});
+
+test('a geometry file that cannot be shown leaves the frames', async () => {
+  const scenario = JSON.parse(readFileSync(join(examples, 'cube-magnets/scenario.json'), 'utf8').replace(/^\s*\/\/.*$/gm, ''));
+  scenario.geometry.file = 'broken.obj';
+  delete scenario.$schema;
+  writeFileSync(join(folder, 'broken.obj'), 'v 0 0 0\nf 1 2 3\n');
+  writeFileSync(join(folder, 'broken.json'), JSON.stringify(scenario));
+  const page = await open(write(pulledApart(), ['--scenario', join(folder, 'broken.json')]));
+  await ready(page);
+  await page.locator('#notices li').waitFor();
+  assert.match((await page.locator('#notices').textContent())!, /frames only: the geometry file broken\.obj cannot be shown: line 2 is not a face/);
+  await close(page);
+});
+
+test('a frame that is not the body\'s is told and can be compared', async () => {
+  const page = await open(write(logText(['a'], 5, 0.1, (time) => [0, 0, 0, time, 0, 0, 1, 0, 0, 0, 0, 0])));
+  await ready(page);
+  assert.match((await page.locator('#notices').textContent())!, /the desktop's frame is up to 32\.3 degrees away/);
+  await page.locator('#view-controls select').selectOption('body');
+  await close(page);
+});
+
+test('light and dark follow the system and the choice', async () => {
+  const ground = (page: Page) => page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+  const file = write(pulledApart());
+  const dark = await open(file, { colorScheme: 'dark' });
+  assert.equal(await ground(dark), 'rgb(16, 19, 22)');
+  await dark.locator('#theme select').selectOption('light');
+  assert.equal(await ground(dark), 'rgb(246, 247, 249)');
+  await close(dark);
+  const light = await open(file, { colorScheme: 'light' });
+  assert.equal(await ground(light), 'rgb(246, 247, 249)');
+  await light.emulateMedia({ colorScheme: 'dark' });
+  await light.waitForFunction(() => getComputedStyle(document.body).backgroundColor === 'rgb(16, 19, 22)');
+  await close(light);
+});
+
+test('paper gets light charts of its width, without controls', async () => {
+  const page = await open(write(pulledApart()), { colorScheme: 'dark' });
+  await ready(page);
+  await page.emulateMedia({ media: 'print', colorScheme: 'dark' });
+  assert.equal(await page.locator('#toolbar').isVisible(), false);
+  assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), 'light');
+  const widths = await page.locator('.charts-of .uplot').evaluateAll((plots) => plots.map((plot) => (plot as HTMLElement).offsetWidth));
+  assert.deepEqual(new Set(widths), new Set([335]));
+  await page.emulateMedia({ media: 'screen', colorScheme: 'dark' });
+  await page.locator('#toolbar').waitFor();
+  const pdf = await page.pdf({ format: 'A4' });
+  assert.ok(pdf.length > 20_000);
+  await close(page);
+});
+
+test('controls have names, and the narrow page has no sideways scroll', async () => {
+  const page = await open(write(pulledApart()), { viewport: { width: 420, height: 900 } });
+  await ready(page);
+  const nameless = await page.evaluate(() =>
+    [...document.querySelectorAll<HTMLElement>('button, select, input')].filter(
+      (control) => !control.textContent!.trim() && !control.getAttribute('aria-label') && !control.closest('label'),
+    ).length,
+  );
+  assert.equal(nameless, 0);
+  assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
+  await close(page);
+});
+
+test('a hundred thousand steps are all there, and a single outlier is drawn', async () => {
+  const rows = 100_000;
+  const log = logText(['a', 'b'], rows, 0.001, (time, row) => {
+    const force = row === 54_321 ? 50 : Math.sin(time);
+    return [time / 100, 0, 0, 0, 0, 0, force, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, -force, 0, 0, 0, 0, 0];
+  });
+  const file = write(log);
+  assert.ok(statSync(file).size < 8e6, `${statSync(file).size} bytes`);
+  const page = await open(file);
+  assert.match((await page.locator('.facts').textContent())!, /100\u202f000 steps/);
+  assert.equal((await page.locator('.extremes tbody td').first().textContent())!, '50');
+  await page.locator('.extremes tbody .where').first().click();
+  assert.equal(await page.locator('.time-readout').textContent(), '54.321 s step 54321');
+  // The outlier reaches into the upper tenth of the chart, where nothing else is.
+  const inked = await page.locator('.charts-of canvas').first().evaluate((canvas) => {
+    const c = canvas as HTMLCanvasElement;
+    const { data } = c.getContext('2d')!.getImageData(c.width / 4, 0, c.width / 2, c.height / 5);
+    let ink = 0;
+    for (let i = 0; i < data.length; i += 4) if (data[i + 3] > 60 && data[i] > data[i + 2] + 80) ++ink;
+    return ink;
+  });
+  assert.ok(inked > 5, `${inked} pixels`);
+  // Moving the cursor stays within a frame or two.
+  const spent = await page.evaluate(() => {
+    const slider = document.querySelector<HTMLInputElement>('.player input')!;
+    const begin = performance.now();
+    for (let i = 0; i < 20; ++i) {
+      slider.value = String(5000 * i);
+      slider.dispatchEvent(new Event('input'));
+    }
+    return (performance.now() - begin) / 20;
+  });
+  assert.ok(spent < 60, `${spent} ms per move`);
+  await close(page);
+});

@@ -1,0 +1,185 @@
+// The page's parts that need no browser.
+
+import assert from 'node:assert/strict';
+import { test } from 'node:test';
+import { readRun, unpackColumn, DataError } from '../../report/src/data.ts';
+import { extremesOf, nearestRow, rowNear, thinCurve } from '../../report/src/decimate.ts';
+import { count, number } from '../../report/src/format.ts';
+import { MeshError, readObj, readStl } from '../../report/src/mesh.ts';
+import { angleBetween, bodyRows, continuous, desktopRows, intoFrame, outOfFrame, type Rows } from '../../report/src/pose.ts';
+
+const near = (actual: ArrayLike<number>, expected: number[]) =>
+  expected.forEach((value, i) => assert.ok(Math.abs(actual[i] - value) < 1e-12, `${Array.from(actual)} is not ${expected}`));
+
+test('columns unpack from every form, and what is no finite number is a gap', () => {
+  assert.deepEqual([...unpackColumn([1, null, 3], 3)], [1, NaN, 3]);
+  assert.deepEqual([...unpackColumn({ constant: 2 }, 3)], [2, 2, 2]);
+  assert.deepEqual([...unpackColumn({ float32: 'AACAPwAAwH8AAIB/' }, 3)], [1, NaN, NaN]);
+  assert.deepEqual([...unpackColumn({ float64: 'AAAAAAAA8D8=' }, 1)], [1]);
+});
+
+test('a damaged data block is told, not thrown about', () => {
+  assert.throws(() => readRun('@KINORA_RUN_DATA@'), DataError);
+  assert.throws(() => readRun('{"format":1,"rows":2,"time":[1,'), DataError);
+  assert.throws(() => readRun('{"format":99,"rows":0}'), DataError);
+  assert.throws(() => readRun('null'), DataError);
+  assert.throws(() => unpackColumn([1, 2], 3), /2 values, not 3/);
+  assert.throws(() => unpackColumn({ float32: '*' }, 3), DataError);
+});
+
+test('a run may lack everything but its rows', () => {
+  const run = readRun('{"format":1,"rows":2}');
+  assert.deepEqual([...run.step], [0, 1]);
+  assert.equal(run.time, null);
+  assert.deepEqual(run.bodies, []);
+});
+
+test('thinning a curve keeps its ends, its gaps and every excursion', () => {
+  const rows = 100_000;
+  const xs = Float64Array.from({ length: rows }, (_, i) => i / rows);
+  const ys = new Float64Array(rows);
+  ys[54_321] = 1;
+  const kept = thinCurve(xs, ys, 1 / 1000, 1 / 300);
+  assert.ok(kept.length < 1100, `${kept.length} rows are kept`);
+  assert.ok(kept.includes(54_321));
+  assert.equal(kept[0], 0);
+  assert.equal(kept[kept.length - 1], rows - 1);
+  assert.deepEqual(thinCurve([0, 1, 2, 3, 4], [0, 0, NaN, 0, 0], 10, 10), [0, 1, 2, 3, 4]);
+});
+
+test('what thinning leaves out is within a pixel of what it keeps', () => {
+  const xs = Float64Array.from({ length: 20_000 }, (_, i) => Math.cos(i / 300) * (1 + i / 1e5));
+  const ys = Float64Array.from({ length: 20_000 }, (_, i) => Math.sin(i / 170));
+  const pixel = 0.004;
+  let last = 0;
+  const kept = new Set(thinCurve(xs, ys, pixel, pixel));
+  for (let i = 0; i < xs.length; ++i) {
+    if (kept.has(i)) last = i;
+    assert.ok(Math.abs(xs[i] - xs[last]) < pixel && Math.abs(ys[i] - ys[last]) < pixel);
+  }
+});
+
+test('extremes skip gaps', () => {
+  assert.deepEqual(extremesOf([NaN, 3, -1, NaN, 3]), { min: -1, minRow: 2, max: 3, maxRow: 1 });
+  assert.equal(extremesOf([NaN]), null);
+});
+
+test('rows are found by value and by place', () => {
+  const times = [0, 1, 2, 2, 5];
+  assert.equal(rowNear(times, -3), 0);
+  assert.equal(rowNear(times, 1.4), 1);
+  assert.equal(rowNear(times, 9), 4);
+  assert.equal(nearestRow([0, 1, NaN], [0, 1, 0], 0.9, 0.8, 1, 1), 1);
+});
+
+test('numbers have six digits and a true minus', () => {
+  assert.equal(number(-14.67254), '−14.6725');
+  assert.equal(number(0), '0');
+  assert.equal(number(-0), '0');
+  assert.equal(number(1234567), '1234570');
+  assert.equal(number(-4.44089e-16), '−4.441e−16');
+  assert.equal(number(1e-5), '1e−5');
+  assert.equal(number(NaN), '–');
+  assert.equal(count(1, 'step'), '1 step');
+  assert.equal(count(100000, 'step'), '100\u202f000 steps');
+});
+
+test('a right-handed turn about X has a negative psi', () => {
+  const a = 0.3;
+  // The rows are the body's axes.
+  near(bodyRows([0, 0, -a]), [1, 0, 0, 0, Math.cos(a), Math.sin(a), 0, -Math.sin(a), Math.cos(a)]);
+  near(desktopRows([0, 0, -a]), bodyRows([0, 0, -a]));
+});
+
+test('the desktop applies Rz(theta) Ry(phi) Rx(psi)', () => {
+  const [phi, theta, psi] = [0.2, -0.5, 1.1];
+  const [c, s] = [Math.cos, Math.sin];
+  // Worked out by hand: first row and last row of Rz(theta) Ry(phi) Rx(psi).
+  const rows = desktopRows([phi, theta, psi]);
+  near(rows.slice(0, 3), [
+    c(theta) * c(phi),
+    c(theta) * s(phi) * s(psi) - s(theta) * c(psi),
+    c(theta) * s(phi) * c(psi) + s(theta) * s(psi),
+  ]);
+  near(rows.slice(6), [-s(phi), c(phi) * s(psi), c(phi) * c(psi)]);
+  near(bodyRows([0.1, 0.1, 2]), desktopRows([0.1, 0.1, 2]));
+  near([angleBetween(bodyRows([0.1, 0, 0]), desktopRows([0.1, 0, 0]))], [2 * Math.acos(Math.cos(0.05) ** 2)]);
+});
+
+test('vectors go into a frame and out of it', () => {
+  const rows: Rows = bodyRows([0, 0, -Math.PI / 2]);
+  // A quarter turn about X: the body's y axis is the global z axis.
+  near(outOfFrame(rows, [0, 1, 0]), [0, 0, 1]);
+  near(intoFrame(rows, [0, 0, 1]), [0, 1, 0]);
+});
+
+test('continuous angles have no jumps and keep gaps', () => {
+  const angles = Float64Array.from([3, -3, NaN, 3, 2.9]);
+  near(continuous(angles).filter((v) => !Number.isNaN(v)), [3, 2 * Math.PI - 3, 3, 2.9]);
+});
+
+const OBJ = `# a square and a triangle
+v 0 0 0\r
+v 2 0 0
+v 2 2 0
+v 0 2 0
+v 0 0 1
+o plate
+g side
+f 1/1 2/2 3//3 4
+o fin one
+f -5 -4 -1
+`;
+
+test('OBJ objects are told apart, polygons cut, indices counted from either end', () => {
+  const [plate, fin] = readObj(OBJ, 'file');
+  assert.equal(plate.name, 'plate');
+  assert.equal(plate.corners.length, 18);
+  assert.equal(fin.name, 'fin one');
+  assert.deepEqual(fin.corners, [0, 0, 0, 2, 0, 0, 0, 0, 1]);
+});
+
+test('OBJ groups name the parts where there are no objects, and the file where there is neither', () => {
+  const vertices = 'v 0 0 0\nv 1 0 0\nv 0 1 0\n';
+  assert.deepEqual(readObj(vertices + 'g one\nf 1 2 3\ng two\nf 1 2 3', 'file').map((object) => object.name), ['one', 'two']);
+  assert.deepEqual(readObj(vertices + 'f 1 2 3', 'file').map((object) => object.name), ['file']);
+});
+
+test('a polygon that is not convex keeps its area and its sense', () => {
+  // An L of area 3, seen from below.
+  const text = 'v 0 0 5\nv 0 2 5\nv 1 2 5\nv 1 1 5\nv 2 1 5\nv 2 0 5\nf 1 2 3 4 5 6';
+  const [{ corners }] = readObj(text, 'file');
+  let [area, signed] = [0, 0];
+  for (let i = 0; i < corners.length; i += 9) {
+    const [ax, ay, , bx, by, , cx, cy] = corners.slice(i, i + 9);
+    const twice = (bx - ax) * (cy - ay) - (cx - ax) * (by - ay);
+    area += Math.abs(twice) / 2;
+    signed += twice / 2;
+  }
+  assert.equal(corners.length, 36);
+  assert.equal(area, 3);
+  assert.equal(signed, -3);
+});
+
+test('a damaged OBJ is told with its line', () => {
+  assert.throws(() => readObj('v 0 0\n', 'file'), (error) => error instanceof MeshError && /line 1/.test(error.message));
+  assert.throws(() => readObj('v 0 0 0\nf 1 2 3\n', 'file'), /line 2 is not a face/);
+});
+
+const FACET = 'facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\nendfacet\n';
+const bytes = (text: string) => new TextEncoder().encode(text).buffer as ArrayBuffer;
+
+test('STL texts may hold several solids', () => {
+  const objects = readStl(bytes(`solid one\n${FACET}endsolid one\nsolid two\n${FACET}${FACET}endsolid two\n`), 'file');
+  assert.deepEqual(
+    objects.map(({ name, corners }) => [name, corners.length]),
+    [['one', 9], ['two', 18]],
+  );
+});
+
+test('a binary STL is one object with the name of its file', () => {
+  const view = new DataView(new ArrayBuffer(84 + 50));
+  view.setUint32(80, 1, true);
+  [0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0].forEach((value, i) => view.setFloat32(84 + 4 * i, value, true));
+  assert.deepEqual(readStl(view.buffer, 'file'), [{ name: 'file', corners: [0, 0, 0, 1, 0, 0, 0, 1, 0] }]);
+});
