@@ -68,9 +68,10 @@ public:
         *m_process.Receive() = process.hProcess;
     }
 
-    /// Waits a minute at most; a program that hangs is ended and answers with the code 999.
+    /// Waits four minutes at most (a busy machine is slow); a program that hangs is ended and answers with the code
+    /// 999.
     Outcome Finish() {
-        constexpr DWORD longestRunMs = 60000;
+        constexpr DWORD longestRunMs = 240000;
         constexpr UINT hangs = 999;
         if (WaitForSingleObject(m_process.Get(), longestRunMs) == WAIT_TIMEOUT) {
             TerminateProcess(m_process.Get(), hangs);
