@@ -116,7 +116,8 @@ export class TimeChart {
 
   /** Colours and dashes follow the look of the page. */
   restyle(): void {
-    this.plot?.redraw(false);
+    this.lines.forEach((line, index) => this.plot && (this.plot.series[index + 1].dash = lineDash(line.colour)));
+    this.plot?.redraw();
     this.showSwatches();
   }
 
@@ -167,9 +168,6 @@ export class TimeChart {
       stroke: colour,
       width: 1.6,
       points: { size: 4, stroke: colour, fill: colour },
-      get dash() {
-        return lineDash(line.colour);
-      },
     };
   }
 

@@ -16,8 +16,8 @@ import { addNotice, componentTable, extremesTable, facts, headline, notices, Pre
 import { bodyColour, chooseTheme, onThemeChange, setPrinting, startTheme, type Choice } from './theme.ts';
 
 /** Width of a chart on paper, CSS pixels: A4 and US Letter with usual margins, two columns. */
-const PAPER_CHART_WIDTH = 335;
-const PAPER_PHASE_WIDTH = 690;
+const PAPER_CHART_WIDTH = 325;
+const PAPER_PHASE_WIDTH = 670;
 /** Frames closer than this are one and the same to six digits, radians. */
 const SAME_FRAME = 1e-4;
 

@@ -145,7 +145,7 @@ export class PhasePlot {
   }
 
   restyle(): void {
-    this.plot?.redraw(false);
+    this.plot?.redraw();
   }
 
   showRow(): void {

@@ -418,7 +418,7 @@ test('paper gets light charts of its width, without controls', async () => {
   assert.equal(await page.locator('#toolbar').isVisible(), false);
   assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), 'light');
   const widths = await page.locator('.charts-of .uplot').evaluateAll((plots) => plots.map((plot) => (plot as HTMLElement).offsetWidth));
-  assert.deepEqual(new Set(widths), new Set([335]));
+  assert.deepEqual(new Set(widths), new Set([325]));
   await page.emulateMedia({ media: 'screen', colorScheme: 'dark' });
   await page.locator('#toolbar').waitFor();
   const pdf = await page.pdf({ format: 'A4' });
