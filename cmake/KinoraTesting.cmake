@@ -18,6 +18,7 @@ if(WIN32 AND NOT MSVC)
     set_tests_properties(wine-stop PROPERTIES FIXTURES_CLEANUP wine TIMEOUT 60)
 endif()
 
+# The target tests-LABEL builds all programs of a label.
 # kinora_add_test(NAME name SOURCES ... LIBRARIES ... LABELS ... [TIMEOUT seconds] [SERIAL])
 # One googletest program, one ctest test.
 function(kinora_add_test)
@@ -28,6 +29,12 @@ function(kinora_add_test)
     add_executable(${arg_NAME} ${arg_SOURCES})
     kinora_configure(${arg_NAME})
     target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
+    foreach(label ${arg_LABELS})
+        if(NOT TARGET tests-${label})
+            add_custom_target(tests-${label})
+        endif()
+        add_dependencies(tests-${label} ${arg_NAME})
+    endforeach()
     add_test(NAME ${arg_NAME} COMMAND ${arg_NAME} --gtest_brief=1)
     set_tests_properties(${arg_NAME} PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS "${arg_LABELS}"
                                                 RUN_SERIAL "${arg_SERIAL}")
