@@ -1,0 +1,19 @@
+#pragma once
+
+#include "trace/core/Session.h"
+
+#include <ostream>
+
+namespace kinora::trace {
+
+/// Compares two sessions call by call: objects, methods, arguments, results and errors, in order. Times, threads and
+/// successful look-ups do not matter. Differences are written one per line:
+///
+///     - 12 desktop.ClearMessages(..)      only in the first session
+///     + 14 desktop.AddMessage(..)         only in the second
+///     ~ 15 / 17 module.GetValue(..)       in both, and below it what differs
+///
+/// @return the number of differences
+std::size_t Diff(const Session& first, const Session& second, std::ostream& out);
+
+} // namespace kinora::trace

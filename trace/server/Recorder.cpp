@@ -1,0 +1,180 @@
+#include "trace/server/Recorder.h"
+
+#include "trace/server/JsonText.h"
+
+#include <array>
+#include <cstdio>
+#include <cwchar>
+#include <filesystem>
+#include <vector>
+
+namespace kinora::trace {
+namespace {
+
+constexpr std::uint64_t bytesPerMegabyte = 1024 * 1024;
+constexpr unsigned keptParts = 3;
+
+SYSTEMTIME UtcNow(unsigned& microseconds) {
+    FILETIME fileTime = {};
+    GetSystemTimePreciseAsFileTime(&fileTime);
+    SYSTEMTIME time = {};
+    FileTimeToSystemTime(&fileTime, &time);
+    const std::uint64_t ticks = (static_cast<std::uint64_t>(fileTime.dwHighDateTime) << 32) | fileTime.dwLowDateTime;
+    microseconds = static_cast<unsigned>(ticks / 10 % 1000000);
+    return time;
+}
+
+std::wstring FileStem() {
+    unsigned microseconds = 0;
+    const SYSTEMTIME now = UtcNow(microseconds);
+    std::array<wchar_t, 80> text{};
+    std::swprintf(text.data(), text.size(), L"vantor-trace-%04u%02u%02u-%02u%02u%02u-%lu", now.wYear, now.wMonth,
+                  now.wDay, now.wHour, now.wMinute, now.wSecond, GetCurrentProcessId());
+    return text.data();
+}
+
+std::wstring ProgramName() {
+    std::vector<wchar_t> path(32768);
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    const std::wstring name(path.data(), length);
+    return name.substr(name.find_last_of(L'\\') + 1);
+}
+
+std::string HeaderLine(unsigned part) {
+    std::string line = "{\"format\":\"vantor-trace\",\"version\":1,\"part\":" + std::to_string(part) +
+                       ",\"pid\":" + std::to_string(GetCurrentProcessId()) + ",\"process\":";
+    AppendJson(line, ProgramName());
+    return line + ",\"time\":\"" + TimeText() + "\"}\n";
+}
+
+} // namespace
+
+std::string TimeText() {
+    unsigned microseconds = 0;
+    const SYSTEMTIME now = UtcNow(microseconds);
+    std::array<char, 80> text{};
+    std::snprintf(text.data(), text.size(), "%04u-%02u-%02uT%02u:%02u:%02u.%06uZ", unsigned{now.wYear},
+                  unsigned{now.wMonth}, unsigned{now.wDay}, unsigned{now.wHour}, unsigned{now.wMinute},
+                  unsigned{now.wSecond}, microseconds);
+    return text.data();
+}
+
+std::wstring EnvironmentValue(const wchar_t* name) {
+    // Asked of the system: client and server may have C runtimes of their own.
+    std::vector<wchar_t> value(GetEnvironmentVariableW(name, nullptr, 0));
+    if (value.empty()) {
+        return {};
+    }
+    const DWORD length = GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
+    return std::wstring(value.data(), std::min<std::size_t>(length, value.size() - 1));
+}
+
+RecorderSettings RecorderSettings::FromEnvironment() {
+    constexpr unsigned long defaultMegabytes = 64;
+    RecorderSettings settings;
+    settings.folder = EnvironmentValue(L"VANTOR_TRACE_DIR");
+    if (settings.folder.empty()) {
+        std::array<wchar_t, MAX_PATH + 2> folder{};
+        settings.folder.assign(folder.data(), GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()));
+    }
+    const unsigned long megabytes = std::wcstoul(EnvironmentValue(L"VANTOR_TRACE_MAX_MB").c_str(), nullptr, 10);
+    settings.maxBytes = (megabytes == 0 ? defaultMegabytes : megabytes) * bytesPerMegabyte;
+    return settings;
+}
+
+Recorder::Recorder(RecorderSettings settings) noexcept : m_settings(std::move(settings)) {
+    try {
+        m_stem = (std::filesystem::path(m_settings.folder) / FileStem()).wstring();
+        std::error_code ignored; // a folder that is not there shows when the file is opened
+        std::filesystem::create_directories(m_settings.folder, ignored);
+    } catch (...) {
+        m_hasFailed = true;
+    }
+}
+
+Recorder::~Recorder() {
+    if (m_file != INVALID_HANDLE_VALUE) {
+        CloseHandle(m_file);
+    }
+}
+
+std::wstring Recorder::PartName(unsigned part) const {
+    return m_stem + (part == 1 ? std::wstring() : L"." + std::to_wstring(part)) + L".jsonl";
+}
+
+std::wstring Recorder::File() const {
+    return PartName(m_part == 0 ? 1 : m_part);
+}
+
+void Recorder::OpenPart() {
+    if (m_file != INVALID_HANDLE_VALUE) {
+        CloseHandle(m_file);
+    }
+    ++m_part;
+    m_bytes = 0;
+    m_file =
+        CreateFileW(PartName(m_part).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    m_hasFailed = m_file == INVALID_HANDLE_VALUE;
+    Write(HeaderLine(m_part));
+    if (m_part > keptParts + 1) {
+        DeleteFileW(PartName(m_part - keptParts).c_str());
+    }
+}
+
+bool Recorder::IsReady() {
+    if (!m_hasFailed && (m_part == 0 || m_bytes >= m_settings.maxBytes)) {
+        OpenPart();
+    }
+    return !m_hasFailed;
+}
+
+void Recorder::Write(const std::string& text) {
+    DWORD written = 0;
+    if (m_hasFailed) {
+        return;
+    }
+    m_hasFailed = WriteFile(m_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) == FALSE ||
+                  written != text.size();
+    m_bytes += written;
+}
+
+void Recorder::ClosePending() {
+    if (m_pending != 0) {
+        Write(",\"open\":true}\n");
+        m_pending = 0;
+    }
+}
+
+void Recorder::Begin(std::uint64_t sequence, const std::string& head) noexcept {
+    try {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        ClosePending();
+        if (IsReady()) {
+            Write(head);
+            m_pending = sequence;
+        }
+    } catch (...) {
+        m_hasFailed = true;
+    }
+}
+
+void Recorder::End(std::uint64_t sequence, const std::string& head, const std::string& tail) noexcept {
+    try {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_pending == sequence) {
+            Write(tail + "}\n");
+            m_pending = 0;
+            return;
+        }
+        // Another call was recorded in between: the line comes again, whole.
+        ClosePending();
+        if (IsReady()) {
+            Write(head + tail + "}\n");
+        }
+    } catch (...) {
+        m_hasFailed = true;
+    }
+}
+
+} // namespace kinora::trace

@@ -1,0 +1,88 @@
+#include "trace/server/Tracer.h"
+
+#include "trace/server/TracedObject.h"
+#include "trace/server/VariantVisit.h"
+
+#include <new>
+
+namespace kinora::trace {
+
+IDispatch* Tracer::WrapperOf(IDispatch* object, const std::string& path) noexcept {
+    IUnknown* identity = nullptr;
+    if (FAILED(object->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&identity)))) {
+        return nullptr;
+    }
+    TracedObject* wrapper = nullptr;
+    try {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        TracedObject*& known = m_byIdentity[identity];
+        if (known != nullptr && known->TryAddRef()) {
+            wrapper = known;
+        } else {
+            // A wrapper whose last reference has just gone leaves its place to the new one.
+            wrapper = new TracedObject(*this, object, identity, ++m_lastId, path);
+            m_wrappers.insert(wrapper);
+            known = wrapper;
+        }
+    } catch (...) {
+        wrapper = nullptr;
+    }
+    identity->Release();
+    return wrapper;
+}
+
+void Tracer::WrapPlace(IUnknown** place, VARTYPE type, const std::string& path) noexcept {
+    IUnknown* const object = *place;
+    if (object == nullptr || AsWrapper(object) != nullptr) {
+        return;
+    }
+    IDispatch* dispatch = nullptr;
+    if (type == VT_DISPATCH) {
+        dispatch = static_cast<IDispatch*>(object);
+        dispatch->AddRef();
+    } else if (FAILED(object->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
+        return;
+    }
+    IDispatch* const wrapper = WrapperOf(dispatch, path);
+    dispatch->Release();
+    if (wrapper != nullptr) {
+        *place = wrapper;
+        object->Release();
+    }
+}
+
+void Tracer::Wrap(VARIANT& value, const std::string& path) noexcept {
+    try {
+        VisitObjects(value, [&](const ObjectSlot& slot) {
+            WrapPlace(slot.place, slot.type, slot.index < 0 ? path : path + "[" + std::to_string(slot.index) + "]");
+        });
+    } catch (...) {
+        // Memory for a path is lacking: what is not wrapped by now stays untraced.
+    }
+}
+
+TracedObject* Tracer::AsWrapper(IUnknown* object) const noexcept {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_wrappers.count(object) != 0 ? static_cast<TracedObject*>(object) : nullptr;
+}
+
+IDispatch* Tracer::ObjectBehind(IUnknown* wrapper) const noexcept {
+    TracedObject* const traced = AsWrapper(wrapper);
+    return traced == nullptr ? nullptr : traced->Object();
+}
+
+std::size_t Tracer::Wrappers() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_wrappers.size();
+}
+
+void Tracer::Forget(TracedObject& wrapper) noexcept {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_wrappers.erase(&wrapper);
+    const auto found = m_byIdentity.find(wrapper.Identity());
+    if (found != m_byIdentity.end() && found->second == &wrapper) {
+        m_byIdentity.erase(found);
+    }
+}
+
+} // namespace kinora::trace
