@@ -22,7 +22,7 @@ await build({
   outExtension: { '.js': '.mjs' },
   format: 'esm',
   platform: 'node',
-  target: 'node20',
+  target: 'node18',
   external: ['playwright-core'],
   nodePaths: [join(here, 'node_modules')],
   sourcemap: 'inline',

@@ -119,6 +119,7 @@ test('the largest loads are named with their places, and lead there', async () =
   await driver.locator('button').first().click();
   assert.equal(await page.locator('.time-readout').textContent(), '0 s step 0');
   await page.locator('summary').click();
+  await page.locator('details tbody tr').first().waitFor();
   assert.equal(await page.locator('details tbody tr').count(), 28);
   await close(page);
 });
