@@ -16,6 +16,7 @@ struct CommandLine {
     bool overwrite = false;
     bool resume = false;
     bool dryRun = false;
+    bool report = false;
     int stepLimit = -1;
     Talk talk = Talk::Normal;
     /// Not empty when help or the version was asked for: print it and end.

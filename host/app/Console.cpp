@@ -72,6 +72,7 @@ void Console::OnPhase(const std::string& text) {
 void Console::OnWarning(const std::string& text) {
     EndBar();
     PrintError("warning: " + text + "\n");
+    m_warnings.push_back(text);
 }
 
 void Console::OnStep(const StepRecord& record) {

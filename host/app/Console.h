@@ -22,6 +22,7 @@ public:
     void OnStep(const StepRecord& record) override;
 
     const std::vector<StepRecord>& Records() const { return m_records; }
+    const std::vector<std::string>& Warnings() const { return m_warnings; }
 
     /// Takes the bar off the screen, so that other text may follow.
     void EndBar();
@@ -35,6 +36,7 @@ private:
     int m_firstStep = -1;
     std::chrono::steady_clock::time_point m_start;
     std::vector<StepRecord> m_records;
+    std::vector<std::string> m_warnings;
 };
 
 /// Writes to the standard output, or error stream, at once.

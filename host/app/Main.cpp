@@ -6,6 +6,7 @@
 #include "host/core/ScenarioReader.h"
 #include "host/core/Text.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
+#include "report/core/Report.h"
 
 #include <windows.h>
 
@@ -63,6 +64,22 @@ void PrintResults(const Scenario& scenario, const Console& console, Talk talk) {
     Print(FileList(scenario));
 }
 
+/// The page of a run, from what the coupling and this host have written.
+void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, const Console& console) {
+    const RunFiles files = FilesOf(scenario);
+    kinora::report::ReportSources sources;
+    sources.log = files.couplingLog;
+    sources.scenario = &scenario;
+    sources.scenarioFile = PathFromUtf8(arguments.scenarioFile);
+    sources.states = files.csv;
+    sources.generator = "kinora-run " KINORA_VERSION;
+    for (const std::string& warning : console.Warnings())
+        sources.notices.push_back({kinora::report::Severity::Warning, warning});
+    const std::filesystem::path page = kinora::report::DefaultPageFile(sources.log);
+    kinora::report::WriteReport(sources, kinora::report::FindTemplate(), page);
+    Print(fmt::format("report        {}\n", Utf8FromPath(page)));
+}
+
 ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     const RunOptions options = OptionsFrom(arguments);
     const ComScope com;
@@ -74,6 +91,8 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     const RunEnd end = run.Run();
     console.EndBar();
     PrintResults(scenario, console, arguments.talk);
+    if (arguments.report)
+        WriteReportPage(arguments, scenario, console);
     if (end == RunEnd::Complete)
         return ExitStatus::Done;
     PrintError("The run stopped before its end; --resume goes on with it.\n");

@@ -18,12 +18,12 @@ TEST(CommandLine, TakesAScenarioAlone) {
 
 TEST(CommandLine, TakesEveryOption) {
     const CommandLine line = ReadCommandLine({"--out", "there", "--desktop", "Simulator", "--csv", "states.csv",
-                                              "--overwrite", "--dry-run", "--steps", "7", "-v", "/path/run.json"});
+                                              "--overwrite", "--dry-run", "--report", "--steps", "7", "-v", "/path/run.json"});
     EXPECT_EQ(line.scenarioFile, "/path/run.json");
     EXPECT_EQ(line.outputFolder, "there");
     EXPECT_EQ(line.desktopVersion, "Simulator");
     EXPECT_EQ(line.csvFile, "states.csv");
-    EXPECT_TRUE(line.overwrite && line.dryRun);
+    EXPECT_TRUE(line.overwrite && line.dryRun && line.report);
     EXPECT_EQ(line.stepLimit, 7);
     EXPECT_EQ(line.talk, Talk::Verbose);
 }
