@@ -60,6 +60,7 @@ const fake::TestFolder& WholeSession::Folder() {
 }
 
 WholeSession::WholeSession(const Size& size) : m_size(size), m_coupling(std::make_unique<CKinoraVeltrixCoupling>()) {
+    MakeInputs();
     CoInitialize(nullptr);
     RestartDesktop();
 }
@@ -88,7 +89,7 @@ std::vector<Operation> WholeSession::Operations() {
     std::vector<Operation> operations{
         {"Launch", [this] { return m_coupling->LaunchDesktop(); }},
         {"Create", [this] { return m_coupling->CreateProject("Magnets.vtdk", "magnets.obj", "mm"); }},
-        {"Init", [this] { return m_coupling->InitMagneticObjects(Groups(), Materials()); }},
+        {"Init", [this] { return m_coupling->InitMagneticObjects(m_groups, m_materials); }},
     };
     for (int step = 0; step < m_size.steps; ++step) {
         operations.push_back({"Step", [this, step] { return Step(step); }});
@@ -101,41 +102,35 @@ std::vector<Operation> WholeSession::Operations() {
 
 bool WholeSession::Step(int number) {
     Desktop().updateReports = number < m_size.stepsWithReports ? L"" : L"Never";
-    return m_coupling->Analyze(0.1 * number, Poses(number), m_results, m_status);
+    return m_coupling->Analyze(0.1 * number, m_poses[static_cast<std::size_t>(number)], m_results, m_status);
 }
 
 bool WholeSession::Repair() {
-    m_coupling->ReleaseApplication();
+    if (Desktop().application.References() > 0) {
+        m_coupling->ReleaseApplication();
+    }
     RestartDesktop();
     Desktop().updateReports = L"Never";
     return m_coupling->LaunchDesktop() && m_coupling->CreateProject("Magnets.vtdk", "magnets.obj", "mm") &&
-           m_coupling->InitMagneticObjects(Groups(), Materials()) &&
-           m_coupling->Analyze(0.0, Poses(0), m_results, m_status) && m_coupling->QuitApplication();
+           m_coupling->InitMagneticObjects(m_groups, m_materials) &&
+           m_coupling->Analyze(0.0, m_poses[0], m_results, m_status) && m_coupling->QuitApplication();
 }
 
-std::vector<Group> WholeSession::Groups() const {
-    std::vector<Group> groups;
+void WholeSession::MakeInputs() {
     for (int body = 0; body < m_size.bodies; ++body) {
-        groups.push_back({poses[body], {objects[body]}});
+        m_groups.push_back({poses[body], {objects[body]}});
     }
-    return groups;
-}
-
-std::map<std::string, Material> WholeSession::Materials() const {
-    std::map<std::string, Material> materials{{"Magnet", {"N45", {890000.0, 0.0, 0.0}}}};
+    m_materials["Magnet"] = {"N45", {890000.0, 0.0, 0.0}};
     if (m_size.bodies > 1) {
-        materials["Block"] = {"N35", {0.0, 0.0, -700000.0}};
+        m_materials["Block"] = {"N35", {0.0, 0.0, -700000.0}};
     }
     if (m_size.bodies > 2) {
-        materials["Core"] = {"iron", {}};
+        m_materials["Core"] = {"iron", {}};
     }
-    return materials;
-}
-
-std::vector<Transform> WholeSession::Poses(int step) const {
-    std::vector<Transform> moved(std::begin(poses), std::begin(poses) + m_size.bodies);
-    moved[0].translation[0] += 0.01 * step;
-    return moved;
+    for (int step = 0; step < m_size.steps; ++step) {
+        m_poses.emplace_back(std::begin(poses), std::begin(poses) + m_size.bodies);
+        m_poses.back()[0].translation[0] += 0.01 * step;
+    }
 }
 
 std::string WholeSession::Owned() {

@@ -6,6 +6,7 @@
 #include "tests/support/TestFolder.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -48,6 +49,8 @@ public:
     std::string Owned();
     /// True when no object but these four has a reference.
     bool HoldsNothingElse();
+    /// Frees the memory of the results that were returned.
+    void ForgetResults() { std::vector<IKinoraVeltrixInterface::Result>().swap(m_results); }
     /// Destroys the coupling object after letting go of everything.
     void End();
 
@@ -58,11 +61,13 @@ private:
     static Shared& SharedParts();
 
     bool Step(int number);
-    std::vector<IKinoraVeltrixInterface::Group> Groups() const;
-    std::map<std::string, IKinoraVeltrixInterface::Material> Materials() const;
-    std::vector<IKinoraVeltrixInterface::Transform> Poses(int step) const;
+    void MakeInputs();
 
     Size m_size;
+    // Made before the session, so that an operation allocates nothing but what the library allocates.
+    std::vector<IKinoraVeltrixInterface::Group> m_groups;
+    std::map<std::string, IKinoraVeltrixInterface::Material> m_materials;
+    std::vector<std::vector<IKinoraVeltrixInterface::Transform>> m_poses;
     std::vector<std::unique_ptr<fake::FakeDesktop>> m_desktops;
     std::unique_ptr<CKinoraVeltrixCoupling> m_coupling;
     std::vector<IKinoraVeltrixInterface::Result> m_results;

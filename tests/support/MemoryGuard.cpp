@@ -34,6 +34,7 @@ public:
     void* STDMETHODCALLTYPE PostAlloc(void* block) override {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (block != nullptr && IsWatchedThread()) {
+            const InsideDesktop notTheLibrary; // what the spy itself allocates
             m_blocks[block] = m_size;
         }
         return block;

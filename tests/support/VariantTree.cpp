@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 
 namespace fake {
@@ -81,18 +82,15 @@ bool IsKey(const Value& value) {
     return value.type == VT_BSTR && value.text.size() >= 2 && value.text.compare(value.text.size() - 2, 2, L":=") == 0;
 }
 
-Value ReadElement(SAFEARRAY* array, VARTYPE elementType, LONG index) {
-    VARIANT element;
-    VariantInit(&element);
-    if (elementType == VT_VARIANT) {
-        SafeArrayGetElement(array, &index, &element);
-    } else if (SafeArrayGetElemsize(array) <= sizeof(element.llVal)) {
-        element.vt = elementType;
-        SafeArrayGetElement(array, &index, &element.llVal);
+/// An element of an array that does not hold VARIANTs, seen as one; empty for elements that no VARIANT takes.
+VARIANT SeenAsVariant(const unsigned char* element, UINT size, VARTYPE type) {
+    VARIANT variant;
+    VariantInit(&variant);
+    if (size <= sizeof variant.llVal) {
+        std::memcpy(&variant.llVal, element, size);
+        variant.vt = type;
     }
-    const Value value = Read(element);
-    VariantClear(&element);
-    return value;
+    return variant;
 }
 
 void ReadArray(const VARIANT& variant, Value& value) {
@@ -101,12 +99,18 @@ void ReadArray(const VARIANT& variant, Value& value) {
     if (value.dimensions != 1) {
         return;
     }
+    const auto type = static_cast<VARTYPE>(variant.vt & VT_TYPEMASK);
+    const UINT size = SafeArrayGetElemsize(array);
     LONG upperBound = -1;
     SafeArrayGetLBound(array, 1, &value.lowerBound);
     SafeArrayGetUBound(array, 1, &upperBound);
-    for (LONG index = value.lowerBound; index <= upperBound; ++index) {
-        value.items.push_back(ReadElement(array, static_cast<VARTYPE>(variant.vt & VT_TYPEMASK), index));
+    unsigned char* element = nullptr;
+    SafeArrayAccessData(array, reinterpret_cast<void**>(&element));
+    for (LONG index = value.lowerBound; index <= upperBound; ++index, element += size) {
+        value.items.push_back(
+            Read(type == VT_VARIANT ? *reinterpret_cast<const VARIANT*>(element) : SeenAsVariant(element, size, type)));
     }
+    SafeArrayUnaccessData(array);
 }
 
 } // namespace
