@@ -5,8 +5,8 @@
 #include "comutils/Text.h"
 #include "coupling/CsvFile.h"
 #include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/ReportsFolder.h"
 
-#include <filesystem>
 #include <set>
 
 /// What one step reads at its start and needs until its end.
@@ -29,16 +29,6 @@ using Transform = IKinoraVeltrixInterface::Transform;
 using Result = IKinoraVeltrixInterface::Result;
 
 constexpr char updateReportsOption[] = "Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve";
-
-/// A first step starts in an empty folder. One level is created; a missing parent is an error.
-void PrepareReportsFolder(const std::string& narrowFolder, bool isFirst) {
-    const std::filesystem::path folder = Text::ToWide(narrowFolder);
-    const bool exists = std::filesystem::exists(folder);
-    if (exists && isFirst)
-        std::filesystem::remove_all(folder);
-    if (!exists || isFirst)
-        std::filesystem::create_directory(folder);
-}
 
 void WriteLogHeader(CCsvFile& log, const std::vector<Transform>& transforms) {
     log << "Step," << Names::timeVariable;
