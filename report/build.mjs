@@ -25,7 +25,8 @@ const textOf = (extension) => result.outputFiles.find((file) => file.path.endsWi
 const script = textOf('.js');
 const style = textOf('.css');
 // esbuild writes no such thing; were it there, the browser would end the element in the middle.
-if (/<\/script|<!--/i.test(script) || /<\//.test(style)) throw new Error('the bundle holds text that ends its own element');
+if (/<\/script|<!--/i.test(script) || /<\//.test(style))
+  throw new Error('the bundle holds text that ends its own element');
 const hash = (text) => `sha256-${createHash('sha256').update(text).digest('base64')}`;
 
 const licences = ['three', 'uplot']

@@ -11,7 +11,9 @@ const tests = join(here, '../tests/report');
 // Among the packages, so that the tests find those that are not bundled.
 const bundled = join(here, 'node_modules/.tests');
 
-execFileSync(process.execPath, [join(here, 'node_modules/typescript/bin/tsc'), '--noEmit', '-p', here], { stdio: 'inherit' });
+execFileSync(process.execPath, [join(here, 'node_modules/typescript/bin/tsc'), '--noEmit', '-p', here], {
+  stdio: 'inherit',
+});
 rmSync(bundled, { recursive: true, force: true });
 await build({
   entryPoints: readdirSync(tests)
@@ -29,5 +31,7 @@ await build({
   logLevel: 'warning',
 });
 const files = readdirSync(bundled).map((name) => join(bundled, name));
-const { status } = spawnSync(process.execPath, ['--enable-source-maps', '--test', '--test-reporter=spec', ...files], { stdio: 'inherit' });
+const { status } = spawnSync(process.execPath, ['--enable-source-maps', '--test', '--test-reporter=spec', ...files], {
+  stdio: 'inherit',
+});
 process.exit(status ?? 1);

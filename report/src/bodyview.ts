@@ -67,7 +67,10 @@ function makePart(source: MeshObject, object: ModelObject | undefined, bodies: B
   geometry.computeVertexNormals();
   const hasPoles = addPoles(geometry, object?.direction);
   const mesh = new Mesh(geometry, new MeshLambertMaterial({ flatShading: true }));
-  const edges = new LineSegments(new EdgesGeometry(geometry, FEATURE_ANGLE_DEGREES), new LineBasicMaterial({ transparent: true }));
+  const edges = new LineSegments(
+    new EdgesGeometry(geometry, FEATURE_ANGLE_DEGREES),
+    new LineBasicMaterial({ transparent: true }),
+  );
   return { body, mesh, edges, hasPoles };
 }
 

@@ -64,7 +64,12 @@ export class TimeChart {
     this.element = el(
       'figure',
       { class: 'chart' },
-      el('figcaption', {}, el('span', { class: 'chart-title' }, content.title, el('span', { class: 'unit' }, ` ${content.unit}`)), this.legend),
+      el(
+        'figcaption',
+        {},
+        el('span', { class: 'chart-title' }, content.title, el('span', { class: 'unit' }, ` ${content.unit}`)),
+        this.legend,
+      ),
       this.plotPlace,
     );
     if (this.lines.length === 0) {
@@ -214,7 +219,10 @@ export class TimeChart {
     const { plotPlace, store } = this;
     plotPlace.tabIndex = 0;
     plotPlace.setAttribute('role', 'group');
-    plotPlace.setAttribute('aria-label', `${this.content.title}, ${this.content.unit}: arrow keys move the cursor, plus and minus zoom`);
+    plotPlace.setAttribute(
+      'aria-label',
+      `${this.content.title}, ${this.content.unit}: arrow keys move the cursor, plus and minus zoom`,
+    );
     plotPlace.addEventListener('keydown', (event) => chartKey(event, store));
     plotPlace.addEventListener(
       'wheel',

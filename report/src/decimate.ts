@@ -30,7 +30,9 @@ export function thinCurve(xs: ArrayLike<number>, ys: ArrayLike<number>, xPixel: 
 }
 
 /** Smallest and largest number and their rows; null when there is none. */
-export function extremesOf(values: ArrayLike<number>): { min: number; minRow: number; max: number; maxRow: number } | null {
+export function extremesOf(
+  values: ArrayLike<number>,
+): { min: number; minRow: number; max: number; maxRow: number } | null {
   let minRow = -1;
   let maxRow = -1;
   for (let row = 0; row < values.length; ++row) {

@@ -10,7 +10,10 @@ export function number(value: number, digits = 6): string {
   const text =
     magnitude >= 1e-4 && magnitude < 1e7
       ? String(Number(value.toPrecision(digits)))
-      : value.toExponential(Math.min(digits, 4) - 1).replace(/\.?0+e/, 'e').replace('e+', 'e');
+      : value
+          .toExponential(Math.min(digits, 4) - 1)
+          .replace(/\.?0+e/, 'e')
+          .replace('e+', 'e');
   return text.replace(/-/g, MINUS);
 }
 

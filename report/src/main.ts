@@ -3,23 +3,30 @@
 import 'uplot/dist/uPlot.min.css';
 import './style.css';
 import { TimeChart } from './chart.ts';
+import { themeChoice, toolbar, viewControls } from './controls.ts';
 import { DataError, readRun, type Run } from './data.ts';
 import { extremesOf } from './decimate.ts';
-import { byId, choice, el, tick } from './dom.ts';
+import { byId, el } from './dom.ts';
 import { number } from './format.ts';
 import { PhasePlot, QUANTITIES, usualChoice, variablesOf } from './phase.ts';
 import { Player } from './player.ts';
-import { angleBetween, bodyRows, desktopRows, tripleAt, type Frame } from './pose.ts';
-import { hasWebGl, Replay, type View } from './replay.ts';
-import { Store, type Axis, type LoadAxes, type Quantity } from './store.ts';
-import { addNotice, componentTable, extremesTable, facts, headline, notices, PresentValues, titleOf } from './summary.ts';
-import { bodyColour, chooseTheme, onThemeChange, setPrinting, startTheme, type Choice } from './theme.ts';
+import { hasWebGl, Replay } from './replay.ts';
+import { Store, type Quantity } from './store.ts';
+import {
+  addNotice,
+  componentTable,
+  extremesTable,
+  facts,
+  headline,
+  notices,
+  PresentValues,
+  titleOf,
+} from './summary.ts';
+import { onThemeChange, setPrinting, startTheme } from './theme.ts';
 
 /** Width of a chart on paper, CSS pixels: A4 and US Letter with usual margins, two columns. */
 const PAPER_CHART_WIDTH = 325;
 const PAPER_PHASE_WIDTH = 670;
-/** Frames closer than this are one and the same to six digits, radians. */
-const SAME_FRAME = 1e-4;
 
 function start(): void {
   startTheme();
@@ -48,15 +55,6 @@ function split<T>(values: T[], question: (value: T) => boolean): [T[], T[]] {
   return [values.filter(question), values.filter((value) => !question(value))];
 }
 
-function themeChoice(): HTMLElement {
-  const options: [Choice, string][] = [
-    ['auto', 'as the system'],
-    ['light', 'light'],
-    ['dark', 'dark'],
-  ];
-  return choice('Look', options, 'auto', (value) => chooseTheme(value as Choice));
-}
-
 class Page {
   private readonly store: Store;
   private charts: TimeChart[] = [];
@@ -77,7 +75,7 @@ class Page {
       notices(this.run),
       ...(this.run.bodies.length > 0 ? [this.extremes()] : []),
     );
-    this.buildToolbar();
+    byId('toolbar').append(...toolbar(this.store));
     this.buildCharts();
     this.buildPhases();
     byId('player').append(new Player(this.store).element);
@@ -101,101 +99,18 @@ class Page {
       return;
     }
     if (!hasWebGl()) {
-      place.append(el('p', { class: 'missing' }, 'The 3D view needs WebGL 2, which this browser does not offer or has switched off.'));
+      place.append(
+        el(
+          'p',
+          { class: 'missing' },
+          'The 3D view needs WebGL 2, which this browser does not offer or has switched off.',
+        ),
+      );
       return;
     }
     this.replay = new Replay(this.store, place);
-    byId('view-controls').append(...this.viewControls(this.replay));
+    byId('view-controls').append(...viewControls(this.store, this.replay));
     for (const text of this.replay.problems) addNotice(text);
-  }
-
-  private viewControls(replay: Replay): HTMLElement[] {
-    const views: [View, string][] = [
-      ['iso', 'Fit'],
-      ['x', 'Along X'],
-      ['y', 'Along Y'],
-      ['z', 'Along Z'],
-    ];
-    const buttons = views.map(([view, text]) => el('button', { type: 'button', onclick: () => replay.look(view) }, text));
-    const ticks = (['forces', 'torques', 'frames', 'names'] as const).map((what) =>
-      tick(what[0].toUpperCase() + what.slice(1), replay.isShown(what), (isOn) => replay.show(what, isOn)),
-    );
-    const controls: HTMLElement[] = [el('div', { class: 'buttons', role: 'group', 'aria-label': 'View' }, ...buttons), ...ticks];
-    if (replay.hasPoles) {
-      controls.push(
-        choice('Colour', [['poles', 'by pole'], ['bodies', 'by body']], replay.colouring, (value) => {
-          replay.colouring = value as 'poles' | 'bodies';
-          replay.restyle();
-        }),
-      );
-    }
-    if (this.framesDiffer()) {
-      controls.push(
-        choice('Frame', [['desktop', 'as solved'], ['body', 'as moved']], 'desktop', (value) =>
-          this.store.changeValues({ frame: value as Frame }),
-        ),
-      );
-    }
-    return controls;
-  }
-
-  private framesDiffer(): boolean {
-    return this.run.bodies.some((body) => {
-      for (let row = 0; row < this.run.rows; ++row) {
-        const angles = tripleAt(body.angles, row);
-        if (angleBetween(bodyRows(angles), desktopRows(angles)) > SAME_FRAME) return true;
-      }
-      return false;
-    });
-  }
-
-  private buildToolbar(): void {
-    const { store } = this;
-    const axes: [Axis, string][] = [];
-    if (store.timeAscends) axes.push(['time', 'time']);
-    if (store.stepAscends || !store.timeAscends) axes.push(['step', store.stepAscends ? 'step' : 'row of the log']);
-    byId('toolbar').append(
-      ...this.bodyChips(),
-      el('span', { class: 'spring' }),
-      choice('Over', axes, store.axis, (value) => store.setAxis(value as Axis)),
-      choice('Loads in', [['frame', "the body's axes"], ['global', 'global axes']], 'frame', (value) =>
-        store.changeValues({ loadAxes: value as LoadAxes }),
-      ),
-      tick('Continuous angles', true, (isOn) => store.changeValues({ continuousAngles: isOn })),
-      el(
-        'div',
-        { class: 'buttons', role: 'group', 'aria-label': 'Zoom' },
-        el('button', { type: 'button', 'aria-label': 'Zoom in', onclick: () => store.zoom(0.5, store.xs()[store.row]) }, '+'),
-        el('button', { type: 'button', 'aria-label': 'Zoom out', onclick: () => store.zoom(2, store.xs()[store.row]) }, '−'),
-        el('button', { type: 'button', onclick: () => store.resetRange() }, 'Whole run'),
-      ),
-    );
-  }
-
-  private bodyChips(): HTMLElement[] {
-    const { store } = this;
-    if (this.run.bodies.length < 2) return [];
-    const chips = this.run.bodies.map((body, index) => {
-      const chip = el(
-        'button',
-        {
-          type: 'button',
-          class: 'chip',
-          'aria-pressed': String(store.shownBodies.has(index)),
-          onclick: () => {
-            store.showBody(index, !store.shownBodies.has(index));
-            chip.setAttribute('aria-pressed', String(store.shownBodies.has(index)));
-          },
-        },
-        el('span', { class: 'swatch' }),
-        body.name,
-      );
-      const paint = () => chip.style.setProperty('--body', bodyColour(index));
-      paint();
-      onThemeChange(paint);
-      return chip;
-    });
-    return [el('div', { class: 'chips', role: 'group', 'aria-label': 'Bodies in the charts' }, ...chips)];
   }
 
   private buildCharts(): void {
@@ -206,7 +121,11 @@ class Page {
     for (const quantity of QUANTITIES) {
       const [still, moving] = split(bodies, (body) => this.isStill(body, quantity));
       const charts = moving.map((body) => this.bodyChart(body, quantity));
-      this.addSection(PLURALS[quantity], charts, still.map((body) => this.stillText(body, quantity)));
+      this.addSection(
+        PLURALS[quantity],
+        charts,
+        still.map((body) => this.stillText(body, quantity)),
+      );
     }
     for (const [group, charts] of this.seriesCharts()) this.addSection(group, charts, []);
     for (const chart of this.charts) chart.draw();
@@ -216,7 +135,9 @@ class Page {
     if (charts.length + texts.length === 0) return;
     const grid = el('div', { class: 'chart-grid' }, ...charts.map((chart) => chart.element));
     const still = texts.map((text) => el('p', { class: 'still' }, text));
-    this.chartPlace.append(el('section', { class: 'charts-of' }, el('h2', {}, title), ...(charts.length > 0 ? [grid] : []), ...still));
+    this.chartPlace.append(
+      el('section', { class: 'charts-of' }, el('h2', {}, title), ...(charts.length > 0 ? [grid] : []), ...still),
+    );
     this.charts.push(...charts);
   }
 
@@ -261,7 +182,12 @@ class Page {
       charts.set(
         group,
         [...units].map(([unit, list]) => {
-          const lines = list.map((series, index) => ({ label: series.name, values: series.values, colour: index, isShown: true }));
+          const lines = list.map((series, index) => ({
+            label: series.name,
+            values: series.values,
+            colour: index,
+            isShown: true,
+          }));
           const title = list.length > 2 ? 'Energies' : list.map((series) => series.name).join(', ');
           return new TimeChart(this.store, { title, unit, floor: 0, lines });
         }),
@@ -329,6 +255,11 @@ class Page {
   }
 }
 
-const PLURALS: Record<Quantity, string> = { force: 'Forces', torque: 'Torques', position: 'Positions', angles: 'Angles' };
+const PLURALS: Record<Quantity, string> = {
+  force: 'Forces',
+  torque: 'Torques',
+  position: 'Positions',
+  angles: 'Angles',
+};
 
 start();

@@ -185,7 +185,10 @@ export class PhasePlot {
       height: HEIGHT,
       padding: [8, 16, 0, 0],
       legend: { show: false },
-      scales: { x: { time: false, range: (_, min, max) => padded(min, max) }, y: { range: (_, min, max) => padded(min, max) } },
+      scales: {
+        x: { time: false, range: (_, min, max) => padded(min, max) },
+        y: { range: (_, min, max) => padded(min, max) },
+      },
       axes: [axisLook(xLabel, 30), axisLook(yLabel, 58)],
       series: [
         {},
@@ -205,7 +208,8 @@ export class PhasePlot {
   }
 
   private curve(plot: uPlot): uPlot.Series.Paths {
-    const pixel = (scale: 'x' | 'y', size: number) => Math.abs((plot.scales[scale].max! - plot.scales[scale].min!) / size);
+    const pixel = (scale: 'x' | 'y', size: number) =>
+      Math.abs((plot.scales[scale].max! - plot.scales[scale].min!) / size);
     const rows = thinCurve(this.xs, this.ys, pixel('x', plot.bbox.width), pixel('y', plot.bbox.height));
     const stroke = new Path2D();
     let isPenUp = true;

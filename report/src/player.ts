@@ -20,7 +20,9 @@ export class Player {
 
   constructor(private readonly store: Store) {
     const { run } = store;
-    this.clock = store.timeAscends ? run.time! : Float64Array.from({ length: run.rows }, (_, row) => row / ROWS_PER_SECOND);
+    this.clock = store.timeAscends
+      ? run.time!
+      : Float64Array.from({ length: run.rows }, (_, row) => row / ROWS_PER_SECOND);
     const span = this.span();
     this.duration = span >= 4 && span <= 20 ? span : 8;
     this.slider = el('input', {
@@ -36,7 +38,10 @@ export class Player {
       },
     });
     const durations: [string, string][] = [2, 4, 8, 16, 32, 64].map((s) => [String(s), `${s} s`]);
-    durations.push([String(span), store.timeAscends ? `real time (${number(span, 3)} s)` : `${ROWS_PER_SECOND} rows a second`]);
+    durations.push([
+      String(span),
+      store.timeAscends ? `real time (${number(span, 3)} s)` : `${ROWS_PER_SECOND} rows a second`,
+    ]);
     this.element = el(
       'div',
       { class: 'player' },

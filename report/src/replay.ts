@@ -110,7 +110,12 @@ export class Replay {
       view.group.matrix.copy(placement(position, rows));
       view.triad.visible = this.shows.frames;
       this.pointArrow(view.force, position, outOfFrame(loadRows, tripleAt(body.force, store.row)), this.largestForce);
-      this.pointArrow(view.torque, position, outOfFrame(loadRows, tripleAt(body.torque, store.row)), this.largestTorque);
+      this.pointArrow(
+        view.torque,
+        position,
+        outOfFrame(loadRows, tripleAt(body.torque, store.row)),
+        this.largestTorque,
+      );
       view.force.object.visible &&= this.shows.forces;
       view.torque.object.visible &&= this.shows.torques;
     });
@@ -181,7 +186,10 @@ export class Replay {
     });
     const all = spheres.reduce((box, sphere) => box.union(sphere.getBoundingBox(new Box3())), new Box3());
     const center = all.getCenter(new Vector3());
-    const radius = spheres.reduce((most, sphere) => Math.max(most, center.distanceTo(sphere.center) + sphere.radius), 0);
+    const radius = spheres.reduce(
+      (most, sphere) => Math.max(most, center.distanceTo(sphere.center) + sphere.radius),
+      0,
+    );
     return new Sphere(center, radius > 0 ? radius : SMALLEST_SCENE);
   }
 
@@ -226,7 +234,8 @@ export class Replay {
   /** What the longest arrows stand for. */
   private arrowKey(): HTMLElement {
     const entry = (name: string, size: number, unit: string, className: string) =>
-      size > 0 && el('div', { class: className }, el('span', { class: 'swatch' }), `${name}, longest ${number(size, 4)} ${unit}`);
+      size > 0 &&
+      el('div', { class: className }, el('span', { class: 'swatch' }), `${name}, longest ${number(size, 4)} ${unit}`);
     return el(
       'div',
       { class: 'arrow-key' },
@@ -268,7 +277,9 @@ export class Replay {
       const left = ((place.x + 1) / 2) * width;
       let top = ((1 - place.y) / 2) * height;
       // A name that would cover another goes above it.
-      for (const other of taken) if (Math.abs(other.left - left) < 80 && Math.abs(other.top - top) < LABEL_HEIGHT) top = other.top - LABEL_HEIGHT;
+      for (const other of taken)
+        if (Math.abs(other.left - left) < 80 && Math.abs(other.top - top) < LABEL_HEIGHT)
+          top = other.top - LABEL_HEIGHT;
       taken.push({ left, top });
       view.label.style.setProperty('left', `${left}px`);
       view.label.style.setProperty('top', `${top}px`);
@@ -315,7 +326,9 @@ export class Replay {
     const length = offset.length() * zoom;
     const angle = Math.atan2(offset.y, offset.x) + azimuth;
     const tilt = Math.min(Math.PI - 0.01, Math.max(0.01, Math.acos(offset.z / offset.length()) + polar));
-    offset.set(Math.sin(tilt) * Math.cos(angle), Math.sin(tilt) * Math.sin(angle), Math.cos(tilt)).multiplyScalar(length);
+    offset
+      .set(Math.sin(tilt) * Math.cos(angle), Math.sin(tilt) * Math.sin(angle), Math.cos(tilt))
+      .multiplyScalar(length);
     this.camera.position.copy(this.controls.target).add(offset);
     this.controls.update();
     this.queue();

@@ -48,7 +48,9 @@ export class Store {
     this.timeAscends = run.time !== null && ascends(run.time);
     this.stepAscends = ascends(run.step);
     this.axis = this.timeAscends ? 'time' : 'step';
-    this.lengthFactor = run.bodies.some((body) => body.position.some((c) => c?.some((v) => Math.abs(v) >= 1))) ? 1 : 1000;
+    this.lengthFactor = run.bodies.some((body) => body.position.some((c) => c?.some((v) => Math.abs(v) >= 1)))
+      ? 1
+      : 1000;
     this.shownBodies = new Set(run.bodies.slice(0, 4).keys());
     this.range = this.fullRange();
     this.loadFloor = 1e-6 * this.largestMagnitude('force');

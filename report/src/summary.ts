@@ -21,13 +21,21 @@ export function headline(run: Run): HTMLElement {
     'div',
     {},
     el('h1', {}, titleOf(run)),
-    el('dl', { class: 'origin' }, ...origin.map(([name, text]) => el('div', {}, el('dt', {}, name), el('dd', {}, text)))),
+    el(
+      'dl',
+      { class: 'origin' },
+      ...origin.map(([name, text]) => el('div', {}, el('dt', {}, name), el('dd', {}, text))),
+    ),
   );
 }
 
 /** What the reader must know about the run. */
 export function notices(run: Run): HTMLElement {
-  return el('ul', { class: 'notices', id: 'notices', 'aria-label': 'Warnings of the run' }, ...run.notices.map(noticeItem));
+  return el(
+    'ul',
+    { class: 'notices', id: 'notices', 'aria-label': 'Warnings of the run' },
+    ...run.notices.map(noticeItem),
+  );
 }
 
 /** Adds what only showed while the page was built. */
@@ -51,7 +59,11 @@ export function facts(run: Run): HTMLElement {
   const width = run.time && stepWidth(run.time);
   if (width) entries.push(['Step width', `${number(width, 3)} s`]);
   entries.push(['Bodies', run.bodies.length ? run.bodies.map((body) => body.name).join(', ') : 'none']);
-  return el('dl', { class: 'facts' }, ...entries.map(([name, text]) => el('div', {}, el('dt', {}, name), el('dd', {}, text))));
+  return el(
+    'dl',
+    { class: 'facts' },
+    ...entries.map(([name, text]) => el('div', {}, el('dt', {}, name), el('dd', {}, text))),
+  );
 }
 
 /** The usual distance of two times. */
@@ -77,7 +89,9 @@ export function extremesTable(store: Store): HTMLElement {
       const { components } = store.info(quantity);
       return store.columns(index, quantity).flatMap((values, i) => {
         const found = values && extremesOf(values);
-        return found && found.max - found.min > store.info(quantity).floor ? [`${components[i]} ${number(found.max - found.min, 4)}`] : [];
+        return found && found.max - found.min > store.info(quantity).floor
+          ? [`${components[i]} ${number(found.max - found.min, 4)}`]
+          : [];
       });
     };
     return el(
@@ -90,11 +104,24 @@ export function extremesTable(store: Store): HTMLElement {
       el('td', {}, spans('angles').join(', ') || '0'),
     );
   });
-  const head = ['Body', `Largest force (${unit('force')})`, 'at', `Largest torque (${unit('torque')})`, 'at', `Travel (${unit('position')})`, `Turn (${unit('angles')})`];
+  const head = [
+    'Body',
+    `Largest force (${unit('force')})`,
+    'at',
+    `Largest torque (${unit('torque')})`,
+    'at',
+    `Travel (${unit('position')})`,
+    `Turn (${unit('angles')})`,
+  ];
   return el(
     'div',
     { class: 'table-scroll' },
-    el('table', { class: 'extremes' }, el('thead', {}, el('tr', {}, ...head.map((text) => el('th', { scope: 'col' }, text)))), el('tbody', {}, ...rows)),
+    el(
+      'table',
+      { class: 'extremes' },
+      el('thead', {}, el('tr', {}, ...head.map((text) => el('th', { scope: 'col' }, text)))),
+      el('tbody', {}, ...rows),
+    ),
   );
 }
 
@@ -123,7 +150,12 @@ export function componentTable(store: Store): HTMLElement {
   return el(
     'div',
     { class: 'table-scroll' },
-    el('table', {}, el('thead', {}, el('tr', {}, ...head.map((text) => el('th', { scope: 'col' }, text)))), el('tbody', {}, ...rows)),
+    el(
+      'table',
+      {},
+      el('thead', {}, el('tr', {}, ...head.map((text) => el('th', { scope: 'col' }, text)))),
+      el('tbody', {}, ...rows),
+    ),
   );
 }
 
@@ -134,7 +166,11 @@ function whereCell(store: Store, row: number): HTMLElement {
     store.setPlaying(false);
     store.setRow(row);
   };
-  return el('td', {}, el('button', { type: 'button', class: 'where', title: `Go to step ${number(run.step[row])}`, onclick: go }, text));
+  return el(
+    'td',
+    {},
+    el('button', { type: 'button', class: 'where', title: `Go to step ${number(run.step[row])}`, onclick: go }, text),
+  );
 }
 
 /** All values of the shown bodies at the present row. */
@@ -163,18 +199,25 @@ export class PresentValues {
     const rows = QUANTITIES.map((quantity) => {
       const info = store.info(quantity);
       const name = quantity === 'angles' ? `Phi, Theta, Psi (${info.unit})` : `${info.title} (${info.unit})`;
-      const cells = store.columns(index, quantity).slice(0, 3).map((values) => {
-        const cell = el('td', {}, '–');
-        if (values) this.cells.push({ cell, values });
-        return cell;
-      });
+      const cells = store
+        .columns(index, quantity)
+        .slice(0, 3)
+        .map((values) => {
+          const cell = el('td', {}, '–');
+          if (values) this.cells.push({ cell, values });
+          return cell;
+        });
       return el('tr', { 'data-quantity': quantity }, el('th', { scope: 'row' }, name), ...cells);
     });
     const heads = ['X', 'Y', 'Z'].map((text) => el('th', { scope: 'col' }, text));
     return el(
       'table',
       { 'data-body': store.run.bodies[index].name },
-      el('thead', {}, el('tr', {}, el('th', { scope: 'col', class: 'body-name' }, store.run.bodies[index].name), ...heads)),
+      el(
+        'thead',
+        {},
+        el('tr', {}, el('th', { scope: 'col', class: 'body-name' }, store.run.bodies[index].name), ...heads),
+      ),
       el('tbody', {}, ...rows),
     );
   }

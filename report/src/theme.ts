@@ -61,7 +61,8 @@ export const look = (): Look => (isDark() ? DARK : LIGHT);
 export const bodyColour = (index: number): string => look().bodies[index % look().bodies.length];
 export const lineColour = (index: number): string => look().lines[index % look().lines.length];
 /** The dashes of a line on paper; none on a screen. */
-export const lineDash = (index: number): number[] | undefined => (isPrinting ? PRINT_DASHES[index % PRINT_DASHES.length] : undefined);
+export const lineDash = (index: number): number[] | undefined =>
+  isPrinting ? PRINT_DASHES[index % PRINT_DASHES.length] : undefined;
 
 export function onThemeChange(listener: () => void): void {
   listeners.push(listener);

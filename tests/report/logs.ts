@@ -27,7 +27,12 @@ export function line(step: number, time: number, values: number[]): string {
 }
 
 /** A log of `rows` steps; `values` gives the twelve numbers of every body at a time. */
-export function logText(bodies: string[], rows: number, step: number, values: (time: number, row: number) => number[]): string {
+export function logText(
+  bodies: string[],
+  rows: number,
+  step: number,
+  values: (time: number, row: number) => number[],
+): string {
   const lines = [head(bodies)];
   for (let row = 0; row < rows; ++row) lines.push(line(row, row * step, values(row * step, row)));
   return lines.join('\r\n') + '\r\n';

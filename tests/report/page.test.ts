@@ -18,7 +18,10 @@ let folder: string;
 let pages = 0;
 
 before(async () => {
-  for (const [what, file] of [['kinora-report (set KINORA_REPORT_TOOL)', tool], ['chromium (set KINORA_CHROMIUM)', chromiumFile]])
+  for (const [what, file] of [
+    ['kinora-report (set KINORA_REPORT_TOOL)', tool],
+    ['chromium (set KINORA_CHROMIUM)', chromiumFile],
+  ])
     assert.ok(existsSync(file), `${what} is not at ${file}`);
   folder = mkdtempSync(join(tmpdir(), 'kinora-report-page-'));
   browser = await chromium.launch({
@@ -50,13 +53,17 @@ function write(log: string, options: string[] = []): string {
 }
 
 /** Opens a page; whatever it complains of or asks the network for fails the test. */
-async function open(file: string, settings: Parameters<Browser['newPage']>[0] = {}): Promise<Page & { complaints: string[] }> {
+async function open(
+  file: string,
+  settings: Parameters<Browser['newPage']>[0] = {},
+): Promise<Page & { complaints: string[] }> {
   const page = Object.assign(await browser.newPage({ viewport: { width: 1500, height: 950 }, ...settings }), {
     complaints: [] as string[],
   });
   page.on('console', (message) => {
     // Software rendering is slow to hand out its pictures, which only the tests ask for.
-    if (!message.text().includes('GPU stall due to ReadPixels')) page.complaints.push(`${message.type()}: ${message.text()}`);
+    if (!message.text().includes('GPU stall due to ReadPixels'))
+      page.complaints.push(`${message.type()}: ${message.text()}`);
   });
   page.on('pageerror', (error) => page.complaints.push(error.message));
   page.on('dialog', (dialog) => {
@@ -83,13 +90,23 @@ const present = (page: Page, body: string, quantity: string) =>
   page.locator(`.present table[data-body="${body}"] tr[data-quantity=${quantity}] td`).allTextContents();
 
 const legend = (page: Page, section: string, chart: number) =>
-  page.locator('section', { has: page.locator('h2', { hasText: section }) }).locator('figure').nth(chart).locator('.legend-entry');
+  page
+    .locator('section', { has: page.locator('h2', { hasText: section }) })
+    .locator('figure')
+    .nth(chart)
+    .locator('.legend-entry');
 
 test('a page opens offline, without a complaint, with all its parts', async () => {
   const page = await open(write(pulledApart()));
   await ready(page);
   assert.equal(await page.title(), 'run1');
-  assert.deepEqual(await page.locator('h2').allTextContents(), ['Forces', 'Torques', 'Positions', 'Angles', 'Phase plots']);
+  assert.deepEqual(await page.locator('h2').allTextContents(), [
+    'Forces',
+    'Torques',
+    'Positions',
+    'Angles',
+    'Phase plots',
+  ]);
   assert.match((await page.locator('.facts').textContent())!, /0 to 1 s.*21 steps, 0 to 20.*0\.05 s.*lower, upper/);
   assert.match((await page.locator('.origin').textContent())!, /run1\.coupling\.csv/);
   await close(page);
@@ -132,9 +149,15 @@ test('hovering a chart moves every cursor and the replay', async () => {
   await page.mouse.move(box.x + box.width * 0.5, box.y + 20);
   assert.equal(await page.locator('.player input[type=range]').inputValue(), '10');
   assert.deepEqual(await present(page, 'upper', 'position'), ['0', '0', '22']);
-  const cursors = await page.locator('.charts-of .u-cursor-x').evaluateAll((lines) => lines.map((l) => l.getBoundingClientRect().left - l.parentElement!.getBoundingClientRect().left));
+  const cursors = await page
+    .locator('.charts-of .u-cursor-x')
+    .evaluateAll((lines) =>
+      lines.map((l) => l.getBoundingClientRect().left - l.parentElement!.getBoundingClientRect().left),
+    );
   const widths = await page.locator('.charts-of .u-over').evaluateAll((overs) => overs.map((o) => o.clientWidth));
-  cursors.forEach((left, i) => assert.ok(Math.abs(left / widths[i] - 0.5) < 0.02, `cursor ${i} at ${left} of ${widths[i]}`));
+  cursors.forEach((left, i) =>
+    assert.ok(Math.abs(left / widths[i] - 0.5) < 0.02, `cursor ${i} at ${left} of ${widths[i]}`),
+  );
   await page.mouse.move(5, 5);
   assert.deepEqual(await present(page, 'upper', 'position'), ['0', '0', '22'], 'the cursor stays');
   await close(page);
@@ -210,7 +233,9 @@ test('the replay plays to the end of the run and begins anew', async () => {
   await ready(page);
   await page.locator('.player select').selectOption({ label: 'real time (1 s)' });
   await page.getByRole('button', { name: 'Play', exact: true }).click();
-  await page.waitForFunction(() => document.querySelector('.time-readout')!.textContent === '1 s step 20', null, { timeout: 10_000 });
+  await page.waitForFunction(() => document.querySelector('.time-readout')!.textContent === '1 s step 20', null, {
+    timeout: 10_000,
+  });
   await page.locator('.play', { hasText: 'Play' }).waitFor();
   await page.getByRole('button', { name: 'Play', exact: true }).click();
   await page.waitForFunction(() => document.querySelector('.time-readout')!.textContent !== '1 s step 20');
@@ -286,7 +311,10 @@ test('loads can be had in global axes', async () => {
 test('phase plots show what is chosen', async () => {
   const page = await open(write(pulledApart()));
   const plot = page.locator('.phase').first();
-  assert.equal(await plot.locator('.plot').getAttribute('aria-label'), 'upper: Force Z (N) over upper: Position Z (mm)');
+  assert.equal(
+    await plot.locator('.plot').getAttribute('aria-label'),
+    'upper: Force Z (N) over upper: Position Z (mm)',
+  );
   await goTo(page, 10);
   assert.equal(await plot.locator('.phase-readout').textContent(), '22 , −1.29879');
   await plot.locator('select').first().selectOption({ label: 'Time' });
@@ -299,7 +327,13 @@ test('phase plots show what is chosen', async () => {
 });
 
 test('a name cannot become markup or script', async () => {
-  const names = ['<script>alert(1)</script>', '<img src=x onerror=alert(2)>', '"><b>bold</b>', '</script><script>alert(3)//', '\u2028&lt;i&gt;'];
+  const names = [
+    '<script>alert(1)</script>',
+    '<img src=x onerror=alert(2)>',
+    '"><b>bold</b>',
+    '</script><script>alert(3)//',
+    '\u2028&lt;i&gt;',
+  ];
   const page = await open(write(logText(names, 5, 0.1, (time) => names.flatMap(() => Array(12).fill(time)))));
   await page.waitForTimeout(300);
   assert.deepEqual(await page.locator('.extremes tbody th').allTextContents(), names);
@@ -321,13 +355,33 @@ test('even a script that got in would not run', async () => {
 test('a log that is cut off shows what it has and says so', async () => {
   const text = pulledApart();
   const page = await open(write(text.slice(0, text.length - 30)));
-  assert.match((await page.locator('#notices').textContent())!, /Warning The last line \(line 22\) is cut off after \d+ of 26 values/);
+  assert.match(
+    (await page.locator('#notices').textContent())!,
+    /Warning The last line \(line 22\) is cut off after \d+ of 26 values/,
+  );
   assert.match((await page.locator('.facts').textContent())!, /20 steps/);
   await close(page);
 });
 
 test('values that are no numbers are gaps', async () => {
-  const page = await open(write(logText(['a'], 50, 0.1, (time, row) => [time, 0, 0, 0, 0, 0, row === 20 ? NaN : time, 0, row % 7 ? 1 : Infinity, 0, 0, 0])));
+  const page = await open(
+    write(
+      logText(['a'], 50, 0.1, (time, row) => [
+        time,
+        0,
+        0,
+        0,
+        0,
+        0,
+        row === 20 ? NaN : time,
+        0,
+        row % 7 ? 1 : Infinity,
+        0,
+        0,
+        0,
+      ]),
+    ),
+  );
   await goTo(page, 20);
   assert.deepEqual(await present(page, 'a', 'force'), ['–', '0', '1']);
   assert.match((await page.locator('#notices').textContent())!, /9 values are not a finite number/);
@@ -361,7 +415,17 @@ test('a run without bodies, of one step, or of two runs is shown as far as it go
   await ready(single);
   assert.deepEqual(await present(single, 'a', 'torque'), ['1', '1', '1']);
   await close(single);
-  const two = await open(write([head(['a']), line(0, 0, Array(12).fill(1)), line(1, 1, Array(12).fill(2)), line(2, 0.5, Array(12).fill(3)), ''].join('\r\n')));
+  const two = await open(
+    write(
+      [
+        head(['a']),
+        line(0, 0, Array(12).fill(1)),
+        line(1, 1, Array(12).fill(2)),
+        line(2, 0.5, Array(12).fill(3)),
+        '',
+      ].join('\r\n'),
+    ),
+  );
   assert.match((await two.locator('#notices').textContent())!, /Time goes back/);
   await goTo(two, 2);
   assert.deepEqual(await present(two, 'a', 'force'), ['3', '3', '3']);
@@ -377,7 +441,9 @@ test('a page whose data is damaged says so', async () => {
 });
 
 test('a geometry file that cannot be shown leaves the frames', async () => {
-  const scenario = JSON.parse(readFileSync(join(examples, 'cube-magnets/scenario.json'), 'utf8').replace(/^\s*\/\/.*$/gm, ''));
+  const scenario = JSON.parse(
+    readFileSync(join(examples, 'cube-magnets/scenario.json'), 'utf8').replace(/^\s*\/\/.*$/gm, ''),
+  );
   scenario.geometry.file = 'broken.obj';
   delete scenario.$schema;
   writeFileSync(join(folder, 'broken.obj'), 'v 0 0 0\nf 1 2 3\n');
@@ -385,15 +451,33 @@ test('a geometry file that cannot be shown leaves the frames', async () => {
   const page = await open(write(pulledApart(), ['--scenario', join(folder, 'broken.json')]));
   await ready(page);
   await page.locator('#notices li').waitFor();
-  assert.match((await page.locator('#notices').textContent())!, /frames only: the geometry file broken\.obj cannot be shown: line 2 is not a face/);
+  assert.match(
+    (await page.locator('#notices').textContent())!,
+    /frames only: the geometry file broken\.obj cannot be shown: line 2 is not a face/,
+  );
   await close(page);
 });
 
-test('a frame that is not the body\'s is told and can be compared', async () => {
+test("a frame that is not the body's is told and can be compared", async () => {
   const page = await open(write(logText(['a'], 5, 0.1, (time) => [0, 0, 0, time, 0, 0, 1, 0, 0, 0, 0, 0])));
   await ready(page);
   assert.match((await page.locator('#notices').textContent())!, /the desktop's frame is up to 32\.3 degrees away/);
   await page.locator('#view-controls select').selectOption('body');
+  await close(page);
+});
+
+test('a browser without WebGL shows the charts and says why there is no replay', async () => {
+  const page = await open(write(pulledApart()));
+  await page.addInitScript(() => {
+    const get = HTMLCanvasElement.prototype.getContext as (kind: string, ...rest: unknown[]) => unknown;
+    HTMLCanvasElement.prototype.getContext = function (this: HTMLCanvasElement, kind: string, ...rest: unknown[]) {
+      return kind.startsWith('webgl') ? null : get.call(this, kind, ...rest);
+    } as typeof HTMLCanvasElement.prototype.getContext;
+  });
+  await page.reload();
+  await page.locator('#view .missing', { hasText: 'needs WebGL 2' }).waitFor();
+  await goTo(page, 10);
+  assert.deepEqual(await present(page, 'upper', 'position'), ['0', '0', '22']);
   await close(page);
 });
 
@@ -418,7 +502,9 @@ test('paper gets light charts of its width, without controls', async () => {
   await page.emulateMedia({ media: 'print', colorScheme: 'dark' });
   assert.equal(await page.locator('#toolbar').isVisible(), false);
   assert.equal(await page.evaluate(() => document.documentElement.dataset.theme), 'light');
-  const widths = await page.locator('.charts-of .uplot').evaluateAll((plots) => plots.map((plot) => (plot as HTMLElement).offsetWidth));
+  const widths = await page
+    .locator('.charts-of .uplot')
+    .evaluateAll((plots) => plots.map((plot) => (plot as HTMLElement).offsetWidth));
   assert.deepEqual(new Set(widths), new Set([325]));
   await page.emulateMedia({ media: 'screen', colorScheme: 'dark' });
   await page.locator('#toolbar').waitFor();
@@ -430,10 +516,11 @@ test('paper gets light charts of its width, without controls', async () => {
 test('controls have names, and the narrow page has no sideways scroll', async () => {
   const page = await open(write(pulledApart()), { viewport: { width: 420, height: 900 } });
   await ready(page);
-  const nameless = await page.evaluate(() =>
-    [...document.querySelectorAll<HTMLElement>('button, select, input')].filter(
-      (control) => !control.textContent!.trim() && !control.getAttribute('aria-label') && !control.closest('label'),
-    ).length,
+  const nameless = await page.evaluate(
+    () =>
+      [...document.querySelectorAll<HTMLElement>('button, select, input')].filter(
+        (control) => !control.textContent!.trim() && !control.getAttribute('aria-label') && !control.closest('label'),
+      ).length,
   );
   assert.equal(nameless, 0);
   assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
@@ -454,13 +541,16 @@ test('a hundred thousand steps are all there, and a single outlier is drawn', as
   await page.locator('.extremes tbody .where').first().click();
   assert.equal(await page.locator('.time-readout').textContent(), '54.321 s step 54321');
   // The outlier reaches into the upper tenth of the chart, where nothing else is.
-  const inked = await page.locator('.charts-of canvas').first().evaluate((canvas) => {
-    const c = canvas as HTMLCanvasElement;
-    const { data } = c.getContext('2d')!.getImageData(c.width / 4, 0, c.width / 2, c.height / 5);
-    let ink = 0;
-    for (let i = 0; i < data.length; i += 4) if (data[i + 3] > 60 && data[i] > data[i + 2] + 80) ++ink;
-    return ink;
-  });
+  const inked = await page
+    .locator('.charts-of canvas')
+    .first()
+    .evaluate((canvas) => {
+      const c = canvas as HTMLCanvasElement;
+      const { data } = c.getContext('2d')!.getImageData(c.width / 4, 0, c.width / 2, c.height / 5);
+      let ink = 0;
+      for (let i = 0; i < data.length; i += 4) if (data[i + 3] > 60 && data[i] > data[i + 2] + 80) ++ink;
+      return ink;
+    });
   assert.ok(inked > 5, `${inked} pixels`);
   // Moving the cursor stays within a frame or two.
   const spent = await page.evaluate(() => {

@@ -6,10 +6,20 @@ import { readRun, unpackColumn, DataError } from '../../report/src/data.ts';
 import { extremesOf, nearestRow, rowNear, thinCurve } from '../../report/src/decimate.ts';
 import { count, number } from '../../report/src/format.ts';
 import { MeshError, readObj, readStl } from '../../report/src/mesh.ts';
-import { angleBetween, bodyRows, continuous, desktopRows, intoFrame, outOfFrame, type Rows } from '../../report/src/pose.ts';
+import {
+  angleBetween,
+  bodyRows,
+  continuous,
+  desktopRows,
+  intoFrame,
+  outOfFrame,
+  type Rows,
+} from '../../report/src/pose.ts';
 
 const near = (actual: ArrayLike<number>, expected: number[]) =>
-  expected.forEach((value, i) => assert.ok(Math.abs(actual[i] - value) < 1e-12, `${Array.from(actual)} is not ${expected}`));
+  expected.forEach((value, i) =>
+    assert.ok(Math.abs(actual[i] - value) < 1e-12, `${Array.from(actual)} is not ${expected}`),
+  );
 
 test('columns unpack from every form, and what is no finite number is a gap', () => {
   assert.deepEqual([...unpackColumn([1, null, 3], 3)], [1, NaN, 3]);
@@ -115,7 +125,10 @@ test('vectors go into a frame and out of it', () => {
 
 test('continuous angles have no jumps and keep gaps', () => {
   const angles = Float64Array.from([3, -3, NaN, 3, 2.9]);
-  near(continuous(angles).filter((v) => !Number.isNaN(v)), [3, 2 * Math.PI - 3, 3, 2.9]);
+  near(
+    continuous(angles).filter((v) => !Number.isNaN(v)),
+    [3, 2 * Math.PI - 3, 3, 2.9],
+  );
 });
 
 const OBJ = `# a square and a triangle
@@ -141,8 +154,14 @@ test('OBJ objects are told apart, polygons cut, indices counted from either end'
 
 test('OBJ groups name the parts where there are no objects, and the file where there is neither', () => {
   const vertices = 'v 0 0 0\nv 1 0 0\nv 0 1 0\n';
-  assert.deepEqual(readObj(vertices + 'g one\nf 1 2 3\ng two\nf 1 2 3', 'file').map((object) => object.name), ['one', 'two']);
-  assert.deepEqual(readObj(vertices + 'f 1 2 3', 'file').map((object) => object.name), ['file']);
+  assert.deepEqual(
+    readObj(vertices + 'g one\nf 1 2 3\ng two\nf 1 2 3', 'file').map((object) => object.name),
+    ['one', 'two'],
+  );
+  assert.deepEqual(
+    readObj(vertices + 'f 1 2 3', 'file').map((object) => object.name),
+    ['file'],
+  );
 });
 
 test('a polygon that is not convex keeps its area and its sense', () => {
@@ -162,7 +181,10 @@ test('a polygon that is not convex keeps its area and its sense', () => {
 });
 
 test('a damaged OBJ is told with its line', () => {
-  assert.throws(() => readObj('v 0 0\n', 'file'), (error) => error instanceof MeshError && /line 1/.test(error.message));
+  assert.throws(
+    () => readObj('v 0 0\n', 'file'),
+    (error) => error instanceof MeshError && /line 1/.test(error.message),
+  );
   assert.throws(() => readObj('v 0 0 0\nf 1 2 3\n', 'file'), /line 2 is not a face/);
 });
 
@@ -173,7 +195,10 @@ test('STL texts may hold several solids', () => {
   const objects = readStl(bytes(`solid one\n${FACET}endsolid one\nsolid two\n${FACET}${FACET}endsolid two\n`), 'file');
   assert.deepEqual(
     objects.map(({ name, corners }) => [name, corners.length]),
-    [['one', 9], ['two', 18]],
+    [
+      ['one', 9],
+      ['two', 18],
+    ],
   );
 });
 

@@ -1,0 +1,142 @@
+// The controls of the page: look, toolbar, and those of the replay.
+
+import type { Run } from './data.ts';
+import { choice, el, tick } from './dom.ts';
+import { angleBetween, bodyRows, desktopRows, tripleAt, type Frame } from './pose.ts';
+import type { Replay, View } from './replay.ts';
+import type { Axis, LoadAxes, Store } from './store.ts';
+import { bodyColour, chooseTheme, onThemeChange, type Choice } from './theme.ts';
+
+/** Frames closer than this are one and the same to six digits, radians. */
+const SAME_FRAME = 1e-4;
+
+export function themeChoice(): HTMLElement {
+  const options: [Choice, string][] = [
+    ['auto', 'as the system'],
+    ['light', 'light'],
+    ['dark', 'dark'],
+  ];
+  return choice('Look', options, 'auto', (value) => chooseTheme(value as Choice));
+}
+
+/** What the charts show, and how. */
+export function toolbar(store: Store): HTMLElement[] {
+  const axes: [Axis, string][] = [];
+  if (store.timeAscends) axes.push(['time', 'time']);
+  if (store.stepAscends || !store.timeAscends) axes.push(['step', store.stepAscends ? 'step' : 'row of the log']);
+  return [
+    ...bodyChips(store),
+    el('span', { class: 'spring' }),
+    choice('Over', axes, store.axis, (value) => store.setAxis(value as Axis)),
+    choice(
+      'Loads in',
+      [
+        ['frame', "the body's axes"],
+        ['global', 'global axes'],
+      ],
+      'frame',
+      (value) => store.changeValues({ loadAxes: value as LoadAxes }),
+    ),
+    tick('Continuous angles', true, (isOn) => store.changeValues({ continuousAngles: isOn })),
+    el(
+      'div',
+      { class: 'buttons', role: 'group', 'aria-label': 'Zoom' },
+      el(
+        'button',
+        { type: 'button', 'aria-label': 'Zoom in', onclick: () => store.zoom(0.5, store.xs()[store.row]) },
+        '+',
+      ),
+      el(
+        'button',
+        { type: 'button', 'aria-label': 'Zoom out', onclick: () => store.zoom(2, store.xs()[store.row]) },
+        '−',
+      ),
+      el('button', { type: 'button', onclick: () => store.resetRange() }, 'Whole run'),
+    ),
+  ];
+}
+
+function bodyChips(store: Store): HTMLElement[] {
+  if (store.run.bodies.length < 2) return [];
+  const chips = store.run.bodies.map((body, index) => {
+    const chip = el(
+      'button',
+      {
+        type: 'button',
+        class: 'chip',
+        'aria-pressed': String(store.shownBodies.has(index)),
+        onclick: () => {
+          store.showBody(index, !store.shownBodies.has(index));
+          chip.setAttribute('aria-pressed', String(store.shownBodies.has(index)));
+        },
+      },
+      el('span', { class: 'swatch' }),
+      body.name,
+    );
+    const paint = () => chip.style.setProperty('--body', bodyColour(index));
+    paint();
+    onThemeChange(paint);
+    return chip;
+  });
+  return [el('div', { class: 'chips', role: 'group', 'aria-label': 'Bodies in the charts' }, ...chips)];
+}
+
+/** Views and what the replay shows. */
+export function viewControls(store: Store, replay: Replay): HTMLElement[] {
+  const views: [View, string][] = [
+    ['iso', 'Fit'],
+    ['x', 'Along X'],
+    ['y', 'Along Y'],
+    ['z', 'Along Z'],
+  ];
+  const buttons = views.map(([view, text]) => el('button', { type: 'button', onclick: () => replay.look(view) }, text));
+  const ticks = (['forces', 'torques', 'frames', 'names'] as const).map((what) =>
+    tick(what[0].toUpperCase() + what.slice(1), replay.isShown(what), (isOn) => replay.show(what, isOn)),
+  );
+  const controls: HTMLElement[] = [
+    el('div', { class: 'buttons', role: 'group', 'aria-label': 'View' }, ...buttons),
+    ...ticks,
+  ];
+  if (replay.hasPoles) {
+    controls.push(
+      choice(
+        'Colour',
+        [
+          ['poles', 'by pole'],
+          ['bodies', 'by body'],
+        ],
+        replay.colouring,
+        (value) => {
+          replay.colouring = value as 'poles' | 'bodies';
+          replay.restyle();
+        },
+      ),
+    );
+  }
+  if (framesDiffer(store.run)) {
+    controls.push(
+      choice(
+        'Frame',
+        [
+          ['desktop', 'as solved'],
+          ['body', 'as moved'],
+        ],
+        'desktop',
+        (value) => store.changeValues({ frame: value as Frame }),
+      ),
+    );
+  }
+  return controls;
+}
+
+function framesDiffer(run: Run): boolean {
+  return run.bodies.some((body) => {
+    for (let row = 0; row < run.rows; ++row) {
+      const angles = tripleAt(body.angles, row);
+      // Equal angles give equal frames; the usual case must be quick.
+      if (angles[0] === angles[1]) continue;
+      if (angleBetween(bodyRows(angles), desktopRows(angles)) > SAME_FRAME) return true;
+    }
+    return false;
+  });
+}
