@@ -32,7 +32,13 @@ function gapped(values: Column): Column | (number | null)[] {
   return values.some(Number.isNaN) ? Array.from(values, (v) => (Number.isNaN(v) ? null : v)) : values;
 }
 
-export function axisLook(label: string, size: number): uPlot.Axis {
+/** Room for the longest number at an upright axis. */
+export function numberRoom(_: uPlot, values: string[] | null): number {
+  const longest = (values ?? []).reduce((most, text) => Math.max(most, text.length), 0);
+  return Math.max(46, 12 + 7.5 * longest);
+}
+
+export function axisLook(label: string, size: uPlot.Axis.Size): uPlot.Axis {
   return {
     label: label || undefined,
     labelFont: FONT,
@@ -137,7 +143,7 @@ export class TimeChart {
         x: { time: false, range: () => store.range },
         y: { range: (_, min, max) => paddedRange(min, max, content.floor) },
       },
-      axes: [axisLook(store.xLabel(), 30), axisLook('', 46)],
+      axes: [axisLook(store.xLabel(), 30), axisLook('', numberRoom)],
       series: [{}, ...this.lines.map((line) => this.seriesOf(line))],
       cursor: {
         y: false,

@@ -141,20 +141,25 @@ class Page {
     this.charts.push(...charts);
   }
 
-  /** Whether a place or an angle never changes; a chart of it would say no more than a line of text. */
+  /** Whether a place or an angle never changes, or a load is only rounding: a line of text says as much as a chart. */
   private isStill(body: number, quantity: Quantity): boolean {
-    if (quantity === 'force' || quantity === 'torque') return false;
     const { floor } = this.store.info(quantity);
+    const isLoad = quantity === 'force' || quantity === 'torque';
     return this.store.columns(body, quantity).every((values) => {
       const found = values && extremesOf(values);
-      return found && found.max - found.min <= floor;
+      return found && (isLoad ? Math.max(-found.min, found.max) : found.max - found.min) <= floor;
     });
   }
 
   private stillText(body: number, quantity: Quantity): string {
-    const { components, unit } = this.store.info(quantity);
+    const { components, title, unit } = this.store.info(quantity);
+    const { name } = this.run.bodies[body];
+    if (quantity === 'force' || quantity === 'torque') {
+      const largest = extremesOf(this.store.columns(body, quantity)[3]!)!.max;
+      return `${name} has no ${title.toLowerCase()}${largest > 0 ? ` beyond rounding (${number(largest, 2)} ${unit})` : ''}`;
+    }
     const values = this.store.columns(body, quantity).map((column, i) => `${components[i]} ${number(column![0])}`);
-    return `${this.run.bodies[body].name} does not ${quantity === 'position' ? 'move' : 'turn'}: ${values.join(', ')} ${unit}`;
+    return `${name} does not ${quantity === 'position' ? 'move' : 'turn'}: ${values.join(', ')} ${unit}`;
   }
 
   private bodyChart(body: number, quantity: Quantity): TimeChart {

@@ -1,7 +1,7 @@
 // A phase plot: any column over any other.
 
 import uPlot from 'uplot';
-import { axisLook } from './chart.ts';
+import { axisLook, numberRoom } from './chart.ts';
 import type { Column } from './data.ts';
 import { nearestRow, thinCurve } from './decimate.ts';
 import { el } from './dom.ts';
@@ -189,7 +189,7 @@ export class PhasePlot {
         x: { time: false, range: (_, min, max) => padded(min, max) },
         y: { range: (_, min, max) => padded(min, max) },
       },
-      axes: [axisLook(xLabel, 30), axisLook(yLabel, 58)],
+      axes: [axisLook(xLabel, 30), axisLook(yLabel, numberRoom)],
       series: [
         {},
         {

@@ -202,9 +202,11 @@ test('legend entries hide and show their line', async () => {
 test('bodies can be taken out of the charts', async () => {
   const page = await open(write(pulledApart()));
   const charts = page.locator('.charts-of figure');
-  assert.equal(await charts.count(), 5); // two of forces, two of torques, one of the body that moves
-  await page.locator('.chip', { hasText: 'lower' }).click();
+  // Two of forces and one of the body that moves; there are no torques.
   assert.equal(await charts.count(), 3);
+  assert.equal(await page.locator('.still', { hasText: 'upper has no torque' }).count(), 1);
+  await page.locator('.chip', { hasText: 'lower' }).click();
+  assert.equal(await charts.count(), 2);
   assert.equal(await page.locator('.present table').count(), 1);
   await close(page);
 });
