@@ -44,7 +44,11 @@ endfunction()
 # The mingw runtime DLLs, copied beside the binaries once.
 if(MINGW)
     set(kinora_runtime_dlls "")
-    foreach(dll libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    set(dlls libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    if(KINORA_CHECKED)
+        list(APPEND dlls libssp-0.dll) # stack protection
+    endif()
+    foreach(dll ${dlls})
         execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll} OUTPUT_VARIABLE path
                         OUTPUT_STRIP_TRAILING_WHITESPACE)
         if(NOT EXISTS "${path}")

@@ -110,9 +110,9 @@ TEST(Library, NeedsThePlatformAndTheLanguageOnly) {
         std::transform(dll.begin(), dll.end(), dll.begin(), [](char letter) {
             return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
         });
-        const std::vector<std::string> allowed{"kernel32.dll", "ole32.dll",     "oleaut32.dll",  "msvcrt.dll",
-                                               "libstdc++",    "libgcc_s",      "libwinpthread", "vcruntime",
-                                               "msvcp",        "api-ms-win-crt"};
+        const std::vector<std::string> allowed{"kernel32.dll", "ole32.dll",      "oleaut32.dll",  "msvcrt.dll",
+                                               "libstdc++",    "libgcc_s",       "libwinpthread", "vcruntime",
+                                               "msvcp",        "api-ms-win-crt", "libssp"};
         EXPECT_TRUE(std::any_of(allowed.begin(), allowed.end(), [&](const std::string& prefix) {
             return dll.compare(0, prefix.size(), prefix) == 0;
         })) << dll;
