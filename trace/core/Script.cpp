@@ -106,6 +106,19 @@ private:
     std::size_t m_inArray = 0;
 };
 
+/// False for values with a type that no VBScript expression has, the platform's VT_INT for one.
+bool IsExact(const json& value) {
+    static const std::set<std::string> exact = {"EMPTY", "NULL",     "BSTR",    "BOOL",  "I2",
+                                                "I4",    "UI1",      "R4",      "R8",    "DATE",
+                                                "CY",    "DISPATCH", "UNKNOWN", "ERROR", "ARRAY|VARIANT"};
+    const std::string type = value.is_object() ? value.value("vt", "") : "";
+    if (type.rfind("BYREF", 0) == 0) {
+        return IsExact(value.value("v", json()));
+    }
+    const bool isList = type == "ARRAY|VARIANT" && value.contains("v");
+    return exact.count(type) != 0 && (!isList || std::all_of(value["v"].begin(), value["v"].end(), IsExact));
+}
+
 bool IsNumber(const json& value) {
     const std::string type = value.is_object() ? value.value("vt", "") : "";
     return type == "R8" || type == "R4";
@@ -181,17 +194,29 @@ private:
         for (const std::string& line : m_values.TakeStatements()) {
             m_lines.push_back(line);
         }
-        if (!record.HasFailed() && !record.isOpen) {
+        const std::string doubt = Doubt(record);
+        if (doubt.empty()) {
             m_lines.push_back(statement);
             WriteFollowUp(record, index);
             return;
         }
-        Remark(record, record.isOpen ? "never came back"
-                                     : "failed with " + HResultNumber(record.code) + " " + record.scriptError);
+        Remark(record, doubt);
         m_lines.insert(m_lines.end(),
                        {"On Error Resume Next", statement,
                         fmt::format("If Err.Number <> 0 Then WScript.Echo {} & Err.Description", Label(record)),
                         "On Error GoTo 0"});
+    }
+
+    /// Why a call may fail in the script; empty when it should not.
+    static std::string Doubt(const Record& record) {
+        if (record.isOpen) {
+            return "never came back";
+        }
+        if (record.HasFailed()) {
+            return "failed with " + HResultNumber(record.code) + " " + record.scriptError;
+        }
+        const bool isExact = std::all_of(record.arguments.begin(), record.arguments.end(), IsExact);
+        return isExact ? "" : "VBScript lacks the type of an argument; a strict desktop refuses the nearest one";
     }
 
     static std::string Label(const Record& record) {

@@ -23,7 +23,8 @@ std::string ListText(const json& value, const TextLimits& limits) {
     const json& elements = value["v"];
     const std::size_t count = value.value("count", elements.size());
     // One more is written out rather than announced.
-    const std::size_t shown = elements.size() <= limits.elements + 1 ? elements.size() : limits.elements;
+    const bool isShort = elements.size() <= limits.elements || elements.size() - 1 == limits.elements;
+    const std::size_t shown = isShort ? elements.size() : limits.elements;
     std::string text = "[";
     for (std::size_t i = 0; i < shown; ++i) {
         text += (i == 0 ? "" : ", ") + ValueText(elements[i], limits);

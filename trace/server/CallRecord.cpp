@@ -6,6 +6,7 @@
 #include "trace/server/Tracer.h"
 #include "trace/server/VariantJson.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cwchar>
 

@@ -2,6 +2,7 @@
 
 #include "trace/server/JsonText.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cwchar>
