@@ -154,6 +154,12 @@ private:
         if (m_objects.ArraySize() > 0) {
             out << "Dim more\nReDim more(" << m_objects.ArraySize() - 1 << ")\n";
         }
+        // A file that the client wrote between its calls may be missing: the replay tells it and goes on.
+        out << "Sub Complain(label)\n"
+            << "    WScript.Echo label & \"failed: \" & Err.Description\n"
+            << "    Err.Clear\n"
+            << "End Sub\n"
+            << "On Error Resume Next\n";
     }
 
     void Remark(const Record& record, const std::string& text) {
@@ -195,16 +201,12 @@ private:
             m_lines.push_back(line);
         }
         const std::string doubt = Doubt(record);
-        if (doubt.empty()) {
-            m_lines.push_back(statement);
-            WriteFollowUp(record, index);
-            return;
+        if (!doubt.empty()) {
+            Remark(record, doubt);
         }
-        Remark(record, doubt);
-        m_lines.insert(m_lines.end(),
-                       {"On Error Resume Next", statement,
-                        fmt::format("If Err.Number <> 0 Then WScript.Echo {} & Err.Description", Label(record)),
-                        "On Error GoTo 0"});
+        m_lines.push_back(statement);
+        WriteFollowUp(record, index);
+        m_lines.push_back(fmt::format("If Err.Number <> 0 Then Complain {}", Label(record)));
     }
 
     /// Why a call may fail in the script; empty when it should not.
@@ -261,7 +263,7 @@ private:
     /// Prints numbers, and takes objects out of a list that the call gave.
     void WriteFollowUp(const Record& record, std::size_t index) {
         if (IsNumber(record.result)) {
-            m_lines.push_back(fmt::format("WScript.Echo {} & value", Label(record)));
+            m_lines.push_back(fmt::format("If Err.Number = 0 Then WScript.Echo {} & value", Label(record)));
         }
         const bool isList = record.result.is_object() && record.result.value("vt", "").rfind("ARRAY", 0) == 0;
         for (std::size_t i = 0; isList && i < record.result["v"].size(); ++i) {
