@@ -90,7 +90,7 @@ def main():
     }
     text = page.read_text()
     for name, figure in figures.items():
-        text, found = re.subn(rf"(<!-- {name} -->\n).*?(\n<!-- end -->)", lambda match: match[1] + figure + match[2],
+        text, found = re.subn(rf"(<!-- {name} -->\n).*?(<!-- end -->)", lambda match: match[1] + figure + "\n" + match[2],
                               text, flags=re.S)
         if found != 1:
             sys.exit(f"{page}: the markers of '{name}' are missing")
