@@ -7,9 +7,10 @@ if("${CMAKE_CURRENT_LIST_DIR}/package-lock.json" IS_NEWER_THAN "${installed}")
     execute_process(COMMAND "${NPM}" ci --no-audit --no-fund --ignore-scripts --loglevel=error
                     WORKING_DIRECTORY "${CMAKE_CURRENT_LIST_DIR}" RESULT_VARIABLE status OUTPUT_QUIET)
     if(NOT status EQUAL 0)
-        message(FATAL_ERROR "npm could not install the packages of the report page (report/package-lock.json). They come "
-                            "from the npm registry: check the network, or leave the report out with "
-                            "-DKINORA_BUILD_REPORT=OFF.")
+        # The library does not wait for its page; the programs say so when they find none.
+        message(WARNING "npm could not install the packages of the report page (report/package-lock.json), which come from "
+                        "the npm registry: built without it. Check the network and build again.")
+        return()
     endif()
     file(TOUCH "${installed}")
 endif()
