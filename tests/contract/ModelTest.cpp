@@ -1,6 +1,7 @@
 // Geometry initialisation, and the driver that makes a field model of bodies and materials.
 
 #include "tests/support/CouplingSession.h"
+#include "tests/support/HostLocale.h"
 #include "tests/support/Transcript.h"
 
 #include <algorithm>
@@ -725,6 +726,18 @@ TEST_F(Model, ReportsThatCannotBeMadeDoNotMatter) {
     fake.reportModule.On("CreateReport", Fails());
     EXPECT_TRUE(Init({MakeGroup("Rotor", {})}));
     EXPECT_EQ(fake.world.Count("CreateReport"), 2U);
+}
+
+TEST_F(Model, HostsLocaleDoesNotReachPlacement) {
+    Create();
+    fake.AddSolid(L"Magnet", L"\"N45\"");
+    const CommaLocale comma;
+    Group rotor = MakeGroup("Rotor", {"Magnet"}, 0.5);
+    std::copy(std::begin(quarterTurnAboutX), std::end(quarterTurnAboutX), rotor.transform.rotation);
+    EXPECT_TRUE(Init({rotor}));
+    EXPECT_THAT(Created(), testing::IsSupersetOf({"Rotor_X=0.500000Meter", "Rotor_Psi=1.570796Rad"}));
+    EXPECT_THAT(Calls("Move"), ElementsAre(testing::HasSubstr("\"-0.500000Meter\"")));
+    EXPECT_THAT(Calls("Rotate"), ElementsAre(testing::HasSubstr("\"1.570796\"")));
 }
 
 TEST_F(Model, AlphabeticallyFirstSetupIsUsed) {

@@ -112,27 +112,42 @@ public:
         }
     }
 
-    /// The application object of a new simulator; null when there is none.
+    /// The application object of a new simulator; null, with a complaint, when there is none.
     IDispatch* Connect() {
-        CLSID classId{};
-        CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId);
-        for (int attempt = 0; attempt < 5; ++attempt) {
-            // Started by hand: Wine waits for a whole second when it starts a server itself.
-            StartSimulator();
-            std::this_thread::sleep_for(300ms);
+        HRESULT outcome = S_OK;
+        for (int attempt = 0; attempt < 15; ++attempt) {
+            if (attempt % 3 == 0) {
+                Restart(attempt > 0);
+            }
             IDispatch* application = nullptr;
-            CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                             reinterpret_cast<void**>(&application));
-            if (application != nullptr) {
+            outcome = Create(&application);
+            if (SUCCEEDED(outcome)) {
                 return application;
             }
-            Kill();
-            ForgetDeadServers();
+            std::this_thread::sleep_for(500ms);
         }
+        ADD_FAILURE() << "no simulator answers: " << std::hex << outcome;
         return nullptr;
     }
 
 private:
+    /// Starts a simulator by hand: Wine waits for a whole second when it starts a server itself.
+    void Restart(bool isAfterAFailure) {
+        if (isAfterAFailure) {
+            Kill();
+            ForgetDeadServers();
+        }
+        StartSimulator();
+        std::this_thread::sleep_for(300ms);
+    }
+
+    static HRESULT Create(IDispatch** application) {
+        CLSID classId{};
+        CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId);
+        return CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                                reinterpret_cast<void**>(application));
+    }
+
     std::set<DWORD> m_others;
 };
 
