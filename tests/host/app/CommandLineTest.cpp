@@ -17,8 +17,9 @@ TEST(CommandLine, TakesAScenarioAlone) {
 }
 
 TEST(CommandLine, TakesEveryOption) {
-    const CommandLine line = ReadCommandLine({"--out", "there", "--desktop", "Simulator", "--csv", "states.csv",
-                                              "--overwrite", "--dry-run", "--report", "--steps", "7", "-v", "/path/run.json"});
+    const CommandLine line =
+        ReadCommandLine({"--out", "there", "--desktop", "Simulator", "--csv", "states.csv", "--overwrite", "--dry-run",
+                         "--report", "--steps", "7", "-v", "/path/run.json"});
     EXPECT_EQ(line.scenarioFile, "/path/run.json");
     EXPECT_EQ(line.outputFolder, "there");
     EXPECT_EQ(line.desktopVersion, "Simulator");
