@@ -5,9 +5,10 @@ Usage: report.py RESULT_FOLDER PAGE.md PLOT.svg
 """
 import json
 import pathlib
-import re
 import subprocess
 import sys
+
+from page import fill
 
 
 def table(head, rows):
@@ -88,13 +89,7 @@ def main():
                  f"({share['bodies']} bodies, {share['steps']} steps): at most **{100 * share['share']:.1f} %**.",
         "growth": growth_table(step["step"]),
     }
-    text = page.read_text()
-    for name, figure in figures.items():
-        text, found = re.subn(rf"(<!-- {name} -->\n).*?(<!-- end -->)", lambda match: match[1] + figure + "\n" + match[2],
-                              text, flags=re.S)
-        if found != 1:
-            sys.exit(f"{page}: the markers of '{name}' are missing")
-    page.write_text(text)
+    fill(page, figures)
     plot(step["step"], target)
 
 

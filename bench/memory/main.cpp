@@ -2,37 +2,20 @@
 // standard output.
 
 #include "bench/desktop/BenchDesktop.h"
+#include "bench/memory/LiveBytes.h"
 #include "bench/step/Floor.h"
 #include "bench/step/Session.h"
-
-#include <windows.h>
 
 #include <cstdio>
 #include <cwchar>
 #include <exception>
 #include <iostream>
-#include <malloc.h>
 #include <nlohmann/json.hpp>
 
 namespace {
 
 constexpr int bodies = 10; // 61 values a row
 constexpr std::size_t recordedSteps = 10000;
-
-std::size_t BusyBytes(HANDLE heap) {
-    std::size_t bytes = 0;
-    PROCESS_HEAP_ENTRY entry = {};
-    while (HeapWalk(heap, &entry))
-        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)
-            bytes += entry.cbData;
-    return bytes;
-}
-
-/// What lives in the heap of automation and in that of the C run-time.
-std::size_t LiveBytes() {
-    const HANDLE runTime = reinterpret_cast<HANDLE>(_get_heap_handle());
-    return BusyBytes(GetProcessHeap()) + (runTime == GetProcessHeap() ? 0 : BusyBytes(runTime));
-}
 
 std::size_t liveInHistoryCall = 0;
 

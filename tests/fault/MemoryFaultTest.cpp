@@ -4,6 +4,7 @@
 #include "tests/fault/CountingNew.h"
 #include "tests/fault/WholeSession.h"
 #include "tests/support/MemoryGuard.h"
+#include "tests/support/OpenHandles.h"
 
 #include <windows.h>
 
@@ -138,14 +139,12 @@ INSTANTIATE_TEST_SUITE_P(All, MemoryFaults, testing::ValuesIn(kinds),
 struct Balance {
     Balance(WholeSession& session)
         : texts(MemoryGuard::LiveBlocks()), blocks(CountingNew::LiveBlocks()), bytes(CountingNew::LiveBytes()),
-          references(session.Desktop().world.OutstandingReferences()) {
-        GetProcessHandleCount(GetCurrentProcess(), &handles);
-    }
+          references(session.Desktop().world.OutstandingReferences()), handles(OpenHandles(GetCurrentProcessId())) {}
     std::size_t texts;
     std::size_t blocks;
     std::size_t bytes;
     long references;
-    DWORD handles = 0;
+    std::size_t handles;
 };
 
 /// The size that a vector that doubles has room for.
@@ -176,6 +175,7 @@ TEST(LeakBalance, TwoHundredStepsLeaveTheirHistoryAndNothingElse) {
     const Balance after(session);
     EXPECT_EQ(after.texts, before.texts);
     EXPECT_EQ(after.references, before.references);
+    EXPECT_GT(before.handles, 0U);
     EXPECT_EQ(after.handles, before.handles);
 #ifdef __GLIBCXX__
     // One row per step: the time and six values of each of three bodies, all short enough to need no memory of their

@@ -3,6 +3,7 @@
 #include "tests/support/FakeDesktop.h"
 
 #include "tests/support/MemoryGuard.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/Transcript.h"
 
 #include <array>
@@ -244,6 +245,14 @@ TEST(FakeDesktop, RemembersVariablesThatWereCreated) {
     VariantClear(&copy);
     EXPECT_THAT(fake.variables, ElementsAre(L"SimTime"));
     fake.design.Release();
+}
+
+TEST(OpenHandles, CountsAnEventWhileItIsOpen) {
+    const std::size_t before = OpenHandles(GetCurrentProcessId());
+    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    EXPECT_EQ(OpenHandles(GetCurrentProcessId()), before + 1);
+    CloseHandle(event);
+    EXPECT_EQ(OpenHandles(GetCurrentProcessId()), before);
 }
 
 } // namespace
