@@ -1,11 +1,10 @@
 #pragma once
 
-/// Marks what the DLL exports. The library's own sources define KINORA_VELTRIX_EXPORTS; everybody else imports. Other
-/// systems have the headers only, for programs that are tested there against a coupling of their own.
-#if !defined(_WIN32)
-#define KINORA_VELTRIX_API
-#elif defined(KINORA_VELTRIX_EXPORTS)
+/// Marks what the DLL exports; the library's own sources define KINORA_VELTRIX_EXPORTS. Nobody else needs a mark: a
+/// program reaches the DLL through its import library, and one that compiles the sources in, or is tested on another
+/// system against a coupling of its own, uses the same headers.
+#if defined(_WIN32) && defined(KINORA_VELTRIX_EXPORTS)
 #define KINORA_VELTRIX_API __declspec(dllexport)
 #else
-#define KINORA_VELTRIX_API __declspec(dllimport)
+#define KINORA_VELTRIX_API
 #endif
