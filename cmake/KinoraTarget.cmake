@@ -41,6 +41,24 @@ function(kinora_wide_main target)
     endif()
 endfunction()
 
+# A binary that brings the compiler's runtime along (mingw; elsewhere the dynamic runtime serves everywhere).
+function(kinora_static_runtime target)
+    if(MINGW)
+        target_link_options(${target} PRIVATE -static)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+            # GCC's runtime holds functions that clang takes for inline and emits again.
+            target_link_options(${target} PRIVATE -Wl,--allow-multiple-definition)
+        endif()
+    endif()
+endfunction()
+
+# Sources that implement COM interfaces: those have no virtual destructor by design, objects delete themselves in Release.
+function(kinora_implements_com target)
+    if(NOT MSVC)
+        target_compile_options(${target} PUBLIC -Wno-non-virtual-dtor)
+    endif()
+endfunction()
+
 # The mingw runtime DLLs, copied beside the binaries once.
 if(MINGW)
     set(kinora_runtime_dlls "")
@@ -48,8 +66,9 @@ if(MINGW)
     if(KINORA_CHECKED)
         list(APPEND dlls libssp-0.dll) # stack protection
     endif()
+    separate_arguments(search UNIX_COMMAND "${CMAKE_EXE_LINKER_FLAGS}") # where clang is told to look
     foreach(dll ${dlls})
-        execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll} OUTPUT_VARIABLE path
+        execute_process(COMMAND ${CMAKE_CXX_COMPILER} ${search} -print-file-name=${dll} OUTPUT_VARIABLE path
                         OUTPUT_STRIP_TRAILING_WHITESPACE)
         if(NOT EXISTS "${path}")
             set(path "/usr/x86_64-w64-mingw32/lib/${dll}")

@@ -197,7 +197,7 @@ std::size_t Refinement::Evaluations(const Term& term) const {
     case Term::Kind::Piece:
         break;
     }
-    return RulePoints(term.piece.rule);
+    return static_cast<std::size_t>(RulePoints(term.piece.rule));
 }
 
 std::size_t Refinement::Cost(const Term& term) const {
