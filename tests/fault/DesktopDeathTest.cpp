@@ -1,12 +1,12 @@
 // The desktop's process ends before and during every call of a session. The operation returns without hanging, letting
 // go works, a new launch gets a new desktop, and the saved project opens again.
 //
-// Needs vantor-sim.exe beside it, and under Wine a prefix of its own: a killed server stays registered there until the
-// service that knows it is restarted, which this program does.
+// Needs vantor-sim.exe beside it, and under Wine a prefix of its own (tests/support/Processes.h).
 
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "tests/fault/Interposer.h"
 #include "tests/support/CouplingSession.h"
+#include "tests/support/Processes.h"
 
 #include <windows.h>
 
@@ -15,9 +15,7 @@
 #include <cstdlib>
 #include <functional>
 #include <gtest/gtest.h>
-#include <set>
 #include <thread>
-#include <tlhelp32.h>
 
 namespace {
 
@@ -28,128 +26,6 @@ using Result = IKinoraVeltrixInterface::Result;
 using Transform = IKinoraVeltrixInterface::Transform;
 
 constexpr auto longestOperation = 20s; // far more than any takes on a slow machine
-
-bool IsWine() {
-    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
-
-/// Starts a program and waits until it has ended.
-DWORD RunProgram(std::wstring commandLine) {
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr,
-                       &startup, &process) == FALSE) {
-        return ~0UL;
-    }
-    WaitForSingleObject(process.hProcess, 30000);
-    DWORD code = ~0UL;
-    GetExitCodeProcess(process.hProcess, &code);
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    return code;
-}
-
-std::wstring SimulatorPath() {
-    std::vector<wchar_t> path(1024);
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    const std::wstring text = path.data();
-    return text.substr(0, text.find_last_of(L'\\')) + L"\\vantor-sim.exe";
-}
-
-void StartSimulator() {
-    std::wstring commandLine = L"\"" + SimulatorPath() + L"\" -Embedding";
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr,
-                       &startup, &process) != FALSE) {
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-    }
-}
-
-std::set<DWORD> Simulators() {
-    std::set<DWORD> ids;
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof entry;
-    for (BOOL more = Process32FirstW(snapshot, &entry); more != FALSE; more = Process32NextW(snapshot, &entry)) {
-        if (std::wstring(entry.szExeFile) == L"vantor-sim.exe") {
-            ids.insert(entry.th32ProcessID);
-        }
-    }
-    CloseHandle(snapshot);
-    return ids;
-}
-
-/// Wine keeps offering a server that was killed until the service that knows it starts anew.
-void ForgetDeadServers() {
-    if (IsWine()) {
-        RunProgram(L"net stop rpcss");
-    }
-}
-
-/// The simulators that this program has brought up, by their ids.
-class Server {
-public:
-    Server() : m_others(Simulators()) {}
-    ~Server() {
-        Kill();
-        ForgetDeadServers();
-    }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
-
-    void Kill() {
-        for (const DWORD id : Simulators()) {
-            if (m_others.count(id) == 0) {
-                const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id);
-                TerminateProcess(process, 99);
-                WaitForSingleObject(process, 5000);
-                CloseHandle(process);
-            }
-        }
-    }
-
-    /// The application object of a new simulator; null, with a complaint, when there is none.
-    IDispatch* Connect() {
-        HRESULT outcome = S_OK;
-        for (int attempt = 0; attempt < 15; ++attempt) {
-            if (attempt % 3 == 0) {
-                Restart(attempt > 0);
-            }
-            IDispatch* application = nullptr;
-            outcome = Create(&application);
-            if (SUCCEEDED(outcome)) {
-                return application;
-            }
-            std::this_thread::sleep_for(500ms);
-        }
-        ADD_FAILURE() << "no simulator answers: " << std::hex << outcome;
-        return nullptr;
-    }
-
-private:
-    /// Starts a simulator by hand: Wine waits for a whole second when it starts a server itself.
-    void Restart(bool isAfterAFailure) {
-        if (isAfterAFailure) {
-            Kill();
-            ForgetDeadServers();
-        }
-        StartSimulator();
-        std::this_thread::sleep_for(300ms);
-    }
-
-    static HRESULT Create(IDispatch** application) {
-        CLSID classId{};
-        CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId);
-        return CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                                reinterpret_cast<void**>(application));
-    }
-
-    std::set<DWORD> m_others;
-};
 
 /// A cube of 10 mm, its lower face at this height.
 std::string Cube(const std::string& name, int height, int firstVertex) {
@@ -236,15 +112,15 @@ enum class Moment { BeforeTheCall, DuringTheCall };
 
 class Death : public testing::Test {
 protected:
-    static void SetUpTestSuite() { ASSERT_EQ(RunProgram(L"\"" + SimulatorPath() + L"\" /RegServer"), 0UL); }
-    static void TearDownTestSuite() { RunProgram(L"\"" + SimulatorPath() + L"\" /UnregServer"); }
+    static void SetUpTestSuite() { ASSERT_EQ(RunProgram(L"\"" + SimulatorServer::Path() + L"\" /RegServer"), 0UL); }
+    static void TearDownTestSuite() { RunProgram(L"\"" + SimulatorServer::Path() + L"\" /UnregServer"); }
 
     Death() : m_version(Registration::UniqueVersion().c_str()), m_registration(CouplingSession::ProgId()) {}
 
     /// The last call of every operation of an undisturbed run.
     std::vector<std::size_t> CallsOfOperations() {
         std::vector<std::size_t> calls;
-        Server server;
+        SimulatorServer server;
         CallMeter meter;
         auto* const application = new Interposer(server.Connect(), meter);
         m_registration.Create(application);
@@ -260,7 +136,7 @@ protected:
 
     /// One run whose desktop dies at this call, in the operation of this index.
     void DieAt(std::size_t call, std::size_t operationOfDeath, Moment moment) {
-        Server server;
+        SimulatorServer server;
         CallMeter meter;
         std::thread killer;
         const auto kill = [&](std::size_t number) {
@@ -343,7 +219,7 @@ TEST_F(Death, IsFollowedByANewDesktopThatOpensTheSavedProject) {
         ShortRun run;
         const std::vector<Operation> operations = run.Operations();
         {
-            Server first;
+            SimulatorServer first;
             for (std::size_t operation = 0; operation < operationsBefore; ++operation) {
                 ASSERT_TRUE(Timed(operations[operation])) << operations[operation].name;
             }
@@ -351,7 +227,7 @@ TEST_F(Death, IsFollowedByANewDesktopThatOpensTheSavedProject) {
             EXPECT_FALSE(Timed(operations[operationsBefore])) << operations[operationsBefore].name;
             EXPECT_TRUE(run.coupling.ReleaseApplication());
         }
-        Server second;
+        SimulatorServer second;
         EXPECT_TRUE(run.coupling.LaunchDesktop());
         // Creating a project saves it while it is empty; its design is in the file after "SaveProject" only.
         const bool isSaved = operationsBefore > 6;

@@ -82,7 +82,11 @@ void WholeSession::RestartDesktop() {
     m_desktops.push_back(std::make_unique<fake::FakeDesktop>());
     FillDesktop(Desktop(), m_size.bodies);
     Desktop().projectFolder = Folder().Path() + L"\\";
-    SharedParts().registration.Create(&Desktop().application);
+    Offer(&Desktop().application);
+}
+
+void WholeSession::Offer(IDispatch* application) {
+    SharedParts().registration.Create(application);
 }
 
 std::vector<Operation> WholeSession::Operations() {

@@ -43,12 +43,17 @@ public:
     /// Lets go of everything, launches a new desktop and runs a short session. True when all of it succeeded.
     bool Repair();
 
+    /// What the next launch gives in place of the desktop's application object.
+    void Offer(IDispatch* application);
+
     fake::FakeDesktop& Desktop() { return *m_desktops.back(); }
     CKinoraVeltrixCoupling& Coupling() { return *m_coupling; }
     /// References that the coupling object holds on application, desktop, project and design, as four digits.
     std::string Owned();
     /// True when no object but these four has a reference.
     bool HoldsNothingElse();
+    /// What the last step returned.
+    const std::vector<IKinoraVeltrixInterface::Result>& Results() const { return m_results; }
     /// Frees the memory of the results that were returned.
     void ForgetResults() { std::vector<IKinoraVeltrixInterface::Result>().swap(m_results); }
     /// Destroys the coupling object after letting go of everything.

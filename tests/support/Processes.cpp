@@ -1,0 +1,152 @@
+#include "tests/support/Processes.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <thread>
+#include <tlhelp32.h>
+#include <utility>
+#include <vector>
+
+namespace fake {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr DWORD noExitCode = ~0UL;
+
+bool IsWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
+/// A handle that the caller closes; null when the program does not start.
+HANDLE Start(std::wstring commandLine) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr,
+                       &startup, &process) == FALSE) {
+        return nullptr;
+    }
+    CloseHandle(process.hThread);
+    return process.hProcess;
+}
+
+/// Wine keeps offering a server that was killed until the service that knows it starts anew.
+void ForgetDeadServers() {
+    if (IsWine()) {
+        RunProgram(L"net stop rpcss");
+    }
+}
+
+HRESULT CreateSimulator(IDispatch** application) {
+    CLSID classId{};
+    CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId);
+    return CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                            reinterpret_cast<void**>(application));
+}
+
+} // namespace
+
+std::wstring BesideThisProgram(const std::wstring& name) {
+    std::vector<wchar_t> path(1024);
+    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    const std::wstring text = path.data();
+    return text.substr(0, text.find_last_of(L'\\') + 1) + name;
+}
+
+ChildProcess::ChildProcess(std::wstring commandLine) : m_process(Start(std::move(commandLine))) {
+    EXPECT_NE(m_process, nullptr) << "a program does not start";
+}
+
+ChildProcess::~ChildProcess() {
+    Kill();
+    if (m_process != nullptr) {
+        CloseHandle(m_process);
+    }
+}
+
+bool ChildProcess::EndsWithin(DWORD milliseconds) const {
+    return m_process == nullptr || WaitForSingleObject(m_process, milliseconds) == WAIT_OBJECT_0;
+}
+
+void ChildProcess::Kill() const {
+    if (!EndsWithin(0)) {
+        TerminateProcess(m_process, 99);
+        WaitForSingleObject(m_process, 5000);
+    }
+}
+
+DWORD ChildProcess::ExitCode() const {
+    DWORD code = noExitCode;
+    if (m_process != nullptr) {
+        GetExitCodeProcess(m_process, &code);
+    }
+    return code;
+}
+
+DWORD RunProgram(const std::wstring& commandLine) {
+    const ChildProcess child(commandLine);
+    return child.EndsWithin(30000) ? child.ExitCode() : noExitCode;
+}
+
+SimulatorServer::~SimulatorServer() {
+    Kill();
+    ForgetDeadServers();
+}
+
+std::set<DWORD> SimulatorServer::Running() {
+    std::set<DWORD> ids;
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    for (BOOL more = Process32FirstW(snapshot, &entry); more != FALSE; more = Process32NextW(snapshot, &entry)) {
+        if (std::wstring(entry.szExeFile) == L"vantor-sim.exe") {
+            ids.insert(entry.th32ProcessID);
+        }
+    }
+    CloseHandle(snapshot);
+    return ids;
+}
+
+void SimulatorServer::Kill() {
+    for (const DWORD id : Running()) {
+        if (m_others.count(id) == 0) {
+            const HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, id);
+            TerminateProcess(process, 99);
+            WaitForSingleObject(process, 5000);
+            CloseHandle(process);
+        }
+    }
+}
+
+IDispatch* SimulatorServer::Connect() {
+    HRESULT outcome = S_OK;
+    for (int attempt = 0; attempt < 15; ++attempt) {
+        if (attempt % 3 == 0) {
+            Restart(attempt > 0);
+        }
+        IDispatch* application = nullptr;
+        outcome = CreateSimulator(&application);
+        if (SUCCEEDED(outcome)) {
+            return application;
+        }
+        std::this_thread::sleep_for(500ms);
+    }
+    ADD_FAILURE() << "no simulator answers: " << std::hex << outcome;
+    return nullptr;
+}
+
+/// Starts a simulator by hand: Wine waits for a whole second when it starts a server itself.
+void SimulatorServer::Restart(bool isAfterAFailure) {
+    if (isAfterAFailure) {
+        Kill();
+        ForgetDeadServers();
+    }
+    const HANDLE simulator = Start(L"\"" + Path() + L"\" -Embedding");
+    if (simulator != nullptr) {
+        CloseHandle(simulator);
+    }
+    std::this_thread::sleep_for(300ms);
+}
+
+} // namespace fake
