@@ -41,4 +41,8 @@ function(kinora_add_test)
     if(WIN32 AND NOT MSVC)
         set_tests_properties(${arg_NAME} PROPERTIES FIXTURES_REQUIRED wine)
     endif()
+    if(KINORA_CHECKED)
+        # Wine's heap then marks the ends of blocks and what is free, and a look at the heap sees what was overwritten.
+        set_tests_properties(${arg_NAME} PROPERTIES ENVIRONMENT WINEDEBUG=-all,err+heap,warn+heap)
+    endif()
 endfunction()

@@ -8,6 +8,8 @@
 
 #include <array>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -245,6 +247,19 @@ TEST(FakeDesktop, RemembersVariablesThatWereCreated) {
     VariantClear(&copy);
     EXPECT_THAT(fake.variables, ElementsAre(L"SimTime"));
     fake.design.Release();
+}
+
+TEST(MemoryGuard, SeesAByteWrittenBehindABlockWhenTheHeapIsChecked) {
+    const char* const checks = std::getenv("WINEDEBUG");
+    if (checks == nullptr || std::strstr(checks, "+heap") == nullptr) {
+        GTEST_SKIP() << "the heap is checked in the tests of the preset mingw-debug only";
+    }
+    auto* const block = static_cast<volatile char*>(HeapAlloc(GetProcessHeap(), 0, 13));
+    const char behind = block[13];
+    block[13] = static_cast<char>(~behind);
+    EXPECT_FALSE(HeapValidate(GetProcessHeap(), 0, nullptr));
+    block[13] = behind;
+    EXPECT_TRUE(HeapFree(GetProcessHeap(), 0, const_cast<char*>(block)));
 }
 
 TEST(OpenHandles, CountsAnEventWhileItIsOpen) {
