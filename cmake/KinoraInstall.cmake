@@ -19,13 +19,33 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/KinoraVeltrixCouplingConfi
                                  COMPATIBILITY SameMinorVersion)
 install(FILES "${CMAKE_BINARY_DIR}/KinoraVeltrixCouplingConfigVersion.cmake" DESTINATION "${package_folder}")
 
-install(TARGETS kinora-run vantor-sim RUNTIME)
+install(TARGETS kinora-run vantor-sim vantor-trace RUNTIME)
+# Nobody links this one, so its import library stays behind.
+install(FILES "$<TARGET_FILE:vantor-trace-server>" DESTINATION "${CMAKE_INSTALL_BINDIR}")
 if(MINGW)
     install(FILES ${kinora_runtime_dlls} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 install(DIRECTORY examples docs DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling"
         PATTERN CMakeLists.txt EXCLUDE)
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling")
+# The scenarios name their schema by this place, and an example's comparison finds the closed forms there.
+install(FILES host/scenario.schema.json DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling/host")
+install(FILES scripts/lib/magnets.py DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling/scripts/lib")
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE SECURITY.md DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling")
+
+# Licences of what the programs, the report page and the run-time DLLs are made of.
+set(licence_folder "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling/licences")
+if(MINGW)
+    foreach(package nlohmann-json3-dev libcli11-dev libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev
+                    g++-mingw-w64-x86-64-posix mingw-w64-x86-64-dev)
+        install(FILES "/usr/share/doc/${package}/copyright" DESTINATION "${licence_folder}" RENAME "${package}.txt")
+    endforeach()
+endif()
+if(KINORA_BUILD_REPORT)
+    foreach(package three uplot)
+        install(FILES "report/node_modules/${package}/LICENSE" DESTINATION "${licence_folder}" RENAME "${package}.txt"
+                OPTIONAL)
+    endforeach()
+endif()
 
 set(CPACK_GENERATOR ZIP)
 set(CPACK_PACKAGE_VENDOR "The KinoraVeltrixCoupling maintainers")

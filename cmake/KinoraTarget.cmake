@@ -45,10 +45,6 @@ endfunction()
 function(kinora_static_runtime target)
     if(MINGW)
         target_link_options(${target} PRIVATE -static)
-        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-            # GCC's runtime holds functions that clang takes for inline and emits again.
-            target_link_options(${target} PRIVATE -Wl,--allow-multiple-definition)
-        endif()
     endif()
 endfunction()
 

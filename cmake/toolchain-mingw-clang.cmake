@@ -14,9 +14,10 @@ set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES "${cxx_folder}" "${cxx_folder}/x86_64
                                            "${CMAKE_FIND_ROOT_PATH}/include")
 set(CMAKE_C_STANDARD_INCLUDE_DIRECTORIES "${CMAKE_FIND_ROOT_PATH}/include")
 set(CMAKE_C_FLAGS_INIT "-nostdlibinc -pthread")
-set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ -nostdlibinc -pthread")
+# The definition: clang would take for inline what GCC's library, on this system, holds.
+set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ -nostdlibinc -pthread -D__GXX_TYPEINFO_EQUALITY_INLINE=0")
 foreach(kind EXE SHARED MODULE)
-    # clang's own linker: GNU's complains when a static link meets the same inline function from both compilers. The flags for
+    # clang's own linker: GNU's complains when a static link meets the same inline data from both compilers. The flags for
     # compiling reach it as well, unused.
     set(CMAKE_${kind}_LINKER_FLAGS_INIT
         "-fuse-ld=lld -B${gcc_folder} -L${gcc_folder} -Wno-unused-command-line-argument")

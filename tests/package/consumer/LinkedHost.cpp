@@ -9,7 +9,7 @@ int main() {
     IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
     if (!coupling || coupling != GetKinoraVeltrixFactoryInterface() || coupling->SaveProject())
         return 1;
-    putenv(const_cast<char*>("KINORA_VELTRIX_VTDK_VERSION=NotInstalled"));
+    _putenv("KINORA_VELTRIX_VTDK_VERSION=NotInstalled");
     try {
         coupling->CreateProject("C:\\never.project", "C:\\never.obj", "mm");
         return 2;

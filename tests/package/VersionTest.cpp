@@ -1,0 +1,74 @@
+// Every binary that users get says what it is and of which version.
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::wstring FolderOfThisProgram() {
+    std::vector<wchar_t> path(1024);
+    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    const std::wstring text = path.data();
+    return text.substr(0, text.find_last_of(L'\\'));
+}
+
+/// The version resource of a file.
+class Version {
+public:
+    explicit Version(const std::wstring& file) : m_data(GetFileVersionInfoSizeW(file.c_str(), nullptr)) {
+        if (!m_data.empty() &&
+            GetFileVersionInfoW(file.c_str(), 0, static_cast<DWORD>(m_data.size()), m_data.data()) == FALSE) {
+            m_data.clear();
+        }
+    }
+
+    bool Exists() const { return !m_data.empty(); }
+
+    /// A text of the English table; empty when it is missing.
+    std::wstring Text(const std::wstring& name) const {
+        void* text = nullptr;
+        UINT length = 0;
+        const std::wstring path = L"\\StringFileInfo\\040904B0\\" + name;
+        return VerQueryValueW(m_data.data(), path.c_str(), &text, &length) != FALSE ? static_cast<wchar_t*>(text) : L"";
+    }
+
+    /// The four numbers that installers compare, with dots.
+    std::wstring Numbers() const {
+        void* found = nullptr;
+        UINT length = 0;
+        if (VerQueryValueW(m_data.data(), L"\\", &found, &length) == FALSE || length < sizeof(VS_FIXEDFILEINFO)) {
+            return L"";
+        }
+        const auto& info = *static_cast<VS_FIXEDFILEINFO*>(found);
+        return Pair(info.dwFileVersionMS) + L"." + Pair(info.dwFileVersionLS);
+    }
+
+private:
+    static std::wstring Pair(DWORD numbers) {
+        return std::to_wstring(HIWORD(numbers)) + L"." + std::to_wstring(LOWORD(numbers));
+    }
+
+    std::vector<char> m_data;
+};
+
+class Product : public testing::TestWithParam<const wchar_t*> {};
+
+TEST_P(Product, SaysWhatItIsAndOfWhichVersion) {
+    const std::wstring name = GetParam();
+    const Version version(FolderOfThisProgram() + L"\\" + name);
+    ASSERT_TRUE(version.Exists());
+    EXPECT_EQ(version.Text(L"OriginalFilename"), name);
+    EXPECT_EQ(version.Text(L"InternalName"), name.substr(0, name.rfind(L'.')));
+    EXPECT_EQ(version.Text(L"ProductName"), L"KinoraVeltrixCoupling");
+    EXPECT_FALSE(version.Text(L"FileDescription").empty());
+    EXPECT_EQ(version.Text(L"FileVersion"), KINORA_VERSION);
+    EXPECT_EQ(version.Text(L"ProductVersion"), KINORA_VERSION);
+    EXPECT_EQ(version.Numbers(), KINORA_VERSION L".0");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Product, testing::Values(KINORA_PRODUCTS));
+
+} // namespace
