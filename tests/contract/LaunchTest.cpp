@@ -408,10 +408,24 @@ TEST(Overriding, OperationsUseOneAnotherThroughTheInterface) {
     EXPECT_EQ(session.fake.world.Count("Save"), 0U) << "the overriding class did not pass it on";
 }
 
-TEST(Release, LetsGoOfEverythingAndCallsNothing) {
+TEST(Quit, LetsGoOfTheDesktopBeforeTheApplication) {
     CouplingSession session;
     session.Create();
+    std::string letGo;
+    session.fake.world.onLetGo = [&](const Object& object) { letGo += object.Path() + " "; };
+    EXPECT_TRUE(session.coupling.QuitApplication());
+    session.fake.world.onLetGo = nullptr;
+    EXPECT_EQ(letGo, "design project desktop application ");
+}
+
+TEST(Release, LetsGoOfEverythingFromTheInsideOutAndCallsNothing) {
+    CouplingSession session;
+    session.Create();
+    std::string letGo;
+    session.fake.world.onLetGo = [&](const Object& object) { letGo += object.Path() + " "; };
     EXPECT_TRUE(session.coupling.ReleaseApplication());
+    session.fake.world.onLetGo = nullptr;
+    EXPECT_EQ(letGo, "design project desktop application ");
     EXPECT_TRANSCRIPT(session.fake.world, "");
     EXPECT_EQ(session.fake.world.OutstandingReferences(), 0);
 }

@@ -427,6 +427,10 @@ TEST_F(Model, SecondRunNeitherClonesNorPlacesAgain) {
     EXPECT_EQ(fake.world.Count("CloneMaterial"), 0U);
     EXPECT_EQ(fake.world.Count("DeleteSetups"), 1U) << "the history is built anew";
     EXPECT_EQ(fake.world.Count("InsertSetup"), 1U);
+    const auto insert = std::find_if(fake.world.Entries().begin(), fake.world.Entries().end(),
+                                     [](const Entry& entry) { return entry.method == "InsertSetup"; });
+    EXPECT_EQ(insert->arguments[1].items[7].items.size(), 8U) << "time and six variables";
+    EXPECT_EQ(Print(insert->arguments[1].items[8]), R"(["NAME:Sweep Operations"])") << "of one row only";
 }
 
 // Empty inputs.
@@ -600,6 +604,17 @@ TEST_F(Model, FailureOfAVariantFailsTheModel) {
     EXPECT_TRUE(fails(fake.editor, "AssignMaterial", 1, Fails())) << "the clone's own assignment";
 }
 
+TEST_F(Model, CloneThatCannotBeAssignedIsRememberedAllTheSame) {
+    Create();
+    fake.AddMaterial(L"N45", {L"0", L"0", L"1"});
+    fake.editor.OnCall("AssignMaterial", 2, Fails());
+    EXPECT_FALSE(Init({}, {{"a", {"N45", {1.0, 0.0, 0.0}}}}));
+    fake.world.ClearJournal();
+    EXPECT_TRUE(Init({}, {{"a", {"N45", {1.0, 0.0, 0.0}}}}));
+    EXPECT_THAT(Assigned(), ElementsAre("a=N45_1"));
+    EXPECT_EQ(fake.world.Count("CloneMaterial"), 0U);
+}
+
 TEST_F(Model, FailedWriteOfAComponentFailsTheModelAndForgetsTheClone) {
     Create();
     fake.AddMaterial(L"N45", {L"0", L"0", L"1"});
@@ -627,6 +642,14 @@ TEST_F(Model, MaterialsOfBodiesAreAddedToTheProjectOnce) {
     EXPECT_TRUE(Init({MakeGroup("A", {"a", "b", "c", "g"}), MakeGroup("B", {"d", "e", "f", "h"})}));
     EXPECT_THAT(Calls("AddMaterial"),
                 ElementsAre(R"(project(["NAME:iron"]))", R"(project(["NAME:"]))", R"(project(["NAME:\"quoted\""]))"));
+}
+
+TEST_F(Model, ObjectWhoseMaterialIsNoTextAddsNone) {
+    Create();
+    fake.AddSolid(L"a", L"x").On("GetPropValue", Long(1));
+    fake.AddSolid(L"b", L"x").On("GetPropValue", Fails());
+    EXPECT_TRUE(Init({MakeGroup("A", {"a", "b"})}));
+    EXPECT_EQ(fake.world.Count("AddMaterial"), 0U);
 }
 
 TEST_F(Model, MissingObjectIsSkippedForMaterialsAndFailsAtItsPlacement) {

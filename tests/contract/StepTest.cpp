@@ -247,6 +247,12 @@ TEST_F(Step, NegativeZeroIsTimeZero) {
     EXPECT_THAT(Updates(), ElementsAre("SimTime=-0.000000s"));
 }
 
+TEST_F(Step, TimeBeforeZeroIsNoNewRun) {
+    ASSERT_TRUE(Analyze(0.0));
+    EXPECT_TRUE(Analyze(-1.0));
+    EXPECT_EQ(Log(), "Step,SimTime\r\n0,0\r\n1,-1\r\n");
+}
+
 TEST_F(Step, WithoutBodiesOnlyTheTimeIsWritten) {
     EXPECT_TRUE(Analyze(0.0));
     EXPECT_THAT(Updates(), ElementsAre("SimTime=0.000000s"));
@@ -668,6 +674,18 @@ TEST_F(Step, WithoutASetupTheVariablesAndTheHistoryAreWrittenAllTheSame) {
     EXPECT_EQ(fake.world.Count("Analyze"), 0U);
     ASSERT_TRUE(coupling.AddParametricSetup(true));
     EXPECT_EQ(Print(History().items[7].items[1].items[4]), R"("0.000000s")");
+}
+
+TEST_F(Step, CountsBeforeItAsksForTheVariables) {
+    ASSERT_TRUE(Analyze(0.0));
+    fake.design.OnCall("GetProperties", 1, Fails());
+    EXPECT_FALSE(Analyze(1.0));
+    EXPECT_TRUE(Analyze(2.0));
+    EXPECT_EQ(Log(), "Step,SimTime\r\n0,0\r\n2,2\r\n");
+    fake.design.OnCall("GetProperties", 1, Fails());
+    EXPECT_FALSE(Analyze(0.0));
+    EXPECT_TRUE(coupling.AddParametricSetup(false));
+    EXPECT_EQ(Print(LastCall("EditSetup").arguments[1]), "empty") << "the history has been emptied";
 }
 
 TEST_F(Step, FailedUpdateRecordsNothing) {

@@ -70,7 +70,11 @@ ULONG Object::Release() {
         m_world.Report(m_path + " was released once too often");
         return 0;
     }
-    return static_cast<ULONG>(--m_references);
+    --m_references;
+    if (References() == 0 && m_world.onLetGo) {
+        m_world.onLetGo(*this);
+    }
+    return static_cast<ULONG>(m_references);
 }
 
 HRESULT Object::GetTypeInfoCount(UINT* count) {

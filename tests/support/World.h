@@ -103,6 +103,8 @@ public:
     bool FaultHit() const { return m_faultHit; }
     /// Called at the begin of every invocation, after its arguments were recorded.
     std::function<void(const Entry&)> observer;
+    /// Called when callers have let go of an object's last reference.
+    std::function<void(const Object&)> onLetGo;
 
     /// Broken rules and wrong balances up to now, one line each; they are then forgotten.
     std::vector<std::string> TakeProblems();
