@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The desktop's scripting commands.
+
 #include "interface/IKinoraVeltrixInterface.h"
 
 #include <windows.h>
@@ -14,9 +17,8 @@
 /// The desktop's scripting commands, one function each, and the automation calls that they are made of.
 ///
 /// Common to all functions
-///  - Objects are raw `IDispatch*` of the caller; the functions take no reference on them. A null object fails the
-///  call.
-///    An object that a function returns carries one reference, which the caller releases.
+///  - Objects are raw `IDispatch*` of the caller; the functions take no reference on them, and a null object fails the
+///    call. An object that a function returns carries one reference, which the caller releases.
 ///  - A VARIANT that a function returns belongs to the caller, who clears it.
 ///  - Every call looks the method's name up anew (IID_NULL, locale 0x0800), and invokes it with DISPATCH_METHOD, the
 ///    arguments last-first, without exception information. Arguments and results are cleared after the call.

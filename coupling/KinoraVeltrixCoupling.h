@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The class behind the interface.
+
 #include "interface/IKinoraVeltrixInterface.h"
 
 #include <map>
@@ -12,6 +15,7 @@ struct IDispatch;
 #if defined(_MSC_VER)
 #pragma warning(push)
 #pragma warning(disable : 4251) // private members of standard types: host and DLL share one run-time library
+#pragma warning(disable : 4275) // the base has no code of its own that would have to be exported
 #endif
 
 /// The coupling object behind `IKinoraVeltrixInterface`, which documents the operations that it overrides.
@@ -22,6 +26,7 @@ struct IDispatch;
 /// one another do so through the virtual functions.
 class KINORA_VELTRIX_API CKinoraVeltrixCoupling : public IKinoraVeltrixInterface {
 public:
+    /// Holds no automation object yet; the desktop starts when an operation needs it.
     CKinoraVeltrixCoupling();
     /// Copies the automation pointers as plain values, without taking references, and the history and material
     /// bookkeeping deeply. Only one of copy and source may ever release the automation objects.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The coupling as a host sees it: its operations, its records, and the factory that gives it.
+
 #include "interface/KinoraVeltrixExport.h"
 #include "interface/LaunchDesktopExeption.h"
 

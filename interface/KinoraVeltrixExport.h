@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The mark of exported names.
+
 /// Marks what the DLL exports; the library's own sources define KINORA_VELTRIX_EXPORTS. Nobody else needs a mark: a
 /// program reaches the DLL through its import library, and one that compiles the sources in, or is tested on another
 /// system against a coupling of its own, uses the same headers.

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// Texts of the desktop's script error codes.
+
 #include "interface/KinoraVeltrixExport.h"
 
 #include <cstdint>

@@ -1,5 +1,8 @@
 #pragma once
 
+/// @file
+/// The exception of a launch that fails.
+
 #include <stdexcept>
 
 /// Thrown by `LaunchDesktop`, and by `CreateProject` and `OpenProject` when they launch the desktop themselves.
