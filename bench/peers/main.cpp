@@ -10,6 +10,7 @@
 
 #include <objbase.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <iostream>

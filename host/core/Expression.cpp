@@ -6,6 +6,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <stdexcept>
+#include <system_error>
 
 namespace kinora::host {
 namespace {

@@ -3,10 +3,12 @@
 #include "host/core/Errors.h"
 #include "report/core/LogHeader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <fmt/format.h>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 namespace kinora::report {

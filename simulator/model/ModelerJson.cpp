@@ -1,6 +1,7 @@
 #include "simulator/model/ProjectJson.h"
 #include "simulator/model/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <nlohmann/json.hpp>
 #include <set>

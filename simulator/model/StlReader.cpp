@@ -1,6 +1,7 @@
 #include "simulator/model/GeometryFile.h"
 #include "simulator/model/Text.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vantor::model {

@@ -4,6 +4,7 @@
 #include "comutils/ComUtils.h"
 #include "tests/support/CouplingSession.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

@@ -5,6 +5,7 @@
 #include "simulator/model/DesktopError.h"
 
 #include <array>
+#include <cstdlib>
 #include <string>
 #include <vector>
 

@@ -3,6 +3,7 @@
 #include "report/core/Frames.h"
 #include "tests/report/LogText.h"
 
+#include <cmath>
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

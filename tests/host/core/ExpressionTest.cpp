@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <stdexcept>
 
 namespace kinora::host {
 namespace {

@@ -2,6 +2,7 @@
 
 #include "host/core/Text.h"
 
+#include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,6 +1,8 @@
 // Loads between two blocks against the closed form of the literature and against integrals of the closed block field.
 #include "tests/simulator/solver/Comparison.h"
 
+#include <cmath>
+
 using Eigen::Vector3d;
 using shapes::Block;
 

@@ -1,6 +1,7 @@
 // When the solver stops, and what it says about it.
 #include "tests/simulator/solver/Comparison.h"
 
+#include <cmath>
 #include <limits>
 
 using Eigen::Vector3d;

@@ -1,6 +1,8 @@
 #include "tests/simulator/solver/Shapes.h"
 
 #include <Eigen/Geometry>
+#include <algorithm>
+#include <cmath>
 #include <map>
 
 using Eigen::Vector3d;
