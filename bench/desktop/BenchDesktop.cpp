@@ -200,7 +200,7 @@ bool BenchRegister(bool install) {
         return RegDeleteTreeW(HKEY_LOCAL_MACHINE, (L"Software\\Classes\\" + classKey).c_str()) == ERROR_SUCCESS &&
                RegDeleteTreeW(HKEY_LOCAL_MACHINE, (std::wstring(L"Software\\Classes\\") + progId).c_str()) ==
                    ERROR_SUCCESS;
-    wchar_t path[MAX_PATH];
+    wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(thisModule, path, MAX_PATH);
     return WriteDefault(std::wstring(progId) + L"\\CLSID", classText) &&
            WriteDefault(classKey + L"\\InprocServer32", path);

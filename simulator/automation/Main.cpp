@@ -40,7 +40,7 @@ model::MaterialTable LoadLibrary() {
     model::MaterialTable library = model::BuiltInMaterials();
     const std::wstring file = Environment(L"VANTOR_SIM_MATERIALS");
     if (!file.empty()) {
-        for (auto& material : model::ReadMaterialsFile(file)) {
+        for (const auto& material : model::ReadMaterialsFile(file)) {
             library[material.name] = material;
         }
     }

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -216,10 +217,11 @@ TEST(Library, HoldsTheScriptErrorTable) {
 }
 
 TEST(Library, WorksWithoutItsImportLibrary) {
-    const HMODULE library = LoadLibraryW((FolderOfThisProgram() + L"\\KinoraVeltrixCoupling.dll").c_str());
+    const std::unique_ptr<HINSTANCE__, decltype(&FreeLibrary)> library(
+        LoadLibraryW((FolderOfThisProgram() + L"\\KinoraVeltrixCoupling.dll").c_str()), &FreeLibrary);
     ASSERT_NE(library, nullptr);
     using Factory = IKinoraVeltrixInterface* (*)();
-    const FARPROC found = GetProcAddress(library, "GetKinoraVeltrixFactoryInterface");
+    const FARPROC found = GetProcAddress(library.get(), "GetKinoraVeltrixFactoryInterface");
     ASSERT_NE(found, nullptr);
     const auto factory = reinterpret_cast<Factory>(reinterpret_cast<void*>(found));
     IKinoraVeltrixInterface* const coupling = factory();

@@ -91,12 +91,14 @@ private:
     Handle m_process;
 };
 
+std::string UniqueName() {
+    static int count = 0;
+    return "kinora-endtoend-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count);
+}
+
 } // namespace
 
-ScratchFolder::ScratchFolder() {
-    static int count = 0;
-    m_path = std::filesystem::temp_directory_path() /
-             ("kinora-endtoend-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count));
+ScratchFolder::ScratchFolder() : m_path(std::filesystem::temp_directory_path() / UniqueName()) {
     std::filesystem::create_directories(m_path);
 }
 

@@ -111,7 +111,7 @@ protected:
 
     /// Waits until the file ends in the head of a call of this method.
     bool IsInCall(const std::string& method) const {
-        const auto deadline = std::chrono::steady_clock::now() + 60s;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         while (std::chrono::steady_clock::now() < deadline) {
             const std::string last = LastLine();
             if (last.find("\"kind\":\"call\"") != std::string::npos && last.back() != '}' &&

@@ -1,121 +1,12 @@
 // The wrapper against a small target in the same process: what passes through, and what is recorded.
-#include "trace/core/Session.h"
-#include "trace/server/Tracer.h"
+#include "tests/trace/Wrapper.h"
 
-#include <windows.h>
-
-#include <oaidl.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
-#include <vector>
+#include <string>
 
 namespace {
 
 using namespace kinora::trace;
-
-/// An automation object that does what the test says, and counts its references.
-class Target final : public IDispatch {
-public:
-    using Handler = std::function<HRESULT(DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)>;
-    Handler handler;
-    ULONG references = 1;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
-        const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
-        *result = isKnown ? this : nullptr;
-        references += isKnown ? 1 : 0;
-        return isKnown ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-    ULONG STDMETHODCALLTYPE Release() override { return --references; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        *count = 0;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return DISP_E_BADINDEX; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
-        const bool isKnown = std::wstring(names[0]) != L"Unknown";
-        ids[0] = isKnown ? 7 : DISPID_UNKNOWN;
-        return isKnown ? S_OK : DISP_E_UNKNOWNNAME;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result,
-                                     EXCEPINFO* exception, UINT* argumentError) override {
-        return handler(parameters, result, exception, argumentError);
-    }
-};
-
-VARIANT ObjectVariant(IDispatch* object) {
-    VARIANT value;
-    VariantInit(&value);
-    V_VT(&value) = VT_DISPATCH;
-    V_DISPATCH(&value) = object;
-    return value;
-}
-
-/// An array of VARIANTs with one object in it, which gets a reference.
-VARIANT ArrayOf(IDispatch* object) {
-    VARIANT element = ObjectVariant(object);
-    VARIANT value;
-    VariantInit(&value);
-    V_VT(&value) = VT_ARRAY | VT_VARIANT;
-    V_ARRAY(&value) = SafeArrayCreateVector(VT_VARIANT, 0, 1);
-    LONG index = 0;
-    SafeArrayPutElement(V_ARRAY(&value), &index, &element);
-    return value;
-}
-
-IDispatch* FirstObject(const VARIANT& array) {
-    return V_DISPATCH(static_cast<VARIANT*>(V_ARRAY(&array)->pvData));
-}
-
-class Wrapper : public testing::Test {
-protected:
-    Wrapper()
-        : folder(std::filesystem::temp_directory_path() / ("trace-test-" + std::to_string(GetCurrentProcessId()))),
-          tracer(RecorderSettings{folder.wstring(), 1 << 20}), wrapper(tracer.WrapperOf(&target, "desktop")) {}
-    ~Wrapper() override {
-        wrapper->Release();
-        EXPECT_EQ(tracer.Wrappers(), 0U);
-        EXPECT_EQ(target.references, 1U);
-        EXPECT_EQ(child.references, 1U);
-    }
-
-    HRESULT Call(std::vector<VARIANT> arguments, VARIANT* result, EXCEPINFO* exception = nullptr,
-                 UINT* argumentError = nullptr) {
-        wchar_t name[] = L"Method";
-        LPOLESTR names[] = {name};
-        DISPID id = 0;
-        EXPECT_EQ(wrapper->GetIDsOfNames(IID_NULL, names, 1, LOCALE_SYSTEM_DEFAULT, &id), S_OK);
-        DISPPARAMS parameters = {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
-        return wrapper->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, result, exception,
-                               argumentError);
-    }
-
-    void GiveChild() {
-        target.handler = [this](DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*) {
-            child.AddRef();
-            *result = ObjectVariant(&child);
-            return S_OK;
-        };
-    }
-
-    Record LastRecord() {
-        std::ifstream stream(std::filesystem::path(tracer.ItsRecorder().File()), std::ios::binary);
-        Session session;
-        ReadTrace(stream, "trace", session);
-        return session.records.back();
-    }
-
-    const std::filesystem::path folder;
-    Target target;
-    Target child;
-    Tracer tracer;
-    IDispatch* wrapper;
-};
 
 TEST_F(Wrapper, IsOneForTheSameObject) {
     GiveChild();
@@ -188,8 +79,8 @@ TEST_F(Wrapper, IsExchangedInReferences) {
     };
     EXPECT_EQ(Call({byVariant, byObject}, nullptr), S_OK);
     EXPECT_EQ(V_DISPATCH(&object), before);
-    EXPECT_EQ(empty, wrapper);
-    empty->Release();
+    ASSERT_EQ(empty, wrapper);
+    wrapper->Release();
     VariantClear(&object);
 }
 

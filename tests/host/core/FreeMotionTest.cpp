@@ -54,7 +54,7 @@ TEST(SpeedFlow, TurnsRoundAgainstDryFriction) {
 
 TEST(SpeedFlow, TurnsRoundWithDampingAndFriction) {
     const double m = 1.0, c = 0.5, F = -3.0, Ff = 1.0;
-    const double toRest = m / c * std::log(1.0 + 4.0 * c / 4.0);
+    const double toRest = m / c * std::log1p(4.0 * c / 4.0);
     const double expected = (F + Ff) / c * (1.0 - std::exp(-c * (3.0 - toRest) / m));
     EXPECT_NEAR(FlowSpeed(4.0, F, m, c, Ff, 3.0).speed, expected, 1e-13);
 }

@@ -13,8 +13,9 @@ int main() {
     using Factory = IKinoraVeltrixInterface* (*)();
     const auto factory =
         reinterpret_cast<Factory>(reinterpret_cast<void*>(GetProcAddress(library, "GetKinoraVeltrixFactoryInterface")));
-    if (!factory || !factory() || factory()->CloseProject())
-        return 2;
-    std::puts("the factory gives the coupling object");
-    return 0;
+    const bool works = factory && factory() && !factory()->CloseProject();
+    if (works)
+        std::puts("the factory gives the coupling object");
+    FreeLibrary(library);
+    return works ? 0 : 2;
 }
