@@ -1,6 +1,7 @@
 // Geometry initialisation, and the driver that makes a field model of bodies and materials.
 
 #include "tests/support/CouplingSession.h"
+#include "tests/support/FailingCall.h"
 #include "tests/support/HostLocale.h"
 #include "tests/support/Transcript.h"
 
@@ -465,6 +466,16 @@ TEST_F(Model, WithoutVariableNamesInTheEndTheResultComesEarly) {
     EXPECT_EQ(Print(fake.world.Entries().back().arguments[0]), R"("ReportSetup")");
 }
 
+TEST_F(Model, ReportModuleIsNeededAlsoWithoutVariableNames) {
+    Create();
+    fake.design.OnCall("GetProperties", 2, Nothing());
+    fake.design.On("GetModule", [&](const Arguments& arguments) {
+        return arguments[0].text == L"ReportSetup" ? NoObject() : Reference(fake.setupModule);
+    });
+    EXPECT_FALSE(Init({}));
+    EXPECT_EQ(fake.world.Entries().back().method, "GetModule");
+}
+
 TEST_F(Model, BodyWithoutObjectsGetsNoLoadsAndNoPlot) {
     Create();
     EXPECT_TRUE(Init({MakeGroup("Rotor", {})}));
@@ -670,79 +681,43 @@ TEST_F(Model, FailedAddMaterialFails) {
 
 // Every step that ends the model at its failure.
 
-struct Step {
-    const char* name;
-    Object& (*object)(FakeDesktop&);
-    const char* method;
-    unsigned call;
-    Answer answer;
-    /// Where the journal ends.
-    const char* last;
-};
-
-class ModelStep : public testing::TestWithParam<Step>, protected CouplingSession {};
+class ModelStep : public testing::TestWithParam<FailingCall>, protected CouplingSession {};
 
 TEST_P(ModelStep, FailsAtOnce) {
-    const Step& step = GetParam();
     Create();
     fake.AddSolid(L"Magnet", L"\"N45\"");
     fake.AddMaterial(L"N45");
-    step.object(fake).OnCall(step.method, step.call, step.answer);
+    GetParam().Plan(fake);
     EXPECT_FALSE(coupling.InitMagneticObjects({MakeGroup("Rotor", {"Magnet"}, 1.0)}, {{"Magnet", {"N45", {}}}}));
-    EXPECT_EQ(fake.world.Entries().back().method, step.last) << fake.world.Journal();
-}
-
-Object& Design(FakeDesktop& fake) {
-    return fake.design;
-}
-Object& Editor(FakeDesktop& fake) {
-    return fake.editor;
-}
-Object& TheProject(FakeDesktop& fake) {
-    return fake.project;
-}
-Object& Parameters(FakeDesktop& fake) {
-    return fake.parameterModule;
-}
-Object& Outputs(FakeDesktop& fake) {
-    return fake.outputModule;
-}
-Object& Paravant(FakeDesktop& fake) {
-    return fake.paravant;
-}
-Object& Fields(FakeDesktop& fake) {
-    return fake.fieldsModule;
-}
-Object& Setups(FakeDesktop& fake) {
-    return fake.setupModule;
+    EXPECT_EQ(fake.world.Entries().back().method, GetParam().last) << fake.world.Journal();
 }
 
 INSTANTIATE_TEST_SUITE_P(
     All, ModelStep,
-    testing::Values(Step{"LocalVariables", Design, "GetProperties", 1, Fails(), "GetProperties"},
-                    Step{"SetupModule", Design, "GetModule", 1, Fails(), "GetModule"},
-                    Step{"FirstSetup", Setups, "GetSetups", 2, Nothing(), "GetSetups"},
-                    Step{"Editor", Design, "SetActiveEditor", 1, Text(L"editor"), "SetActiveEditor"},
-                    Step{"Region", Editor, "CreateRegion", 1, Fails(), "CreateRegion"},
-                    Step{"Materials", TheProject, "GetChildObject", 1, NoObject(), "GetChildObject"},
-                    Step{"DefinitionManager", TheProject, "GetDefinitionManager", 1, Fails(), "GetDefinitionManager"},
-                    Step{"NoDefinitionManager", TheProject, "GetDefinitionManager", 1, Nothing(),
+    testing::Values(FailingCall{"LocalVariables", Design, "GetProperties", 1, Fails(), "GetProperties"},
+                    FailingCall{"SetupModule", Design, "GetModule", 1, Fails(), "GetModule"},
+                    FailingCall{"FirstSetup", Setups, "GetSetups", 2, Nothing(), "GetSetups"},
+                    FailingCall{"Editor", Design, "SetActiveEditor", 1, Text(L"editor"), "SetActiveEditor"},
+                    FailingCall{"Region", Editor, "CreateRegion", 1, Fails(), "CreateRegion"},
+                    FailingCall{"Materials", fake::Project, "GetChildObject", 1, NoObject(), "GetChildObject"},
+                    FailingCall{"DefinitionManager", fake::Project, "GetDefinitionManager", 1, Fails(), "GetDefinitionManager"},
+                    FailingCall{"NoDefinitionManager", fake::Project, "GetDefinitionManager", 1, Nothing(),
                          "GetDefinitionManager"},
-                    Step{"MaterialsAgain", TheProject, "GetChildObject", 2, Fails(), "GetChildObject"},
-                    Step{"ParameterModule", Design, "GetModule", 4, Fails(), "GetModule"},
-                    Step{"CoordinateSystem", Editor, "CreateRelativeCS", 1, Fails(), "CreateRelativeCS"},
-                    Step{"Orientation", Editor, "CreateRelativeCS", 2, Fails(), "CreateRelativeCS"},
-                    Step{"Move", Editor, "Move", 1, Fails(), "Move"},
-                    Step{"WorkingFrame", Editor, "SetWCS", 1, Fails(), "SetWCS"},
-                    Step{"Force", Parameters, "AssignForce", 1, Fails(), "AssignForce"},
-                    Step{"Torque", Parameters, "AssignTorque", 3, Fails(), "AssignTorque"},
-                    Step{"OutputVariable", Outputs, "CreateOutputVariable", 6, Fails(), "CreateOutputVariable"},
-                    Step{"History", Paravant, "InsertSetup", 1, Fails(), "InsertSetup"},
-                    Step{"LocalVariablesAgain", Design, "GetProperties", 2, Fails(), "GetProperties"},
-                    Step{"ReportModule", Design, "GetModule", 6, NoObject(), "GetModule"},
-                    Step{"FieldsModule", Design, "GetModule", 7, Fails(), "GetModule"},
-                    Step{"FieldPlot", Fields, "CreateFieldPlot", 1, Fails(), "CreateFieldPlot"}),
-    [](const auto& step) { return std::string(step.param.name); });
+                    FailingCall{"MaterialsAgain", fake::Project, "GetChildObject", 2, Fails(), "GetChildObject"},
+                    FailingCall{"ParameterModule", Design, "GetModule", 4, Fails(), "GetModule"},
+                    FailingCall{"CoordinateSystem", Editor, "CreateRelativeCS", 1, Fails(), "CreateRelativeCS"},
+                    FailingCall{"Orientation", Editor, "CreateRelativeCS", 2, Fails(), "CreateRelativeCS"},
+                    FailingCall{"Move", Editor, "Move", 1, Fails(), "Move"},
+                    FailingCall{"WorkingFrame", Editor, "SetWCS", 1, Fails(), "SetWCS"},
+                    FailingCall{"Force", Parameters, "AssignForce", 1, Fails(), "AssignForce"},
+                    FailingCall{"Torque", Parameters, "AssignTorque", 3, Fails(), "AssignTorque"},
+                    FailingCall{"OutputVariable", Outputs, "CreateOutputVariable", 6, Fails(), "CreateOutputVariable"},
+                    FailingCall{"History", Paravant, "InsertSetup", 1, Fails(), "InsertSetup"},
+                    FailingCall{"LocalVariablesAgain", Design, "GetProperties", 2, Fails(), "GetProperties"},
+                    FailingCall{"ReportModule", Design, "GetModule", 6, NoObject(), "GetModule"},
+                    FailingCall{"FieldsModule", Design, "GetModule", 7, Fails(), "GetModule"},
+                    FailingCall{"FieldPlot", Fields, "CreateFieldPlot", 1, Fails(), "CreateFieldPlot"}),
+    FailingCall::NameOf<testing::TestParamInfo<FailingCall>>);
 
 TEST_F(Model, ReportsThatCannotBeMadeDoNotMatter) {
     Create();
