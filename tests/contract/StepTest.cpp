@@ -1,6 +1,7 @@
 // One coupling step: what it asks of the desktop, what it records, and what it leaves behind when it fails.
 
 #include "tests/support/CouplingSession.h"
+#include "tests/support/FailingCall.h"
 #include "tests/support/HostLocale.h"
 #include "tests/support/Transcript.h"
 
@@ -595,21 +596,12 @@ TEST_F(Step, FolderInPlaceOfTheLogSilencesIt) {
 
 // Failures.
 
-struct Failing {
-    const char* name;
-    Object& (*object)(FakeDesktop&);
-    const char* method;
-    unsigned call;
-    Answer answer;
-    const char* last;
-};
-
-class StepFailure : public testing::TestWithParam<Failing>, protected CouplingSession {};
+class StepFailure : public testing::TestWithParam<FailingCall>, protected CouplingSession {};
 
 TEST_P(StepFailure, EndsTheStep) {
     Create();
     fake.variables = {L"SimTime"};
-    GetParam().object(fake).OnCall(GetParam().method, GetParam().call, GetParam().answer);
+    GetParam().Plan(fake);
     std::vector<Result> results;
     int status = 77;
     EXPECT_FALSE(coupling.Analyze(0.0, {MakeBody("R")}, results, status));
@@ -619,41 +611,25 @@ TEST_P(StepFailure, EndsTheStep) {
     EXPECT_EQ(status, 77);
 }
 
-Object& TheProject(FakeDesktop& fake) {
-    return fake.project;
-}
-Object& TheDesign(FakeDesktop& fake) {
-    return fake.design;
-}
-Object& Paravant(FakeDesktop& fake) {
-    return fake.paravant;
-}
-Object& Setups(FakeDesktop& fake) {
-    return fake.setupModule;
-}
-Object& Outputs(FakeDesktop& fake) {
-    return fake.outputModule;
-}
-
 INSTANTIATE_TEST_SUITE_P(
     All, StepFailure,
-    testing::Values(Failing{"ProjectName", TheProject, "GetName", 1, Fails(), "GetName"},
-                    Failing{"ProjectNameNoText", TheProject, "GetName", 1, Long(1), "GetName"},
-                    Failing{"ProjectPath", TheProject, "GetPath", 1, Fails(), "GetPath"},
-                    Failing{"ProjectPathNoText", TheProject, "GetPath", 1, Nothing(), "GetPath"},
-                    Failing{"DesignName", TheDesign, "GetName", 1, Fails(), "GetName"},
-                    Failing{"DesignNameNoText", TheDesign, "GetName", 1, Texts({L"a"}), "GetName"},
-                    Failing{"LocalVariables", TheDesign, "GetProperties", 1, Fails(), "GetProperties"},
-                    Failing{"Update", TheDesign, "ChangeProperty", 1, Fails(), "ChangeProperty"},
-                    Failing{"HistoryFolder", TheDesign, "GetChildObject", 1, Fails(), "GetChildObject"},
-                    Failing{"History", Paravant, "InsertSetup", 1, Fails(), "InsertSetup"},
-                    Failing{"NoSetup", Setups, "GetSetups", 1, Texts({}), "GetSetups"},
-                    Failing{"Setups", Setups, "GetSetups", 1, Fails(), "GetSetups"},
-                    Failing{"Solve", TheDesign, "Analyze", 1, Fails(), "Analyze"},
-                    Failing{"ReportModule", TheDesign, "GetModule", 2, NoObject(), "GetModule"},
-                    Failing{"OutputModule", TheDesign, "GetModule", 3, Fails(), "GetModule"},
-                    Failing{"Output", Outputs, "GetOutputVariableValue", 1, Fails(), "GetOutputVariableValue"}),
-    [](const auto& failing) { return std::string(failing.param.name); });
+    testing::Values(FailingCall{"ProjectName", fake::Project, "GetName", 1, Fails(), "GetName"},
+                    FailingCall{"ProjectNameNoText", fake::Project, "GetName", 1, Long(1), "GetName"},
+                    FailingCall{"ProjectPath", fake::Project, "GetPath", 1, Fails(), "GetPath"},
+                    FailingCall{"ProjectPathNoText", fake::Project, "GetPath", 1, Nothing(), "GetPath"},
+                    FailingCall{"DesignName", Design, "GetName", 1, Fails(), "GetName"},
+                    FailingCall{"DesignNameNoText", Design, "GetName", 1, Texts({L"a"}), "GetName"},
+                    FailingCall{"LocalVariables", Design, "GetProperties", 1, Fails(), "GetProperties"},
+                    FailingCall{"Update", Design, "ChangeProperty", 1, Fails(), "ChangeProperty"},
+                    FailingCall{"HistoryFolder", Design, "GetChildObject", 1, Fails(), "GetChildObject"},
+                    FailingCall{"History", Paravant, "InsertSetup", 1, Fails(), "InsertSetup"},
+                    FailingCall{"NoSetup", Setups, "GetSetups", 1, Texts({}), "GetSetups"},
+                    FailingCall{"Setups", Setups, "GetSetups", 1, Fails(), "GetSetups"},
+                    FailingCall{"Solve", Design, "Analyze", 1, Fails(), "Analyze"},
+                    FailingCall{"ReportModule", Design, "GetModule", 2, NoObject(), "GetModule"},
+                    FailingCall{"OutputModule", Design, "GetModule", 3, Fails(), "GetModule"},
+                    FailingCall{"Output", Outputs, "GetOutputVariableValue", 1, Fails(), "GetOutputVariableValue"}),
+    FailingCall::NameOf<testing::TestParamInfo<FailingCall>>);
 
 TEST_F(Step, FailedClearingOfMessagesDoesNotMatter) {
     fake.desktop.Forget("ClearMessages");
