@@ -90,6 +90,13 @@ TEST(Value, CopiesAreSeparate) {
     EXPECT_EQ(TextAt(At(copy.Get(), 1), 0), L"b");
 }
 
+TEST(Value, AssignmentToItselfKeepsTheValue) {
+    CValue value = "text";
+    CValue& same = value;
+    value = std::move(same);
+    EXPECT_EQ(value.ToText(), "text");
+}
+
 TEST(Value, ReceiveGivesAZeroedAddress) {
     CValue value = "text";
     const VARIANT* address = value.Receive();
