@@ -22,9 +22,13 @@ HANDLE OpenFileHandle(const std::wstring& path, DWORD access, DWORD disposition)
 TestFolder::TestFolder() {
     std::array<wchar_t, MAX_PATH> temporary{};
     GetTempPathW(static_cast<DWORD>(temporary.size()), temporary.data());
+    const std::wstring start =
+        std::wstring(temporary.data()) + L"kinora-" + std::to_wstring(GetCurrentProcessId()) + L"-";
     static unsigned number = 0;
-    m_path = std::wstring(temporary.data()) + L"kinora-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
-             std::to_wstring(++number);
+    // A process of the same number that was ended may have left its folders.
+    do {
+        m_path = start + std::to_wstring(++number);
+    } while (FileExists(m_path));
     MakeFolder(m_path);
 }
 

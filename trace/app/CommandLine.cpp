@@ -2,8 +2,26 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <map>
 
 namespace kinora::trace {
+namespace {
+
+const std::map<std::string, CommandLine::Colour> colours = {{"auto", CommandLine::Colour::Auto},
+                                                            {"always", CommandLine::Colour::Always},
+                                                            {"never", CommandLine::Colour::Never}};
+
+std::string ComplaintAboutColour(const std::string& text) {
+    return colours.count(text) != 0 ? "" : "\"" + text + "\" is none of auto, always, never";
+}
+
+std::string ComplaintAboutDuration(const std::string& text) {
+    double milliseconds = -1.0;
+    const bool isNumber = CLI::detail::lexical_cast(text, milliseconds);
+    return isNumber && milliseconds >= 0.0 ? "" : "\"" + text + "\" is no number of milliseconds";
+}
+
+} // namespace
 
 CommandLine ReadCommandLine(std::vector<std::string> words) {
     CommandLine line;
@@ -20,7 +38,8 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
         return command;
     };
     const auto addFiles = [&](CLI::App* command) {
-        command->add_option("FILE", line.files, "Trace file; several for the parts of one trace")->required();
+        command->add_option("FILE", line.files,
+                            "Trace file; its further parts are found beside it. Without one: the newest trace");
     };
     add("register", "Register the trace server, selected with KINORA_VELTRIX_VTDK_VERSION=Trace",
         CommandLine::Task::Register);
@@ -29,25 +48,32 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     addFiles(show);
     show->add_flag("--failed", line.show.onlyFailed, "Only what failed or never came back");
     show->add_option("--slow", line.show.slowMilliseconds, "Only calls of so many milliseconds or more")
-        ->check(CLI::NonNegativeNumber);
+        ->check(CLI::Validator(ComplaintAboutDuration, ""));
     show->add_option("--grep", line.show.containing, "Only calls that contain this text");
     show->add_flag("--full", line.show.isFull, "Print long lists and texts whole");
+    std::string colour = "auto";
+    show->add_option("--colour", colour, "When to colour: auto (on a terminal), always, never")
+        ->check(CLI::Validator(ComplaintAboutColour, ""));
     addFiles(add("stats", "Print where the time went, method by method", CommandLine::Task::Stats));
     addFiles(add("script", "Print a VBScript that replays the session", CommandLine::Task::Script));
     add("diff", "Compare two sessions call by call, ignoring times", CommandLine::Task::Diff)
         ->add_option("A B", line.files, "The two trace files")
         ->required()
         ->expected(2);
+    const std::string first = words.empty() ? "" : words.front();
     std::reverse(words.begin(), words.end());
     try {
         parser.parse(words);
+        line.colour = colours.at(colour);
     } catch (const CLI::CallForHelp&) {
         line.task = CommandLine::Task::Help;
         const auto chosen = parser.get_subcommands();
-        line.text = chosen.empty() ? parser.help() : chosen.front()->help();
+        line.text = chosen.empty() ? parser.help() : chosen.front()->help(parser.get_name());
     } catch (const CLI::ParseError& error) {
         line.task = CommandLine::Task::Bad;
-        line.text = std::string("error: ") + error.what() + " (--help lists the commands)\n";
+        const bool isNoCommand = parser.get_subcommands().empty() && !first.empty() && first[0] != '-';
+        line.text = "error: " + (isNoCommand ? "\"" + first + "\" is no command" : error.what()) +
+                    " (--help lists the commands)\n";
     }
     return line;
 }

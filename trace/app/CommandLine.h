@@ -12,9 +12,12 @@ struct CommandLine {
     enum class Task { Register, Unregister, Show, Stats, Script, Diff, Help, Bad };
 
     Task task = Task::Help;
-    /// Parts of one trace; for Diff the two traces.
+    /// Parts of one trace, or its first part; empty for the newest trace. For Diff the two traces.
     std::vector<std::string> files;
     ShowOptions show;
+    /// Whether to colour what Show prints; Auto does so on a terminal.
+    enum class Colour { Auto, Always, Never };
+    Colour colour = Colour::Auto;
     /// For Help and Bad.
     std::string text;
 };

@@ -3,7 +3,9 @@
 #include "trace/core/Diff.h"
 #include "trace/core/Script.h"
 #include "trace/core/Stats.h"
+#include "trace/core/TraceFiles.h"
 #include "trace/server/JsonText.h"
+#include "trace/server/Recorder.h"
 
 #include <windows.h>
 
@@ -25,20 +27,44 @@ void Print(std::FILE* stream, const std::string& text) {
     std::fflush(stream);
 }
 
-void ReadPart(const std::string& file, Session& session) {
-    std::ifstream stream(std::filesystem::u8path(file), std::ios::binary);
-    if (!stream) {
-        throw std::runtime_error(file + " cannot be opened.");
+void ReadPart(const std::filesystem::path& file, Session& session) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream.is_open()) {
+        throw std::runtime_error(file.u8string() + " cannot be opened. Traces are in the folder " +
+                                 std::filesystem::path(RecorderSettings::FromEnvironment().folder).u8string() + ".");
     }
-    ReadTrace(stream, file, session);
+    ReadTrace(stream, file.u8string(), session);
+}
+
+/// The files to read, when the user named none, one, or the parts of a trace one by one.
+std::vector<std::filesystem::path> FilesOf(const std::vector<std::string>& named) {
+    if (named.empty()) {
+        const std::filesystem::path folder = RecorderSettings::FromEnvironment().folder;
+        const std::filesystem::path newest = NewestTrace(folder).make_preferred();
+        if (newest.empty()) {
+            throw std::runtime_error("there is no trace in " + folder.u8string() +
+                                     ". Name a file, or record one with KINORA_VELTRIX_VTDK_VERSION=Trace.");
+        }
+        Print(stderr, "reading " + newest.u8string() + "\n");
+        return PartsOf(newest);
+    }
+    if (named.size() == 1) {
+        return PartsOf(std::filesystem::u8path(named.front()));
+    }
+    std::vector<std::filesystem::path> files;
+    for (const std::string& name : named) {
+        files.push_back(std::filesystem::u8path(name));
+    }
+    return files;
 }
 
 /// Reads the parts of one trace, and tells what could not be read.
-Session ReadSession(const std::vector<std::string>& files) {
+Session ReadSession(const std::vector<std::string>& named) {
     Session session;
-    for (const std::string& file : files) {
+    for (const std::filesystem::path& file : FilesOf(named)) {
         ReadPart(file, session);
     }
+    WarnOfGaps(session);
     for (const std::string& warning : session.warnings) {
         Print(stderr, "warning: " + warning + "\n");
     }
@@ -65,7 +91,8 @@ int PrintSession(const CommandLine& line) {
     std::ostringstream out;
     if (line.task == CommandLine::Task::Show) {
         ShowOptions options = line.show;
-        options.isColoured = HasColours();
+        options.isColoured =
+            line.colour == CommandLine::Colour::Always || (line.colour == CommandLine::Colour::Auto && HasColours());
         Show(session, options, out);
     } else if (line.task == CommandLine::Task::Stats) {
         PrintStats(ComputeStats(session), out);

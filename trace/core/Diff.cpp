@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <utility>
 
 namespace kinora::trace {
 namespace {
@@ -119,8 +120,26 @@ private:
     std::vector<Frontier> m_history;
 };
 
-std::string CallText(const Record& record) {
-    return record.object + "." + record.method + "(" + ArgumentsText(record.arguments, {}) + ")";
+/// With the object in front, where there is one.
+std::string Located(const Record& record, const std::string& text) {
+    return record.object.empty() ? text : record.object + "." + text;
+}
+
+/// A value without the numbers of its objects: these depend on everything that came before.
+nlohmann::json WithoutIds(nlohmann::json value) {
+    if (value.is_object()) {
+        value.erase("id");
+    }
+    if (value.is_structured()) {
+        for (nlohmann::json& inner : value) {
+            inner = WithoutIds(std::move(inner));
+        }
+    }
+    return value;
+}
+
+bool IsSame(const nlohmann::json& one, const nlohmann::json& other) {
+    return one == other || WithoutIds(one) == WithoutIds(other);
 }
 
 class Comparison {
@@ -129,14 +148,15 @@ public:
 
     void OnlyIn(char mark, const Record& record) {
         ++m_differences;
-        m_out << fmt::format("{} {} {}{}\n", mark, record.sequence, CallText(record), OutcomeText(record, false));
+        m_out << fmt::format("{} {} {}{}\n", mark, record.sequence, Located(record, CallText(record, false)),
+                             OutcomeText(record, false));
     }
 
     void Compare(const Record& one, const Record& other) {
         m_isTold = false;
         CompareArguments(one, other);
-        Tell(one.flags == other.flags && one.named == other.named, one, other, "the way of calling differs", "");
-        Tell(one.result == other.result && one.after == other.after && one.code == other.code &&
+        Tell(one.flags == other.flags && one.named == other.named, one, other, WayOfCalling(one), WayOfCalling(other));
+        Tell(IsSame(one.result, other.result) && IsSame(one.after, other.after) && one.code == other.code &&
                  one.description == other.description && one.argumentError == other.argumentError &&
                  one.isOpen == other.isOpen,
              one, other, OutcomeText(one, true), OutcomeText(other, true));
@@ -150,9 +170,14 @@ private:
         for (std::size_t i = 0; i < count; ++i) {
             const nlohmann::json mine = i < one.arguments.size() ? one.arguments[i] : nlohmann::json();
             const nlohmann::json theirs = i < other.arguments.size() ? other.arguments[i] : nlohmann::json();
-            Tell(mine == theirs, one, other, fmt::format("argument {}: {}", i + 1, Whole(mine)),
+            Tell(IsSame(mine, theirs), one, other, fmt::format("argument {}: {}", i + 1, Whole(mine)),
                  fmt::format("argument {}: {}", i + 1, Whole(theirs)));
         }
+    }
+
+    static std::string WayOfCalling(const Record& record) {
+        return fmt::format("kind of call {}{}", record.flags,
+                           record.named.empty() ? "" : ", named arguments " + record.named.dump());
     }
 
     static std::string Whole(const nlohmann::json& value) { return ValueText(value, TextLimits::None()); }
@@ -162,7 +187,7 @@ private:
             return;
         }
         if (!m_isTold) {
-            m_out << fmt::format("~ {} / {} {}.{}\n", one.sequence, other.sequence, one.object, one.method);
+            m_out << fmt::format("~ {} / {} {}\n", one.sequence, other.sequence, Located(one, one.method));
             ++m_differences;
         }
         m_isTold = true;

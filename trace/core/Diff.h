@@ -6,8 +6,8 @@
 
 namespace kinora::trace {
 
-/// Compares two sessions call by call: objects, methods, arguments, results and errors, in order. Times, threads and
-/// successful look-ups do not matter. Differences are written one per line:
+/// Compares two sessions call by call: objects by their paths, methods, arguments, results and errors, in order. Times,
+/// threads and successful look-ups do not matter. Differences are written one per line:
 ///
 ///     - 12 desktop.ClearMessages(..)      only in the first session
 ///     + 14 desktop.AddMessage(..)         only in the second

@@ -124,6 +124,21 @@ bool IsNumber(const json& value) {
     return type == "R8" || type == "R4";
 }
 
+/// True for names that stand in a script as they are. Nothing else of a trace may become a statement.
+bool IsIdentifier(const std::string& name) {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    return !name.empty() && isLetter(name[0]) && std::all_of(name.begin(), name.end(), [&](char c) {
+        return isLetter(c) || (c >= '0' && c <= '9') || c == '_';
+    });
+}
+
+/// Text for a remark: one line of printable ASCII.
+std::string OneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c < 0x20 || c > 0x7E; }, '?');
+    return text;
+}
+
 class Writer {
 public:
     explicit Writer(const Session& session)
@@ -142,7 +157,7 @@ public:
 
 private:
     void WriteHead(std::ostream& out) const {
-        out << "' Replays a session of " << m_session.process << " with " << m_session.target << ".\n"
+        out << OneLine("' Replays a session of " + m_session.process + " with " + m_session.target + ".") << "\n"
             << "' Run it with: cscript //nologo FILE\n"
             << "Option Explicit\n"
             << "Dim value, unused\n";
@@ -163,7 +178,7 @@ private:
     }
 
     void Remark(const Record& record, const std::string& text) {
-        m_lines.push_back(fmt::format("' {} {}.{}: {}", record.sequence, record.object, record.method, text));
+        m_lines.push_back(OneLine(fmt::format("' {} {}.{}: {}", record.sequence, record.object, record.method, text)));
     }
 
     void WriteRecord(const Record& record, std::size_t index) {
@@ -175,8 +190,8 @@ private:
             }
         } else if (!m_objects.IsKnown(record.objectId)) {
             Remark(record, "left out, its object is not known to this trace");
-        } else if (record.method.empty() || record.method.front() == '#') {
-            Remark(record, "left out, the method's name is not known");
+        } else if (!IsIdentifier(record.method)) {
+            Remark(record, "left out, this is no name that VBScript knows");
         } else if (!record.named.empty() && !IsPut(record)) {
             Remark(record, "left out, VBScript has no named arguments");
         } else {

@@ -1,5 +1,7 @@
 #include "trace/core/Session.h"
 
+#include "trace/core/ValueCheck.h"
+
 #include <algorithm>
 #include <map>
 #include <stdexcept>
@@ -37,6 +39,20 @@ void ReadException(const json& exception, Record& record) {
     record.scriptError = exception.value("script", "");
 }
 
+/// @throws std::invalid_argument  something is no value
+void CheckValues(const Record& record) {
+    const bool isNamed =
+        record.named.is_array() && record.named.size() <= record.arguments.size() &&
+        std::all_of(record.named.begin(), record.named.end(), [](const json& id) { return id.is_number_integer(); });
+    const bool hasAfter =
+        record.after.is_null() ||
+        (record.after.is_array() && std::all_of(record.after.begin(), record.after.end(),
+                                                [](const json& value) { return value.is_null() || IsValue(value); }));
+    if (!AreValues(record.arguments) || !isNamed || !hasAfter || !(record.result.is_null() || IsValue(record.result))) {
+        throw std::invalid_argument("no value");
+    }
+}
+
 Record RecordFrom(const json& line) {
     Record record;
     record.sequence = line.at("seq").get<std::uint64_t>();
@@ -51,6 +67,7 @@ Record RecordFrom(const json& line) {
     record.named = line.value("named", json::array());
     record.result = line.value("result", json());
     record.after = line.value("after", json());
+    CheckValues(record);
     record.code = static_cast<std::uint32_t>(std::stoul(line.value("hr", "0x00000000"), nullptr, 16));
     record.codeText = line.value("text", "");
     record.argumentError = line.value("argerr", -1);
@@ -117,7 +134,29 @@ private:
     std::map<std::uint64_t, std::size_t> m_places;
 };
 
+/// A range of numbers, for people.
+std::string RangeText(std::uint64_t first, std::uint64_t last) {
+    return std::to_string(first) + (first == last ? "" : " to " + std::to_string(last));
+}
+
 } // namespace
+
+void WarnOfGaps(Session& session) {
+    constexpr std::size_t mostNamed = 3;
+    std::string gaps;
+    std::size_t count = 0;
+    std::uint64_t expected = 1;
+    for (const Record& record : session.records) {
+        if (record.sequence > expected && ++count <= mostNamed) {
+            gaps += (gaps.empty() ? "" : ", ") + RangeText(expected, record.sequence - 1);
+        }
+        expected = record.sequence + 1;
+    }
+    if (count > 0) {
+        session.warnings.push_back("calls are missing (" + gaps + (count > mostNamed ? ", .." : "") +
+                                   "): the parts that held them were deleted as the trace grew, or are not here");
+    }
+}
 
 void ReadTrace(std::istream& stream, const std::string& name, Session& session) {
     Reader reader(name, session);

@@ -20,7 +20,7 @@ struct Record {
     std::string object;
     std::string method;
     unsigned flags = 0;
-    /// Arguments, first argument first.
+    /// Arguments, first argument first. Reading makes sure that these and all other values have the form of values.
     nlohmann::json arguments = nlohmann::json::array();
     /// Identifiers of the named ones among the arguments; they name the last arguments of the list.
     nlohmann::json named = nlohmann::json::array();
@@ -56,5 +56,9 @@ struct Session {
 /// @param name  the file's name, for warnings
 /// @throws std::runtime_error  this is no trace
 void ReadTrace(std::istream& stream, const std::string& name, Session& session);
+
+/// Adds a warning when numbers are missing among the records: parts that were deleted as the trace grew, or that were
+/// not read. Call it when all parts are read.
+void WarnOfGaps(Session& session);
 
 } // namespace kinora::trace

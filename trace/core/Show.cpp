@@ -14,7 +14,9 @@ namespace {
 constexpr const char* plain = "\033[0m";
 constexpr const char* heading = "\033[1;36m";
 constexpr const char* dim = "\033[2m";
-constexpr const char* red = "\033[31m";
+constexpr const char* bold = "\033[1m";
+constexpr const char* green = "\033[32m";
+constexpr const char* red = "\033[1;31m";
 constexpr const char* yellow = "\033[33m";
 /// From here on a call stands out in colour.
 constexpr double slowMicroseconds = 1e5;
@@ -33,33 +35,48 @@ std::string DurationText(double microseconds) {
                               : fmt::format("{:.3f} s", microseconds / 1e6);
 }
 
-std::string CallText(const Record& record, const TextLimits& limits) {
-    switch (record.kind) {
-    case Record::Kind::Create:
-        return "create " + record.method;
-    case Record::Kind::Lookup:
-        return "look up " + record.method;
-    default:
-        return record.method + "(" + ArgumentsText(record.arguments, limits) + ")";
+constexpr unsigned propertyGet = 2;
+constexpr unsigned propertyPuts = 4 | 8;
+
+/// Arguments in brackets, named ones with their numbers. The last ones may be left out.
+std::string ArgumentList(const Record& record, std::size_t leftOut, const TextLimits& limits) {
+    const std::size_t unnamed = record.arguments.size() - record.named.size();
+    std::string text;
+    for (std::size_t i = 0; i + leftOut < record.arguments.size(); ++i) {
+        text += i == 0 ? "" : ", ";
+        text += i < unnamed ? "" : fmt::format("#{}:=", record.named[i - unnamed].dump());
+        text += ValueText(record.arguments[i], limits);
     }
+    return "(" + text + ")";
+}
+
+/// An object that a call gave, by what is new in its path.
+std::string ResultText(const Record& record, const TextLimits& limits) {
+    const std::string text = ValueText(record.result, limits);
+    const bool isBelow =
+        record.result.contains("id") && !record.object.empty() && text.rfind(record.object + ".", 0) == 0;
+    return isBelow ? text.substr(record.object.size()) : text;
 }
 
 class Printer {
 public:
     Printer(const ShowOptions& options, std::ostream& out)
-        : m_options(options), m_limits(options.isFull ? TextLimits::None() : TextLimits{}), m_out(out),
-          m_wanted(Lowered(options.containing)) {}
+        : m_options(options), m_out(out), m_wanted(Lowered(options.containing)) {}
 
     bool Print(const Record& record) {
-        const std::string call = CallText(record, m_limits);
-        const std::string outcome = OutcomeText(record, m_options.isFull);
         if (!IsWanted(record)) {
             return false;
         }
         PrintHeading(record);
-        const std::string margin(static_cast<std::size_t>(2 * PathDepth(record.object) + 2), ' ');
-        m_out << Coloured(dim, fmt::format("{:>7} {:>10} ", record.sequence, DurationOf(record))) << margin << call
-              << Coloured(ColourOf(record), outcome) << '\n';
+        const std::string call = CallText(record, m_options.isFull);
+        const std::size_t name = record.kind == Record::Kind::Call ? record.method.size() : call.size();
+        const bool isSlow = record.microseconds >= slowMicroseconds;
+        const bool isBad = record.HasFailed() || record.isOpen;
+        m_out << Coloured(dim, fmt::format("{:>7}", record.sequence))
+              << Coloured(isSlow ? yellow : dim, fmt::format(" {:>10} ", DurationOf(record)))
+              << std::string(static_cast<std::size_t>(2 * PathDepth(record.object) + 2), ' ')
+              << Coloured(bold, call.substr(0, name)) << call.substr(name)
+              << Coloured(isBad ? red : green, OutcomeText(record, m_options.isFull)) << '\n';
         return true;
     }
 
@@ -76,15 +93,14 @@ private:
     }
 
     static std::string Everything(const Record& record) {
-        return record.object + "." + CallText(record, TextLimits::None()) + OutcomeText(record, true);
+        return record.object + "." + CallText(record, true) + OutcomeText(record, true);
     }
 
     void PrintHeading(const Record& record) {
-        if (record.object == m_object && record.objectId == m_objectId) {
+        if (record.object == m_object) {
             return;
         }
         m_object = record.object;
-        m_objectId = record.objectId;
         if (!m_object.empty()) {
             const std::string margin(static_cast<std::size_t>(19 + 2 * PathDepth(m_object)), ' ');
             m_out << margin << Coloured(heading, m_object) << '\n';
@@ -95,26 +111,30 @@ private:
         return record.isOpen ? "-" : DurationText(record.microseconds);
     }
 
-    static const char* ColourOf(const Record& record) {
-        if (record.HasFailed() || record.isOpen) {
-            return red;
-        }
-        return record.microseconds >= slowMicroseconds ? yellow : nullptr;
-    }
-
     std::string Coloured(const char* colour, const std::string& text) const {
-        return m_options.isColoured && colour != nullptr && !text.empty() ? colour + text + plain : text;
+        return m_options.isColoured && !text.empty() ? colour + text + plain : text;
     }
 
     const ShowOptions& m_options;
-    const TextLimits m_limits;
     std::ostream& m_out;
     const std::string m_wanted;
     std::string m_object;
-    std::uint64_t m_objectId = 0;
 };
 
 } // namespace
+
+std::string CallText(const Record& record, bool isFull) {
+    const TextLimits limits = isFull ? TextLimits::None() : TextLimits{};
+    if (record.kind != Record::Kind::Call) {
+        return (record.kind == Record::Kind::Create ? "create " : "look up ") + record.method;
+    }
+    if ((record.flags & propertyPuts) != 0 && !record.arguments.empty()) {
+        const std::string index = record.arguments.size() > 1 ? ArgumentList(record, 1, limits) : "";
+        return record.method + index + " = " + ValueText(record.arguments.back(), limits);
+    }
+    const bool isPlainGet = record.flags == propertyGet && record.arguments.empty();
+    return record.method + (isPlainGet ? "" : ArgumentList(record, 0, limits));
+}
 
 std::string OutcomeText(const Record& record, bool isFull) {
     if (record.isOpen) {
@@ -129,7 +149,7 @@ std::string OutcomeText(const Record& record, bool isFull) {
         }
         text += record.argumentError >= 0 ? fmt::format("; argument {}", record.argumentError + 1) : "";
     } else if (!record.result.is_null() && record.result.value("vt", "") != "EMPTY") {
-        text = " = " + ValueText(record.result, limits);
+        text = " = " + ResultText(record, limits);
     }
     return text + (record.after.is_null() ? "" : "; after the call: " + ArgumentsText(record.after, limits));
 }

@@ -25,6 +25,9 @@ struct ShowOptions {
 /// @return how many calls were shown
 std::size_t Show(const Session& session, const ShowOptions& options, std::ostream& out);
 
+/// A call as people write it: Method("a", 1), Property = 2, Method("a", #3:=true) with the number of a named argument.
+std::string CallText(const Record& record, bool isFull);
+
 /// A call's outcome in words, for example: = 0.5, or: failed, 0x80020009 DISP_E_EXCEPTION: ...; empty for nothing.
 std::string OutcomeText(const Record& record, bool isFull);
 

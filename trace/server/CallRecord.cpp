@@ -40,12 +40,12 @@ void CallRecord::Try(const Write& write) noexcept {
     }
 }
 
-void CallRecord::Begin(const char* kind, const TracedObject* object) {
+void CallRecord::Begin(const char* kind, const TracedPlace* place) {
     m_head = "{\"seq\":" + std::to_string(m_sequence) + ",\"time\":\"" + TimeText() +
              "\",\"thread\":" + std::to_string(GetCurrentThreadId()) + ",\"kind\":\"" + kind + '"';
-    if (object != nullptr) {
-        m_head += ",\"id\":" + std::to_string(object->Id()) + ",\"object\":";
-        AppendJson(m_head, object->Path());
+    if (place != nullptr) {
+        m_head += ",\"id\":" + std::to_string(place->id) + ",\"object\":";
+        AppendJson(m_head, place->path);
     }
     m_head += ",\"method\":";
 }
@@ -55,18 +55,18 @@ void CallRecord::AppendVariant(std::string& out, const VARIANT& value) const {
         TracedObject* const wrapper = m_tracer->AsWrapper(object);
         if (wrapper != nullptr) {
             text += ",\"v\":";
-            AppendJson(text, wrapper->Path());
-            text += ",\"id\":" + std::to_string(wrapper->Id());
+            AppendJson(text, wrapper->Place().path);
+            text += ",\"id\":" + std::to_string(wrapper->Place().id);
         }
         return wrapper != nullptr;
     });
     json.Append(value);
 }
 
-CallRecord CallRecord::Lookup(Tracer& tracer, const TracedObject& object, const LPOLESTR* names, UINT count) noexcept {
+CallRecord CallRecord::Lookup(Tracer& tracer, const TracedPlace& place, const LPOLESTR* names, UINT count) noexcept {
     CallRecord record(tracer);
     record.Try([&] {
-        record.Begin("lookup", &object);
+        record.Begin("lookup", &place);
         for (UINT i = 0; i < std::max(count, 1U); ++i) {
             const wchar_t* const name = names == nullptr || i >= count || names[i] == nullptr ? L"" : names[i];
             // Further names are those of arguments.
@@ -79,12 +79,12 @@ CallRecord CallRecord::Lookup(Tracer& tracer, const TracedObject& object, const 
     return record;
 }
 
-CallRecord CallRecord::Call(Tracer& tracer, const TracedObject& object, const std::string& method, DISPID id,
-                            WORD flags, const DISPPARAMS* parameters) noexcept {
+CallRecord CallRecord::Call(Tracer& tracer, const TracedPlace& place, const std::string& method, DISPID id, WORD flags,
+                            const DISPPARAMS* parameters) noexcept {
     CallRecord record(tracer);
     record.Try([&] {
         std::string& head = record.m_head;
-        record.Begin("call", &object);
+        record.Begin("call", &place);
         AppendJson(head, method);
         head += ",\"dispid\":" + std::to_string(id) + ",\"flags\":" + std::to_string(flags) + ",\"args\":[";
         const UINT count = parameters == nullptr || parameters->rgvarg == nullptr ? 0 : parameters->cArgs;
@@ -117,14 +117,31 @@ CallRecord CallRecord::Create(Tracer& tracer, const std::wstring& target) noexce
     return record;
 }
 
-void CallRecord::AddId(DISPID id) noexcept {
-    Try([&] { m_tail += ",\"dispid\":" + std::to_string(id); });
+void CallRecord::AddIds(const DISPID* ids, UINT count) noexcept {
+    Try([&] {
+        m_tail += ",\"dispid\":" + std::to_string(ids[0]);
+        for (UINT i = 1; i < count; ++i) {
+            m_tail += (i == 1 ? ",\"ids\":[" : ",") + std::to_string(ids[i]);
+        }
+        m_tail += count > 1 ? "]" : "";
+    });
 }
 
 void CallRecord::AddResult(const VARIANT& result) noexcept {
     Try([&] {
         m_tail += ",\"result\":";
         AppendVariant(m_tail, result);
+    });
+}
+
+void CallRecord::AddElements(const VARIANT* elements, ULONG count) noexcept {
+    Try([&] {
+        m_tail += ",\"result\":{\"vt\":\"ARRAY|VARIANT\",\"v\":[";
+        for (ULONG i = 0; i < count; ++i) {
+            m_tail += i == 0 ? "" : ",";
+            AppendVariant(m_tail, elements[i]);
+        }
+        m_tail += "]}";
     });
 }
 

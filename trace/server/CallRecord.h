@@ -9,25 +9,33 @@
 
 namespace kinora::trace {
 
-class TracedObject;
 class Tracer;
+
+/// What a call is made on, as the trace knows it.
+struct TracedPlace {
+    std::uint64_t id = 0;
+    std::string path;
+};
 
 /// One line of the trace while its call runs. Nothing here throws; a call whose line cannot be made for lack of memory
 /// is missing from the trace.
 class CallRecord {
 public:
     /// Begins the line of a look-up.
-    static CallRecord Lookup(Tracer& tracer, const TracedObject& object, const LPOLESTR* names, UINT count) noexcept;
+    static CallRecord Lookup(Tracer& tracer, const TracedPlace& place, const LPOLESTR* names, UINT count) noexcept;
     /// Begins the line of a call.
-    static CallRecord Call(Tracer& tracer, const TracedObject& object, const std::string& method, DISPID id, WORD flags,
+    static CallRecord Call(Tracer& tracer, const TracedPlace& place, const std::string& method, DISPID id, WORD flags,
                            const DISPPARAMS* parameters) noexcept;
     /// Begins the line of the creation of the desktop.
     static CallRecord Create(Tracer& tracer, const std::wstring& target) noexcept;
 
     /// @name What is told after the call, before Finish
     /// @{
-    void AddId(DISPID id) noexcept;
+    /// The number of the name, and those of its arguments' names.
+    void AddIds(const DISPID* ids, UINT count) noexcept;
     void AddResult(const VARIANT& result) noexcept;
+    /// A result of several values.
+    void AddElements(const VARIANT* elements, ULONG count) noexcept;
     /// What the arguments passed by reference hold now.
     void AddReferences(const DISPPARAMS& parameters) noexcept;
     /// @param mayAsk  the texts may be asked for that the object gives on demand only
@@ -42,7 +50,7 @@ private:
     explicit CallRecord(Tracer& tracer) noexcept;
     template <class Write>
     void Try(const Write& write) noexcept;
-    void Begin(const char* kind, const TracedObject* object);
+    void Begin(const char* kind, const TracedPlace* place);
     void AppendVariant(std::string& out, const VARIANT& value) const;
 
     Tracer* m_tracer;

@@ -2,11 +2,11 @@
 
 #include "trace/server/CallRecord.h"
 #include "trace/server/ClassId.h"
+#include "trace/server/Stopwatch.h"
 
 #include <objbase.h>
 
 #include <atomic>
-#include <chrono>
 
 namespace kinora::trace {
 namespace {
@@ -47,10 +47,10 @@ std::wstring TargetProgId() {
 
 HRESULT LaunchTraced(Tracer& tracer, const std::wstring& progId, IDispatch** application) {
     CallRecord record = CallRecord::Create(tracer, progId);
-    const auto start = std::chrono::steady_clock::now();
+    const Stopwatch watch;
     IDispatch* target = nullptr;
     HRESULT code = CreateTarget(progId, &target);
-    const std::chrono::duration<double, std::micro> duration = std::chrono::steady_clock::now() - start;
+    const double duration = watch.Microseconds();
     if (SUCCEEDED(code)) {
         VARIANT result;
         VariantInit(&result);
@@ -60,7 +60,7 @@ HRESULT LaunchTraced(Tracer& tracer, const std::wstring& progId, IDispatch** app
         record.AddResult(result);
         *application = V_DISPATCH(&result);
     }
-    record.Finish(code, duration.count());
+    record.Finish(code, duration);
     return code;
 }
 

@@ -85,7 +85,8 @@ RecorderSettings RecorderSettings::FromEnvironment() {
 
 Recorder::Recorder(RecorderSettings settings) noexcept : m_settings(std::move(settings)) {
     try {
-        m_stem = (std::filesystem::path(m_settings.folder) / FileStem()).wstring();
+        // The client may change its working folder later.
+        m_stem = (std::filesystem::absolute(m_settings.folder) / FileStem()).wstring();
         std::error_code ignored; // a folder that is not there shows when the file is opened
         std::filesystem::create_directories(m_settings.folder, ignored);
     } catch (...) {
@@ -104,6 +105,7 @@ std::wstring Recorder::PartName(unsigned part) const {
 }
 
 std::wstring Recorder::File() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     return PartName(m_part == 0 ? 1 : m_part);
 }
 
@@ -113,14 +115,35 @@ void Recorder::OpenPart() {
     }
     ++m_part;
     m_bytes = 0;
-    m_file =
-        CreateFileW(PartName(m_part).c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    m_hasFailed = m_file == INVALID_HANDLE_VALUE;
+    CreatePart();
+    if (m_file == INVALID_HANDLE_VALUE) {
+        GiveUp(L"created");
+        return;
+    }
     Write(HeaderLine(m_part));
     if (m_part > keptParts + 1) {
         DeleteFileW(PartName(m_part - keptParts).c_str());
     }
+}
+
+/// Never writes over another trace: machines that share a folder may have processes of the same number.
+void Recorder::CreatePart() {
+    const std::wstring stem = m_stem;
+    for (unsigned other = 2;; ++other) {
+        m_file = CreateFileW(PartName(m_part).c_str(), FILE_APPEND_DATA,
+                             FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, CREATE_NEW,
+                             FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (m_file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS || m_part > 1) {
+            return;
+        }
+        m_stem = stem + L"-" + std::to_wstring(other);
+    }
+}
+
+void Recorder::GiveUp(const wchar_t* action) {
+    m_hasFailed = true;
+    OutputDebugStringW(
+        (L"vantor-trace: " + PartName(m_part) + L" cannot be " + action + L"; nothing is recorded.\n").c_str());
 }
 
 bool Recorder::IsReady() {
@@ -135,8 +158,10 @@ void Recorder::Write(const std::string& text) {
     if (m_hasFailed) {
         return;
     }
-    m_hasFailed = WriteFile(m_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) == FALSE ||
-                  written != text.size();
+    if (WriteFile(m_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) == FALSE ||
+        written != text.size()) {
+        GiveUp(L"written");
+    }
     m_bytes += written;
 }
 

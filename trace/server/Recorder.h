@@ -24,9 +24,10 @@ std::wstring EnvironmentValue(const wchar_t* name);
 
 /// The trace file of this process. The head of a line is written before its call runs, the tail after it, so that a
 /// program that ends in the middle leaves the call that it was in. No function throws, and when the file cannot be
-/// written nothing more is, silently.
+/// written nothing more is; only a debugger is told.
 ///
-/// The first part and the latest three are kept: a trace takes at most four times the size limit. Safe on all threads.
+/// The first part and the latest three are kept: a trace takes about four times the size limit at most, because a part
+/// ends with the line that reaches the limit. Safe on all threads.
 class Recorder {
 public:
     explicit Recorder(RecorderSettings settings) noexcept;
@@ -48,13 +49,15 @@ public:
 private:
     std::wstring PartName(unsigned part) const;
     void OpenPart();
+    void CreatePart();
+    void GiveUp(const wchar_t* action);
     bool IsReady();
     void ClosePending();
     void Write(const std::string& text);
 
     const RecorderSettings m_settings;
     std::wstring m_stem;
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     HANDLE m_file = INVALID_HANDLE_VALUE;
     bool m_hasFailed = false;
     unsigned m_part = 0;

@@ -1,12 +1,11 @@
 #include "trace/server/TracedObject.h"
 
 #include "trace/core/ObjectPath.h"
-#include "trace/server/CallRecord.h"
 #include "trace/server/JsonText.h"
 #include "trace/server/PassedArguments.h"
+#include "trace/server/Stopwatch.h"
 #include "trace/server/Tracer.h"
 
-#include <chrono>
 #include <cwchar>
 
 namespace kinora::trace {
@@ -14,16 +13,6 @@ namespace {
 
 /// Objects that give a new number at every look-up must not fill the memory.
 constexpr std::size_t mostNames = 1024;
-
-class Stopwatch {
-public:
-    double Microseconds() const {
-        return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - m_start).count();
-    }
-
-private:
-    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-};
 
 /// Exception record of our own, for clients that did not pass one.
 class OwnException {
@@ -60,8 +49,8 @@ std::string ResultPath(const std::string& path, const std::string& method, const
 
 } // namespace
 
-TracedObject::TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, std::uint64_t id, std::string path)
-    : m_tracer(tracer), m_object(object), m_identity(identity), m_id(id), m_path(std::move(path)) {
+TracedObject::TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, TracedPlace place)
+    : m_tracer(tracer), m_object(object), m_identity(identity), m_place(std::move(place)) {
     m_object->AddRef();
 }
 
@@ -114,16 +103,19 @@ void TracedObject::Remember(DISPID id, const std::string& name) noexcept {
 std::string TracedObject::NameOf(DISPID id) const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto found = m_names.find(id);
-    return found == m_names.end() ? "#" + std::to_string(id) : found->second;
+    if (found != m_names.end()) {
+        return found->second;
+    }
+    return id == DISPID_NEWENUM ? "_NewEnum" : "#" + std::to_string(id);
 }
 
 HRESULT TracedObject::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) {
-    CallRecord record = CallRecord::Lookup(m_tracer, *this, names, count);
+    CallRecord record = CallRecord::Lookup(m_tracer, m_place, names, count);
     const Stopwatch watch;
     const HRESULT code = m_object->GetIDsOfNames(iid, names, count, locale, ids);
     const double duration = watch.Microseconds();
     if (SUCCEEDED(code) && ids != nullptr && names != nullptr && count > 0) {
-        record.AddId(ids[0]);
+        record.AddIds(ids, count);
         try {
             Remember(ids[0], Utf8(names[0], std::wcslen(names[0])));
         } catch (...) {
@@ -142,9 +134,9 @@ HRESULT TracedObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DIS
     } catch (...) {
         // Then the call has no name in the trace.
     }
-    CallRecord record = CallRecord::Call(m_tracer, *this, method, id, flags, parameters);
+    CallRecord record = CallRecord::Call(m_tracer, m_place, method, id, flags, parameters);
     PassedArguments arguments(m_tracer, parameters);
-    const std::string path = ResultPath(m_path, method, parameters);
+    const std::string path = ResultPath(m_place.path, method, parameters);
     OwnException ownException;
     UINT ownArgumentError = static_cast<UINT>(-1);
     EXCEPINFO* const usedException = exception != nullptr ? exception : &ownException.Info();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "trace/server/CallRecord.h"
+
 #include <windows.h>
 
 #include <oaidl.h>
@@ -19,12 +21,11 @@ class Tracer;
 class TracedObject final : public IDispatch {
 public:
     /// @param identity  the object's IUnknown; not counted, because `object` keeps it
-    TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, std::uint64_t id, std::string path);
+    TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, TracedPlace place);
 
     IDispatch* Object() const { return m_object; }
     IUnknown* Identity() const { return m_identity; }
-    std::uint64_t Id() const { return m_id; }
-    const std::string& Path() const { return m_path; }
+    const TracedPlace& Place() const { return m_place; }
 
     /// Takes a reference unless the last one has gone already.
     bool TryAddRef();
@@ -44,14 +45,13 @@ private:
     ~TracedObject();
 
     void Remember(DISPID id, const std::string& name) noexcept;
-    /// The name under which a member was looked up last; "#12" when it was not.
+    /// The name under which a member was looked up last; "#12" when it was not, "_NewEnum" for an enumeration.
     std::string NameOf(DISPID id) const;
 
     Tracer& m_tracer;
     IDispatch* const m_object;
     IUnknown* const m_identity;
-    const std::uint64_t m_id;
-    const std::string m_path;
+    const TracedPlace m_place;
     std::atomic<ULONG> m_references{1};
     mutable std::mutex m_mutex;
     std::map<DISPID, std::string> m_names;

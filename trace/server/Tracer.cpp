@@ -1,9 +1,11 @@
 #include "trace/server/Tracer.h"
 
+#include "trace/server/TracedEnumeration.h"
 #include "trace/server/TracedObject.h"
 #include "trace/server/VariantVisit.h"
 
 #include <new>
+#include <utility>
 
 namespace kinora::trace {
 
@@ -19,9 +21,12 @@ IDispatch* Tracer::WrapperOf(IDispatch* object, const std::string& path) noexcep
         if (known != nullptr && known->TryAddRef()) {
             wrapper = known;
         } else {
-            // A wrapper whose last reference has just gone leaves its place to the new one.
-            wrapper = new TracedObject(*this, object, identity, ++m_lastId, path);
-            m_wrappers.insert(wrapper);
+            // A wrapper whose last reference has just gone leaves its place to the new one. The place in the set is
+            // made first: a wrapper that cannot be remembered must not be.
+            auto place = m_wrappers.extract(m_wrappers.insert(nullptr).first);
+            wrapper = new TracedObject(*this, object, identity, {NextId(), path});
+            place.value() = wrapper;
+            m_wrappers.insert(std::move(place));
             known = wrapper;
         }
     } catch (...) {
@@ -31,20 +36,29 @@ IDispatch* Tracer::WrapperOf(IDispatch* object, const std::string& path) noexcep
     return wrapper;
 }
 
+IUnknown* Tracer::WrapperOfUnknown(IUnknown* object, const std::string& path) noexcept {
+    IDispatch* dispatch = nullptr;
+    if (SUCCEEDED(object->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
+        IUnknown* const wrapper = WrapperOf(dispatch, path);
+        dispatch->Release();
+        return wrapper;
+    }
+    IEnumVARIANT* enumeration = nullptr;
+    if (FAILED(object->QueryInterface(IID_IEnumVARIANT, reinterpret_cast<void**>(&enumeration)))) {
+        return nullptr;
+    }
+    IUnknown* const wrapper = TracedEnumeration::Make(*this, enumeration, path);
+    enumeration->Release();
+    return wrapper;
+}
+
 void Tracer::WrapPlace(IUnknown** place, VARTYPE type, const std::string& path) noexcept {
     IUnknown* const object = *place;
     if (object == nullptr || AsWrapper(object) != nullptr) {
         return;
     }
-    IDispatch* dispatch = nullptr;
-    if (type == VT_DISPATCH) {
-        dispatch = static_cast<IDispatch*>(object);
-        dispatch->AddRef();
-    } else if (FAILED(object->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
-        return;
-    }
-    IDispatch* const wrapper = WrapperOf(dispatch, path);
-    dispatch->Release();
+    IUnknown* const wrapper =
+        type == VT_DISPATCH ? WrapperOf(static_cast<IDispatch*>(object), path) : WrapperOfUnknown(object, path);
     if (wrapper != nullptr) {
         *place = wrapper;
         object->Release();

@@ -6,6 +6,7 @@
 
 #include <oaidl.h>
 
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <set>
@@ -34,7 +35,7 @@ public:
     void Wrap(VARIANT& value, const std::string& path) noexcept;
 
     /// Puts the wrapper in place of one object; the reference that stood there is released.
-    /// @param type  VT_DISPATCH or VT_UNKNOWN; of the latter only what is an automation object is wrapped
+    /// @param type  VT_DISPATCH or VT_UNKNOWN; of the latter only automation objects and enumerations are wrapped
     void WrapPlace(IUnknown** place, VARTYPE type, const std::string& path) noexcept;
 
     /// The object behind a wrapper, without a new reference; null for anything that is no wrapper of this tracer.
@@ -43,19 +44,23 @@ public:
     /// The wrapper itself, when this is one.
     TracedObject* AsWrapper(IUnknown* object) const noexcept;
 
-    /// Wrappers that clients hold now.
+    /// A number for an object that is new in the trace; they count from 1.
+    std::uint64_t NextId() noexcept { return ++m_lastId; }
+
+    /// Wrappers of automation objects that clients hold now.
     std::size_t Wrappers() const;
 
 private:
     friend class TracedObject;
     void Forget(TracedObject& wrapper) noexcept;
+    IUnknown* WrapperOfUnknown(IUnknown* object, const std::string& path) noexcept;
 
     Recorder m_recorder;
     mutable std::mutex m_mutex;
     /// By the object's identity, its IUnknown.
     std::map<IUnknown*, TracedObject*> m_byIdentity;
     std::set<const IUnknown*> m_wrappers;
-    std::uint64_t m_lastId = 0;
+    std::atomic<std::uint64_t> m_lastId{0};
 };
 
 } // namespace kinora::trace
