@@ -1,8 +1,9 @@
 #include "simulator/automation/ClassFactory.h"
 
+#include "simulator/automation/ComObject.h"
+
 #include <windows.h>
 
-#include <atomic>
 #include <new>
 
 namespace vantor::automation {
@@ -11,32 +12,9 @@ const CLSID simulatorClassId = {0x6e8c1b52, 0x4b7d, 0x4e0f, {0x9c, 0x55, 0x2d, 0
 
 namespace {
 
-class ClassFactory final : public IClassFactory {
+class ClassFactory final : public ComObject<IClassFactory, IID_IClassFactory> {
 public:
     explicit ClassFactory(Server& server) : m_server(server) {}
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
-        if (result == nullptr) {
-            return E_POINTER;
-        }
-        *result = nullptr;
-        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) {
-            return E_NOINTERFACE;
-        }
-        *result = static_cast<IClassFactory*>(this);
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** result) override {
         if (result == nullptr) {
@@ -69,10 +47,7 @@ public:
     }
 
 private:
-    ~ClassFactory() = default;
-
     Server& m_server;
-    std::atomic<ULONG> m_references{1};
 };
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "simulator/automation/ComObject.h"
 #include "simulator/automation/Server.h"
 #include "simulator/automation/VariantConversion.h"
 #include "simulator/model/DesktopError.h"
@@ -6,7 +7,6 @@
 
 #include <oleauto.h>
 
-#include <atomic>
 #include <new>
 
 namespace vantor::automation {
@@ -41,35 +41,12 @@ HRESULT Raise(EXCEPINFO* exception, const DesktopError& error) {
 }
 
 /// IDispatch over one object of the scripting interface.
-class DispatchObject final : public IDispatch, private ClientObject {
+class DispatchObject final : public ComObject<IDispatch, IID_IDispatch>, private ClientObject {
 public:
     DispatchObject(Server& server, Value::Object object)
         : m_server(server), m_object(std::move(object)), m_client(&m_object->ItsSession()) {
         m_server.ItsLifetime().AddObject();
         m_server.ItsClients().Add(m_client, this);
-    }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
-        if (result == nullptr) {
-            return E_POINTER;
-        }
-        *result = nullptr;
-        if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) {
-            return E_NOINTERFACE;
-        }
-        *result = static_cast<IDispatch*>(this);
-        AddRef();
-        return S_OK;
-    }
-
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --m_references;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
     }
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
@@ -135,7 +112,7 @@ public:
     }
 
 private:
-    ~DispatchObject() {
+    ~DispatchObject() override {
         m_server.ItsClients().Remove(m_client, this);
         // What the object holds may be shared with a command that is running.
         {
@@ -145,12 +122,7 @@ private:
         m_server.ItsLifetime().RemoveObject();
     }
 
-    bool TryAddRef() override {
-        ULONG references = m_references;
-        while (references != 0 && !m_references.compare_exchange_weak(references, references + 1)) {
-        }
-        return references != 0;
-    }
+    bool TryAddRef() override { return AddRefUnlessEnding(); }
 
     IUnknown* Identity() override { return static_cast<IDispatch*>(this); }
 
@@ -175,7 +147,6 @@ private:
     Server& m_server;
     Value::Object m_object;
     const void* m_client; ///< identity of the session, for the registry of clients only
-    std::atomic<ULONG> m_references{1};
 };
 
 } // namespace

@@ -101,8 +101,7 @@ inline Session ReadTraceFile(const std::filesystem::path& file) {
 
 class Wrapper : public testing::Test {
 protected:
-    Wrapper()
-        : tracer(RecorderSettings{folder.Path(), 1 << 26}), wrapper(tracer.WrapperOf(&target, "desktop")) {}
+    Wrapper() : tracer(RecorderSettings{folder.Path(), 1 << 26}), wrapper(tracer.WrapperOf(&target, "desktop")) {}
     ~Wrapper() override {
         wrapper->Release();
         EXPECT_EQ(tracer.Wrappers(), 0U);

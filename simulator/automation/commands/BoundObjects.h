@@ -1,17 +1,22 @@
 #pragma once
 
 #include "simulator/automation/commands/Objects.h"
+#include "simulator/model/Text.h"
 
+#include <algorithm>
 #include <initializer_list>
+#include <string>
+#include <vector>
 
 namespace vantor::commands {
 
 /// An object that belongs to a project.
 class ProjectBound : public ScriptObject {
-protected:
+public:
     ProjectBound(SessionPointer session, ProjectPointer project)
         : ScriptObject(std::move(session)), m_project(std::move(project)) {}
 
+protected:
     /// The project.
     /// @throws model::DesktopError (ObjectDeleted) when it has been closed.
     model::Project& TheProject() const;
@@ -33,10 +38,11 @@ private:
 
 /// An object that belongs to a design.
 class DesignBound : public ProjectBound {
-protected:
+public:
     DesignBound(SessionPointer session, DesignPlace place)
         : ProjectBound(std::move(session), std::move(place.project)), m_design(std::move(place.design)) {}
 
+protected:
     /// The design.
     /// @throws model::DesktopError (ObjectDeleted) when its project has been closed.
     model::Design& TheDesign() const;
@@ -48,12 +54,40 @@ protected:
 
     std::string DesignName() const override { return m_design->name; }
 
+    /// A method without arguments that gives the names of a list of the design: `Names<&model::Design::reports>`.
+    template <auto list>
+    Value Names(Arguments& arguments) {
+        arguments.End();
+        return Value::Texts(model::NamesOf(TheDesign().*list));
+    }
+
 private:
     std::shared_ptr<model::Design> m_design;
 };
 
 /// A failure of kind BadArgumentValue.
 [[noreturn]] void FailBadValue(const std::string& reason);
+
+/// The element of that name.
+/// @param kind  what the elements are, for the complaint: "report"
+/// @throws model::DesktopError (BadArgumentValue) when there is none.
+template <typename Element>
+Element& NeedNamed(std::vector<Element>& elements, const std::string& name, const char* kind) {
+    Element* const element = model::FindByName(elements, name);
+    if (element == nullptr) {
+        FailBadValue(std::string("there is no ") + kind + " " + model::Quoted(name));
+    }
+    return *element;
+}
+
+/// Erases the elements of these names.
+template <typename Element>
+void EraseNamed(std::vector<Element>& elements, const std::vector<std::string>& names) {
+    const auto isNamed = [&names](const Element& element) {
+        return std::find(names.begin(), names.end(), element.name) != names.end();
+    };
+    elements.erase(std::remove_if(elements.begin(), elements.end(), isNamed), elements.end());
+}
 
 /// Complains (BadArgumentValue) unless the text is one of those.
 void NeedOneOf(const std::string& text, std::initializer_list<const char*> known, const std::string& place);

@@ -34,7 +34,7 @@ Variable ReadChangedVariable(BlockReader entry) {
 /// A design.
 class DesignObject : public DesignBound {
 public:
-    DesignObject(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "Design"; }
 

@@ -220,7 +220,7 @@ void CheckColor(const std::string& color, const std::string& place) {
 /// The 3D modeler of a design.
 class Editor : public DesignBound {
 public:
-    Editor(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "3D Modeler"; }
 

@@ -131,8 +131,7 @@ private:
 /// The project's own materials.
 class MaterialsObject : public ProjectBound {
 public:
-    MaterialsObject(SessionPointer session, ProjectPointer project)
-        : ProjectBound(std::move(session), std::move(project)) {}
+    using ProjectBound::ProjectBound;
 
     const char* Kind() const override { return "Materials"; }
 
@@ -167,8 +166,7 @@ private:
 /// Makes and copies definitions.
 class DefinitionManager : public ProjectBound {
 public:
-    DefinitionManager(SessionPointer session, ProjectPointer project)
-        : ProjectBound(std::move(session), std::move(project)) {}
+    using ProjectBound::ProjectBound;
 
     const char* Kind() const override { return "DefinitionManager"; }
 

@@ -18,8 +18,7 @@ constexpr const char* solutionType = "Magnetostatic";
 /// A project.
 class ProjectObject : public ProjectBound {
 public:
-    ProjectObject(SessionPointer session, ProjectPointer project)
-        : ProjectBound(std::move(session), std::move(project)) {}
+    using ProjectBound::ProjectBound;
 
     const char* Kind() const override { return "Project"; }
 

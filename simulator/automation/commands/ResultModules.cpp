@@ -15,11 +15,12 @@ using model::ErrorCode;
 using model::Quoted;
 
 constexpr const char* magnetostatic = "Magnetostatic";
+constexpr const char* parametricSetup = "parametric setup";
 
 /// The module "ReportSetup".
 class ReportModule : public DesignBound {
 public:
-    ReportModule(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "ReportSetup module"; }
 
@@ -34,13 +35,7 @@ private:
         return methods;
     }
 
-    model::Report& FindReport(const std::string& name) const {
-        model::Report* report = model::FindByName(TheDesign().reports, name);
-        if (report == nullptr) {
-            FailBadValue("there is no report " + Quoted(name));
-        }
-        return *report;
-    }
+    model::Report& FindReport(const std::string& name) const { return NeedNamed(TheDesign().reports, name, "report"); }
 
     /// A report that is there already stays with its traces when it is defined in the same way, so that an opened
     /// project can be initialised again.
@@ -139,13 +134,7 @@ private:
             }
         }
         for (const auto& [name, value] : pairs) {
-            const auto names = NeedTexts(*value, "argument 1");
-            auto& traces = FindReport(name).traces;
-            traces.erase(std::remove_if(traces.begin(), traces.end(),
-                                        [&names = names](const model::Trace& trace) {
-                                            return std::find(names.begin(), names.end(), trace.name) != names.end();
-                                        }),
-                         traces.end());
+            EraseNamed(FindReport(name).traces, NeedTexts(*value, "argument 1"));
         }
         MarkChanged();
         return {};
@@ -171,7 +160,7 @@ private:
 /// The module "FieldsReporter".
 class FieldsModule : public DesignBound {
 public:
-    FieldsModule(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "FieldsReporter module"; }
 
@@ -274,45 +263,35 @@ private:
 /// The child "Results": the names of the reports.
 class Results : public DesignBound {
 public:
-    Results(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "Results"; }
 
 private:
     const std::vector<Method>& Methods() const override {
         static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&Results::GetChildNames>::Handle},
+            {"GetChildNames", Bound<&Results::Names<&model::Design::reports>>::Handle},
         };
         return methods;
-    }
-
-    Value GetChildNames(Arguments& arguments) {
-        arguments.End();
-        return Value::Texts(model::NamesOf(TheDesign().reports));
     }
 };
 
 /// The child "Paravant": the parametric setups.
 class ParametricSetups : public DesignBound {
 public:
-    ParametricSetups(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "Paravant"; }
 
 private:
     const std::vector<Method>& Methods() const override {
         static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&ParametricSetups::GetChildNames>::Handle},
+            {"GetChildNames", Bound<&ParametricSetups::Names<&model::Design::parametricSetups>>::Handle},
             {"InsertSetup", Bound<&ParametricSetups::InsertSetup>::Handle},
             {"EditSetup", Bound<&ParametricSetups::EditSetup>::Handle},
             {"DeleteSetups", Bound<&ParametricSetups::DeleteSetups>::Handle},
         };
         return methods;
-    }
-
-    Value GetChildNames(Arguments& arguments) {
-        arguments.End();
-        return Value::Texts(model::NamesOf(TheDesign().parametricSetups));
     }
 
     Value InsertSetup(Arguments& arguments) {
@@ -329,13 +308,10 @@ private:
 
     Value EditSetup(Arguments& arguments) {
         const std::string& name = arguments.Text();
-        model::ParametricSetup* present = model::FindByName(TheDesign().parametricSetups, name);
-        if (present == nullptr) {
-            FailBadValue("there is no parametric setup " + Quoted(name));
-        }
+        model::ParametricSetup& present = NeedNamed(TheDesign().parametricSetups, name, parametricSetup);
         model::ParametricSetup setup = ReadSetup(BlockReader(arguments.List(), "argument 2", name));
         arguments.End();
-        *present = std::move(setup);
+        present = std::move(setup);
         MarkChanged();
         return {};
     }
@@ -345,15 +321,9 @@ private:
         arguments.End();
         auto& setups = TheDesign().parametricSetups;
         for (const auto& name : names) {
-            if (model::FindByName(setups, name) == nullptr) {
-                FailBadValue("there is no parametric setup " + Quoted(name));
-            }
+            NeedNamed(setups, name, parametricSetup);
         }
-        setups.erase(std::remove_if(setups.begin(), setups.end(),
-                                    [&](const model::ParametricSetup& setup) {
-                                        return std::find(names.begin(), names.end(), setup.name) != names.end();
-                                    }),
-                     setups.end());
+        EraseNamed(setups, names);
         MarkChanged();
         return {};
     }

@@ -31,23 +31,18 @@ double NeedPercent(double value, const std::string& place) {
 /// The module "AnalysisSetup".
 class SetupModule : public DesignBound {
 public:
-    SetupModule(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "AnalysisSetup module"; }
 
 private:
     const std::vector<Method>& Methods() const override {
         static const std::vector<Method> methods = {
-            {"GetSetups", Bound<&SetupModule::GetSetups>::Handle},
+            {"GetSetups", Bound<&SetupModule::Names<&model::Design::setups>>::Handle},
             {"InsertSetup", Bound<&SetupModule::InsertSetup>::Handle},
             {"EditSetup", Bound<&SetupModule::EditSetup>::Handle},
         };
         return methods;
-    }
-
-    Value GetSetups(Arguments& arguments) {
-        arguments.End();
-        return Value::Texts(model::NamesOf(TheDesign().setups));
     }
 
     Value InsertSetup(Arguments& arguments) {
@@ -75,11 +70,8 @@ private:
     Value EditSetup(Arguments& arguments) {
         const std::string& name = arguments.Text();
         BlockReader block(arguments.List(), "argument 2", name);
-        model::AnalysisSetup* present = model::FindByName(TheDesign().setups, name);
-        if (present == nullptr) {
-            FailBadValue("there is no setup " + Quoted(name));
-        }
-        model::AnalysisSetup setup = *present;
+        model::AnalysisSetup& present = NeedNamed(TheDesign().setups, name, "setup");
+        model::AnalysisSetup setup = present;
         setup.enabled = block.Flag("Enabled:=");
         if (block.NextIs("MaximumPasses:=")) {
             setup.maximumPasses = NeedPasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
@@ -92,7 +84,7 @@ private:
         }
         block.End();
         arguments.End();
-        *present = setup;
+        present = setup;
         MarkModelChanged();
         return {};
     }
@@ -118,7 +110,7 @@ private:
 /// The module "VeltrixParameterSetup".
 class LoadModule : public DesignBound {
 public:
-    LoadModule(SessionPointer session, DesignPlace place) : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "VeltrixParameterSetup module"; }
 
@@ -201,8 +193,7 @@ private:
 /// The module "OutputVariable".
 class OutputVariableModule : public DesignBound {
 public:
-    OutputVariableModule(SessionPointer session, DesignPlace place)
-        : DesignBound(std::move(session), std::move(place)) {}
+    using DesignBound::DesignBound;
 
     const char* Kind() const override { return "OutputVariable module"; }
 
