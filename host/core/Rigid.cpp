@@ -21,7 +21,7 @@ IKinoraVeltrixInterface::Transform ToTransform(const std::string& name, const Po
 }
 
 Matrix DesktopAxes(const Matrix& axes) {
-    const Matrix rows = axes.transpose();
+    const auto rows = axes.transpose(); // a view, not a copy
     double phi = 0.0;
     double theta = 1.5707963267948966;
     double psi = 0.0;

@@ -6,7 +6,7 @@
 namespace kinora::report {
 
 std::array<double, 3> LoggedAngles(const host::Matrix& axes) {
-    const host::Matrix rows = axes.transpose();
+    const auto rows = axes.transpose(); // a view, not a copy
     if (rows(0, 0) == 0.0 && rows(1, 0) == 0.0)
         return {0.0, 1.5707963267948966, std::atan2(rows(0, 1), rows(1, 1))};
     return {std::atan2(rows(1, 0), rows(0, 0)), std::asin(std::clamp(-rows(2, 0), -1.0, 1.0)),
