@@ -17,7 +17,7 @@ constexpr std::size_t mostArguments = 7;
 bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments, CValue& result) {
     assert(arguments.size() <= mostArguments);
     // The block looks at the arguments, last first; the caller's braces own and clear them.
-    std::array<VARIANT, mostArguments> block;
+    std::array<VARIANT, mostArguments> block; // NOLINT(*-member-init): only the places that are filled are read
     auto next = block.begin();
     for (auto argument = std::rbegin(arguments); argument != std::rend(arguments); ++argument)
         *next++ = argument->Get();
@@ -53,6 +53,13 @@ bool QueryLocalVariables(IDispatch* design, std::vector<std::string>& names) {
         return false;
     names = CComUtils::ReadStringArray(result.Get());
     return true;
+}
+
+CValue QueryReportNames(IDispatch* design) {
+    const CObject results = Own(CComUtils::CallGetChildObject(design, "Results"));
+    CValue names;
+    Call(results.get(), L"GetChildNames", {}, names);
+    return names;
 }
 
 } // namespace Dispatch

@@ -16,10 +16,10 @@ std::string AngleText(double radians) {
 
 } // namespace
 
-Angles AnglesOf(const double (&m)[9]) {
-    if (m[0] == 0.0 && m[3] == 0.0)
-        return {0.0, halfPi, std::atan2(m[1], m[4])};
-    return {std::atan2(m[3], m[0]), std::asin(-m[6]), std::atan2(m[7], m[8])};
+Angles AnglesOf(const double (&rotation)[9]) {
+    if (rotation[0] == 0.0 && rotation[3] == 0.0)
+        return {0.0, halfPi, std::atan2(rotation[1], rotation[4])};
+    return {std::atan2(rotation[3], rotation[0]), std::asin(-rotation[6]), std::atan2(rotation[7], rotation[8])};
 }
 
 std::array<Variable, 6> Variables(const IKinoraVeltrixInterface::Transform& transform) {

@@ -44,7 +44,7 @@ public:
     /// Takes the VARIANT over.
     static CValue Attach(const VARIANT& value) noexcept;
     /// A copy. @throws _com_error  the value cannot be copied
-    static CValue Copy(const VARIANT& value);
+    static CValue Copy(const VARIANT& source);
 
     CValue(CValue&& other) noexcept : m_value(other.Detach()) {}
     CValue& operator=(CValue&& other) noexcept;

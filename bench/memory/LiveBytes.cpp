@@ -18,6 +18,7 @@ std::size_t BusyBytes(HANDLE heap) {
 } // namespace
 
 std::size_t LiveBytes() {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the run-time library gives its heap's handle as a number
     const HANDLE runTime = reinterpret_cast<HANDLE>(_get_heap_handle());
     return BusyBytes(GetProcessHeap()) + (runTime == GetProcessHeap() ? 0 : BusyBytes(runTime));
 }

@@ -34,7 +34,7 @@ _variant_t Int(int number) {
 _variant_t Call(IDispatch* object, const wchar_t* method, const Values& arguments = {}) {
     Values block(arguments.rbegin(), arguments.rend());
     LPOLESTR name = const_cast<LPOLESTR>(method);
-    DISPID id;
+    DISPID id = DISPID_UNKNOWN;
     DISPPARAMS parameters = {block.data(), nullptr, static_cast<UINT>(block.size()), 0};
     _variant_t result;
     if (FAILED(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id)) ||

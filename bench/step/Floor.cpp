@@ -75,7 +75,7 @@ void Replay(const std::vector<Call>& calls) {
         for (std::size_t place = 0; place < call.arguments.size(); ++place)
             Build(call.arguments[place], block[place]);
         LPOLESTR name = const_cast<LPOLESTR>(call.method);
-        DISPID id;
+        DISPID id = DISPID_UNKNOWN;
         DISPPARAMS parameters = {block, nullptr, static_cast<UINT>(call.arguments.size()), 0};
         if (FAILED(call.object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id)) ||
             FAILED(call.object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, &result,

@@ -295,7 +295,7 @@ void CoupledRun::CloseAfterFailure() noexcept {
     }
 }
 
-void CoupledRun::Fail(const std::string& operation, const std::string& detail, std::vector<std::string> advice) const {
+void CoupledRun::Fail(const std::string& operation, const std::string& detail, std::vector<std::string> advice) {
     throw OperationFailed(fmt::format("{} failed: {}.", operation, detail), std::move(advice));
 }
 

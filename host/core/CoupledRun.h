@@ -95,8 +95,8 @@ private:
     void CloseAfterFailure() noexcept;
     void LetGoOfDesktop();
     std::string Narrow(const std::filesystem::path& path) const;
-    [[noreturn]] void Fail(const std::string& operation, const std::string& detail,
-                           std::vector<std::string> advice) const;
+    [[noreturn]] static void Fail(const std::string& operation, const std::string& detail,
+                                  std::vector<std::string> advice);
     void CollectMessages(OperationFailed& failure) const;
 
     const Scenario& m_scenario;

@@ -40,7 +40,7 @@ Mechanism::Lumped Mechanism::Lump(const Joint& joint) const {
     return lumped;
 }
 
-Pose Mechanism::PoseAt(const Joint& joint, const Pose& drawn, double coordinate) const {
+Pose Mechanism::PoseAt(const Joint& joint, const Pose& drawn, double coordinate) {
     if (joint.type == JointType::Slider)
         return {drawn.position + coordinate * joint.axis, drawn.axes};
     const Matrix turn = Rotation(joint.axis, coordinate);
@@ -53,7 +53,7 @@ void Mechanism::PlaceBodies(std::size_t joint) {
         m_poses[body] = PoseAt(description, m_scenario.bodies[body].pose, m_records[joint].state.coordinate);
 }
 
-double Mechanism::PrescribedCoordinate(const Joint& joint, double time) const {
+double Mechanism::PrescribedCoordinate(const Joint& joint, double time) {
     const double coordinate = std::get<PrescribedMotion>(joint.motion).Evaluate(time);
     if (!std::isfinite(coordinate))
         throw RunError(

@@ -81,12 +81,12 @@ private:
 
     Lumped Lump(const Joint& joint) const;
     void PlaceBodies(std::size_t joint);
-    Pose PoseAt(const Joint& joint, const Pose& drawn, double coordinate) const;
+    static Pose PoseAt(const Joint& joint, const Pose& drawn, double coordinate);
     double FieldForce(const Joint& joint, const std::vector<Load>& loads) const;
     double GravityForce(std::size_t joint, double coordinate) const;
     double GravityEnergy(std::size_t joint, double coordinate) const;
     double DrivingForce(std::size_t joint) const;
-    double PrescribedCoordinate(const Joint& joint, double time) const;
+    static double PrescribedCoordinate(const Joint& joint, double time);
     void FlowHalfStep(std::size_t joint);
     void UpdateStoredEnergy(std::size_t joint);
     void MoveFree(std::size_t joint);

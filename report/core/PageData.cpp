@@ -77,8 +77,8 @@ const host::Body* FindBody(const host::Scenario* scenario, const std::string& na
 json BodyData(const LogBody& body, const host::Scenario* scenario) {
     const auto group = [&body](BodyColumn first) {
         json columns = json::array();
-        for (int i = 0; i < 3; ++i) {
-            const auto& column = body.columns[static_cast<std::size_t>(first + i)];
+        for (std::size_t i = 0; i < 3; ++i) {
+            const auto& column = body.columns[static_cast<std::size_t>(first) + i];
             columns.push_back(column ? Pack(*column) : json());
         }
         return columns;

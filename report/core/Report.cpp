@@ -92,7 +92,7 @@ std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log
 }
 
 std::filesystem::path FindTemplate() {
-    const std::filesystem::path file =
+    std::filesystem::path file =
         (ProgramFile().parent_path().parent_path() / "share" / "kinora" / "report.html").lexically_normal();
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored))

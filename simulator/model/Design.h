@@ -148,6 +148,7 @@ const Element* FindByName(const std::vector<Element>& elements, const std::strin
 template <typename Element>
 std::vector<std::string> NamesOf(const std::vector<Element>& elements) {
     std::vector<std::string> names;
+    names.reserve(elements.size());
     for (const auto& element : elements) {
         names.push_back(element.name);
     }

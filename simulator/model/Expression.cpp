@@ -327,9 +327,11 @@ private:
         SameKind(a, p);
         return {std::atan2(a[0].value, a[1].value), angleDimension};
     }
+    // NOLINTNEXTLINE(*-convert-member-functions-to-static): the table holds members
     Quantity SquareRoot(const Arguments& a, std::size_t) const {
         return {std::sqrt(a[0].value), Power(a[0].dimension, 0.5)};
     }
+    // NOLINTNEXTLINE(*-convert-member-functions-to-static): as above
     Quantity Absolute(const Arguments& a, std::size_t) const { return {std::abs(a[0].value), a[0].dimension}; }
     Quantity Exponential(const Arguments& a, std::size_t p) const { return {std::exp(Plain(a[0], p)), {}}; }
     Quantity Logarithm(const Arguments& a, std::size_t p) const { return {std::log(Plain(a[0], p)), {}}; }

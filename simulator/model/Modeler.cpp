@@ -272,8 +272,8 @@ Box Modeler::RegionBoxOf(const Region& region, const Variables& variables) const
     return box;
 }
 
-void Modeler::Restore(std::string units, std::vector<GeometryObject> objects, std::vector<CoordinateSystem> systems,
-                      std::optional<Region> region, std::string workingFrame) {
+void Modeler::Restore(const std::string& units, std::vector<GeometryObject> objects,
+                      std::vector<CoordinateSystem> systems, std::optional<Region> region, std::string workingFrame) {
     SetUnits(units, false);
     m_objects = std::move(objects);
     m_objectPlaces.clear();

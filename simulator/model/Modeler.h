@@ -110,7 +110,7 @@ public:
     Box RegionBox(const Variables& variables) const;
 
     /// Puts back what a project file holds, as it stands.
-    void Restore(std::string units, std::vector<GeometryObject> objects, std::vector<CoordinateSystem> systems,
+    void Restore(const std::string& units, std::vector<GeometryObject> objects, std::vector<CoordinateSystem> systems,
                  std::optional<Region> region, std::string workingFrame);
 
 private:

@@ -33,9 +33,12 @@ public:
     }
 
 private:
+    /// @return where the next range begins; past the end when all are taken
+    std::size_t TakeRange() { return m_next.fetch_add(rangeSize); }
+
     void Work() {
         try {
-            for (std::size_t begin; (begin = m_next.fetch_add(rangeSize)) < m_count;)
+            for (std::size_t begin = TakeRange(); begin < m_count; begin = TakeRange())
                 m_work(begin, std::min(begin + rangeSize, m_count));
         } catch (...) {
             const std::lock_guard<std::mutex> lock(m_errorMutex);

@@ -21,9 +21,9 @@ using Corner = std::size_t;
 using DirectedEdge = std::pair<Corner, Corner>;
 
 struct Facet {
-    std::array<Corner, 3> corners;
+    std::array<Corner, 3> corners{};
     Eigen::Vector3d normal;
-    double area;
+    double area = 0;
 };
 
 bool LexicographicallyLess(const Eigen::Vector3d& a, const Eigen::Vector3d& b) {
@@ -178,7 +178,7 @@ std::vector<DirectedEdge> JoinStraight(const std::vector<Eigen::Vector3d>& verti
 void SetPlane(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices, const std::vector<Facet>& facets,
               const std::vector<std::size_t>& group) {
     Eigen::Vector3d normal = Eigen::Vector3d::Zero(), moment = Eigen::Vector3d::Zero();
-    const Eigen::Vector3d reference = vertices[facets[group[0]].corners[0]];
+    const Eigen::Vector3d& reference = vertices[facets[group[0]].corners[0]];
     for (const std::size_t index : group) {
         const Facet& facet = facets[index];
         normal += facet.area * facet.normal;
@@ -235,8 +235,9 @@ void SetMassPoints(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertice
         const double reach = std::sqrt(2 * std::max(0.0, principal.eigenvalues()[i]));
         const Eigen::Vector2d v = reach * principal.eigenvectors().col(i);
         const Eigen::Vector3d offset = v.x() * polygon.xAxis + v.y() * polygon.yAxis;
-        polygon.massPoints[static_cast<std::size_t>(2 * i)] = polygon.centre + offset;
-        polygon.massPoints[static_cast<std::size_t>(2 * i + 1)] = polygon.centre - offset;
+        const std::size_t place = 2 * static_cast<std::size_t>(i);
+        polygon.massPoints[place] = polygon.centre + offset;
+        polygon.massPoints[place + 1] = polygon.centre - offset;
     }
 }
 

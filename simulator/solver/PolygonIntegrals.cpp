@@ -19,15 +19,8 @@ struct LocalPoint {
 /// What one edge looks like from the point: `from` and `to` are its ends' distances along the edge from the foot of the
 /// perpendicular, `aside` that of the edge's line in the plane (positive when the point is on the polygon's side).
 struct EdgeView {
-    EdgeView(const PlaneEdge& edge, const LocalPoint& point) {
-        const double dx = edge.x - point.x, dy = edge.y - point.y;
-        from = dx * edge.tx + dy * edge.ty;
-        to = from + edge.length;
-        aside = dx * edge.ty - dy * edge.tx;
-        squaredDistance = aside * aside + point.height * point.height;
-        fromDistance = std::sqrt(squaredDistance + from * from);
-        toDistance = std::sqrt(squaredDistance + to * to);
-    }
+    EdgeView(const PlaneEdge& edge, const LocalPoint& point)
+        : EdgeView(edge, edge.x - point.x, edge.y - point.y, point.height) {}
 
     /// Integral of 1/R along the edge: ln of (R1 + R2 + length)/(R1 + R2 - length). The small denominator is written as
     /// a sum of positive terms, so that no digits are lost near the edge or its extension. On the edge itself, where
@@ -49,6 +42,13 @@ struct EdgeView {
     }
 
     double from, to, aside, squaredDistance, fromDistance, toDistance;
+
+private:
+    /// @param dx, dy  from the foot of the point's perpendicular to the edge's start, in the plane
+    EdgeView(const PlaneEdge& edge, double dx, double dy, double height)
+        : from(dx * edge.tx + dy * edge.ty), to(from + edge.length), aside(dx * edge.ty - dy * edge.tx),
+          squaredDistance(aside * aside + height * height), fromDistance(std::sqrt(squaredDistance + from * from)),
+          toDistance(std::sqrt(squaredDistance + to * to)) {}
 };
 
 /// Sum of the edges' angles, each the difference of two arc tangents. Their complex numbers are multiplied and whole

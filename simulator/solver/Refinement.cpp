@@ -270,7 +270,7 @@ double Refinement::Share(const Term& term) const {
                      Ratio(interaction.targetTorqueError, target.torque)});
 }
 
-bool Refinement::AtItsLimit(const Term& term, double share) const {
+bool Refinement::AtItsLimit(const Term& term, double share) {
     return term.interaction.exhausted || share > stagnation * term.parentShare;
 }
 

@@ -65,7 +65,7 @@ private:
     std::size_t Evaluations(const Term& term) const;
     void SumUp();
     double PercentError() const;
-    bool AtItsLimit(const Term& term, double share) const;
+    static bool AtItsLimit(const Term& term, double share);
     double Share(const Term& term) const;
     std::vector<bool> TermsToReplace(const std::vector<double>& share) const;
 

@@ -52,6 +52,7 @@ std::vector<std::filesystem::path> FilesOf(const std::vector<std::string>& named
         return PartsOf(std::filesystem::u8path(named.front()));
     }
     std::vector<std::filesystem::path> files;
+    files.reserve(named.size());
     for (const std::string& name : named) {
         files.push_back(std::filesystem::u8path(name));
     }

@@ -123,7 +123,7 @@ std::string ScriptValues::Nested(const json& value, std::size_t argument, std::s
 }
 
 std::string ScriptValues::List(const json& elements, std::size_t argument, std::size_t depth) {
-    const std::string variable = ListVariable(argument, depth);
+    std::string variable = ListVariable(argument, depth);
     m_statements.push_back(fmt::format("ReDim {}({})", variable, elements.size() - 1));
     for (std::size_t i = 0; i < elements.size(); ++i) {
         const std::string expression = Nested(elements[i], argument, depth + 1);
@@ -134,7 +134,7 @@ std::string ScriptValues::List(const json& elements, std::size_t argument, std::
 }
 
 std::string ScriptValues::ListVariable(std::size_t argument, std::size_t depth) {
-    const std::string name = fmt::format("list{}_{}", argument + 1, depth);
+    std::string name = fmt::format("list{}_{}", argument + 1, depth);
     if (std::find(m_variables.begin(), m_variables.end(), name) == m_variables.end()) {
         m_variables.push_back(name);
     }

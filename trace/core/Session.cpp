@@ -15,7 +15,7 @@ constexpr int knownVersion = 1;
 
 /// A line as an object. A line that was cut off while its call ran holds everything but the outcome.
 json ParseLine(const std::string& line) {
-    const json whole = json::parse(line, nullptr, false);
+    json whole = json::parse(line, nullptr, false);
     if (whole.is_object()) {
         return whole;
     }

@@ -70,7 +70,7 @@ std::string ValueText(const json& value, const TextLimits& limits) {
     if (!value.is_object() || !value.contains("vt")) {
         return value.is_null() ? "nothing" : value.dump();
     }
-    const std::string type = value["vt"].get<std::string>();
+    std::string type = value["vt"].get<std::string>();
     if (type.rfind("ARRAY", 0) == 0 && value.contains("v")) {
         return ListText(value, limits);
     }

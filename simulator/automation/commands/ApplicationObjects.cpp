@@ -125,7 +125,7 @@ private:
         int severity = 0;
     };
 
-    MessageQuery ReadQuery(Arguments& arguments) const {
+    static MessageQuery ReadQuery(Arguments& arguments) {
         MessageQuery query;
         query.project = arguments.Text();
         query.design = arguments.Text();

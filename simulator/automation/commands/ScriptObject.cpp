@@ -17,7 +17,7 @@ std::optional<int> ScriptObject::FindMethod(const std::string& name) const {
     return std::nullopt;
 }
 
-Value ScriptObject::Invoke(int method, const std::vector<Value>& values) {
+Value ScriptObject::Invoke(int method, const std::vector<Value>& arguments) {
     const Method& entry = Methods().at(static_cast<std::size_t>(method));
     const auto fail = [&](ErrorCode code, const std::string& reason) -> DesktopError {
         const std::string text = std::string(entry.name) + ": " + model::ErrorText(code) + ": " + reason;
@@ -25,8 +25,8 @@ Value ScriptObject::Invoke(int method, const std::vector<Value>& values) {
         return DesktopError(code, text);
     };
     try {
-        Arguments arguments(values);
-        return entry.handler(*this, arguments);
+        Arguments reader(arguments);
+        return entry.handler(*this, reader);
     } catch (const DesktopError& error) {
         throw fail(error.Code(), error.what());
     } catch (const std::bad_alloc&) {
