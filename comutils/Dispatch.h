@@ -43,4 +43,7 @@ inline CObject Own(IDispatch* object) {
 /// @return false when the call fails; a result that is no array gives no names
 bool QueryLocalVariables(IDispatch* design, std::vector<std::string>& names);
 
+/// @return the list of the names of the design's reports as the desktop gives it, to be read when it is needed
+CValue QueryReportNames(IDispatch* design);
+
 } // namespace Dispatch

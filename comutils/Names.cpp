@@ -42,8 +42,8 @@ std::string Solution(const std::string& setup) {
     return setup + " : LastAdaptive";
 }
 
-std::string Block(const std::string& name) {
-    return "NAME:" + name;
+std::string Block(std::string_view name) {
+    return std::string("NAME:").append(name);
 }
 
 bool Contains(const std::vector<std::string>& names, std::string_view name) {

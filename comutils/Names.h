@@ -60,7 +60,7 @@ std::map<std::string, std::string> OutputVariables(const std::string& body);
 std::string Solution(const std::string& setup);
 
 /// First element of a named argument array.
-std::string Block(const std::string& name);
+std::string Block(std::string_view name);
 
 /// @return true when the name is among the names, exactly so
 bool Contains(const std::vector<std::string>& names, std::string_view name);

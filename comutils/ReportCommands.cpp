@@ -26,8 +26,8 @@ bool CreateReport(IDispatch* reportModule, const std::string& reportName, const 
 } // namespace
 
 std::set<std::string> CComUtils::GetReportNames(IDispatch* design) {
-    const CObject results = Dispatch::Own(CallGetChildObject(design, "Results"));
-    return CallAndGetStringSet(results.get(), L"GetChildNames");
+    const std::vector<std::string> names = ReadStringArray(Dispatch::QueryReportNames(design).Get());
+    return {names.begin(), names.end()};
 }
 
 bool CComUtils::CreateEmptyReport(IDispatch* reportModule, const std::string& reportName, const std::string& setupName,

@@ -12,10 +12,10 @@ namespace {
 // Long enough for any double: DBL_MAX has 309 digits before the point, and six follow it.
 constexpr std::size_t longestNumber = std::numeric_limits<double>::max_exponent10 + 16;
 
-std::string Format(double number, std::chars_format format) {
+void AppendNumber(std::string& text, double number, std::chars_format format) {
     char buffer[longestNumber];
     const auto end = std::to_chars(buffer, buffer + longestNumber, number, format, 6).ptr;
-    return std::string(buffer, end);
+    text.append(buffer, end);
 }
 
 // Every ANSI code page keeps the seven-bit characters, so that those need no table.
@@ -99,11 +99,13 @@ std::filesystem::path ToFileSystemPath(std::string_view text) {
 }
 
 std::string Fixed(double number) {
-    return Format(number, std::chars_format::fixed);
+    std::string text;
+    AppendNumber(text, number, std::chars_format::fixed);
+    return text;
 }
 
-std::string General(double number) {
-    return Format(number, std::chars_format::general);
+void AppendGeneral(std::string& text, double number) {
+    AppendNumber(text, number, std::chars_format::general);
 }
 
 } // namespace Text

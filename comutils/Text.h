@@ -32,7 +32,7 @@ std::filesystem::path ToFileSystemPath(std::string_view text);
 /// C formatting "%f" (six decimals) in the "C" locale, whatever locale the host has set.
 std::string Fixed(double number);
 
-/// C formatting "%g" (six significant digits) in the "C" locale: a stream's default for doubles.
-std::string General(double number);
+/// Appends a number in C formatting "%g" (six significant digits) in the "C" locale: a stream's default for doubles.
+void AppendGeneral(std::string& text, double number);
 
 } // namespace Text

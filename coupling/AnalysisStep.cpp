@@ -3,10 +3,13 @@
 #include "comutils/Names.h"
 #include "comutils/Pose.h"
 #include "comutils/Text.h"
+#include "comutils/VariableUpdates.h"
 #include "coupling/CsvFile.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/ReportsFolder.h"
 
+#include <array>
+#include <optional>
 #include <set>
 
 /// What one step reads at its start and needs until its end.
@@ -27,8 +30,6 @@ namespace {
 
 using Transform = IKinoraVeltrixInterface::Transform;
 using Result = IKinoraVeltrixInterface::Result;
-
-constexpr char updateReportsOption[] = "Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve";
 
 void WriteLogHeader(CCsvFile& log, const std::vector<Transform>& transforms) {
     log << "Step," << Names::timeVariable;
@@ -51,16 +52,17 @@ void LogBody(CCsvFile& log, const Transform& transform, const Result& result) {
 /// The reports of one body's loads: their data files, and the desktop's reports that these are imported into.
 class CStepReports {
 public:
+    /// @param names  of the reports that are there, as the desktop lists them
     CStepReports(IDispatch* module, std::string folder, double time, const std::string& setup,
-                 const std::vector<std::string>& localVariables, std::set<std::string> existing)
+                 const std::vector<std::string>& localVariables, CValue names)
         : m_module(module), m_folder(std::move(folder)), m_time(time), m_setup(setup), m_localVariables(localVariables),
-          m_existing(std::move(existing)) {}
+          m_names(std::move(names)) {}
 
     using QuantityName = std::string (*)(const std::string& body, int axis);
 
     void Refill(const std::string& report, const std::string& body, QuantityName quantity, const char* unit,
-                const double (&load)[3]) const {
-        if (!m_existing.count(report))
+                const double (&load)[3]) {
+        if (!Exists(report))
             CComUtils::CreateEmptyReport(m_module, report, m_setup, m_localVariables);
         const std::string path = m_folder + "/" + report + ".csv";
         AppendData(path, body, quantity, unit, load);
@@ -68,6 +70,14 @@ public:
     }
 
 private:
+    bool Exists(const std::string& report) {
+        if (!m_existing) {
+            const std::vector<std::string> names = CComUtils::ReadStringArray(m_names.Get());
+            m_existing.emplace(names.begin(), names.end());
+        }
+        return m_existing->count(report) != 0;
+    }
+
     void AppendData(const std::string& path, const std::string& body, QuantityName quantity, const char* unit,
                     const double (&load)[3]) const {
         CCsvFile data(path);
@@ -86,11 +96,24 @@ private:
     double m_time;
     const std::string& m_setup;
     const std::vector<std::string>& m_localVariables;
-    std::set<std::string> m_existing;
+    CValue m_names;
+    std::optional<std::set<std::string>> m_existing;
 };
 
+/// One step as the history keeps it.
+std::vector<std::string> StepRow(const std::string& timeText, std::vector<std::array<Pose::Variable, 6>>& poses) {
+    std::vector<std::string> row;
+    row.reserve(1 + 6 * poses.size());
+    row.push_back(timeText);
+    for (auto& pose : poses)
+        for (auto& [name, value] : pose)
+            row.push_back(std::move(value));
+    return row;
+}
+
 bool ReportsWanted(IDispatch* desktop) {
-    const std::string option = CComUtils::CallGetRegistryString(desktop, updateReportsOption);
+    static const std::string key = "Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve";
+    const std::string option = CComUtils::CallGetRegistryString(desktop, key);
     return option != "Never" && option != "On Completion";
 }
 
@@ -146,27 +169,28 @@ void CKinoraVeltrixCoupling::CountStep(const Step& step) {
 /// Writes time and poses into the design's variables, in one command, and records them.
 bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Transform>& transforms) {
     const std::string timeText = Text::Fixed(step.time) + "s";
-    std::map<std::string, std::string> updates;
+    std::vector<VariableUpdates::Update> updates;
+    updates.reserve(1 + 6 * transforms.size());
     if (Names::Contains(step.localVariables, Names::timeVariable))
-        updates.emplace(Names::timeVariable, timeText);
+        updates.emplace_back(Names::timeVariable, timeText);
     else
         SetVariableValue(Names::timeVariable, timeText, true);
 
-    std::vector<std::string> row;
-    row.reserve(1 + 6 * transforms.size());
-    row.push_back(timeText);
+    std::vector<std::array<Pose::Variable, 6>> poses;
+    poses.reserve(transforms.size());
     for (const Transform& transform : transforms) {
-        for (auto& [name, value] : Pose::Variables(transform)) {
-            // Of two bodies with one name the first one moves.
-            updates.emplace(name, value);
+        poses.push_back(Pose::Variables(transform));
+        for (const auto& [name, value] : poses.back()) {
+            updates.emplace_back(name, value);
             if (step.isFirst)
-                m_stepEntries.push_back(std::move(name));
-            row.push_back(std::move(value));
+                m_stepEntries.push_back(name);
         }
     }
-    if (!updates.empty() && !CComUtils::UpdateVariables(m_pDesign, updates))
+    // Of two bodies with one name the first one moves.
+    VariableUpdates::Sort(updates);
+    if (!updates.empty() && !VariableUpdates::Send(m_pDesign, updates))
         return false;
-    m_stepRows.push_back(std::move(row));
+    m_stepRows.push_back(StepRow(timeText, poses));
     return true;
 }
 
@@ -175,19 +199,23 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
 bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<Transform>& transforms,
                                            std::vector<Result>& results, std::string& logPath) const {
     const std::string folder = step.ReportsFolder();
-    PrepareReportsFolder(folder, step.isFirst);
-    logPath = folder + "/" + step.projectName + ".coupling.csv";
-    CCsvFile log(logPath);
+    std::string path = folder + "/" + step.projectName + ".coupling.csv";
+    CCsvFile log;
+    // A log that opens tells that the folder is there.
+    if (step.isFirst || !log.Open(path)) {
+        PrepareReportsFolder(folder, step.isFirst);
+        log.Open(path);
+    }
+    logPath = std::move(path);
     if (log.IsNew())
         WriteLogHeader(log, transforms);
     log << std::to_string(m_stepCount) << "," << step.time;
 
-    std::set<std::string> reportNames = CComUtils::GetReportNames(m_pDesign);
+    CValue reportNames = Dispatch::QueryReportNames(m_pDesign);
     const CObject module = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::reportModule));
     if (!module)
         return false;
-    const CStepReports reports(module.get(), folder, step.time, step.setup, step.localVariables,
-                               std::move(reportNames));
+    CStepReports reports(module.get(), folder, step.time, step.setup, step.localVariables, std::move(reportNames));
     for (const Transform& transform : transforms) {
         const std::string& body = transform.name;
         Result result;

@@ -2,12 +2,13 @@
 
 #include "comutils/Text.h"
 
-CCsvFile::CCsvFile(const std::string& path) {
+bool CCsvFile::Open(const std::string& path) {
     const std::wstring widePath = Text::ToWide(path);
     // One call opens and tells whether the file was there, which a stream would need a second look for.
     m_file = CreateFileW(widePath.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
     m_isNew = GetLastError() != ERROR_ALREADY_EXISTS;
+    return m_file != INVALID_HANDLE_VALUE;
 }
 
 CCsvFile::~CCsvFile() {
@@ -25,7 +26,8 @@ CCsvFile& CCsvFile::operator<<(std::string_view text) {
 }
 
 CCsvFile& CCsvFile::operator<<(double number) {
-    return *this << Text::General(number);
+    Text::AppendGeneral(m_text, number);
+    return *this;
 }
 
 CCsvFile& CCsvFile::operator<<(const double (&numbers)[3]) {

@@ -5,20 +5,25 @@
 #include <string>
 #include <string_view>
 
-/// A comma-separated text file that grows by lines, open while this object lives. Others may read and write it
+/// A comma-separated text file that grows by lines, open until this object ends. Others may read and write it
 /// meanwhile. Numbers are written as streams write them by default (six significant digits), whatever the locale is;
 /// lines end with carriage return and line feed. What is written reaches the file when this object ends. Write errors
 /// are not reported.
 class CCsvFile {
 public:
-    /// Opens the file for appending.
-    /// @param path  in the ANSI code page
-    explicit CCsvFile(const std::string& path);
+    CCsvFile() = default;
+    explicit CCsvFile(const std::string& path) { Open(path); }
     CCsvFile(const CCsvFile&) = delete;
     CCsvFile& operator=(const CCsvFile&) = delete;
     ~CCsvFile();
 
-    /// @return true when there was no such file: it wants its header
+    /// Opens the file for appending, and makes it when it is not there. To be called until it succeeds; lines written
+    /// to a file that is not open are lost.
+    /// @param path  in the ANSI code page
+    /// @return false when it cannot be opened
+    bool Open(const std::string& path);
+
+    /// @return true when the file was made: it wants its header
     bool IsNew() const { return m_isNew; }
 
     CCsvFile& operator<<(std::string_view text);
@@ -28,7 +33,7 @@ public:
     void EndLine();
 
 private:
-    HANDLE m_file;
-    bool m_isNew;
+    HANDLE m_file = INVALID_HANDLE_VALUE;
+    bool m_isNew = false;
     std::string m_text;
 };

@@ -1,6 +1,9 @@
 #include "bench/step/Session.h"
 
 #include "bench/desktop/BenchDesktop.h"
+#include "coupling/CsvFile.h"
+
+#include <windows.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -25,11 +28,11 @@ void Require(bool done, const char* what) {
 }
 
 std::string LastLine(const std::filesystem::path& path) {
-    std::ifstream file(path);
+    std::ifstream file(path, std::ios::binary);
     std::string line, last;
     while (std::getline(file, line))
         last = line;
-    return last;
+    return last + "\n";
 }
 
 } // namespace
@@ -80,14 +83,17 @@ void Session::CollectFiles() {
 }
 
 void Session::AppendToFiles() const {
-    for (const File& file : m_files)
-        std::ofstream(file.path, std::ios::app) << file.line << std::endl;
+    for (const File& file : m_files) {
+        const HANDLE handle = CreateFileW(file.path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                          nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+        DWORD written = 0;
+        const BOOL done = WriteFile(handle, file.line.data(), static_cast<DWORD>(file.line.size()), &written, nullptr);
+        CloseHandle(handle);
+        Require(done != FALSE, "appending to a file");
+    }
 }
 
 void Session::HandleFiles() const {
-    Require(std::filesystem::exists(m_folder / "Bench.reports"), "finding the reports folder");
-    for (const File& file : m_files) {
-        Require(std::filesystem::exists(file.path), "finding a file");
-        std::ofstream(file.path, std::ios::app) << file.line << std::endl;
-    }
+    for (const File& file : m_files)
+        CCsvFile(file.path.string()) << file.line;
 }

@@ -20,9 +20,10 @@ public:
     void Step();
     /// Writes the history, as a step does.
     void WriteHistory();
-    /// Appends to the files what a step appends to them, and nothing else.
+    /// Appends to the files what a step appends to them, and nothing else: one open, write and close of the system
+    /// each.
     void AppendToFiles() const;
-    /// Handles the files as a step does: looks whether folder and files exist, then appends.
+    /// The library's own handling of the files in a step, with lines that are ready.
     void HandleFiles() const;
 
 private:
