@@ -16,11 +16,11 @@ def table(head, rows):
     return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines)
 
 
-def step_table(steps):
+def step_table(steps, without_files):
     rows = [
         [row["bodies"], f"{row['recordedSteps']:,}", row["reports"], f"{row['argumentBytes'] / 1e6:,.3f}",
-         f"{row['ratioWithoutFiles']:.2f}", f"{row['ratioWithFiles']:.2f}"]
-        for row in steps
+         f"{same['ratio']:.2f}", f"{row['ratio']:.2f}"]
+        for row, same in zip(steps, without_files)
     ]
     return table(["bodies", "recorded steps", "reports", "sent, MB", "step / floor, without files", "with files"], rows)
 
@@ -76,10 +76,11 @@ def plot(steps, target):
 def main():
     folder, page, target = map(pathlib.Path, sys.argv[1:])
     read = lambda name: json.loads((folder / f"{name}.json").read_text())
-    step, memory, peers, share = (read(f"bench_{name}") for name in ("step", "memory", "peers", "share"))
+    step, without_files, memory, peers, share = (
+        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share"))
     history = step["history"]
     figures = {
-        "step": step_table(step["step"]),
+        "step": step_table(step["step"], without_files["step"]),
         "history": f"History argument alone, {history['recordedSteps']:,} steps of {6 * history['bodies'] + 1} values: "
                    f"**{history['ratio']:.2f}** times its floor.",
         "memory": f"Memory peak of a step at {memory['recordedSteps']:,} steps of {6 * memory['bodies'] + 1} values: "

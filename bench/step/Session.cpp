@@ -1,7 +1,6 @@
 #include "bench/step/Session.h"
 
 #include "bench/desktop/BenchDesktop.h"
-#include "coupling/CsvFile.h"
 
 #include <windows.h>
 
@@ -91,9 +90,4 @@ void Session::AppendToFiles() const {
         CloseHandle(handle);
         Require(done != FALSE, "appending to a file");
     }
-}
-
-void Session::HandleFiles() const {
-    for (const File& file : m_files)
-        CCsvFile(file.path.string()) << file.line;
 }

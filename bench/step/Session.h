@@ -23,8 +23,6 @@ public:
     /// Appends to the files what a step appends to them, and nothing else: one open, write and close of the system
     /// each.
     void AppendToFiles() const;
-    /// The library's own handling of the files in a step, with lines that are ready.
-    void HandleFiles() const;
 
 private:
     struct File {
