@@ -186,6 +186,18 @@ TEST(ReadStringArray, RefusesEverythingThatIsNoArray) {
     }
 }
 
+TEST(ReadStringArray, RefusesAnArrayThatIsNullOrATable) {
+    VARIANT value = {};
+    value.vt = VT_ARRAY | VT_VARIANT;
+    EXPECT_THAT(CComUtils::ReadStringArray(value), IsEmpty());
+    SAFEARRAYBOUND bounds[] = {{1, 0}, {1, 0}};
+    value.parray = SafeArrayCreate(VT_VARIANT, 2, bounds);
+    OwnedVariant table(value);
+    VARIANT& element = *static_cast<VARIANT*>(value.parray->pvData);
+    Text(L"a").fill(element);
+    EXPECT_THAT(CComUtils::ReadStringArray(table.value), IsEmpty());
+}
+
 TEST(ReadStringArray, ReadsEmptyAndNullTexts) {
     OwnedVariant array(Items({Text(L""), Raw(VT_BSTR, 0)}));
     EXPECT_THAT(CComUtils::ReadStringArray(array.value), ElementsAre("", ""));

@@ -650,9 +650,10 @@ TEST_F(Model, MaterialsOfBodiesAreAddedToTheProjectOnce) {
     fake.AddSolid(L"f", L"");
     fake.AddSolid(L"g", L"x").On("GetPropValue", Long(1));
     fake.AddSolid(L"h", L"\"\"quoted\"\"");
-    EXPECT_TRUE(Init({MakeGroup("A", {"a", "b", "c", "g"}), MakeGroup("B", {"d", "e", "f", "h"})}));
-    EXPECT_THAT(Calls("AddMaterial"),
-                ElementsAre(R"(project(["NAME:iron"]))", R"(project(["NAME:"]))", R"(project(["NAME:\"quoted\""]))"));
+    fake.AddSolid(L"i", L"\"begun");
+    EXPECT_TRUE(Init({MakeGroup("A", {"a", "b", "c", "g"}), MakeGroup("B", {"d", "e", "f", "h", "i"})}));
+    EXPECT_THAT(Calls("AddMaterial"), ElementsAre(R"(project(["NAME:iron"]))", R"(project(["NAME:"]))",
+                                                  R"(project(["NAME:\"quoted\""]))", R"(project(["NAME:\"begun"]))"));
 }
 
 TEST_F(Model, ObjectWhoseMaterialIsNoTextAddsNone) {
