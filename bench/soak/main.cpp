@@ -142,8 +142,8 @@ double Predicted(const Sight& from, const Sight& to) {
 
 void Print(const std::vector<Sight>& sights) {
     std::printf(
-        "| steps | history predicted, MB | live, MB | handles | files | step / straight line | desktop: private MB, "
-        "handles |\n| --- | --- | --- | --- | --- | --- | --- |\n");
+        "| steps | history predicted, MB | live, MB | handles | files | step / first tenth's | step / straight line | "
+        "desktop: private MB, handles |\n| --- | --- | --- | --- | --- | --- | --- | --- |\n");
     const Line line(sights);
     for (const Sight& sight : sights) {
         std::printf("| %d | %.2f | %.2f | %zu | %ld | %.1f | %.2f | ", sight.steps, Predicted(sights.front(), sight),
