@@ -86,6 +86,7 @@ def main():
         "memory": f"Memory peak of a step at {memory['recordedSteps']:,} steps of {6 * memory['bodies'] + 1} values: "
                   f"**{memory['ratio']:.2f}** times the size of its argument ({memory['argumentBytes'] / 1e6:.1f} MB).",
         "peers": peer_table(peers["peers"]),
+        "peers-out-of-process": peer_table(peers["outOfProcess"]),
         "share": f"Share of the library in the time of a step with the simulator in its own process "
                  f"({share['bodies']} bodies, {share['steps']} steps): at most **{100 * share['share']:.1f} %**.",
         "growth": growth_table(step["step"]),

@@ -1,8 +1,5 @@
 #include "bench/peers/CopyingStep.h"
 
-#include <comdef.h>
-#include <comutil.h>
-
 #include <fstream>
 #include <stdexcept>
 
@@ -28,20 +25,10 @@ _variant_t Texts(const std::vector<std::wstring>& texts) {
 }
 
 _variant_t Int(int number) {
-    return _variant_t(static_cast<long>(number), VT_I4);
-}
-
-_variant_t Call(IDispatch* object, const wchar_t* method, const Values& arguments = {}) {
-    Values block(arguments.rbegin(), arguments.rend());
-    LPOLESTR name = const_cast<LPOLESTR>(method);
-    DISPID id = DISPID_UNKNOWN;
-    DISPPARAMS parameters = {block.data(), nullptr, static_cast<UINT>(block.size()), 0};
-    _variant_t result;
-    if (FAILED(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id)) ||
-        FAILED(object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, &result, nullptr,
-                              nullptr)))
-        throw std::runtime_error("the bench desktop refused a call of the copying step");
-    return result;
+    VARIANT value = {};
+    value.vt = VT_INT;
+    value.intVal = number;
+    return _variant_t(value, false);
 }
 
 std::wstring Text(double number, const wchar_t* unit) {
@@ -75,52 +62,80 @@ _variant_t History(const std::vector<std::wstring>& names, const std::vector<std
 
 } // namespace
 
-CopyingStep::CopyingStep(IDispatch* desktop, int bodies, std::size_t recordedSteps, std::filesystem::path log)
-    : m_desktop(desktop), m_bodies(bodies), m_names({L"SimTime"}), m_log(std::move(log)) {
-    for (int body = 0; body < bodies; ++body)
+_variant_t CallMethod(const _variant_t& object, const wchar_t* method, const std::vector<_variant_t>& arguments) {
+    Values block(arguments.rbegin(), arguments.rend());
+    LPOLESTR name = const_cast<LPOLESTR>(method);
+    DISPID id = DISPID_UNKNOWN;
+    DISPPARAMS parameters = {block.data(), nullptr, static_cast<UINT>(block.size()), 0};
+    _variant_t result;
+    EXCEPINFO exception = {};
+    if (FAILED(object.pdispVal->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id)) ||
+        FAILED(object.pdispVal->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, &result,
+                                       &exception, nullptr))) {
+        const std::wstring reason = exception.bstrDescription ? exception.bstrDescription : method;
+        throw std::runtime_error("the desktop refused a call: " + std::filesystem::path(reason).string());
+    }
+    return result;
+}
+
+CopyingStep::CopyingStep(Objects objects, std::vector<std::wstring> bodies, std::size_t recordedSteps,
+                         std::filesystem::path log)
+    : m_objects(std::move(objects)), m_bodies(std::move(bodies)), m_names({L"SimTime"}), m_log(std::move(log)) {
+    for (const std::wstring& body : m_bodies)
         for (const wchar_t* ending : {L"_Phi", L"_Psi", L"_Theta", L"_X", L"_Y", L"_Z"})
-            m_names.push_back(L"B" + std::to_wstring(body) + ending);
-    m_rows.assign(recordedSteps, Row(m_names.size(), L"0.012345Meter"));
+            m_names.push_back(body + ending);
+    m_rows.assign(recordedSteps, NextRow());
+}
+
+CopyingStep::Row CopyingStep::NextRow() {
+    ++m_step;
+    Row row = {Text(0.01 * m_step, L"s")};
+    for (std::size_t body = 0; body < m_bodies.size(); ++body) {
+        for (const wchar_t* unit : {L"Rad", L"Rad", L"Rad", L"Meter", L"Meter"})
+            row.push_back(Text(0.0, unit));
+        row.push_back(Text(0.013 * static_cast<double>(body) + 0.0001 * m_step, L"Meter"));
+    }
+    return row;
 }
 
 void CopyingStep::Step() {
-    const _variant_t name = Call(m_desktop, L"GetName"), path = Call(m_desktop, L"GetPath");
-    Call(m_desktop, L"ClearMessages", {name, Call(m_desktop, L"GetName"), Int(0)});
-    Call(m_desktop, L"GetProperties", {L"LocalVariableTab", L"LocalVariables"});
+    const auto& [desktop, project, design] = m_objects;
+    const _variant_t name = CallMethod(project, L"GetName"), path = CallMethod(project, L"GetPath");
+    CallMethod(desktop, L"ClearMessages", {name, CallMethod(design, L"GetName"), Int(0)});
+    CallMethod(design, L"GetProperties", {L"LocalVariableTab", L"LocalVariables"});
 
-    Row row = {Text(0.01, L"s")};
-    for (int body = 0; body < m_bodies; ++body)
-        for (const wchar_t* unit : {L"Rad", L"Rad", L"Rad", L"Meter", L"Meter", L"Meter"})
-            row.push_back(Text(0.0123456 * (body + 1), unit));
-    Call(m_desktop, L"ChangeProperty", {ChangeProperty(m_names, row)});
+    const Row row = NextRow();
+    CallMethod(design, L"ChangeProperty", {ChangeProperty(m_names, row)});
     m_rows.push_back(row);
-    Call(m_desktop, L"GetChildObject", {L"Paravant"});
-    Call(m_desktop, L"GetChildNames");
-    Call(m_desktop, L"EditSetup", {L"KinoraHistory", History(m_names, m_rows)});
+    const _variant_t setups = CallMethod(design, L"GetChildObject", {L"Paravant"});
+    CallMethod(setups, L"GetChildNames");
+    CallMethod(setups, L"EditSetup", {L"KinoraHistory", History(m_names, m_rows)});
     m_rows.pop_back();
-    Call(m_desktop, L"GetModule", {L"AnalysisSetup"});
-    Call(m_desktop, L"GetSetups");
-    Call(m_desktop, L"Analyze", {L"Setup1"});
+    const _variant_t analysis = CallMethod(design, L"GetModule", {L"AnalysisSetup"});
+    CallMethod(analysis, L"GetSetups");
+    CallMethod(design, L"Analyze", {L"Setup1"});
+    Record();
+}
 
+void CopyingStep::Record() {
+    const auto& [desktop, project, design] = m_objects;
     std::ofstream log(m_log, std::ios::app);
-    log << 1 << ',' << 0.01;
-    Call(m_desktop, L"GetChildObject", {L"Results"});
-    Call(m_desktop, L"GetChildNames");
-    Call(m_desktop, L"GetModule", {L"ReportSetup"});
-    for (int body = 0; body < m_bodies; ++body) {
-        const std::wstring bodyName = L"B" + std::to_wstring(body);
-        Call(m_desktop, L"GetModule", {L"OutputVariable"});
+    log << m_step << ',' << 0.01 * m_step;
+    const _variant_t results = CallMethod(design, L"GetChildObject", {L"Results"});
+    CallMethod(results, L"GetChildNames");
+    CallMethod(design, L"GetModule", {L"ReportSetup"});
+    for (const std::wstring& body : m_bodies) {
+        const _variant_t variables = CallMethod(design, L"GetModule", {L"OutputVariable"});
         for (int pose = 0; pose < 6; ++pose)
-            log << ',' << 0.0123456 * (body + 1);
+            log << ',' << 0.0123456;
         for (const wchar_t* load : {L"Force_", L"Torque_"})
-            for (const wchar_t* axis : {L"_X", L"_Y", L"_Z"}) {
-                const std::wstring variable = load + bodyName + axis;
+            for (const wchar_t* axis : {L"_X", L"_Y", L"_Z"})
                 log << ','
-                    << static_cast<double>(
-                           Call(m_desktop, L"GetOutputVariableValue",
-                                {variable.c_str(), L"", L"Setup1 : LastAdaptive", L"Magnetostatic", Array({})}));
-            }
-        Call(m_desktop, L"GetRegistryString", {L"Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve"});
+                    << static_cast<double>(CallMethod(
+                           variables, L"GetOutputVariableValue",
+                           {(load + body + axis).c_str(), L"", L"Setup1 : LastAdaptive", L"Magnetostatic", Array({})}));
+        CallMethod(desktop, L"GetRegistryString",
+                   {L"Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve"});
     }
     log << std::endl;
 }

@@ -2,7 +2,8 @@
 
 #include <windows.h>
 
-#include <oaidl.h>
+#include <comdef.h>
+#include <comutil.h>
 
 #include <filesystem>
 #include <string>
@@ -12,19 +13,34 @@
 /// vector of `_variant_t` that is copied into an array, which is copied into the next level.
 class CopyingStep {
 public:
-    /// @param desktop        application object of the bench desktop
-    /// @param bodies         bodies "B0", "B1", ...
+    /// The objects that a step talks to; the bench desktop is all of them in one.
+    struct Objects {
+        _variant_t desktop;
+        _variant_t project;
+        _variant_t design;
+    };
+
+    /// @param bodies         names of the bodies
     /// @param recordedSteps  length of the history that a step sends
-    CopyingStep(IDispatch* desktop, int bodies, std::size_t recordedSteps, std::filesystem::path log);
+    CopyingStep(Objects objects, std::vector<std::wstring> bodies, std::size_t recordedSteps,
+                std::filesystem::path log);
 
     void Step();
 
 private:
     using Row = std::vector<std::wstring>;
 
-    IDispatch* m_desktop;
-    int m_bodies;
+    Row NextRow();
+    void Record();
+
+    Objects m_objects;
+    std::vector<std::wstring> m_bodies;
     std::vector<std::wstring> m_names;
     std::vector<Row> m_rows;
     std::filesystem::path m_log;
+    int m_step = 0;
 };
+
+/// Calls a method of an automation object, as such code does.
+/// @throws std::runtime_error  it fails
+_variant_t CallMethod(const _variant_t& object, const wchar_t* method, const std::vector<_variant_t>& arguments = {});

@@ -1,20 +1,34 @@
-' The coupling step as a script writes it. Usage: cscript step.vbs BODIES RECORDED_STEPS REPETITIONS LOG
+' The coupling step as a script writes it. Usage: cscript step.vbs TARGET RECORDED_STEPS REPETITIONS LOG
+' TARGET is a number of bodies on the bench desktop, or a project of two magnets that the simulator has open.
 ' Prints the milliseconds that one step takes.
 Option Explicit
-Dim bodies, recorded, repetitions, desktop, names, rows, files, i, start
-bodies = CInt(WScript.Arguments(0))
+Dim bodies, recorded, repetitions, desktop, project, design, names, rows, files, moves, i, start
 recorded = CLng(WScript.Arguments(1))
 repetitions = CInt(WScript.Arguments(2))
 Set files = CreateObject("Scripting.FileSystemObject")
-Set desktop = CreateObject("Pellux.VantorDesktop.Bench")
-desktop.BenchConfigure "C:\", bodies, "Never"
+If IsNumeric(WScript.Arguments(0)) Then
+    ReDim bodies(CInt(WScript.Arguments(0)) - 1)
+    For i = 0 To UBound(bodies)
+        bodies(i) = "B" & i
+    Next
+    Set desktop = CreateObject("Pellux.VantorDesktop.Bench")
+    desktop.BenchConfigure "C:\", UBound(bodies) + 1, "Never"
+    Set project = desktop
+    Set design = desktop
+Else
+    bodies = Array("lower", "upper")
+    Set desktop = CreateObject("Pellux.VantorDesktop.Simulator").GetAppDesktop()
+    Set project = desktop.OpenProject(WScript.Arguments(0))
+    Set design = project.GetDesign("Veltrix3DDesign1")
+End If
 
-ReDim names(6 * bodies)
+ReDim names(6 * UBound(bodies) + 6)
 names(0) = "SimTime"
-For i = 0 To bodies - 1
-    names(6 * i + 1) = "B" & i & "_Phi" : names(6 * i + 2) = "B" & i & "_Psi" : names(6 * i + 3) = "B" & i & "_Theta"
-    names(6 * i + 4) = "B" & i & "_X" : names(6 * i + 5) = "B" & i & "_Y" : names(6 * i + 6) = "B" & i & "_Z"
+For i = 0 To UBound(bodies)
+    names(6 * i + 1) = bodies(i) & "_Phi" : names(6 * i + 2) = bodies(i) & "_Psi" : names(6 * i + 3) = bodies(i) & "_Theta"
+    names(6 * i + 4) = bodies(i) & "_X" : names(6 * i + 5) = bodies(i) & "_Y" : names(6 * i + 6) = bodies(i) & "_Z"
 Next
+moves = 0
 ReDim rows(recorded)
 For i = 0 To recorded
     rows(i) = Row()
@@ -28,19 +42,26 @@ WScript.Echo FormatNumber(1000 * (Timer - start) / repetitions, 6, True, False, 
 
 Function Row()
     Dim values, n
-    ReDim values(6 * bodies)
-    values(0) = FormatNumber(0.01, 6, True, False, False) & "s"
-    For n = 1 To 6 * bodies
-        values(n) = FormatNumber(0.0123456, 6, True, False, False) & "Meter"
+    moves = moves + 1
+    ReDim values(UBound(names))
+    values(0) = Fixed(0.01 * moves) & "s"
+    For n = 0 To UBound(bodies)
+        values(6 * n + 1) = Fixed(0) & "Rad" : values(6 * n + 2) = Fixed(0) & "Rad" : values(6 * n + 3) = Fixed(0) & "Rad"
+        values(6 * n + 4) = Fixed(0) & "Meter" : values(6 * n + 5) = Fixed(0) & "Meter"
+        values(6 * n + 6) = Fixed(0.013 * n + 0.0001 * moves) & "Meter"
     Next
     Row = values
 End Function
 
+Function Fixed(number)
+    Fixed = FormatNumber(number, 6, True, False, False)
+End Function
+
 Function Changes(values)
     Dim properties, n
-    ReDim properties(6 * bodies + 1)
+    ReDim properties(UBound(names) + 1)
     properties(0) = "NAME:ChangedProps"
-    For n = 0 To 6 * bodies
+    For n = 0 To UBound(names)
         properties(n + 1) = Array("NAME:" & names(n), "Value:=", values(n))
     Next
     Changes = Array("NAME:AllTabs", Array("NAME:LocalVariableTab", Array("NAME:PropServers", "LocalVariables"), properties))
@@ -48,9 +69,9 @@ End Function
 
 Function History()
     Dim sweeps, operations, n
-    ReDim sweeps(6 * bodies + 1)
+    ReDim sweeps(UBound(names) + 1)
     sweeps(0) = "NAME:Sweeps"
-    For n = 0 To 6 * bodies
+    For n = 0 To UBound(names)
         sweeps(n + 1) = Array("NAME:SweepDefinition", "Variable:=", names(n), "Data:=", rows(0)(n), "OffsetF1:=", False, "Synchronize:=", 0.0)
     Next
     ReDim operations(2 * recorded)
@@ -65,29 +86,29 @@ Function History()
 End Function
 
 Sub Step1()
-    Dim project, design, variables, values, line, body, load, axis, log, module, ignored
-    project = desktop.GetName() : ignored = desktop.GetPath() : design = desktop.GetName()
-    desktop.ClearMessages project, design, 0
-    variables = desktop.GetProperties("LocalVariableTab", "LocalVariables")
+    Dim projectName, designName, variables, values, line, body, load, axis, log, part, ignored
+    projectName = project.GetName() : ignored = project.GetPath() : designName = design.GetName()
+    desktop.ClearMessages projectName, designName, 0
+    variables = design.GetProperties("LocalVariableTab", "LocalVariables")
     values = Row()
-    desktop.ChangeProperty Changes(values)
+    design.ChangeProperty Changes(values)
     rows(recorded) = values
-    Set module = desktop.GetChildObject("Paravant")
-    ignored = module.GetChildNames()
-    module.EditSetup "KinoraHistory", History()
-    Set module = desktop.GetModule("AnalysisSetup")
-    ignored = module.GetSetups()
-    ignored = desktop.Analyze("Setup1")
-    Set module = desktop.GetChildObject("Results")
-    ignored = module.GetChildNames()
-    Set module = desktop.GetModule("ReportSetup")
-    line = "1,0.01"
-    For body = 0 To bodies - 1
-        Set module = desktop.GetModule("OutputVariable")
+    Set part = design.GetChildObject("Paravant")
+    ignored = part.GetChildNames()
+    part.EditSetup "KinoraHistory", History()
+    Set part = design.GetModule("AnalysisSetup")
+    ignored = part.GetSetups()
+    ignored = design.Analyze("Setup1")
+    Set part = design.GetChildObject("Results")
+    ignored = part.GetChildNames()
+    Set part = design.GetModule("ReportSetup")
+    line = moves & "," & 0.01 * moves
+    For Each body In bodies
+        Set part = design.GetModule("OutputVariable")
         line = line & ",0.0123456,0.0123456,0.0123456,0,0,0"
         For Each load In Array("Force_", "Torque_")
             For Each axis In Array("_X", "_Y", "_Z")
-                line = line & "," & module.GetOutputVariableValue(load & "B" & body & axis, "", "Setup1 : LastAdaptive", "Magnetostatic", Array())
+                line = line & "," & part.GetOutputVariableValue(load & body & axis, "", "Setup1 : LastAdaptive", "Magnetostatic", Array())
             Next
         Next
         ignored = desktop.GetRegistryString("Desktop\Settings\ProjectOptions\Veltrix 3D\UpdateReportsOnSolve")
