@@ -34,6 +34,7 @@ _variant_t Create(const wchar_t* progId) {
 
 std::vector<std::wstring> BenchBodies(int count) {
     std::vector<std::wstring> names;
+    names.reserve(static_cast<std::size_t>(count));
     for (int body = 0; body < count; ++body)
         names.push_back(L"B" + std::to_wstring(body));
     return names;

@@ -1,5 +1,5 @@
-// Makes steps, or replays their floor, for some seconds, for a profiler to look at; prints the microseconds that one took.
-// Usage: bench_profile step|floor BODIES RECORDED_STEPS REPORTS SECONDS
+// Makes steps, or replays their floor, for some seconds, for a profiler to look at; prints the microseconds that one
+// took. Usage: bench_profile step|floor BODIES RECORDED_STEPS REPORTS SECONDS
 
 #include "bench/desktop/BenchDesktop.h"
 #include "bench/step/Floor.h"
@@ -14,10 +14,10 @@
 
 namespace {
 
-double SecondsOfOne(const std::function<void()>& work, double atLeast) {
+double SecondsOfOne(const std::function<void()>& work, double leastSeconds) {
     double total = 0.0;
     int count = 0;
-    for (; total < atLeast; ++count)
+    for (; total < leastSeconds; ++count)
         total += SecondsOf(work);
     return total / count;
 }

@@ -3,6 +3,7 @@
 #include "coupling/CsvFile.h"
 
 bool CCsvFile::Open(const std::string&) {
+    m_file = nullptr;
     return true;
 }
 
