@@ -253,7 +253,7 @@ TEST_F(Placement, LargestNumbersKeepAllTheirDigits) {
 }
 
 TEST_F(Placement, NotANumberIsNotTheOrigin) {
-    EXPECT_TRUE(Move({"Rotor", {std::nan(""), 0.0, 0.0}, {}}));
+    EXPECT_TRUE(Move({"Rotor", {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}, {}}));
     EXPECT_EQ(fake.world.Count("Move"), 1U);
 }
 

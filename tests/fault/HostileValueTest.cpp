@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -189,7 +188,7 @@ TEST_F(HostileValues, WantedDirectionsOfAnyNumbers) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     EXPECT_TRUE(coupling.InitMagneticObjects({}, {{"a", {"N45", {0.0, 0.0, infinity}}},
                                                   {"b", {"N45", {-infinity, 1e300, 5e-324}}},
-                                                  {"c", {"N45", {std::nan(""), 0.0, 0.0}}}}));
+                                                  {"c", {"N45", {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}}}}));
     EXPECT_EQ(fake.world.Count("CloneMaterial"), 2U) << "the first wants what the material has";
 }
 

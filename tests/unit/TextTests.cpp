@@ -1,7 +1,6 @@
 #include "comutils/Text.h"
 
 #include <clocale>
-#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <locale>
@@ -103,7 +102,7 @@ TEST(Text, FixedHasSixDecimals) {
     EXPECT_EQ(Text::Fixed(123456789.0), "123456789.000000");
     EXPECT_EQ(Text::Fixed(std::numeric_limits<double>::infinity()), "inf");
     EXPECT_EQ(Text::Fixed(-std::numeric_limits<double>::infinity()), "-inf");
-    EXPECT_EQ(Text::Fixed(std::nan("")), "nan");
+    EXPECT_EQ(Text::Fixed(std::numeric_limits<double>::quiet_NaN()), "nan");
     EXPECT_EQ(Text::Fixed(std::numeric_limits<double>::denorm_min()), "0.000000");
 }
 
