@@ -186,9 +186,10 @@ TEST_F(HostileValues, PosesOfAnyNumbers) {
 TEST_F(HostileValues, WantedDirectionsOfAnyNumbers) {
     fake.AddMaterial(L"N45", {L"0", L"0", L"1e999"});
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    EXPECT_TRUE(coupling.InitMagneticObjects({}, {{"a", {"N45", {0.0, 0.0, infinity}}},
-                                                  {"b", {"N45", {-infinity, 1e300, 5e-324}}},
-                                                  {"c", {"N45", {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}}}}));
+    EXPECT_TRUE(
+        coupling.InitMagneticObjects({}, {{"a", {"N45", {0.0, 0.0, infinity}}},
+                                          {"b", {"N45", {-infinity, 1e300, 5e-324}}},
+                                          {"c", {"N45", {std::numeric_limits<double>::quiet_NaN(), 0.0, 0.0}}}}));
     EXPECT_EQ(fake.world.Count("CloneMaterial"), 2U) << "the first wants what the material has";
 }
 
