@@ -1,7 +1,7 @@
 #pragma once
 
 /// @file
-/// The desktop's scripting commands.
+/// The desktop's scripting commands, for callers from outside.
 
 #include "interface/IKinoraVeltrixInterface.h"
 
@@ -14,7 +14,8 @@
 #include <string>
 #include <vector>
 
-/// The desktop's scripting commands, one function each, and the automation calls that they are made of.
+/// The face of the desktop's scripting commands for callers from outside: every function only forwards to the library's
+/// own one, which issues the command.
 ///
 /// Common to all functions
 ///  - Objects are raw `IDispatch*` of the caller; the functions take no reference on them, and a null object fails the
@@ -26,7 +27,16 @@
 ///  - Narrow texts are in the system's ANSI code page; embedded zero characters survive.
 ///  - A text that cannot be allocated raises `_com_error` (E_OUTOFMEMORY); an array that cannot be created is passed on
 ///    as VT_EMPTY, which the desktop rejects.
-/// The functions keep no state and belong on the thread that initialised COM.
+/// The functions keep no state.
+///
+/// @pre The calling thread is the one that initialised COM. Not checked: the platform refuses a call on an object of
+///      another thread, which then counts as failed.
+/// @pre An object is null or alive. One that has been released already is not recognised: undefined behaviour.
+/// @pre The name of a method is a text that ends in a zero, not null. Not checked: undefined behaviour.
+/// @pre The name of a body is a letter followed by letters, digits and underscores, and no other body has it. Not
+///      checked: the name goes into variables and expressions as it is, and the desktop refuses what it cannot read.
+/// @pre The name of an object, module, setup or report exists where a command refers to it. Not checked: the desktop
+///      refuses the command, and the function answers as after any failed call.
 class KINORA_VELTRIX_API CComUtils {
 public:
     /// @name Calls and values
@@ -37,28 +47,32 @@ public:
 
     /// Looks a method up and invokes it.
     /// @param flags      dispatch flags, DISPATCH_METHOD everywhere in this library
-    /// @param arguments  the argument block, last argument first; stays the caller's
+    /// @param arguments  the argument block, last argument first; stays the caller's, who clears it
     /// @param result     receives the result, of whatever type; neither initialised nor cleared here
+    /// @pre The block holds as many initialised VARIANTs as it counts. Not checked: undefined behaviour.
+    /// @pre `result` is initialised and empty. Not checked: a value in it is overwritten and leaks.
     /// @return false when the object is null, does not know the name, or the call fails
     static bool CallComFunction(IDispatch* object, const wchar_t* methodName, unsigned short flags,
                                 DISPPARAMS& arguments, VARIANT& result);
 
     /// The same without arguments, as DISPATCH_METHOD.
+    /// @pre `result` is initialised and empty. Not checked: a value in it is overwritten and leaks.
     static bool CallComFunction(IDispatch* object, const wchar_t* methodName, VARIANT& result);
 
     /// @return a VT_BSTR VARIANT
     static VARIANT CreateVariant(const std::string& text);
 
-    /// @return an array (VT_ARRAY | VT_VARIANT, lower bound 0) of VT_BSTR elements in the order given; VT_EMPTY when
-    /// the
-    ///         array cannot be created. No texts give an array without elements.
+    /// @return an array (VT_ARRAY | VT_VARIANT, lower bound 0) of VT_BSTR elements in the order given, without elements
+    ///         when there are no texts; VT_EMPTY when the array cannot be created
     static VARIANT CreateStringArray(const std::vector<std::string>& texts);
 
     /// @return the VT_BSTR elements of an array VT_ARRAY | VT_VARIANT in their order, elements of other types left out;
     ///         nothing for a VARIANT of any other type
+    /// @pre `array` is initialised. Not checked: undefined behaviour.
     static std::vector<std::string> ReadStringArray(const VARIANT& array);
 
     /// @param values  stay the caller's: the array holds copies
+    /// @pre The values are initialised. One that cannot be copied gives VT_EMPTY.
     /// @return an array (VT_ARRAY | VT_VARIANT, lower bound 0); VT_EMPTY when it cannot be created or filled
     static VARIANT CreateVariantArray(const std::vector<VARIANT>& values);
 
@@ -75,6 +89,8 @@ public:
     static VARIANT CallGetPropValue(IDispatch* object, const std::string& property);
 
     /// "SetPropValue"(property, value).
+    /// @param value  stays the caller's: a copy is sent
+    /// @pre `value` is initialised. Not checked: undefined behaviour.
     /// @throws _com_error  the value cannot be copied
     static bool CallSetPropValue(IDispatch* object, const std::string& property, const VARIANT& value);
 
@@ -96,9 +112,11 @@ public:
     static bool CallInsertDesign(IDispatch* project, const std::string& designName);
 
     /// "SetDesignSettings" on a design: allows an object to override the material of another one that it lies in.
+    /// The name has been spelled so since the first version and is part of the binary interface.
     static bool CallSetDesignSetttings(IDispatch* design);
 
     /// "SaveAs"(path, overwrite) on a project.
+    /// @param overwrite  false lets the desktop refuse a path that exists
     static bool CallSaveAs(IDispatch* project, const std::string& path, const bool& overwrite);
 
     /// @}
@@ -114,6 +132,7 @@ public:
 
     /// Attaches a modeler object and all its descendants to the body's coordinate systems, by "SetPropValue" of
     /// "Coordinate System" and "Orientation" where an object has them.
+    /// @pre `CallCreateRelativeCS` has made the body's coordinate systems. Not checked: the desktop refuses the write.
     /// @return false at the first failed write and at the first missing child
     static bool RecurseSetCoordinateSystem(IDispatch* object, const std::string& body);
 
@@ -124,6 +143,8 @@ public:
 
     /// "Rotate" on the editor: about X by psi, Y by theta, Z by phi (radians, sent without a unit), those that are zero
     /// left out.
+    /// @pre The rotation of `pose` is orthonormal. Not checked: the angles are then those of some other orientation, or
+    ///      no numbers.
     /// @return false at the first failed call; earlier rotations stay
     static bool CallRotate(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
                            const std::string& objectName);
@@ -142,15 +163,17 @@ public:
     /// @return false at the first missing object or failed write
     static bool SetSolveInside(IDispatch* editor);
 
-    /// @return the names, in the order given, whose object has a "Material" other than "vacuum" (in quotes, exactly
-    /// so);
-    ///         objects that are missing or have no text there are left out
+    /// @return the names, in the order given, of the objects whose "Material" is a text other than "vacuum"; that text
+    ///         counts as vacuum only in quotes and in exactly this spelling. Objects that are missing, and those whose
+    ///         "Material" is no text, are left out.
     static std::vector<std::string> GetNonVacuumObjects(IDispatch* editor, std::vector<std::string> objects);
 
     /// "AssignForce" on the module "VeltrixParameterSetup": force "Force_" + body in the frame "Obj_CS_" + body.
+    /// @pre `objects` is not empty. Not checked: an empty list is sent, and the desktop decides.
     static bool CallAssignForce(IDispatch* module, const std::string& body, const std::vector<std::string>& objects);
 
     /// "AssignTorque" on the same module, for the axes X, Y, Z of the frame "Obj_CS_" + body.
+    /// @pre `objects` is not empty. Not checked: an empty list is sent, and the desktop decides.
     /// @return false at the first failed call; earlier torques stay
     static bool CallAssignTorque(IDispatch* module, const std::string& body, const std::vector<std::string>& objects);
 
@@ -166,6 +189,7 @@ public:
 
     /// "CreateRegion" on the editor: the vacuum region "OuterRegion", padded by the percentages in the variables
     /// "RegionPaddingX", "RegionPaddingY" and "RegionPaddingZ". Called unconditionally.
+    /// @pre The design has these variables and no region yet. Not checked: the desktop refuses the command.
     static bool CallAssignRegion(IDispatch* editor);
 
     /// @}
@@ -188,6 +212,7 @@ public:
     static bool CallAnalyze(IDispatch* design, const std::string& setupName, int& status);
 
     /// "EditSetup" on the first setup: adds the body's six output variables to its expression cache.
+    /// @return false also without a setup
     static bool InsertExpressionCaches(IDispatch* design, const IKinoraVeltrixInterface::Transform& transform);
 
     /// @}
@@ -219,11 +244,12 @@ public:
 
     /// "ChangeProperty" on the design: changes existing local variables, all in one call (also for an empty map).
     /// @param variables  name to value in the desktop's syntax
+    /// @pre The design has every one of them. Not checked: the desktop refuses the command.
     static bool UpdateVariables(IDispatch* design, const std::map<std::string, std::string>& variables);
 
     /// @param variables  names, in column order
-    /// @param rows       one row of values per step; the first gives the sweep's start, each later one is an added
-    /// point
+    /// @param rows       one row of values per step, the first the sweep's start and each later one an added point
+    /// @pre Every row has one value per variable. Checked for the first row only; the others are sent as they are.
     /// @return the argument that describes the parametric setup "KinoraHistory"; VT_EMPTY without rows, and when the
     ///         first row is shorter than the variables
     static VARIANT GetParavantArgument(std::vector<std::string> variables, std::vector<std::vector<std::string>> rows);
@@ -236,17 +262,19 @@ public:
     static std::set<std::string> GetReportNames(IDispatch* design);
 
     /// "CreateReport" on the module "ReportSetup": a rectangular plot over "SimTime" without traces.
-    /// @param variables  design variables: the first swept over all its values, the others nominal. Empty: false, no
-    /// call.
+    /// @param variables  design variables: the first is swept over all its values, the others are nominal
+    /// @pre `variables` is not empty: false without a call.
     static bool CreateEmptyReport(IDispatch* reportModule, const std::string& reportName, const std::string& setupName,
                                   const std::vector<std::string>& variables);
 
     /// "GetReportTraceNames", "DeleteTraces" (when there are traces), "ImportIntoReport" on the module "ReportSetup".
+    /// @param filePath  a file that the desktop can read; not checked, the desktop refuses the import
     static bool ClearAndImportReport(IDispatch* reportModule, const std::string& reportName,
                                      const std::string& filePath);
 
     /// "CreateReport" on the module "ReportSetup": the table "Output Variables for " + body of its output variables.
-    /// @param variables  design variables: the first is the X component. Empty: false, no call.
+    /// @param variables  design variables: the first is the X component
+    /// @pre `variables` is not empty: false without a call.
     static bool CreateDataTable(IDispatch* reportModule, const std::string& bodyName, const std::string& setupName,
                                 const std::vector<std::string>& variables);
 

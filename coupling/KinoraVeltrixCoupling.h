@@ -29,11 +29,15 @@ public:
     /// Holds no automation object yet; the desktop starts when an operation needs it.
     CKinoraVeltrixCoupling();
     /// Copies the automation pointers as plain values, without taking references, and the history and material
-    /// bookkeeping deeply. Only one of copy and source may ever release the automation objects.
+    /// bookkeeping deeply.
+    /// @pre Only one of copy and source ever releases the automation objects or replaces its project. Not checked: the
+    ///      other one is left with dangling pointers.
     CKinoraVeltrixCoupling(const CKinoraVeltrixCoupling& other);
-    /// As the copy constructor. The pointers held before are overwritten, not released.
+    /// As the copy constructor.
+    /// @pre This object holds no automation objects. Not checked: its pointers are overwritten, the references leak.
     CKinoraVeltrixCoupling& operator=(const CKinoraVeltrixCoupling& other);
     /// Releases no automation object and leaves COM initialised.
+    /// @pre `QuitApplication` or `ReleaseApplication` has been called since the launch. Else the references leak.
     ~CKinoraVeltrixCoupling() override;
 
     bool GetMessages(std::vector<std::string>& messages, MessageSeverity severity) override;
@@ -55,6 +59,7 @@ public:
     /// "Pellux.VantorDesktop." and the value of the environment variable KINORA_VELTRIX_VTDK_VERSION when that is set.
     /// @return true when the application object exists already (without a second launch) or was created and gave its
     ///         desktop object; false when "GetAppDesktop" failed, the application object being kept
+    /// @pre Called on the thread that makes all later calls. One that is initialised for COM already stays as it is.
     /// @throws LaunchDesktopExeption  the ProgID is unknown, or the application cannot be created
     bool LaunchDesktop();
 
@@ -62,11 +67,14 @@ public:
     /// @param name   name of the variable
     /// @param value  its value in the desktop's syntax, passed on as it is, for example "12.5mm"
     /// @param isNew  true creates the variable, false changes an existing one
+    /// @pre The design lacks the variable when it is new, and has it otherwise. The desktop refuses: false.
     /// @return false without a design or when the desktop refuses
     bool SetVariableValue(const std::string& name, const std::string& value, bool isNew) const;
 
     /// Writes the recorded steps as the parametric setup "KinoraHistory" with "InsertSetup" or "EditSetup".
     /// @param replace  true deletes an existing setup of that name first, false edits it in place
+    /// @pre `InitMagneticObjects` or a step has been recorded. Without one the argument is VT_EMPTY, which the desktop
+    ///      refuses.
     /// @return false without a design, without the "Paravant" child object, or when the desktop refuses
     bool AddParametricSetup(bool replace) const;
 

@@ -28,8 +28,11 @@
 /// started) and `std::filesystem::filesystem_error` (a project path that does not exist, `OpenProject` and
 /// `GetVeltrixDesigns` only). Running out of memory shows as `std::bad_alloc` or the platform's `_com_error`.
 ///
-/// All calls belong on one thread: the one on which the desktop was launched, which the launch initialises for COM
-/// (single-threaded apartment). The library has no threads and takes no locks.
+/// The library has no threads and takes no locks.
+///
+/// @pre All calls come from one thread: the one on which the desktop was launched, which the launch initialises for COM
+///      (single-threaded apartment). Not checked: the platform refuses a call from another thread, and the operation
+///      answers false; two threads at once are undefined behaviour.
 ///
 /// Texts are narrow, in the system's ANSI code page.
 class IKinoraVeltrixInterface {
@@ -37,12 +40,16 @@ public:
     /// Pose of one rigid body.
     struct Transform {
         /// Name of the body. Its variables, coordinate systems, loads and files are named after it.
+        /// @pre A letter followed by letters, digits and underscores; no other body has it. Not checked: the desktop
+        ///      refuses what it cannot read, and path separators lead the body's files elsewhere.
         std::string name;
         /// Position x, y, z of the body's origin in metres: the desktop receives the numbers with the unit "Meter",
         /// whatever the model's length unit is.
         double translation[3] = {0.0, 0.0, 0.0};
         /// Orientation, a 3x3 matrix m0 to m8 row by row (m0 m1 m2 is the first row). docs/conventions.md says how the
         /// desktop turns it into a frame.
+        /// @pre Orthonormal with determinant +1. Not checked: the body is turned into some other orientation, or the
+        ///      desktop receives angles that are no numbers.
         double rotation[9] = {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};
     };
 
@@ -97,10 +104,13 @@ public:
     virtual bool OpenProject(const std::string& projectPath, const std::string& designName) = 0;
 
     /// Makes a project with the one magnetostatic design "Veltrix3DDesign1", saves it (never over an existing file) and
-    /// imports the geometry with `InitGeometry`. Close an earlier project first: its reference is not released here.
+    /// imports the geometry with `InitGeometry`.
     /// @param projectPath   path of the new project file
     /// @param geometryFile  path of the geometry file to import
     /// @param units         length unit of the model, for example "mm"
+    /// @pre `CloseProject` has been called for an earlier project. Not checked: the references on it are lost, and the
+    ///      desktop keeps it open.
+    /// @pre No file has the path `projectPath`. The desktop refuses to write over it: false.
     /// @return false at the first failing step; the new project stays open
     /// @throws LaunchDesktopExeption  the desktop had to be launched and cannot be
     virtual bool CreateProject(const std::string& projectPath, const std::string& geometryFile,
@@ -109,14 +119,20 @@ public:
     /// Sets the model unit, imports the geometry, has every object solved inside and makes sure of an analysis setup.
     /// @param geometryFile  path of the geometry file, handed to the desktop's import
     /// @param units         length unit of the model, handed on unchanged and unchecked
+    /// @pre The design has no geometry yet. Not checked: what the file brings is added to it.
     /// @return false without an active design and at the first failing step
     virtual bool InitGeometry(const std::string& geometryFile, const std::string& units) = 0;
 
     /// Builds the field model: materials, one driven coordinate system per body, forces and torques, region, output
-    /// variables, the history setup, reports and a field plot. Called once, after the geometry and before `Analyze`.
+    /// variables, the history setup, reports and a field plot.
     /// A body that the design holds from an earlier run keeps its placement and only has its variables updated.
     /// @param groups     the rigid bodies
     /// @param materials  modeler object name to wanted material
+    /// @pre Called once per design, after the geometry and before `Analyze`. A second call asks for the region
+    ///      again, which the desktop may refuse: false.
+    /// @pre The names of the bodies differ, and an object belongs to one body only. Not checked: a second body of one
+    ///      name makes the result false at the latest at the end.
+    /// @pre The objects and materials named exist. The desktop refuses others: false.
     /// @return false at the first failing step, or at the end when a design variable could not be created
     virtual bool InitMagneticObjects(const std::vector<Group>& groups,
                                      const std::map<std::string, Material>& materials) = 0;
@@ -126,6 +142,11 @@ public:
     /// @param transforms  the current pose of every body
     /// @param results     one `Result` is appended per transform, in the same order; the vector is not cleared
     /// @param status      receives the solver's error code when the solve itself fails, else untouched
+    /// @pre `InitMagneticObjects` has been called with these bodies for this design. The desktop refuses variables that
+    ///      it does not have: false.
+    /// @pre Every call of a run has the same bodies in the same order. Not checked: values of log and history stand
+    ///      under other names then. Of two bodies with one name the first one moves.
+    /// @pre `time` and poses are finite. Not checked: texts such as "nanMeter" are sent, and the desktop decides.
     /// @return false at the first failing step; what was done, results included, stays. A failure to write the log or
     ///         reports after the solve returns true, warns in the desktop's messages, and leaves the results of the
     ///         bodies that were not reached missing: compare sizes.
@@ -142,19 +163,25 @@ public:
     virtual bool CloseProject() = 0;
 
     /// Saves and closes the open project, if any, ends the desktop and uninitialises COM on this thread.
+    /// @pre Called once per launch, on the launch's thread. Not checked: COM is uninitialised once more, although
+    ///      somebody else initialised it.
     /// @return false when saving or closing failed; then nothing else was done
     virtual bool QuitApplication() = 0;
 
     /// Lets go of design, project, desktop and application, in this order, and uninitialises COM on this thread.
     /// Nothing is saved or closed; the desktop keeps running.
+    /// @pre As for `QuitApplication`.
     /// @return true
     virtual bool ReleaseApplication() = 0;
 
-    /// Does not release the desktop: call `QuitApplication` or `ReleaseApplication` before. The factory must not be
-    /// called again after its object has been deleted.
+    /// Does not release the desktop.
+    /// @pre `QuitApplication` or `ReleaseApplication` has been called since the launch. Else the references leak, and
+    ///      the desktop stays.
+    /// @pre The factory is not called again after its object has been deleted: undefined behaviour.
     virtual ~IKinoraVeltrixInterface() = default;
 };
 
 /// The process's one coupling object, made on the first call and never destroyed by the library. Every call returns the
-/// same pointer. Not synchronised: make the first call before other threads may.
+/// same pointer.
+/// @pre The first call is over before another thread makes one. Not checked: undefined behaviour.
 extern "C" KINORA_VELTRIX_API IKinoraVeltrixInterface* GetKinoraVeltrixFactoryInterface();
