@@ -2,8 +2,8 @@
 
 #include "host/core/Errors.h"
 #include "host/core/Text.h"
+#include "programs/ProgramFile.h"
 #include "report/core/PageData.h"
-#include "report/core/ProgramFile.h"
 
 #include <fmt/format.h>
 
@@ -93,7 +93,7 @@ std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log
 
 std::filesystem::path FindTemplate() {
     std::filesystem::path file =
-        (ProgramFile().parent_path().parent_path() / "share" / "kinora" / "report.html").lexically_normal();
+        (programs::ProgramFile().parent_path().parent_path() / "share" / "kinora" / "report.html").lexically_normal();
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored))
         throw host::InputError(fmt::format("{}: the template of the reports is missing; install the program anew, or "

@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
-namespace kinora::report {
+namespace kinora::programs {
 
 /// The running program's own file; empty when the system does not tell.
 std::filesystem::path ProgramFile();
 
-} // namespace kinora::report
+} // namespace kinora::programs

@@ -1,4 +1,4 @@
-#include "report/core/ProgramFile.h"
+#include "programs/ProgramFile.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -6,7 +6,7 @@
 #include <string>
 #endif
 
-namespace kinora::report {
+namespace kinora::programs {
 
 std::filesystem::path ProgramFile() {
 #ifdef _WIN32
@@ -20,4 +20,4 @@ std::filesystem::path ProgramFile() {
 #endif
 }
 
-} // namespace kinora::report
+} // namespace kinora::programs
