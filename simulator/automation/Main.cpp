@@ -2,7 +2,7 @@
 #include "simulator/automation/CommandLine.h"
 #include "simulator/automation/Registration.h"
 #include "simulator/automation/VariantConversion.h"
-#include "simulator/automation/commands/FieldExport.h"
+#include "simulator/commands/FieldExport.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "simulator/model/Materials.h"

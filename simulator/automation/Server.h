@@ -2,7 +2,7 @@
 
 #include "simulator/automation/Clients.h"
 #include "simulator/automation/Lifetime.h"
-#include "simulator/automation/commands/Objects.h"
+#include "simulator/commands/Objects.h"
 
 #include <oaidl.h>
 

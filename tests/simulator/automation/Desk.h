@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/automation/commands/Objects.h"
+#include "simulator/commands/Objects.h"
 
 #include <functional>
 #include <memory>

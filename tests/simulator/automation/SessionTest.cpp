@@ -1,4 +1,4 @@
-#include "simulator/automation/commands/FieldExport.h"
+#include "simulator/commands/FieldExport.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "tests/simulator/automation/Desk.h"

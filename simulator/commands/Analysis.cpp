@@ -1,4 +1,4 @@
-#include "simulator/automation/commands/Analysis.h"
+#include "simulator/commands/Analysis.h"
 
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"

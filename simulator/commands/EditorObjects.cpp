@@ -1,4 +1,4 @@
-#include "simulator/automation/commands/BoundObjects.h"
+#include "simulator/commands/BoundObjects.h"
 #include "simulator/model/Files.h"
 #include "simulator/model/Text.h"
 

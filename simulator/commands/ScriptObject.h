@@ -1,8 +1,8 @@
 #pragma once
 
-#include "simulator/automation/commands/ArgumentReader.h"
-#include "simulator/automation/commands/Session.h"
-#include "simulator/automation/commands/Value.h"
+#include "simulator/commands/ArgumentReader.h"
+#include "simulator/commands/Session.h"
+#include "simulator/commands/Value.h"
 
 #include <initializer_list>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "simulator/automation/commands/Value.h"
+#include "simulator/commands/Value.h"
 
 namespace vantor::commands {
 

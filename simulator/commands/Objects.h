@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/automation/commands/ScriptObject.h"
+#include "simulator/commands/ScriptObject.h"
 
 #include <memory>
 #include <string>

@@ -1,4 +1,4 @@
-#include "simulator/automation/commands/ScriptObject.h"
+#include "simulator/commands/ScriptObject.h"
 
 #include <new>
 

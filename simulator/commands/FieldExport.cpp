@@ -1,6 +1,6 @@
-#include "simulator/automation/commands/FieldExport.h"
+#include "simulator/commands/FieldExport.h"
 
-#include "simulator/automation/commands/Analysis.h"
+#include "simulator/commands/Analysis.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
 

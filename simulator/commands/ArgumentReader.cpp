@@ -1,4 +1,4 @@
-#include "simulator/automation/commands/ArgumentReader.h"
+#include "simulator/commands/ArgumentReader.h"
 
 #include "simulator/model/Text.h"
 

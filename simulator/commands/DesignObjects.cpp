@@ -1,5 +1,5 @@
-#include "simulator/automation/commands/Analysis.h"
-#include "simulator/automation/commands/BoundObjects.h"
+#include "simulator/commands/Analysis.h"
+#include "simulator/commands/BoundObjects.h"
 #include "simulator/model/Text.h"
 
 namespace vantor::commands {

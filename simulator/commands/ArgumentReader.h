@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/automation/commands/Value.h"
+#include "simulator/commands/Value.h"
 #include "simulator/model/DesktopError.h"
 
 #include <string>
