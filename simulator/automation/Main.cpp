@@ -1,8 +1,8 @@
+#include "simulator/analysis/FieldExport.h"
 #include "simulator/automation/ClassFactory.h"
 #include "simulator/automation/CommandLine.h"
 #include "simulator/automation/Registration.h"
 #include "simulator/automation/VariantConversion.h"
-#include "simulator/commands/FieldExport.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "simulator/model/Materials.h"
@@ -137,7 +137,7 @@ void ExportActiveDesign(const automation::CommandLine& line) {
     if (!design) {
         throw model::DesktopError(model::ErrorCode::NoActiveDesign, "the project has no active design");
     }
-    model::WriteWholeFile(line.output, commands::ExportFields(*project, LoadLibrary(), *design));
+    model::WriteWholeFile(line.output, analysis::ExportFields(*project, LoadLibrary(), *design));
     Print(STD_OUTPUT_HANDLE, L"Wrote " + line.output + L"\n");
 }
 

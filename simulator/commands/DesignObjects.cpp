@@ -1,4 +1,4 @@
-#include "simulator/commands/Analysis.h"
+#include "simulator/analysis/Analysis.h"
 #include "simulator/commands/BoundObjects.h"
 #include "simulator/model/Text.h"
 
@@ -168,7 +168,7 @@ private:
             Report(severity, "Analyze: " + text);
         };
         MarkChanged();
-        const bool solved = SolveDesign(TheProject(), TheDesktop().library, TheDesign(), *setup, report);
+        const bool solved = analysis::SolveDesign(TheProject(), TheDesktop().library, TheDesign(), *setup, report);
         return Value::Long(solved ? 0 : static_cast<std::int32_t>(ErrorCode::SolutionError));
     }
 };

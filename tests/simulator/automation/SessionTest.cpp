@@ -1,4 +1,4 @@
-#include "simulator/commands/FieldExport.h"
+#include "simulator/analysis/FieldExport.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "tests/simulator/automation/Desk.h"
@@ -228,10 +228,10 @@ TEST(Session, ExportsTheFieldOfTheSolvedState) {
     desk.Create(Pair());
     desk.AddBody("Base", "Stator", "magnet_1T", 0.0);
     const auto& project = *desk.world->projects[0];
-    EXPECT_THROW(vantor::commands::ExportFields(project, desk.world->library, *project.designs[0]),
+    EXPECT_THROW(vantor::analysis::ExportFields(project, desk.world->library, *project.designs[0]),
                  vantor::model::DesktopError);
     desk.design->Call("Analyze", {"Setup1"});
-    const std::string vtu = vantor::commands::ExportFields(project, desk.world->library, *project.designs[0]);
+    const std::string vtu = vantor::analysis::ExportFields(project, desk.world->library, *project.designs[0]);
     EXPECT_THAT(vtu, HasSubstr("<VTKFile type=\"UnstructuredGrid\""));
     EXPECT_THAT(vtu, HasSubstr("Name=\"H\" NumberOfComponents=\"3\""));
     EXPECT_THAT(vtu, HasSubstr("</VTKFile>"));

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace vantor::commands {
+namespace vantor::analysis {
 
 /// The H field (A/m) of a design's last solved state, as a VTK XML unstructured grid.
 ///
@@ -16,4 +16,4 @@ namespace vantor::commands {
 std::string ExportFields(const model::Project& project, const model::MaterialTable& library,
                          const model::Design& design);
 
-} // namespace vantor::commands
+} // namespace vantor::analysis

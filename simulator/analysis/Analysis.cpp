@@ -1,4 +1,4 @@
-#include "simulator/commands/Analysis.h"
+#include "simulator/analysis/Analysis.h"
 
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
@@ -8,7 +8,7 @@
 #include <map>
 #include <set>
 
-namespace vantor::commands {
+namespace vantor::analysis {
 namespace {
 
 using model::DesktopError;
@@ -250,4 +250,4 @@ bool SolveDesign(const model::Project& project, const model::MaterialTable& libr
     }
 }
 
-} // namespace vantor::commands
+} // namespace vantor::analysis

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace vantor::commands {
+namespace vantor::analysis {
 
 /// Receives what is to be said about a solve.
 using ReportFunction = std::function<void(model::Severity severity, const std::string& text)>;
@@ -38,4 +38,4 @@ FieldModel BuildFieldModel(const model::Project& project, const model::MaterialT
 bool SolveDesign(const model::Project& project, const model::MaterialTable& library, model::Design& design,
                  const model::AnalysisSetup& setup, const ReportFunction& report);
 
-} // namespace vantor::commands
+} // namespace vantor::analysis

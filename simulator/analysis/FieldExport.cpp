@@ -1,13 +1,13 @@
-#include "simulator/commands/FieldExport.h"
+#include "simulator/analysis/FieldExport.h"
 
-#include "simulator/commands/Analysis.h"
+#include "simulator/analysis/Analysis.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace vantor::commands {
+namespace vantor::analysis {
 namespace {
 
 constexpr int cellsAlongLongestSide = 30;
@@ -161,4 +161,4 @@ std::string ExportFields(const model::Project& project, const model::MaterialTab
     return WriteVtu(GridAround(fieldModel.bodies), solver::FieldEvaluator(fieldModel.bodies));
 }
 
-} // namespace vantor::commands
+} // namespace vantor::analysis
