@@ -1,6 +1,6 @@
 #include "simulator/automation/ClassFactory.h"
 
-#include "simulator/automation/ComObject.h"
+#include "programs/ComObject.h"
 
 #include <windows.h>
 
@@ -12,7 +12,7 @@ const CLSID simulatorClassId = {0x6e8c1b52, 0x4b7d, 0x4e0f, {0x9c, 0x55, 0x2d, 0
 
 namespace {
 
-class ClassFactory final : public ComObject<IClassFactory, IID_IClassFactory> {
+class ClassFactory final : public kinora::programs::ComObject<IClassFactory, IID_IClassFactory> {
 public:
     explicit ClassFactory(Server& server) : m_server(server) {}
 

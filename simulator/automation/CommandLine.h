@@ -11,12 +11,18 @@ struct CommandLine {
     enum class Task { Help, Serve, Register, Unregister, List, ExportFields, Bad };
 
     Task task = Task::Help;
-    bool alsoDefault = false;                      ///< Register: the desktop's own ProgID too
-    std::chrono::seconds idleTime{300};            ///< Serve
-    std::wstring updateReports = L"Automatically"; ///< Serve: value of the desktop option
-    std::wstring project;                          ///< List, ExportFields
-    std::wstring output;                           ///< ExportFields
-    std::wstring problem;                          ///< Bad: what is wrong
+    /// Register: the desktop's own ProgID too.
+    bool alsoDefault = false;
+    /// Serve: how long the server stays without clients.
+    std::chrono::seconds idleTime{300};
+    /// Serve: value of the desktop option.
+    std::wstring updateReports = L"Automatically";
+    /// List, ExportFields: the project file.
+    std::wstring project;
+    /// ExportFields: the file to write.
+    std::wstring output;
+    /// Bad: what is wrong.
+    std::wstring problem;
 };
 
 /// Reads the arguments after the program's name. Switches begin with "/" or "-", letter case does not matter.

@@ -1,4 +1,7 @@
-#include "simulator/automation/ComObject.h"
+#include "simulator/automation/DispatchObject.h"
+
+#include "programs/ComObject.h"
+#include "programs/Utf.h"
 #include "simulator/automation/Server.h"
 #include "simulator/automation/VariantConversion.h"
 #include "simulator/model/DesktopError.h"
@@ -13,6 +16,7 @@ namespace vantor::automation {
 namespace {
 
 using commands::Value;
+using kinora::programs::ComObject;
 using model::DesktopError;
 
 /// A script error as an HRESULT: its code in the low 16 bits.
@@ -22,7 +26,7 @@ HRESULT ScriptErrorResult(model::ErrorCode code) {
 
 BSTR NewTextOrNull(const std::string& text) noexcept {
     try {
-        const std::wstring wide = WideFromUtf8(text);
+        const std::wstring wide = kinora::programs::WideFromUtf8(text);
         return SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -75,7 +79,7 @@ public:
             ids[i] = DISPID_UNKNOWN;
         }
         try {
-            const auto method = m_object->FindMethod(Utf8FromWide(names[0], wcslen(names[0])));
+            const auto method = m_object->FindMethod(kinora::programs::Utf8FromWide(names[0]));
             // Further names would be those of arguments, which no method has.
             if (method) {
                 ids[0] = *method + 1;
@@ -146,20 +150,14 @@ private:
 
     Server& m_server;
     Value::Object m_object;
-    const void* m_client; ///< identity of the session, for the registry of clients only
+    /// Identity of the session, for the registry of clients only.
+    const void* m_client;
 };
 
 } // namespace
 
 IDispatch* MakeDispatchObject(Server& server, Value::Object object) {
     return new DispatchObject(server, std::move(object));
-}
-
-IDispatch* Server::NewClient() {
-    const auto session = std::make_shared<commands::Session>(m_desktop, [this] { m_lifetime.RequestQuit(); });
-    IDispatch* application = MakeDispatchObject(*this, commands::MakeApplication(session));
-    m_clients.Watch(session.get());
-    return application;
 }
 
 } // namespace vantor::automation

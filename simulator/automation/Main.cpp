@@ -1,8 +1,9 @@
+#include "programs/ExitStatus.h"
+#include "programs/Utf.h"
 #include "simulator/analysis/FieldExport.h"
 #include "simulator/automation/ClassFactory.h"
 #include "simulator/automation/CommandLine.h"
 #include "simulator/automation/Registration.h"
-#include "simulator/automation/VariantConversion.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "simulator/model/Materials.h"
@@ -20,10 +21,13 @@
 namespace {
 
 using namespace vantor;
+using kinora::programs::ExitStatus;
+using kinora::programs::Utf8FromWide;
+using kinora::programs::WideFromUtf8;
 
 /// Writes text to the console or file behind a handle, as UTF-8.
 void Print(DWORD handle, const std::wstring& text) {
-    const std::string bytes = automation::Utf8FromWide(text.data(), text.size());
+    const std::string bytes = Utf8FromWide(text);
     DWORD written = 0;
     WriteFile(GetStdHandle(handle), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
 }
@@ -64,20 +68,20 @@ std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line)
     StockDesktop(*desktop);
     const std::wstring fromEnvironment = Environment(L"VANTOR_SIM_UPDATE_REPORTS");
     const std::wstring& updateReports = fromEnvironment.empty() ? line.updateReports : fromEnvironment;
-    desktop->options[model::updateReportsKey] = automation::Utf8FromWide(updateReports.data(), updateReports.size());
+    desktop->options[model::updateReportsKey] = Utf8FromWide(updateReports);
     return desktop;
 }
 
 /// The door through which new clients come.
-class ClassRegistration {
+class ClientDoor {
 public:
-    explicit ClassRegistration(IClassFactory* factory)
+    explicit ClientDoor(IClassFactory* factory)
         : m_status(CoRegisterClassObject(automation::simulatorClassId, factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
                                          &m_cookie)),
           m_isOpen(SUCCEEDED(m_status)) {}
-    ~ClassRegistration() { Close(); }
-    ClassRegistration(const ClassRegistration&) = delete;
-    ClassRegistration& operator=(const ClassRegistration&) = delete;
+    ~ClientDoor() { Close(); }
+    ClientDoor(const ClientDoor&) = delete;
+    ClientDoor& operator=(const ClientDoor&) = delete;
 
     HRESULT Status() const { return m_status; }
 
@@ -95,12 +99,13 @@ private:
 };
 
 /// Waits until the server may leave. New clients are turned away first, then what they hold is waited for.
-void WaitUntilDone(automation::Server& server, ClassRegistration& registration) {
+void WaitUntilDone(automation::Server& server, ClientDoor& door) {
     const auto mayLeave = [&] { return server.ItsLifetime().MayLeave(automation::Lifetime::Clock::now()); };
     for (;;) {
         if (mayLeave()) {
-            registration.Close();
-            if (mayLeave()) { // no client has come in between
+            door.Close();
+            // No client has come in between.
+            if (mayLeave()) {
                 return;
             }
         }
@@ -109,26 +114,26 @@ void WaitUntilDone(automation::Server& server, ClassRegistration& registration) 
     }
 }
 
-int Serve(const automation::CommandLine& line) {
+ExitStatus Serve(const automation::CommandLine& line) {
     // Clients' calls arrive on threads of the system; commands are put in order by the server itself.
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
-        return 1;
+        return ExitStatus::Failed;
     }
     automation::Server server(MakeDesktop(line), line.idleTime);
     IClassFactory* factory = automation::MakeClassFactory(server);
     HRESULT status = S_OK;
     {
-        ClassRegistration registration(factory);
-        status = registration.Status();
+        ClientDoor door(factory);
+        status = door.Status();
         // A client that launches right after another one's quit must not meet the leaving server.
-        server.ItsLifetime().OnQuit([&registration] { registration.Close(); });
+        server.ItsLifetime().OnQuit([&door] { door.Close(); });
         if (SUCCEEDED(status)) {
-            WaitUntilDone(server, registration);
+            WaitUntilDone(server, door);
         }
     }
     factory->Release();
     CoUninitialize();
-    return SUCCEEDED(status) ? 0 : 1;
+    return SUCCEEDED(status) ? ExitStatus::Done : ExitStatus::Failed;
 }
 
 void ExportActiveDesign(const automation::CommandLine& line) {
@@ -141,28 +146,35 @@ void ExportActiveDesign(const automation::CommandLine& line) {
     Print(STD_OUTPUT_HANDLE, L"Wrote " + line.output + L"\n");
 }
 
-/// Runs a task on a project file. Exit status 2 says that the input is at fault.
-int RunFileTask(const automation::CommandLine& line) {
+/// Says what ended a task.
+ExitStatus Complain(const std::runtime_error& error, ExitStatus status) {
+    Print(STD_ERROR_HANDLE, WideFromUtf8(std::string("error: ") + error.what() + "\n"));
+    return status;
+}
+
+/// Runs a task on a project file.
+ExitStatus RunFileTask(const automation::CommandLine& line) {
     try {
         if (line.task == automation::CommandLine::Task::List) {
             const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
-            Print(STD_OUTPUT_HANDLE, automation::WideFromUtf8(model::ListProject(*project)));
+            Print(STD_OUTPUT_HANDLE, WideFromUtf8(model::ListProject(*project)));
         } else {
             ExportActiveDesign(line);
         }
-        return 0;
+        return ExitStatus::Done;
+    } catch (const model::DesktopError& error) {
+        return Complain(error, error.Code() == model::ErrorCode::WriteFile ? ExitStatus::Failed : ExitStatus::BadInput);
     } catch (const std::runtime_error& error) {
-        Print(STD_ERROR_HANDLE, automation::WideFromUtf8(std::string("error: ") + error.what() + "\n"));
-        return 2;
+        return Complain(error, ExitStatus::BadInput);
     }
 }
 
-int PrintResult(const automation::RegistrationResult& result) {
+ExitStatus PrintResult(const automation::RegistrationResult& result) {
     Print(result.succeeded ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE, result.text);
-    return result.succeeded ? 0 : 1;
+    return result.succeeded ? ExitStatus::Done : ExitStatus::Failed;
 }
 
-int Run(const automation::CommandLine& line) {
+ExitStatus Run(const automation::CommandLine& line) {
     switch (line.task) {
     case automation::CommandLine::Task::Serve:
         return Serve(line);
@@ -175,15 +187,16 @@ int Run(const automation::CommandLine& line) {
         return RunFileTask(line);
     case automation::CommandLine::Task::Bad:
         Print(STD_ERROR_HANDLE, line.problem + L"\n" + automation::UsageText());
-        return 2;
+        return ExitStatus::BadInput;
     default:
         Print(STD_OUTPUT_HANDLE, automation::UsageText());
-        return 0;
+        return ExitStatus::Done;
     }
 }
 
 } // namespace
 
 int wmain(int count, wchar_t** arguments) {
-    return Run(vantor::automation::ParseCommandLine(std::vector<std::wstring>(arguments + 1, arguments + count)));
+    const std::vector<std::wstring> words(arguments + 1, arguments + count);
+    return static_cast<int>(Run(vantor::automation::ParseCommandLine(words)));
 }

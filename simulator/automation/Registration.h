@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include "programs/ClassRegistration.h"
 
 namespace vantor::automation {
 
@@ -10,11 +10,7 @@ inline constexpr const wchar_t* simulatorProgId = L"Pellux.VantorDesktop.Simulat
 /// The desktop's own ProgID, which the simulator takes only when nobody holds it.
 inline constexpr const wchar_t* desktopProgId = L"Pellux.VantorDesktop";
 
-/// What a registration did, as lines for the user.
-struct RegistrationResult {
-    bool succeeded = false;
-    std::wstring text;
-};
+using kinora::programs::RegistrationResult;
 
 /// Registers this program for the current user; for the machine where the system does not look at the user's classes.
 /// @param alsoDefault takes the desktop's own ProgID too, unless another class holds it.

@@ -33,8 +33,4 @@ private:
     std::mutex m_commandMutex;
 };
 
-/// The dispatch face of an object of the scripting interface; the caller owns one reference. The server must outlive
-/// it.
-IDispatch* MakeDispatchObject(Server& server, commands::Value::Object object);
-
 } // namespace vantor::automation

@@ -1,5 +1,7 @@
 #include "simulator/automation/VariantConversion.h"
 
+#include "programs/ArrayAccess.h"
+#include "programs/Utf.h"
 #include "simulator/model/DesktopError.h"
 
 #include <windows.h>
@@ -12,6 +14,9 @@ namespace vantor::automation {
 namespace {
 
 using commands::Value;
+using kinora::programs::ArrayAccess;
+using kinora::programs::Utf8FromWide;
+using kinora::programs::WideFromUtf8;
 using model::DesktopError;
 using model::ErrorCode;
 
@@ -19,24 +24,9 @@ constexpr int deepestArray = 32;
 
 Value Read(const VARIANT& variant, int depth);
 
-/// Pairs SafeArrayAccessData with SafeArrayUnaccessData.
-class ArrayAccess {
-public:
-    explicit ArrayAccess(SAFEARRAY* array) : m_array(array) {
-        if (FAILED(SafeArrayAccessData(array, &m_data))) {
-            throw DesktopError(ErrorCode::InvalidArrayAccess, "an array cannot be read");
-        }
-    }
-    ~ArrayAccess() { SafeArrayUnaccessData(m_array); }
-    ArrayAccess(const ArrayAccess&) = delete;
-    ArrayAccess& operator=(const ArrayAccess&) = delete;
-
-    VARIANT* Elements() const { return static_cast<VARIANT*>(m_data); }
-
-private:
-    SAFEARRAY* m_array;
-    void* m_data = nullptr;
-};
+Value ReadText(BSTR text) {
+    return Value(Utf8FromWide({text, SysStringLen(text)}));
+}
 
 Value ReadArray(SAFEARRAY* array, int depth) {
     if (array == nullptr) {
@@ -50,12 +40,14 @@ Value ReadArray(SAFEARRAY* array, int depth) {
         throw DesktopError(ErrorCode::InvalidArrayAccess,
                            "arrays are nested deeper than " + std::to_string(deepestArray) + " levels");
     }
-    const std::size_t count = array->rgsabound[0].cElements;
-    Value::List list;
-    list.reserve(count);
     const ArrayAccess access(array);
-    for (std::size_t i = 0; i < count; ++i) {
-        list.push_back(Read(access.Elements()[i], depth + 1));
+    if (!access.IsOpen()) {
+        throw DesktopError(ErrorCode::InvalidArrayAccess, "an array cannot be read");
+    }
+    Value::List list;
+    list.reserve(access.Count());
+    for (ULONG i = 0; i < access.Count(); ++i) {
+        list.push_back(Read(access.Elements<VARIANT>()[i], depth + 1));
     }
     return list;
 }
@@ -72,8 +64,7 @@ Value ReadReference(const VARIANT& variant, int depth) {
     case VT_ARRAY | VT_VARIANT:
         return variant.pparray != nullptr ? ReadArray(*variant.pparray, depth) : Value();
     case VT_BSTR:
-        return variant.pbstrVal != nullptr ? Value(Utf8FromWide(*variant.pbstrVal, SysStringLen(*variant.pbstrVal)))
-                                           : Value();
+        return variant.pbstrVal != nullptr ? ReadText(*variant.pbstrVal) : Value();
     case VT_BOOL:
         return Value(*variant.pboolVal != VARIANT_FALSE);
     case VT_R8:
@@ -97,7 +88,7 @@ Value Read(const VARIANT& variant, int depth) {
     case VT_EMPTY:
         return {};
     case VT_BSTR:
-        return Value(Utf8FromWide(variant.bstrVal, SysStringLen(variant.bstrVal)));
+        return ReadText(variant.bstrVal);
     case VT_BOOL:
         return Value(variant.boolVal != VARIANT_FALSE);
     case VT_R8:
@@ -133,8 +124,11 @@ void WriteList(const Value::List& list, const MakeDispatch& makeDispatch, VARIAN
     variant.parray = array;
     try {
         const ArrayAccess access(array);
+        if (!access.IsOpen()) {
+            throw std::bad_alloc();
+        }
         for (std::size_t i = 0; i < list.size(); ++i) {
-            VariantFromValue(list[i], makeDispatch, access.Elements()[i]);
+            VariantFromValue(list[i], makeDispatch, access.Elements<VARIANT>()[i]);
         }
     } catch (...) {
         VariantClear(&variant);
@@ -160,34 +154,6 @@ void WriteInteger(const Value::Integer& integer, VARIANT& variant) {
 }
 
 } // namespace
-
-std::string Utf8FromWide(const wchar_t* text, std::size_t length) {
-    if (length == 0) {
-        return {};
-    }
-    const int wideLength = static_cast<int>(length);
-    // UTF-8 takes at most three bytes for each UTF-16 unit: short texts need no second pass.
-    char small[384];
-    if (length <= sizeof(small) / 3) {
-        const int size = WideCharToMultiByte(CP_UTF8, 0, text, wideLength, small, sizeof(small), nullptr, nullptr);
-        return std::string(small, static_cast<std::size_t>(size));
-    }
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text, wideLength, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, wideLength, &result[0], size, nullptr, nullptr);
-    return result;
-}
-
-std::wstring WideFromUtf8(const std::string& text) {
-    if (text.empty()) {
-        return {};
-    }
-    const int length = static_cast<int>(text.size());
-    const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
-    std::wstring result(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), length, &result[0], size);
-    return result;
-}
 
 commands::Value ValueFromVariant(const VARIANT& variant) {
     return Read(variant, 0);

@@ -8,10 +8,6 @@
 
 namespace vantor::automation {
 
-/// UTF-8 from UTF-16 of a given length, and back. Invalid sequences become replacement characters.
-std::string Utf8FromWide(const wchar_t* text, std::size_t length);
-std::wstring WideFromUtf8(const std::string& text);
-
 /// Makes the dispatch face of an object; the caller owns one reference.
 using MakeDispatch = std::function<IDispatch*(const commands::Value::Object&)>;
 

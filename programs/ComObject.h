@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-namespace vantor::automation {
+namespace kinora::programs {
 
 /// What every COM object does: it answers for one interface beside IUnknown, counts its references from 1 on, and
 /// deletes itself with the last one. It may be used by several threads at once.
@@ -18,7 +18,7 @@ public:
     ComObject& operator=(const ComObject&) = delete;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) final {
-        if (result == nullptr) {
+        if (!result) {
             return E_POINTER;
         }
         *result = nullptr;
@@ -56,4 +56,4 @@ private:
     std::atomic<ULONG> m_references{1};
 };
 
-} // namespace vantor::automation
+} // namespace kinora::programs

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kinora::programs {
+
+/// UTF-8 from UTF-16. What is no character, half of a pair for one, becomes the replacement character.
+std::string Utf8FromWide(std::wstring_view text);
+
+/// UTF-16 from UTF-8, by the same rule.
+std::wstring WideFromUtf8(std::string_view text);
+
+} // namespace kinora::programs
