@@ -4,7 +4,6 @@
 
 #include "tests/support/MemoryGuard.h"
 #include "tests/support/OpenHandles.h"
-#include "tests/support/Transcript.h"
 
 #include <array>
 #include <cmath>
@@ -100,33 +99,6 @@ TEST(ValueNotation, ShowsArraysAsTrees) {
               R"(["NAME:A", 1.0, [["b"], true], []])");
     EXPECT_EQ(PrintAndClear(Filled(Items({Long(1)}, 1))), "[from 1: i4(1)]");
     EXPECT_EQ(PrintAndClear(Filled(TextArray({L"a", L"b"}))), R"(array of vt8["a", "b"])");
-}
-
-TEST(Transcript, SetsArgumentsInScriptOrderAndShowsFailures) {
-    World world;
-    Object& object = world.MakeHeld("editor");
-    object.On("Move", Nothing()).On("Rotate", Fails()).On("Known", Nothing());
-    Caller caller;
-    caller.Call(object, L"Move", {Number(2.0), Number(1.0)});
-    caller.Call(object, L"Rotate");
-    caller.Call(object, L"FitAll");
-    EXPECT_TRANSCRIPT(world, R"(
-        editor.Move(1.0, 2.0)     # the block holds them last-first
-        editor.Rotate() -> fails
-        editor.FitAll -> unknown
-    )");
-    EXPECT_FALSE(MatchesTranscript("", "", world, "editor.Move(1.0, 2.5)"));
-}
-
-TEST(Transcript, KeepsBlanksAndNumberSignsInsideOfQuotes) {
-    World world;
-    Object& object = world.MakeHeld("editor");
-    object.On("Name", Nothing());
-    Caller().Call(object, L"Name", {OfType(VT_EMPTY, 0)});
-    VARIANT text = Filled(Text(L"a # b"));
-    EXPECT_TREE(text, "\"a # b\"  # remark");
-    EXPECT_FALSE(MatchesTree("", "", text, "\"a #b\""));
-    VariantClear(&text);
 }
 
 struct BrokenRule {
