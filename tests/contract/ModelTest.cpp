@@ -143,7 +143,223 @@ TEST_F(Model, GeometrySucceedsWithoutFitAll) {
     EXPECT_TRUE(coupling.InitGeometry("b.obj", "mm"));
 }
 
-// The driver, whole.
+// The driver, whole: what makes a model of one magnet, part by part.
+
+/// Before anything is made: what there is, and the setup.
+const std::string existingDesign = R"~(
+    design.GetProperties("LocalVariableTab", "LocalVariables")
+    design.GetModule("AnalysisSetup")                     # makes sure of a setup
+    design.GetModule("AnalysisSetup")
+    AnalysisSetup.GetSetups()
+    design.GetModule("AnalysisSetup")                     # and takes the first one
+    AnalysisSetup.GetSetups()
+    design.SetActiveEditor("3D Modeler")
+)~";
+
+/// The initial variables.
+const std::string initialVariables = R"~(
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:RegionPaddingX", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "500"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:RegionPaddingY", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "500"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:RegionPaddingZ", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "500"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:SimTime", "PropType:=", "VariableProp", "UserDef:=", true, "Value:=", "0s"]]]])
+    editor.CreateRegion(
+        ["NAME:RegionParameters",
+            "+XPaddingType:=", "Percentage Offset", "+XPadding:=", "RegionPaddingX",
+            "-XPaddingType:=", "Percentage Offset", "-XPadding:=", "RegionPaddingX",
+            "+YPaddingType:=", "Percentage Offset", "+YPadding:=", "RegionPaddingY",
+            "-YPaddingType:=", "Percentage Offset", "-YPadding:=", "RegionPaddingY",
+            "+ZPaddingType:=", "Percentage Offset", "+ZPadding:=", "RegionPaddingZ",
+            "-ZPaddingType:=", "Percentage Offset", "-ZPadding:=", "RegionPaddingZ"],
+        ["NAME:Attributes", "Name:=", "OuterRegion", "Flags:=", "Wireframe#", "Color:=", "(143 175 143)",
+            "Transparency:=", 0.0, "PartCoordinateSystem:=", "Global", "UDMId:=", "",
+            "MaterialValue:=", "\"vacuum\"", "SurfaceMaterialValue:=", "\"\"", "SolveInside:=", true,
+            "ShellElement:=", false, "ShellElementThickness:=", "nan ", "IsMaterialEditable:=", true,
+            "UseMaterialAppearance:=", false, "IsLightweight:=", false])
+)~";
+
+/// The magnet wants another direction than its material has: it gets a clone.
+const std::string clonedMaterial = R"~(
+    project.GetChildObject("Materials")
+    project.GetDefinitionManager()
+    editor.AssignMaterial(
+        ["NAME:Selections", "Selections:=", "Magnet", "AllowRegionDependentPartSelectionForPMLCreation:=", true,
+            "AllowRegionSelectionForPMLCreation:=", true],
+        ["NAME:Attributes", "MaterialValue:=", "\"N45\"", "SolveInside:=", true, "ShellElement:=", false,
+            "ShellElementThickness:=", "nan ", "IsMaterialEditable:=", true, "UseMaterialAppearance:=", false,
+            "IsLightweight:=", false])
+    Materials.GetChildObject("N45")
+    Materials/N45.GetPropNames()
+    Materials/N45.GetPropValue("Magnetic Coercivity Components/Component1")
+    Materials/N45.GetPropValue("Magnetic Coercivity Components/Component2")
+    Materials/N45.GetPropValue("Magnetic Coercivity Components/Component3")
+    definitions.CloneMaterial("N45", "N45_1")
+    Materials.GetChildObject("N45_1")
+    Materials/N45_1.SetPropValue("Magnetic Coercivity Components/Component3", 900000.0)
+    editor.AssignMaterial(
+        ["NAME:Selections", "Selections:=", "Magnet", "AllowRegionDependentPartSelectionForPMLCreation:=", true,
+            "AllowRegionSelectionForPMLCreation:=", true],
+        ["NAME:Attributes", "MaterialValue:=", "\"N45_1\"", "SolveInside:=", true, "ShellElement:=", false,
+            "ShellElementThickness:=", "nan ", "IsMaterialEditable:=", true, "UseMaterialAppearance:=", false,
+            "IsLightweight:=", false])
+)~";
+
+/// Every material in use is a definition of the project.
+const std::string materialsInUse = R"~(
+    project.GetChildObject("Materials")
+    Materials.GetChildNames()
+    editor.GetChildObject("Magnet")
+    Magnet.GetPropValue("Material")
+)~";
+
+/// The body: variables, frames, placement.
+const std::string placedBody = R"~(
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:Rotor_Phi", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "0.000000Rad"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:Rotor_Psi", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "1.570796Rad"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:Rotor_Theta", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "-0.000000Rad"]]]])                # asin(-0.0)
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:Rotor_X", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "0.500000Meter"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:Rotor_Y", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "0.000000Meter"]]]])
+    design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
+        ["NAME:NewProps", ["NAME:Rotor_Z", "PropType:=", "VariableProp", "UserDef:=", true,
+            "Value:=", "0.000000Meter"]]]])
+    design.GetModule("VeltrixParameterSetup")
+    editor.GetRelativeCoordinateSystems()
+    editor.CreateRelativeCS(
+        ["NAME:RelativeCSParameters", "Mode:=", "Axis/Position",
+            "OriginX:=", "Rotor_X", "OriginY:=", "Rotor_Y", "OriginZ:=", "Rotor_Z",
+            "XAxisXvec:=", "cos(Rotor_Phi)*cos(Rotor_Theta)",
+            "XAxisYvec:=", "sin(Rotor_Psi)*sin(Rotor_Phi)*cos(Rotor_Theta)-cos(Rotor_Psi)*sin(Rotor_Theta)",
+            "XAxisZvec:=", "cos(Rotor_Psi)*sin(Rotor_Phi)*cos(Rotor_Theta)+sin(Rotor_Psi)*sin(Rotor_Theta)",
+            "YAxisXvec:=", "cos(Rotor_Phi)*sin(Rotor_Theta)",
+            "YAxisYvec:=", "sin(Rotor_Psi)*sin(Rotor_Phi)*sin(Rotor_Theta)+cos(Rotor_Psi)*cos(Rotor_Theta)",
+            "YAxisZvec:=", "cos(Rotor_Psi)*sin(Rotor_Phi)*sin(Rotor_Theta)-sin(Rotor_Psi)*cos(Rotor_Theta)"],
+        ["NAME:Attributes", "Name:=", "Obj_CS_Rotor"])
+    editor.CreateRelativeCS(
+        ["NAME:RelativeCSParameters", "Mode:=", "Axis/Position", "Reference CS:=", "Obj_CS_Rotor",
+            "OriginX:=", "0.000000Meter", "OriginY:=", "0.000000Meter", "OriginZ:=", "0.000000Meter",
+            "XAxisXvec:=", "1mm", "XAxisYvec:=", "0mm", "XAxisZvec:=", "0mm",
+            "YAxisXvec:=", "0mm", "YAxisYvec:=", "1mm", "YAxisZvec:=", "0mm"],
+        ["NAME:Attributes", "Name:=", "Mag_CS_Rotor"])
+    editor.Move(
+        ["NAME:Selections", "Selections:=", "Magnet", "NewPartsModelFlag:=", "Model"],
+        ["NAME:TranslateParameters", "TranslateVectorX:=", "-0.500000Meter",
+            "TranslateVectorY:=", "-0.000000Meter", "TranslateVectorZ:=", "-0.000000Meter"])
+    editor.Rotate(
+        ["NAME:Selections", "Selections:=", "Magnet", "NewPartsModelFlag:=", "Model"],
+        ["NAME:RotateParameters", "RotateAxis:=", "X", "RotateAngle:=", "1.570796"])
+    editor.GetChildObject("Magnet")
+    Magnet.GetPropNames()
+    Magnet.SetPropValue("Coordinate System", "Obj_CS_Rotor")
+    Magnet.SetPropValue("Orientation", "Mag_CS_Rotor")
+    Magnet.GetChildNames()
+    editor.SetWCS(
+        ["NAME:SetWCS Parameter", "Working Coordinate System:=", "Global", "RegionDepCSOk:=", true])
+)~";
+
+/// Its loads and what reads them.
+const std::string loadsAndReaders = R"~(
+    editor.GetChildObject("Magnet")
+    Magnet.GetPropValue("Material")
+    VeltrixParameterSetup.AssignForce(["NAME:Force_Rotor", "Reference CS:=", "Obj_CS_Rotor",
+        "Is Virtual:=", true, "Objects:=", ["Magnet"]])
+    VeltrixParameterSetup.AssignTorque(["NAME:Torque_Rotor_X", "Coordinate System:=", "Obj_CS_Rotor",
+        "Is Virtual:=", true, "Is Positive:=", true, "Axis:=", "X", "Objects:=", ["Magnet"]])
+    VeltrixParameterSetup.AssignTorque(["NAME:Torque_Rotor_Y", "Coordinate System:=", "Obj_CS_Rotor",
+        "Is Virtual:=", true, "Is Positive:=", true, "Axis:=", "Y", "Objects:=", ["Magnet"]])
+    VeltrixParameterSetup.AssignTorque(["NAME:Torque_Rotor_Z", "Coordinate System:=", "Obj_CS_Rotor",
+        "Is Virtual:=", true, "Is Positive:=", true, "Axis:=", "Z", "Objects:=", ["Magnet"]])
+    design.GetModule("OutputVariable")
+    OutputVariable.CreateOutputVariable("Force_Rotor_X", "Force_Rotor.Force_x/1Newton",
+        "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.CreateOutputVariable("Force_Rotor_Y", "Force_Rotor.Force_y/1Newton",
+        "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.CreateOutputVariable("Force_Rotor_Z", "Force_Rotor.Force_z/1Newton",
+        "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.CreateOutputVariable("Torque_Rotor_X", "Torque_Rotor_X.Torque/1mNewtonMeter",
+        "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.CreateOutputVariable("Torque_Rotor_Y", "Torque_Rotor_Y.Torque/1mNewtonMeter",
+        "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.CreateOutputVariable("Torque_Rotor_Z", "Torque_Rotor_Z.Torque/1mNewtonMeter",
+        "Setup1 : LastAdaptive", "Magnetostatic", [])
+)~";
+
+/// The history with its initial row.
+const std::string historyWithItsFirstRow = R"~(
+    design.GetChildObject("Paravant")
+    Paravant.GetChildNames()
+    Paravant.InsertSetup("OptiParametric",
+        ["NAME:KinoraHistory", "IsEnabled:=", true,
+            ["NAME:ProdOptiSetupDataV2", "SaveFields:=", true, "CopyMesh:=", true,
+                "SolveWithCopiedMeshOnly:=", true],
+            ["NAME:StartingPoint"],
+            "Sim. Setups:=", ["Setup1"],
+            ["NAME:Sweeps",
+                ["NAME:SweepDefinition", "Variable:=", "SimTime", "Data:=", "0s", "OffsetF1:=", false,
+                    "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Phi", "Data:=", "0.000000Rad", "OffsetF1:=", false,
+                    "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Psi", "Data:=", "1.570796Rad", "OffsetF1:=", false,
+                    "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Theta", "Data:=", "-0.000000Rad",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_X", "Data:=", "0.500000Meter", "OffsetF1:=", false,
+                    "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Y", "Data:=", "0.000000Meter", "OffsetF1:=", false,
+                    "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Z", "Data:=", "0.000000Meter", "OffsetF1:=", false,
+                    "Synchronize:=", 0.0]],
+            ["NAME:Sweep Operations"],
+            ["NAME:Goals"]])
+)~";
+
+/// Reports and the field plot.
+const std::string reportsAndFieldPlot = R"~(
+    design.GetProperties("LocalVariableTab", "LocalVariables")
+    design.GetModule("ReportSetup")
+    ReportSetup.CreateReport("Force_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
+        ["RegionPaddingX:=", ["All"],                    # the desktop's order of the variables
+         "RegionPaddingY:=", ["Nominal"], "RegionPaddingZ:=", ["Nominal"], "SimTime:=", ["Nominal"],
+         "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"], "Rotor_Theta:=", ["Nominal"],
+         "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"], "Rotor_Z:=", ["Nominal"]],
+        ["X Component:=", "SimTime", "Y Component:=", []])
+    ReportSetup.CreateReport("Torque_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
+        ["RegionPaddingX:=", ["All"],
+         "RegionPaddingY:=", ["Nominal"], "RegionPaddingZ:=", ["Nominal"], "SimTime:=", ["Nominal"],
+         "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"], "Rotor_Theta:=", ["Nominal"],
+         "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"], "Rotor_Z:=", ["Nominal"]],
+        ["X Component:=", "SimTime", "Y Component:=", []])
+    design.GetModule("FieldsReporter")
+    FieldsReporter.CreateFieldPlot(
+        ["NAME:H_VectorPlot", "SolutionName:=", "Setup1 : LastAdaptive", "UserSpecifyName:=", 0.0,
+            "UserSpecifyFolder:=", 0.0, "QuantityName:=", "H_Vector", "PlotFolder:=", "H",
+            "StreamlinePlot:=", false, "AdjacentSidePlot:=", false, "FullModelPlot:=", false,
+            "IntrinsicVar:=", "", "EnableGaussianSmoothing:=", false,
+            "PlotGeomInfo:=", [1.0, "Volume", "ObjList", 1.0, "Magnet"],
+            "FilterBoxes:=", [0.0],
+            ["NAME:PlotOnVolumeSettings", "PlotIsoSurface:=", true, "PointSize:=", 1.0, "Refinement:=", 0.0,
+                "CloudSpacing:=", 0.5, "CloudMinSpacing:=", -1.0, "CloudMaxSpacing:=", -1.0,
+                "ShadingType:=", 0.0,
+                ["NAME:Arrow3DSpacingSettings", "ArrowUniform:=", true, "ArrowSpacing:=", 0.0,
+                    "MinArrowSpacing:=", 0.0, "MaxArrowSpacing:=", 0.0]],
+            "EnableGaussianSmoothing:=", false, "SurfaceOnly:=", false],
+        "Field")
+)~";
 
 TEST_F(Model, OneMagnetBecomesAModel) {
     Create();
@@ -153,206 +369,8 @@ TEST_F(Model, OneMagnetBecomesAModel) {
     Group rotor = MakeGroup("Rotor", {"Magnet"}, 0.5);
     std::copy(std::begin(quarterTurnAboutX), std::end(quarterTurnAboutX), rotor.transform.rotation);
     EXPECT_TRUE(Init({rotor}, {{"Magnet", {"N45", {0.0, 0.0, 900000.0}}}}));
-    EXPECT_TRANSCRIPT(fake.world, R"~(
-        design.GetProperties("LocalVariableTab", "LocalVariables")
-        design.GetModule("AnalysisSetup")                     # makes sure of a setup
-        design.GetModule("AnalysisSetup")
-        AnalysisSetup.GetSetups()
-        design.GetModule("AnalysisSetup")                     # and takes the first one
-        AnalysisSetup.GetSetups()
-        design.SetActiveEditor("3D Modeler")
-
-        # the initial variables
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:RegionPaddingX", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "500"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:RegionPaddingY", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "500"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:RegionPaddingZ", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "500"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:SimTime", "PropType:=", "VariableProp", "UserDef:=", true, "Value:=", "0s"]]]])
-        editor.CreateRegion(
-            ["NAME:RegionParameters",
-                "+XPaddingType:=", "Percentage Offset", "+XPadding:=", "RegionPaddingX",
-                "-XPaddingType:=", "Percentage Offset", "-XPadding:=", "RegionPaddingX",
-                "+YPaddingType:=", "Percentage Offset", "+YPadding:=", "RegionPaddingY",
-                "-YPaddingType:=", "Percentage Offset", "-YPadding:=", "RegionPaddingY",
-                "+ZPaddingType:=", "Percentage Offset", "+ZPadding:=", "RegionPaddingZ",
-                "-ZPaddingType:=", "Percentage Offset", "-ZPadding:=", "RegionPaddingZ"],
-            ["NAME:Attributes", "Name:=", "OuterRegion", "Flags:=", "Wireframe#", "Color:=", "(143 175 143)",
-                "Transparency:=", 0.0, "PartCoordinateSystem:=", "Global", "UDMId:=", "",
-                "MaterialValue:=", "\"vacuum\"", "SurfaceMaterialValue:=", "\"\"", "SolveInside:=", true,
-                "ShellElement:=", false, "ShellElementThickness:=", "nan ", "IsMaterialEditable:=", true,
-                "UseMaterialAppearance:=", false, "IsLightweight:=", false])
-
-        # the magnet wants another direction than its material has: it gets a clone
-        project.GetChildObject("Materials")
-        project.GetDefinitionManager()
-        editor.AssignMaterial(
-            ["NAME:Selections", "Selections:=", "Magnet", "AllowRegionDependentPartSelectionForPMLCreation:=", true,
-                "AllowRegionSelectionForPMLCreation:=", true],
-            ["NAME:Attributes", "MaterialValue:=", "\"N45\"", "SolveInside:=", true, "ShellElement:=", false,
-                "ShellElementThickness:=", "nan ", "IsMaterialEditable:=", true, "UseMaterialAppearance:=", false,
-                "IsLightweight:=", false])
-        Materials.GetChildObject("N45")
-        Materials/N45.GetPropNames()
-        Materials/N45.GetPropValue("Magnetic Coercivity Components/Component1")
-        Materials/N45.GetPropValue("Magnetic Coercivity Components/Component2")
-        Materials/N45.GetPropValue("Magnetic Coercivity Components/Component3")
-        definitions.CloneMaterial("N45", "N45_1")
-        Materials.GetChildObject("N45_1")
-        Materials/N45_1.SetPropValue("Magnetic Coercivity Components/Component3", 900000.0)
-        editor.AssignMaterial(
-            ["NAME:Selections", "Selections:=", "Magnet", "AllowRegionDependentPartSelectionForPMLCreation:=", true,
-                "AllowRegionSelectionForPMLCreation:=", true],
-            ["NAME:Attributes", "MaterialValue:=", "\"N45_1\"", "SolveInside:=", true, "ShellElement:=", false,
-                "ShellElementThickness:=", "nan ", "IsMaterialEditable:=", true, "UseMaterialAppearance:=", false,
-                "IsLightweight:=", false])
-
-        # every material in use is a definition of the project
-        project.GetChildObject("Materials")
-        Materials.GetChildNames()
-        editor.GetChildObject("Magnet")
-        Magnet.GetPropValue("Material")
-
-        # the body: variables, frames, placement
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:Rotor_Phi", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "0.000000Rad"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:Rotor_Psi", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "1.570796Rad"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:Rotor_Theta", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "-0.000000Rad"]]]])                # asin(-0.0)
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:Rotor_X", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "0.500000Meter"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:Rotor_Y", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "0.000000Meter"]]]])
-        design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
-            ["NAME:NewProps", ["NAME:Rotor_Z", "PropType:=", "VariableProp", "UserDef:=", true,
-                "Value:=", "0.000000Meter"]]]])
-        design.GetModule("VeltrixParameterSetup")
-        editor.GetRelativeCoordinateSystems()
-        editor.CreateRelativeCS(
-            ["NAME:RelativeCSParameters", "Mode:=", "Axis/Position",
-                "OriginX:=", "Rotor_X", "OriginY:=", "Rotor_Y", "OriginZ:=", "Rotor_Z",
-                "XAxisXvec:=", "cos(Rotor_Phi)*cos(Rotor_Theta)",
-                "XAxisYvec:=", "sin(Rotor_Psi)*sin(Rotor_Phi)*cos(Rotor_Theta)-cos(Rotor_Psi)*sin(Rotor_Theta)",
-                "XAxisZvec:=", "cos(Rotor_Psi)*sin(Rotor_Phi)*cos(Rotor_Theta)+sin(Rotor_Psi)*sin(Rotor_Theta)",
-                "YAxisXvec:=", "cos(Rotor_Phi)*sin(Rotor_Theta)",
-                "YAxisYvec:=", "sin(Rotor_Psi)*sin(Rotor_Phi)*sin(Rotor_Theta)+cos(Rotor_Psi)*cos(Rotor_Theta)",
-                "YAxisZvec:=", "cos(Rotor_Psi)*sin(Rotor_Phi)*sin(Rotor_Theta)-sin(Rotor_Psi)*cos(Rotor_Theta)"],
-            ["NAME:Attributes", "Name:=", "Obj_CS_Rotor"])
-        editor.CreateRelativeCS(
-            ["NAME:RelativeCSParameters", "Mode:=", "Axis/Position", "Reference CS:=", "Obj_CS_Rotor",
-                "OriginX:=", "0.000000Meter", "OriginY:=", "0.000000Meter", "OriginZ:=", "0.000000Meter",
-                "XAxisXvec:=", "1mm", "XAxisYvec:=", "0mm", "XAxisZvec:=", "0mm",
-                "YAxisXvec:=", "0mm", "YAxisYvec:=", "1mm", "YAxisZvec:=", "0mm"],
-            ["NAME:Attributes", "Name:=", "Mag_CS_Rotor"])
-        editor.Move(
-            ["NAME:Selections", "Selections:=", "Magnet", "NewPartsModelFlag:=", "Model"],
-            ["NAME:TranslateParameters", "TranslateVectorX:=", "-0.500000Meter",
-                "TranslateVectorY:=", "-0.000000Meter", "TranslateVectorZ:=", "-0.000000Meter"])
-        editor.Rotate(
-            ["NAME:Selections", "Selections:=", "Magnet", "NewPartsModelFlag:=", "Model"],
-            ["NAME:RotateParameters", "RotateAxis:=", "X", "RotateAngle:=", "1.570796"])
-        editor.GetChildObject("Magnet")
-        Magnet.GetPropNames()
-        Magnet.SetPropValue("Coordinate System", "Obj_CS_Rotor")
-        Magnet.SetPropValue("Orientation", "Mag_CS_Rotor")
-        Magnet.GetChildNames()
-        editor.SetWCS(
-            ["NAME:SetWCS Parameter", "Working Coordinate System:=", "Global", "RegionDepCSOk:=", true])
-
-        # its loads and what reads them
-        editor.GetChildObject("Magnet")
-        Magnet.GetPropValue("Material")
-        VeltrixParameterSetup.AssignForce(["NAME:Force_Rotor", "Reference CS:=", "Obj_CS_Rotor",
-            "Is Virtual:=", true, "Objects:=", ["Magnet"]])
-        VeltrixParameterSetup.AssignTorque(["NAME:Torque_Rotor_X", "Coordinate System:=", "Obj_CS_Rotor",
-            "Is Virtual:=", true, "Is Positive:=", true, "Axis:=", "X", "Objects:=", ["Magnet"]])
-        VeltrixParameterSetup.AssignTorque(["NAME:Torque_Rotor_Y", "Coordinate System:=", "Obj_CS_Rotor",
-            "Is Virtual:=", true, "Is Positive:=", true, "Axis:=", "Y", "Objects:=", ["Magnet"]])
-        VeltrixParameterSetup.AssignTorque(["NAME:Torque_Rotor_Z", "Coordinate System:=", "Obj_CS_Rotor",
-            "Is Virtual:=", true, "Is Positive:=", true, "Axis:=", "Z", "Objects:=", ["Magnet"]])
-        design.GetModule("OutputVariable")
-        OutputVariable.CreateOutputVariable("Force_Rotor_X", "Force_Rotor.Force_x/1Newton",
-            "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.CreateOutputVariable("Force_Rotor_Y", "Force_Rotor.Force_y/1Newton",
-            "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.CreateOutputVariable("Force_Rotor_Z", "Force_Rotor.Force_z/1Newton",
-            "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.CreateOutputVariable("Torque_Rotor_X", "Torque_Rotor_X.Torque/1mNewtonMeter",
-            "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.CreateOutputVariable("Torque_Rotor_Y", "Torque_Rotor_Y.Torque/1mNewtonMeter",
-            "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.CreateOutputVariable("Torque_Rotor_Z", "Torque_Rotor_Z.Torque/1mNewtonMeter",
-            "Setup1 : LastAdaptive", "Magnetostatic", [])
-
-        # the history with its initial row
-        design.GetChildObject("Paravant")
-        Paravant.GetChildNames()
-        Paravant.InsertSetup("OptiParametric",
-            ["NAME:KinoraHistory", "IsEnabled:=", true,
-                ["NAME:ProdOptiSetupDataV2", "SaveFields:=", true, "CopyMesh:=", true,
-                    "SolveWithCopiedMeshOnly:=", true],
-                ["NAME:StartingPoint"],
-                "Sim. Setups:=", ["Setup1"],
-                ["NAME:Sweeps",
-                    ["NAME:SweepDefinition", "Variable:=", "SimTime", "Data:=", "0s", "OffsetF1:=", false,
-                        "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Phi", "Data:=", "0.000000Rad", "OffsetF1:=", false,
-                        "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Psi", "Data:=", "1.570796Rad", "OffsetF1:=", false,
-                        "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Theta", "Data:=", "-0.000000Rad",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_X", "Data:=", "0.500000Meter", "OffsetF1:=", false,
-                        "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Y", "Data:=", "0.000000Meter", "OffsetF1:=", false,
-                        "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Z", "Data:=", "0.000000Meter", "OffsetF1:=", false,
-                        "Synchronize:=", 0.0]],
-                ["NAME:Sweep Operations"],
-                ["NAME:Goals"]])
-
-        # reports and the field plot
-        design.GetProperties("LocalVariableTab", "LocalVariables")
-        design.GetModule("ReportSetup")
-        ReportSetup.CreateReport("Force_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
-            ["RegionPaddingX:=", ["All"],                    # the desktop's order of the variables
-             "RegionPaddingY:=", ["Nominal"], "RegionPaddingZ:=", ["Nominal"], "SimTime:=", ["Nominal"],
-             "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"], "Rotor_Theta:=", ["Nominal"],
-             "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"], "Rotor_Z:=", ["Nominal"]],
-            ["X Component:=", "SimTime", "Y Component:=", []])
-        ReportSetup.CreateReport("Torque_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
-            ["RegionPaddingX:=", ["All"],
-             "RegionPaddingY:=", ["Nominal"], "RegionPaddingZ:=", ["Nominal"], "SimTime:=", ["Nominal"],
-             "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"], "Rotor_Theta:=", ["Nominal"],
-             "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"], "Rotor_Z:=", ["Nominal"]],
-            ["X Component:=", "SimTime", "Y Component:=", []])
-        design.GetModule("FieldsReporter")
-        FieldsReporter.CreateFieldPlot(
-            ["NAME:H_VectorPlot", "SolutionName:=", "Setup1 : LastAdaptive", "UserSpecifyName:=", 0.0,
-                "UserSpecifyFolder:=", 0.0, "QuantityName:=", "H_Vector", "PlotFolder:=", "H",
-                "StreamlinePlot:=", false, "AdjacentSidePlot:=", false, "FullModelPlot:=", false,
-                "IntrinsicVar:=", "", "EnableGaussianSmoothing:=", false,
-                "PlotGeomInfo:=", [1.0, "Volume", "ObjList", 1.0, "Magnet"],
-                "FilterBoxes:=", [0.0],
-                ["NAME:PlotOnVolumeSettings", "PlotIsoSurface:=", true, "PointSize:=", 1.0, "Refinement:=", 0.0,
-                    "CloudSpacing:=", 0.5, "CloudMinSpacing:=", -1.0, "CloudMaxSpacing:=", -1.0,
-                    "ShadingType:=", 0.0,
-                    ["NAME:Arrow3DSpacingSettings", "ArrowUniform:=", true, "ArrowSpacing:=", 0.0,
-                        "MinArrowSpacing:=", 0.0, "MaxArrowSpacing:=", 0.0]],
-                "EnableGaussianSmoothing:=", false, "SurfaceOnly:=", false],
-            "Field")
-    )~");
+    EXPECT_TRANSCRIPT(fake.world, existingDesign + initialVariables + clonedMaterial + materialsInUse + placedBody +
+                                      loadsAndReaders + historyWithItsFirstRow + reportsAndFieldPlot);
 }
 
 // Variables.

@@ -78,6 +78,98 @@ protected:
     int status = 77;
 };
 
+// A first step, part by part.
+
+/// Whose messages are cleared, and which variables there are.
+const std::string clearedMessages = R"(
+    project.GetName()
+    project.GetPath()
+    design.GetName()
+    desktop.ClearMessages("Magnets", "Veltrix3DDesign1", int(0))
+    design.GetProperties("LocalVariableTab", "LocalVariables")
+)";
+
+/// Time and poses travel in one command.
+const std::string timeAndPoses = R"(
+    design.ChangeProperty(
+        ["NAME:AllTabs",
+            ["NAME:LocalVariableTab",
+                ["NAME:PropServers", "LocalVariables"],
+                ["NAME:ChangedProps",
+                    ["NAME:Rotor_Phi", "Value:=", "0.000000Rad"],
+                    ["NAME:Rotor_Psi", "Value:=", "1.570796Rad"],
+                    ["NAME:Rotor_Theta", "Value:=", "-0.000000Rad"],
+                    ["NAME:Rotor_X", "Value:=", "0.250000Meter"],
+                    ["NAME:Rotor_Y", "Value:=", "0.000000Meter"],
+                    ["NAME:Rotor_Z", "Value:=", "0.000000Meter"],
+                    ["NAME:SimTime", "Value:=", "0.000000s"]]]])
+)";
+
+/// The history.
+const std::string firstHistory = R"(
+    design.GetChildObject("Paravant")
+    Paravant.GetChildNames()
+    Paravant.InsertSetup("OptiParametric",
+        ["NAME:KinoraHistory", "IsEnabled:=", true,
+            ["NAME:ProdOptiSetupDataV2", "SaveFields:=", true, "CopyMesh:=", true,
+                "SolveWithCopiedMeshOnly:=", true],
+            ["NAME:StartingPoint"],
+            "Sim. Setups:=", ["Setup1"],
+            ["NAME:Sweeps",
+                ["NAME:SweepDefinition", "Variable:=", "SimTime", "Data:=", "0.000000s",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Phi", "Data:=", "0.000000Rad",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Psi", "Data:=", "1.570796Rad",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Theta", "Data:=", "-0.000000Rad",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_X", "Data:=", "0.250000Meter",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Y", "Data:=", "0.000000Meter",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0],
+                ["NAME:SweepDefinition", "Variable:=", "Rotor_Z", "Data:=", "0.000000Meter",
+                    "OffsetF1:=", false, "Synchronize:=", 0.0]],
+            ["NAME:Sweep Operations"],
+            ["NAME:Goals"]])
+)";
+
+/// The solve.
+const std::string solve = R"(
+    design.GetModule("AnalysisSetup")
+    AnalysisSetup.GetSetups()
+    design.Analyze("Setup1")
+)";
+
+/// The results.
+const std::string resultsAndReports = R"(
+    design.GetChildObject("Results")
+    Results.GetChildNames()
+    design.GetModule("ReportSetup")
+    design.GetModule("OutputVariable")
+    OutputVariable.GetOutputVariableValue("Force_Rotor_X", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.GetOutputVariableValue("Force_Rotor_Y", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.GetOutputVariableValue("Force_Rotor_Z", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.GetOutputVariableValue("Torque_Rotor_X", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.GetOutputVariableValue("Torque_Rotor_Y", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
+    OutputVariable.GetOutputVariableValue("Torque_Rotor_Z", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
+    desktop.GetRegistryString("Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve")
+    ReportSetup.CreateReport("Force_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
+        ["SimTime:=", ["All"], "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"],
+         "Rotor_Theta:=", ["Nominal"], "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"],
+         "Rotor_Z:=", ["Nominal"]],
+        ["X Component:=", "SimTime", "Y Component:=", []])
+    ReportSetup.GetReportTraceNames("Force_Rotor")
+    ReportSetup.ImportIntoReport("Force_Rotor", FORCE)
+    ReportSetup.CreateReport("Torque_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
+        ["SimTime:=", ["All"], "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"],
+         "Rotor_Theta:=", ["Nominal"], "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"],
+         "Rotor_Z:=", ["Nominal"]],
+        ["X Component:=", "SimTime", "Y Component:=", []])
+    ReportSetup.GetReportTraceNames("Torque_Rotor")
+    ReportSetup.ImportIntoReport("Torque_Rotor", TORQUE)
+)";
+
 TEST_F(Step, FirstStepOfABody) {
     AddBody(L"Rotor");
     fake.updateReports = L"Each Pass";
@@ -87,86 +179,7 @@ TEST_F(Step, FirstStepOfABody) {
     rotor.rotation[5] = -1.0;
     rotor.rotation[7] = 1.0; // a quarter turn about X
     EXPECT_TRUE(Analyze(0.0, {rotor}));
-    std::string expected = R"(
-        project.GetName()
-        project.GetPath()
-        design.GetName()
-        desktop.ClearMessages("Magnets", "Veltrix3DDesign1", int(0))
-        design.GetProperties("LocalVariableTab", "LocalVariables")
-
-        # time and poses travel in one command
-        design.ChangeProperty(
-            ["NAME:AllTabs",
-                ["NAME:LocalVariableTab",
-                    ["NAME:PropServers", "LocalVariables"],
-                    ["NAME:ChangedProps",
-                        ["NAME:Rotor_Phi", "Value:=", "0.000000Rad"],
-                        ["NAME:Rotor_Psi", "Value:=", "1.570796Rad"],
-                        ["NAME:Rotor_Theta", "Value:=", "-0.000000Rad"],
-                        ["NAME:Rotor_X", "Value:=", "0.250000Meter"],
-                        ["NAME:Rotor_Y", "Value:=", "0.000000Meter"],
-                        ["NAME:Rotor_Z", "Value:=", "0.000000Meter"],
-                        ["NAME:SimTime", "Value:=", "0.000000s"]]]])
-
-        # the history
-        design.GetChildObject("Paravant")
-        Paravant.GetChildNames()
-        Paravant.InsertSetup("OptiParametric",
-            ["NAME:KinoraHistory", "IsEnabled:=", true,
-                ["NAME:ProdOptiSetupDataV2", "SaveFields:=", true, "CopyMesh:=", true,
-                    "SolveWithCopiedMeshOnly:=", true],
-                ["NAME:StartingPoint"],
-                "Sim. Setups:=", ["Setup1"],
-                ["NAME:Sweeps",
-                    ["NAME:SweepDefinition", "Variable:=", "SimTime", "Data:=", "0.000000s",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Phi", "Data:=", "0.000000Rad",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Psi", "Data:=", "1.570796Rad",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Theta", "Data:=", "-0.000000Rad",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_X", "Data:=", "0.250000Meter",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Y", "Data:=", "0.000000Meter",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0],
-                    ["NAME:SweepDefinition", "Variable:=", "Rotor_Z", "Data:=", "0.000000Meter",
-                        "OffsetF1:=", false, "Synchronize:=", 0.0]],
-                ["NAME:Sweep Operations"],
-                ["NAME:Goals"]])
-
-        # the solve
-        design.GetModule("AnalysisSetup")
-        AnalysisSetup.GetSetups()
-        design.Analyze("Setup1")
-
-        # the results
-        design.GetChildObject("Results")
-        Results.GetChildNames()
-        design.GetModule("ReportSetup")
-        design.GetModule("OutputVariable")
-        OutputVariable.GetOutputVariableValue("Force_Rotor_X", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.GetOutputVariableValue("Force_Rotor_Y", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.GetOutputVariableValue("Force_Rotor_Z", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.GetOutputVariableValue("Torque_Rotor_X", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.GetOutputVariableValue("Torque_Rotor_Y", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
-        OutputVariable.GetOutputVariableValue("Torque_Rotor_Z", "", "Setup1 : LastAdaptive", "Magnetostatic", [])
-        desktop.GetRegistryString("Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve")
-        ReportSetup.CreateReport("Force_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
-            ["SimTime:=", ["All"], "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"],
-             "Rotor_Theta:=", ["Nominal"], "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"],
-             "Rotor_Z:=", ["Nominal"]],
-            ["X Component:=", "SimTime", "Y Component:=", []])
-        ReportSetup.GetReportTraceNames("Force_Rotor")
-        ReportSetup.ImportIntoReport("Force_Rotor", FORCE)
-        ReportSetup.CreateReport("Torque_Rotor", "Magnetostatic", "Rectangular Plot", "Setup1 : LastAdaptive", empty,
-            ["SimTime:=", ["All"], "Rotor_Phi:=", ["Nominal"], "Rotor_Psi:=", ["Nominal"],
-             "Rotor_Theta:=", ["Nominal"], "Rotor_X:=", ["Nominal"], "Rotor_Y:=", ["Nominal"],
-             "Rotor_Z:=", ["Nominal"]],
-            ["X Component:=", "SimTime", "Y Component:=", []])
-        ReportSetup.GetReportTraceNames("Torque_Rotor")
-        ReportSetup.ImportIntoReport("Torque_Rotor", TORQUE)
-    )";
+    std::string expected = clearedMessages + timeAndPoses + firstHistory + solve + resultsAndReports;
     // the desktop's path and the project's name are joined as they stand
     for (const char* const report : {"FORCE", "TORQUE"}) {
         Value path;
