@@ -5,6 +5,7 @@
 #include "interface/KinoraVeltrixScriptErrors.h"
 #include "tests/support/PortableExecutable.h"
 #include "tests/support/TestFolder.h"
+#include "tests/support/ThisProgram.h"
 
 #include <windows.h>
 
@@ -21,16 +22,8 @@ using fake::PortableExecutable;
 using testing::Contains;
 using testing::HasSubstr;
 
-std::wstring FolderOfThisProgram() {
-    std::vector<wchar_t> path(1024);
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    const std::wstring text = path.data();
-    return text.substr(0, text.find_last_of(L'\\'));
-}
-
 const PortableExecutable& Library() {
-    static const PortableExecutable library(
-        fake::ReadFileBytes(FolderOfThisProgram() + L"\\KinoraVeltrixCoupling.dll"));
+    static const PortableExecutable library(fake::ReadFileBytes(fake::BesideThisProgram(L"KinoraVeltrixCoupling.dll")));
     return library;
 }
 
@@ -38,61 +31,66 @@ TEST(Library, ExportsTheFactoryUnderItsPlainName) {
     EXPECT_THAT(Library().Exports(), Contains("GetKinoraVeltrixFactoryInterface"));
 }
 
+const char* const membersOfTheCoupling[] = {
+    "GetMessages",         "GetVeltrixDesigns", "OpenProject",      "CreateProject",     "InitGeometry",
+    "InitMagneticObjects", "Analyze",           "SaveProject",      "CloseProject",      "QuitApplication",
+    "ReleaseApplication",  "LaunchDesktop",     "SetVariableValue", "AddParametricSetup"};
+
+const char* const membersOfTheUtilities[] = {"SupportComFunction",
+                                             "CallComFunction",
+                                             "CreateVariant",
+                                             "CreateStringArray",
+                                             "ReadStringArray",
+                                             "CreateVariantArray",
+                                             "CallGetChildNames",
+                                             "CallGetChildObject",
+                                             "CallGetPropNames",
+                                             "CallGetPropValue",
+                                             "CallSetPropValue",
+                                             "CallGetModule",
+                                             "CallSetActive",
+                                             "CallAndGetStringSet",
+                                             "CallInsertDesign",
+                                             "CallSetDesignSetttings",
+                                             "CallSaveAs",
+                                             "CallCreateRelativeCS",
+                                             "CallSetWorkingCS",
+                                             "RecurseSetCoordinateSystem",
+                                             "CallMove",
+                                             "CallRotate",
+                                             "CallAssignMaterial",
+                                             "CallCloneMaterial",
+                                             "SetSolveInside",
+                                             "GetNonVacuumObjects",
+                                             "CallAssignForce",
+                                             "CallAssignTorque",
+                                             "CallSetModelUnits",
+                                             "CallImport",
+                                             "CallAssignRegion",
+                                             "GetFirstSetup",
+                                             "CallInsertSetup",
+                                             "CheckAndInsertSetup",
+                                             "CallAnalyze",
+                                             "InsertExpressionCaches",
+                                             "CreateOutputVariables",
+                                             "CallGetOutputVariableValue",
+                                             "ExtractOutputData",
+                                             "GetChangePropertyArgument",
+                                             "UpdateVariables",
+                                             "GetParavantArgument",
+                                             "GetReportNames",
+                                             "CreateEmptyReport",
+                                             "ClearAndImportReport",
+                                             "CreateDataTable",
+                                             "CallGetRegistryString",
+                                             "CreateFieldPlot"};
+
 TEST(Library, ExportsEveryMemberOfItsTwoClasses) {
     const std::vector<std::string> exports = Library().Exports();
-    for (const char* const member : {"GetMessages", "GetVeltrixDesigns", "OpenProject", "CreateProject", "InitGeometry",
-                                     "InitMagneticObjects", "Analyze", "SaveProject", "CloseProject", "QuitApplication",
-                                     "ReleaseApplication", "LaunchDesktop", "SetVariableValue", "AddParametricSetup"}) {
+    for (const char* const member : membersOfTheCoupling) {
         EXPECT_THAT(exports, Contains(testing::AllOf(HasSubstr("CKinoraVeltrixCoupling"), HasSubstr(member))));
     }
-    for (const char* const member : {"SupportComFunction",
-                                     "CallComFunction",
-                                     "CreateVariant",
-                                     "CreateStringArray",
-                                     "ReadStringArray",
-                                     "CreateVariantArray",
-                                     "CallGetChildNames",
-                                     "CallGetChildObject",
-                                     "CallGetPropNames",
-                                     "CallGetPropValue",
-                                     "CallSetPropValue",
-                                     "CallGetModule",
-                                     "CallSetActive",
-                                     "CallAndGetStringSet",
-                                     "CallInsertDesign",
-                                     "CallSetDesignSetttings",
-                                     "CallSaveAs",
-                                     "CallCreateRelativeCS",
-                                     "CallSetWorkingCS",
-                                     "RecurseSetCoordinateSystem",
-                                     "CallMove",
-                                     "CallRotate",
-                                     "CallAssignMaterial",
-                                     "CallCloneMaterial",
-                                     "SetSolveInside",
-                                     "GetNonVacuumObjects",
-                                     "CallAssignForce",
-                                     "CallAssignTorque",
-                                     "CallSetModelUnits",
-                                     "CallImport",
-                                     "CallAssignRegion",
-                                     "GetFirstSetup",
-                                     "CallInsertSetup",
-                                     "CheckAndInsertSetup",
-                                     "CallAnalyze",
-                                     "InsertExpressionCaches",
-                                     "CreateOutputVariables",
-                                     "CallGetOutputVariableValue",
-                                     "ExtractOutputData",
-                                     "GetChangePropertyArgument",
-                                     "UpdateVariables",
-                                     "GetParavantArgument",
-                                     "GetReportNames",
-                                     "CreateEmptyReport",
-                                     "ClearAndImportReport",
-                                     "CreateDataTable",
-                                     "CallGetRegistryString",
-                                     "CreateFieldPlot"}) {
+    for (const char* const member : membersOfTheUtilities) {
         EXPECT_THAT(exports, Contains(testing::AllOf(HasSubstr("CComUtils"), HasSubstr(member))));
     }
 }
@@ -218,7 +216,7 @@ TEST(Library, HoldsTheScriptErrorTable) {
 
 TEST(Library, WorksWithoutItsImportLibrary) {
     const std::unique_ptr<HINSTANCE__, decltype(&FreeLibrary)> library(
-        LoadLibraryW((FolderOfThisProgram() + L"\\KinoraVeltrixCoupling.dll").c_str()), &FreeLibrary);
+        LoadLibraryW(fake::BesideThisProgram(L"KinoraVeltrixCoupling.dll").c_str()), &FreeLibrary);
     ASSERT_NE(library, nullptr);
     using Factory = IKinoraVeltrixInterface* (*)();
     const FARPROC found = GetProcAddress(library.get(), "GetKinoraVeltrixFactoryInterface");
@@ -231,11 +229,9 @@ TEST(Library, WorksWithoutItsImportLibrary) {
 }
 
 TEST(Programs, AreProtectedAgainstOverwrittenAddresses) {
-    std::vector<wchar_t> path(1024);
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    std::vector<std::wstring> programs{path.data()};
+    std::vector<std::wstring> programs{fake::ThisProgram()};
     for (const wchar_t* const program : {L"kinora-run.exe", L"vantor-sim.exe", L"vantor-trace.exe"}) {
-        const std::wstring file = FolderOfThisProgram() + L"\\" + program;
+        const std::wstring file = fake::BesideThisProgram(program);
         if (fake::FileExists(file)) {
             programs.push_back(file);
         }

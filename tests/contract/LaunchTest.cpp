@@ -201,7 +201,7 @@ TEST(Launch, InitialisesASingleThreadedApartmentAndReleaseEndsIt) {
     OnFreshThread([] {
         FakeDesktop fake;
         const VersionVariable version(Registration::UniqueVersion().c_str());
-        Registration registration(CouplingSession::ProgId());
+        Registration registration(Registration::UniqueProgId());
         registration.Create(&fake.application);
         CKinoraVeltrixCoupling coupling;
         ASSERT_EQ(ApartmentOfThread(), "none");
@@ -220,7 +220,7 @@ TEST(Launch, DoesNotMindAThreadInAnotherApartment) {
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         FakeDesktop fake;
         const VersionVariable version(Registration::UniqueVersion().c_str());
-        Registration registration(CouplingSession::ProgId());
+        Registration registration(Registration::UniqueProgId());
         registration.Create(&fake.application);
         CKinoraVeltrixCoupling coupling;
         EXPECT_TRUE(coupling.LaunchDesktop());

@@ -1,5 +1,7 @@
 #include "tests/endtoend/Programs.h"
 
+#include "tests/support/ThisProgram.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -12,12 +14,6 @@
 
 namespace endtoend {
 namespace {
-
-std::filesystem::path BesideThisProgram(const wchar_t* name) {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return std::filesystem::path(path).parent_path() / name;
-}
 
 /// A handle that is closed once.
 class Handle {
@@ -108,7 +104,7 @@ ScratchFolder::~ScratchFolder() {
 }
 
 Outcome RunHost(const std::vector<std::wstring>& arguments) {
-    return Child(BesideThisProgram(L"kinora-run.exe"), arguments).Finish();
+    return Child(fake::BesideThisProgram(L"kinora-run.exe"), arguments).Finish();
 }
 
 std::filesystem::path Examples() {

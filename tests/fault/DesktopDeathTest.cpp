@@ -115,7 +115,7 @@ protected:
     static void SetUpTestSuite() { ASSERT_EQ(RunProgram(L"\"" + SimulatorServer::Path() + L"\" /RegServer"), 0UL); }
     static void TearDownTestSuite() { RunProgram(L"\"" + SimulatorServer::Path() + L"\" /UnregServer"); }
 
-    Death() : m_version(Registration::UniqueVersion().c_str()), m_registration(CouplingSession::ProgId()) {}
+    Death() : m_version(Registration::UniqueVersion().c_str()), m_registration(Registration::UniqueProgId()) {}
 
     /// The last call of every operation of an undisturbed run.
     std::vector<std::size_t> CallsOfOperations() {

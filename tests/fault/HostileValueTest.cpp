@@ -22,14 +22,6 @@ using Group = IKinoraVeltrixInterface::Group;
 using Result = IKinoraVeltrixInterface::Result;
 using Transform = IKinoraVeltrixInterface::Transform;
 
-std::wstring ToWide(const std::string& text) {
-    std::wstring wide(text.size(), L'\0');
-    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), wide.data(),
-                                           static_cast<int>(wide.size()));
-    wide.resize(static_cast<std::size_t>(length));
-    return wide;
-}
-
 Transform MakeBody(const std::string& name, double x = 0.0) {
     Transform body;
     body.name = name;
@@ -95,7 +87,7 @@ TEST_P(HostileBodyName, TravelsAsItIsAndStaysInTheReportsFolder) {
     EXPECT_TRUE(coupling.InitMagneticObjects({MakeGroup(name, {"Magnet"})}, {}));
     bool hasVariable = false;
     for (const std::wstring& variable : fake.variables) {
-        hasVariable = hasVariable || variable == ToWide(name + "_Theta");
+        hasVariable = hasVariable || variable == FromAnsi(name + "_Theta");
     }
     EXPECT_TRUE(hasVariable);
     for (const double time : {0.0, 0.5, 1.0}) {
@@ -131,13 +123,13 @@ TEST_F(HostileValues, ObjectNamesTravelAsTheyAre) {
     const std::vector<std::string> names{"",     std::string(65536, 'x'), "a\"b", "a,b", "a\r\nb", "..",
                                          "\x81", std::string("a\0b", 3)};
     for (const std::string& name : names) {
-        fake.AddSolid(ToWide(name), L"\"N45\"");
+        fake.AddSolid(FromAnsi(name), L"\"N45\"");
     }
     EXPECT_TRUE(coupling.InitMagneticObjects({MakeGroup("Rotor", names)}, {}));
     const Value& plot = fake.world.Entries().back().arguments[0].items[22];
     ASSERT_EQ(plot.items.size(), 4 + names.size());
     for (std::size_t index = 0; index < names.size(); ++index) {
-        EXPECT_EQ(plot.items[4 + index].text, ToWide(names[index]));
+        EXPECT_EQ(plot.items[4 + index].text, FromAnsi(names[index]));
     }
 }
 
@@ -276,8 +268,8 @@ TEST_F(HostileValues, NamesAndPathsOfOperationsTravelAsTheyAre) {
         fake.world.ClearJournal();
         EXPECT_TRUE(coupling.CreateProject(name, name, name));
         const auto& entries = fake.world.Entries();
-        EXPECT_EQ(entries[1].arguments[0].text, ToWide(name));
-        EXPECT_EQ(FindKey(entries[6].arguments[0], L"Units:=")->text, ToWide(name));
+        EXPECT_EQ(entries[1].arguments[0].text, FromAnsi(name));
+        EXPECT_EQ(FindKey(entries[6].arguments[0], L"Units:=")->text, FromAnsi(name));
         EXPECT_TRUE(coupling.SetVariableValue(name, name, true));
         EXPECT_TRUE(coupling.CloseProject());
         EXPECT_THROW(coupling.OpenProject(name + "?", name), std::filesystem::filesystem_error);

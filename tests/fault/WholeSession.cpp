@@ -37,14 +37,10 @@ void FillDesktop(fake::FakeDesktop& desktop, int bodies) {
 } // namespace
 
 struct WholeSession::Shared {
-    Shared() : version(fake::Registration::UniqueVersion().c_str()), registration(ProgId()) {
+    Shared() : version(fake::Registration::UniqueVersion().c_str()), registration(fake::Registration::UniqueProgId()) {
         SetCurrentDirectoryW(folder.Path().c_str());
     }
     ~Shared() { SetCurrentDirectoryW(L"C:\\"); }
-    static std::wstring ProgId() {
-        const std::string unique = fake::Registration::UniqueVersion();
-        return L"Pellux.VantorDesktop." + std::wstring(unique.begin(), unique.end());
-    }
     fake::TestFolder folder;
     fake::VersionVariable version;
     fake::Registration registration;

@@ -1,5 +1,7 @@
 // Every binary that users get says what it is and of which version.
 
+#include "tests/support/ThisProgram.h"
+
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -7,13 +9,6 @@
 #include <vector>
 
 namespace {
-
-std::wstring FolderOfThisProgram() {
-    std::vector<wchar_t> path(1024);
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    const std::wstring text = path.data();
-    return text.substr(0, text.find_last_of(L'\\'));
-}
 
 /// The version resource of a file.
 class Version {
@@ -58,7 +53,7 @@ class Product : public testing::TestWithParam<const wchar_t*> {};
 
 TEST_P(Product, SaysWhatItIsAndOfWhichVersion) {
     const std::wstring name = GetParam();
-    const Version version(FolderOfThisProgram() + L"\\" + name);
+    const Version version(fake::BesideThisProgram(name));
     ASSERT_TRUE(version.Exists());
     EXPECT_EQ(version.Text(L"OriginalFilename"), name);
     EXPECT_EQ(version.Text(L"InternalName"), name.substr(0, name.rfind(L'.')));

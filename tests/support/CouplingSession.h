@@ -4,6 +4,7 @@
 #include "tests/support/FakeDesktop.h"
 #include "tests/support/Registration.h"
 #include "tests/support/TestFolder.h"
+#include "tests/support/Texts.h"
 
 #include <objbase.h>
 
@@ -27,7 +28,7 @@ public:
 /// and fails the test.
 class CouplingSession {
 public:
-    CouplingSession() : version(Registration::UniqueVersion().c_str()), registration(ProgId()) {
+    CouplingSession() : version(Registration::UniqueVersion().c_str()), registration(Registration::UniqueProgId()) {
         registration.Create(&fake.application);
         fake.projectFolder = folder.Path() + L"\\";
     }
@@ -39,11 +40,6 @@ public:
     }
     CouplingSession(const CouplingSession&) = delete;
     CouplingSession& operator=(const CouplingSession&) = delete;
-
-    static std::wstring ProgId() {
-        const std::string unique = Registration::UniqueVersion();
-        return L"Pellux.VantorDesktop." + std::wstring(unique.begin(), unique.end());
-    }
 
     void Launch() {
         ASSERT_TRUE(coupling.LaunchDesktop());

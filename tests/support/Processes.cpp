@@ -47,13 +47,6 @@ HRESULT CreateSimulator(IDispatch** application) {
 
 } // namespace
 
-std::wstring BesideThisProgram(const std::wstring& name) {
-    std::vector<wchar_t> path(1024);
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    const std::wstring text = path.data();
-    return text.substr(0, text.find_last_of(L'\\') + 1) + name;
-}
-
 ChildProcess::ChildProcess(std::wstring commandLine) : m_process(Start(std::move(commandLine))) {
     EXPECT_NE(m_process, nullptr) << "a program does not start";
 }

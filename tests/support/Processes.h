@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/ThisProgram.h"
+
 #include <windows.h>
 
 #include <oaidl.h>
@@ -9,9 +11,6 @@
 #include <string>
 
 namespace fake {
-
-/// Full path of a file that lies beside the test program.
-std::wstring BesideThisProgram(const std::wstring& name);
 
 /// A program that a test started. It is ended, if it still runs, when this goes.
 class ChildProcess {

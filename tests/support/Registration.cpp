@@ -1,5 +1,7 @@
 #include "tests/support/Registration.h"
 
+#include "tests/support/ThisProgram.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -26,12 +28,6 @@ bool WriteKey(HKEY root, const std::wstring& key, const std::wstring& value, con
     const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
     return RegSetKeyValueW(root, (L"Software\\Classes\\" + key).c_str(), name, REG_SZ, value.c_str(), size) ==
            ERROR_SUCCESS;
-}
-
-std::wstring ProgramPath() {
-    std::array<wchar_t, 1024> path{};
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    return path.data();
 }
 
 } // namespace
@@ -96,7 +92,7 @@ Registration::~Registration() {
 bool Registration::Register(HKEY root) {
     const std::wstring serverKey = L"CLSID\\" + ClassIdText(m_classId) + L"\\InprocServer32";
     CLSID found{};
-    return WriteKey(root, m_progId + L"\\CLSID", ClassIdText(m_classId)) && WriteKey(root, serverKey, ProgramPath()) &&
+    return WriteKey(root, m_progId + L"\\CLSID", ClassIdText(m_classId)) && WriteKey(root, serverKey, ThisProgram()) &&
            WriteKey(root, serverKey, L"Both", L"ThreadingModel") && CLSIDFromProgID(m_progId.c_str(), &found) == S_OK &&
            IsEqualCLSID(found, m_classId);
 }
@@ -108,6 +104,10 @@ void Registration::Unregister(HKEY root) const {
 
 std::string Registration::UniqueVersion() {
     return "Test" + std::to_string(GetCurrentProcessId());
+}
+
+std::wstring Registration::UniqueProgId() {
+    return L"Pellux.VantorDesktop.Test" + std::to_wstring(GetCurrentProcessId());
 }
 
 HRESULT Registration::CreateInstance(IUnknown* outer, REFIID iid, void** object) {

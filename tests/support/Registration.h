@@ -21,6 +21,8 @@ public:
 
     /// A version text that no other process uses.
     static std::string UniqueVersion();
+    /// The program id of that version.
+    static std::wstring UniqueProgId();
 
     /// What the next creations give: a failure, or success and this object (which may be null).
     void Create(IDispatch* application) { m_application = application; }

@@ -2,9 +2,6 @@
 
 #include <windows.h>
 
-#include <objbase.h>
-#include <oleauto.h>
-
 #include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -63,18 +60,6 @@ bool FileExists(const std::wstring& path) {
 
 void MakeFolder(const std::wstring& path) {
     EXPECT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
-}
-
-std::string ToAnsi(const std::wstring& text) {
-    if (text.empty()) {
-        return {};
-    }
-    const int length = static_cast<int>(text.size());
-    std::string ansi(
-        static_cast<std::size_t>(WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr)),
-        '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), length, ansi.data(), static_cast<int>(ansi.size()), nullptr, nullptr);
-    return ansi;
 }
 
 } // namespace fake

@@ -29,7 +29,4 @@ bool FileExists(const std::wstring& path);
 void MakeFolder(const std::wstring& path);
 /// @}
 
-/// UTF-16 to the system's ANSI code page, in which the library takes its texts.
-std::string ToAnsi(const std::wstring& text);
-
 } // namespace fake

@@ -1,5 +1,7 @@
 #include "tests/support/VariantTree.h"
 
+#include "tests/support/ArrayElements.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -104,28 +106,15 @@ void ReadArray(const VARIANT& variant, Value& value) {
     LONG upperBound = -1;
     SafeArrayGetLBound(array, 1, &value.lowerBound);
     SafeArrayGetUBound(array, 1, &upperBound);
-    unsigned char* element = nullptr;
-    SafeArrayAccessData(array, reinterpret_cast<void**>(&element));
+    const ArrayElements<unsigned char> elements(array);
+    const unsigned char* element = elements.First();
     for (LONG index = value.lowerBound; index <= upperBound; ++index, element += size) {
         value.items.push_back(
             Read(type == VT_VARIANT ? *reinterpret_cast<const VARIANT*>(element) : SeenAsVariant(element, size, type)));
     }
-    SafeArrayUnaccessData(array);
 }
 
 } // namespace
-
-std::string ToUtf8(const std::wstring& text) {
-    if (text.empty()) {
-        return {};
-    }
-    const int length = static_cast<int>(text.size());
-    std::string utf8(
-        static_cast<std::size_t>(WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr)),
-        '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), length, utf8.data(), static_cast<int>(utf8.size()), nullptr, nullptr);
-    return utf8;
-}
 
 Value Read(const VARIANT& variant) {
     Value value;

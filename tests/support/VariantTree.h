@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/Texts.h"
+
 #include <windows.h>
 
 #include <objbase.h>
@@ -40,8 +42,5 @@ std::string Print(const Value& value);
 
 /// As `Print`, over several lines where one would be too long; keys that end in ":=" stay with their values.
 std::string Layout(const Value& value, unsigned indent);
-
-/// UTF-16 to UTF-8.
-std::string ToUtf8(const std::wstring& text);
 
 } // namespace fake

@@ -1,5 +1,6 @@
 #include "tests/support/World.h"
 
+#include "tests/support/ArrayElements.h"
 #include "tests/support/Object.h"
 
 #include <algorithm>
@@ -21,16 +22,15 @@ BSTR MakeText(const std::wstring& text) {
 
 void FillItems(VARIANT& result, const std::vector<Answer>& items, long lowerBound) {
     SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, lowerBound, static_cast<ULONG>(items.size()));
-    VARIANT* elements = nullptr;
-    SafeArrayAccessData(array, reinterpret_cast<void**>(&elements));
+    const ArrayElements<VARIANT> elements(array);
+    VARIANT* element = elements.First();
     for (const Answer& item : items) {
-        VariantInit(elements);
+        VariantInit(element);
         if (item.fill) {
-            item.fill(*elements);
+            item.fill(*element);
         }
-        ++elements;
+        ++element;
     }
-    SafeArrayUnaccessData(array);
     result.parray = array;
     result.vt = VT_ARRAY | VT_VARIANT;
 }
@@ -91,10 +91,7 @@ Answer Items(const std::vector<Answer>& items, long lowerBound) {
 Answer TextArray(const std::vector<std::wstring>& texts) {
     return Filled([texts](VARIANT& result) {
         SAFEARRAY* const array = SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
-        BSTR* elements = nullptr;
-        SafeArrayAccessData(array, reinterpret_cast<void**>(&elements));
-        std::transform(texts.begin(), texts.end(), elements, MakeText);
-        SafeArrayUnaccessData(array);
+        std::transform(texts.begin(), texts.end(), ArrayElements<BSTR>(array).First(), MakeText);
         result.parray = array;
         result.vt = VT_ARRAY | VT_BSTR;
     });

@@ -1,20 +1,13 @@
 #include "comutils/Text.h"
 
+#include "tests/support/Texts.h"
+
 #include <clocale>
 #include <gtest/gtest.h>
 #include <limits>
 #include <locale>
 
 namespace {
-
-// What the platform makes of the text, asked directly.
-std::wstring Reference(const std::string& text, UINT codePage) {
-    std::wstring wide(text.size(), L'\0');
-    const int length = MultiByteToWideChar(codePage, 0, text.data(), static_cast<int>(text.size()), wide.data(),
-                                           static_cast<int>(wide.size()));
-    wide.resize(static_cast<std::size_t>(length));
-    return wide;
-}
 
 std::wstring Widened(const std::string& text) {
     const BSTR bstr = Text::ToBstr(text);
@@ -40,10 +33,10 @@ struct DecimalComma : std::numpunct<char> {
 TEST(Text, WidensEveryByteAsTheAnsiCodePageDoes) {
     for (int first = 0; first < 256; ++first) {
         const std::string alone(1, static_cast<char>(first));
-        EXPECT_EQ(Widened(alone), Reference(alone, CP_ACP)) << "byte " << first;
+        EXPECT_EQ(Widened(alone), fake::Widen(alone, CP_ACP)) << "byte " << first;
         const std::string amid = "ab" + alone + "cd";
-        EXPECT_EQ(Widened(amid), Reference(amid, CP_ACP)) << "byte " << first;
-        EXPECT_EQ(Text::ToWide(amid), Reference(amid, CP_ACP)) << "byte " << first;
+        EXPECT_EQ(Widened(amid), fake::Widen(amid, CP_ACP)) << "byte " << first;
+        EXPECT_EQ(Text::ToWide(amid), fake::Widen(amid, CP_ACP)) << "byte " << first;
     }
 }
 
@@ -53,7 +46,7 @@ TEST(Text, SevenBitCharactersAreThemselvesInEveryAnsiCodePage) {
         for (int character = 0; character < 128; ++character) {
             const std::string narrow(1, static_cast<char>(character));
             const std::wstring wide(1, static_cast<wchar_t>(character));
-            EXPECT_EQ(Reference(narrow, codePage), wide) << codePage << " " << character;
+            EXPECT_EQ(fake::Widen(narrow, codePage), wide) << codePage << " " << character;
             EXPECT_EQ(Text::ToNarrow(wide, codePage), narrow) << codePage << " " << character;
         }
 }
@@ -89,7 +82,7 @@ TEST(Text, CharactersOutsideTheCodePageAreReplaced) {
 
 TEST(Text, PathsAreNotTheFileLibrarysGuess) {
     EXPECT_EQ(Text::ToFileSystemPath("C:/\xE9.txt").wstring(),
-              Reference("C:/\xE9.txt", AreFileApisANSI() ? CP_ACP : CP_OEMCP));
+              fake::Widen("C:/\xE9.txt", AreFileApisANSI() ? CP_ACP : CP_OEMCP));
 }
 
 TEST(Text, FixedHasSixDecimals) {
