@@ -1,42 +1,19 @@
 #include "comutils/ComUtils.h"
 
 #include "comutils/Dispatch.h"
-#include "comutils/Text.h"
-
-namespace {
-
-constexpr VARTYPE variantArray = VT_ARRAY | VT_VARIANT;
-
-bool FindMethod(IDispatch* object, const wchar_t* methodName, DISPID& id) {
-    if (!object)
-        return false;
-    LPOLESTR name = const_cast<LPOLESTR>(methodName);
-    return SUCCEEDED(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id));
-}
-
-std::vector<std::string> QueryTexts(IDispatch* object, const wchar_t* methodName) {
-    CValue result;
-    Dispatch::Call(object, methodName, {}, result);
-    return CComUtils::ReadStringArray(result.Get());
-}
-
-} // namespace
 
 bool CComUtils::SupportComFunction(IDispatch* object, const wchar_t* methodName) {
-    DISPID id = DISPID_UNKNOWN;
-    return FindMethod(object, methodName, id);
+    return Dispatch::Knows(object, methodName);
 }
 
 bool CComUtils::CallComFunction(IDispatch* object, const wchar_t* methodName, unsigned short flags,
                                 DISPPARAMS& arguments, VARIANT& result) {
-    DISPID id = DISPID_UNKNOWN;
-    return FindMethod(object, methodName, id) &&
-           SUCCEEDED(object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &arguments, &result, nullptr, nullptr));
+    return Dispatch::Invoke(object, methodName, flags, arguments, result);
 }
 
 bool CComUtils::CallComFunction(IDispatch* object, const wchar_t* methodName, VARIANT& result) {
     DISPPARAMS none = {};
-    return CallComFunction(object, methodName, DISPATCH_METHOD, none, result);
+    return Dispatch::Invoke(object, methodName, DISPATCH_METHOD, none, result);
 }
 
 VARIANT CComUtils::CreateVariant(const std::string& text) {
@@ -48,31 +25,15 @@ VARIANT CComUtils::CreateStringArray(const std::vector<std::string>& texts) {
 }
 
 std::vector<std::string> CComUtils::ReadStringArray(const VARIANT& array) {
-    std::vector<std::string> texts;
-    if (array.vt != variantArray || !array.parray || SafeArrayGetDim(array.parray) != 1)
-        return texts;
-    const auto* elements = static_cast<const VARIANT*>(array.parray->pvData);
-    const ULONG count = array.parray->rgsabound[0].cElements;
-    texts.reserve(count);
-    for (const VARIANT* element = elements; element != elements + count; ++element)
-        if (element->vt == VT_BSTR)
-            texts.push_back(Text::FromBstr(element->bstrVal));
-    return texts;
+    return CValue::TextsOf(array);
 }
 
 VARIANT CComUtils::CreateVariantArray(const std::vector<VARIANT>& values) {
-    CListBuilder list(values.size());
-    for (const VARIANT& value : values) {
-        CValue copy;
-        if (FAILED(copy.CopyFrom(value)))
-            return CValue().Detach();
-        list.Add(std::move(copy));
-    }
-    return list.Finish().Detach();
+    return CListBuilder::OfCopies(values).Detach();
 }
 
 std::vector<std::string> CComUtils::CallGetChildNames(IDispatch* object) {
-    return QueryTexts(object, L"GetChildNames");
+    return Dispatch::QueryTexts(object, L"GetChildNames");
 }
 
 IDispatch* CComUtils::CallGetChildObject(IDispatch* object, const std::string& name) {
@@ -80,7 +41,7 @@ IDispatch* CComUtils::CallGetChildObject(IDispatch* object, const std::string& n
 }
 
 std::vector<std::string> CComUtils::CallGetPropNames(IDispatch* object) {
-    return QueryTexts(object, L"GetPropNames");
+    return Dispatch::QueryTexts(object, L"GetPropNames");
 }
 
 VARIANT CComUtils::CallGetPropValue(IDispatch* object, const std::string& property) {
@@ -102,6 +63,6 @@ IDispatch* CComUtils::CallSetActive(IDispatch* object, const wchar_t* methodName
 }
 
 std::set<std::string> CComUtils::CallAndGetStringSet(IDispatch* object, const wchar_t* methodName) {
-    const std::vector<std::string> texts = QueryTexts(object, methodName);
+    const std::vector<std::string> texts = Dispatch::QueryTexts(object, methodName);
     return {texts.begin(), texts.end()};
 }

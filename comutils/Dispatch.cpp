@@ -12,7 +12,27 @@ namespace {
 // The longest argument list is that of "CreateReport".
 constexpr std::size_t mostArguments = 7;
 
+bool FindMethod(IDispatch* object, const wchar_t* methodName, DISPID& id) {
+    if (!object) {
+        return false;
+    }
+    LPOLESTR name = const_cast<LPOLESTR>(methodName);
+    return SUCCEEDED(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id));
+}
+
 } // namespace
+
+bool Knows(IDispatch* object, const wchar_t* methodName) {
+    DISPID id = DISPID_UNKNOWN;
+    return FindMethod(object, methodName, id);
+}
+
+bool Invoke(IDispatch* object, const wchar_t* methodName, unsigned short flags, DISPPARAMS& arguments,
+            VARIANT& result) {
+    DISPID id = DISPID_UNKNOWN;
+    return FindMethod(object, methodName, id) &&
+           SUCCEEDED(object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &arguments, &result, nullptr, nullptr));
+}
 
 bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments, CValue& result) {
     assert(arguments.size() <= mostArguments);
@@ -22,8 +42,9 @@ bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CV
     for (auto argument = std::rbegin(arguments); argument != std::rend(arguments); ++argument)
         *next++ = argument->Get();
     DISPPARAMS parameters = {block.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
-    if (CComUtils::CallComFunction(object, methodName, DISPATCH_METHOD, parameters, *result.Receive()))
+    if (Invoke(object, methodName, DISPATCH_METHOD, parameters, *result.Receive())) {
         return true;
+    }
     result = CValue();
     return false;
 }
@@ -35,10 +56,17 @@ bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CV
 
 bool QueryText(IDispatch* object, const wchar_t* methodName, std::string& text) {
     CValue result;
-    if (!Call(object, methodName, {}, result) || !result.IsText())
+    if (!Call(object, methodName, {}, result) || !result.IsText()) {
         return false;
+    }
     text = result.ToText();
     return true;
+}
+
+std::vector<std::string> QueryTexts(IDispatch* object, const wchar_t* methodName) {
+    CValue result;
+    Call(object, methodName, {}, result);
+    return result.ToTexts();
 }
 
 CObject QueryObject(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments) {
@@ -51,7 +79,7 @@ bool QueryLocalVariables(IDispatch* design, std::vector<std::string>& names) {
     CValue result;
     if (!Call(design, L"GetProperties", {"LocalVariableTab", "LocalVariables"}, result))
         return false;
-    names = CComUtils::ReadStringArray(result.Get());
+    names = result.ToTexts();
     return true;
 }
 

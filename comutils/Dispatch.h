@@ -15,10 +15,20 @@ struct ReleaseObject {
 /// reference in some headers and none in others.)
 using CObject = std::unique_ptr<IDispatch, ReleaseObject>;
 
-/// The one road to the desktop: every command goes through `Call`.
+/// The one road to the desktop: look-up and invocation of methods, and nothing else. Every command of the families
+/// (comutils/*Commands.h) is made of these calls.
 namespace Dispatch {
 
-/// Invokes a method by its name.
+/// @return true when the object is there and knows a method of this name
+bool Knows(IDispatch* object, const wchar_t* methodName);
+
+/// Looks a method up and invokes it with an argument block that is made already, last argument first.
+/// @param flags   dispatch flags, DISPATCH_METHOD everywhere in this library
+/// @param result  receives the result; neither initialised nor cleared here
+/// @return false when the object is null, does not know the name, or the call fails
+bool Invoke(IDispatch* object, const wchar_t* methodName, unsigned short flags, DISPPARAMS& arguments, VARIANT& result);
+
+/// Invokes a method with arguments that are written down in braces.
 /// @param arguments  in the desktop's order
 /// @param result     receives the result; nothing (VT_EMPTY) when the call fails
 /// @return false when the object is null, does not know the name, or the call fails
@@ -30,6 +40,10 @@ bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CV
 /// Invokes a method without arguments that must give a text.
 /// @return false when the call fails or its result is no text
 bool QueryText(IDispatch* object, const wchar_t* methodName, std::string& text);
+
+/// Invokes a method without arguments that gives a list of texts.
+/// @return the texts; none when the call fails or gives something else
+std::vector<std::string> QueryTexts(IDispatch* object, const wchar_t* methodName);
 
 /// @return the object that the method gives; null when the call fails or gives none
 CObject QueryObject(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments);

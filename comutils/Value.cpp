@@ -4,6 +4,12 @@
 
 #include <comdef.h>
 
+namespace {
+
+constexpr VARTYPE listType = VT_ARRAY | VT_VARIANT;
+
+} // namespace
+
 CValue::CValue(std::string_view text) : CValue() {
     m_value.bstrVal = Text::ToBstr(text);
     m_value.vt = VT_BSTR;
@@ -80,6 +86,22 @@ std::string CValue::ToText() const {
     return IsText() ? Text::FromBstr(m_value.bstrVal) : std::string();
 }
 
+std::vector<std::string> CValue::TextsOf(const VARIANT& list) {
+    std::vector<std::string> texts;
+    if (list.vt != listType || !list.parray || SafeArrayGetDim(list.parray) != 1) {
+        return texts;
+    }
+    const auto* elements = static_cast<const VARIANT*>(list.parray->pvData);
+    const ULONG count = list.parray->rgsabound[0].cElements;
+    texts.reserve(count);
+    for (const VARIANT* element = elements; element != elements + count; ++element) {
+        if (element->vt == VT_BSTR) {
+            texts.push_back(Text::FromBstr(element->bstrVal));
+        }
+    }
+    return texts;
+}
+
 IDispatch* CValue::DetachObject() noexcept {
     return m_value.vt == VT_DISPATCH ? Detach().pdispVal : nullptr;
 }
@@ -97,11 +119,23 @@ void CListBuilder::Add(CValue value) {
         *m_next++ = value.Detach();
 }
 
+CValue CListBuilder::OfCopies(const std::vector<VARIANT>& values) {
+    CListBuilder list(values.size());
+    for (const VARIANT& value : values) {
+        CValue copy;
+        if (FAILED(copy.CopyFrom(value))) {
+            return CValue();
+        }
+        list.Add(std::move(copy));
+    }
+    return list.Finish();
+}
+
 CValue CListBuilder::Finish() {
     if (!m_array)
         return CValue();
     VARIANT list{};
-    list.vt = VT_ARRAY | VT_VARIANT;
+    list.vt = listType;
     list.parray = std::exchange(m_array, nullptr);
     m_next = nullptr;
     return CValue::Attach(list);

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 /// One automation value, owned: text, flag, number, object, list or nothing.
 ///
@@ -62,6 +63,10 @@ public:
     bool IsText() const noexcept { return m_value.vt == VT_BSTR; }
     /// @return the text in the ANSI code page; empty unless IsText()
     std::string ToText() const;
+    /// @return the texts of the list in their order, elements of other types left out; none unless it is a list
+    std::vector<std::string> ToTexts() const { return TextsOf(m_value); }
+    /// The same of a VARIANT that stays somebody else's.
+    static std::vector<std::string> TextsOf(const VARIANT& list);
     /// @return the object with its reference, which the caller now owns; null when the value is no object
     IDispatch* DetachObject() noexcept;
 
@@ -90,6 +95,9 @@ public:
     void Add(CValue value);
     /// @return the list; nothing (VT_EMPTY) when its array could not be created
     CValue Finish();
+
+    /// @return a list of copies; nothing (VT_EMPTY) when one cannot be made
+    static CValue OfCopies(const std::vector<VARIANT>& values);
 
     /// @return a list of texts
     template <class Texts>
