@@ -1,6 +1,18 @@
 #include "comutils/ComUtils.h"
 
+#include "comutils/DesignCommands.h"
+#include "comutils/DesktopCommands.h"
 #include "comutils/Dispatch.h"
+#include "comutils/ObjectCommands.h"
+#include "comutils/ProjectCommands.h"
+
+namespace {
+
+std::set<std::string> AsSet(const std::vector<std::string>& texts) {
+    return {texts.begin(), texts.end()};
+}
+
+} // namespace
 
 bool CComUtils::SupportComFunction(IDispatch* object, const wchar_t* methodName) {
     return Dispatch::Knows(object, methodName);
@@ -33,29 +45,27 @@ VARIANT CComUtils::CreateVariantArray(const std::vector<VARIANT>& values) {
 }
 
 std::vector<std::string> CComUtils::CallGetChildNames(IDispatch* object) {
-    return Dispatch::QueryTexts(object, L"GetChildNames");
+    return ObjectCommands::ChildNames(object);
 }
 
 IDispatch* CComUtils::CallGetChildObject(IDispatch* object, const std::string& name) {
-    return Dispatch::QueryObject(object, L"GetChildObject", {name}).release();
+    return ObjectCommands::GetChildObject(object, name).release();
 }
 
 std::vector<std::string> CComUtils::CallGetPropNames(IDispatch* object) {
-    return Dispatch::QueryTexts(object, L"GetPropNames");
+    return ObjectCommands::GetPropNames(object);
 }
 
 VARIANT CComUtils::CallGetPropValue(IDispatch* object, const std::string& property) {
-    CValue value;
-    Dispatch::Call(object, L"GetPropValue", {property}, value);
-    return value.Detach();
+    return ObjectCommands::GetPropValue(object, property).Detach();
 }
 
 bool CComUtils::CallSetPropValue(IDispatch* object, const std::string& property, const VARIANT& value) {
-    return Dispatch::Call(object, L"SetPropValue", {property, CValue::Copy(value)});
+    return ObjectCommands::SetPropValue(object, property, CValue::Copy(value));
 }
 
 IDispatch* CComUtils::CallGetModule(IDispatch* object, const std::string& module) {
-    return Dispatch::QueryObject(object, L"GetModule", {module}).release();
+    return DesignCommands::GetModule(object, module).release();
 }
 
 IDispatch* CComUtils::CallSetActive(IDispatch* object, const wchar_t* methodName, const std::string& name) {
@@ -63,6 +73,21 @@ IDispatch* CComUtils::CallSetActive(IDispatch* object, const wchar_t* methodName
 }
 
 std::set<std::string> CComUtils::CallAndGetStringSet(IDispatch* object, const wchar_t* methodName) {
-    const std::vector<std::string> texts = Dispatch::QueryTexts(object, methodName);
-    return {texts.begin(), texts.end()};
+    return AsSet(Dispatch::QueryTexts(object, methodName));
+}
+
+bool CComUtils::CallInsertDesign(IDispatch* project, const std::string& designName) {
+    return ProjectCommands::InsertDesign(project, designName);
+}
+
+bool CComUtils::CallSetDesignSetttings(IDispatch* design) {
+    return DesignCommands::SetDesignSettings(design);
+}
+
+bool CComUtils::CallSaveAs(IDispatch* project, const std::string& path, const bool& overwrite) {
+    return ProjectCommands::SaveAs(project, path, overwrite);
+}
+
+std::string CComUtils::CallGetRegistryString(IDispatch* desktop, const std::string& key) {
+    return DesktopCommands::GetRegistryString(desktop, key);
 }

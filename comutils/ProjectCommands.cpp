@@ -1,17 +1,39 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/ProjectCommands.h"
+
 #include "comutils/Names.h"
 
-bool CComUtils::CallInsertDesign(IDispatch* project, const std::string& designName) {
+namespace ProjectCommands {
+
+bool SaveAs(IDispatch* project, std::string_view path, bool overwrite) {
+    return Dispatch::Call(project, L"SaveAs", {path, overwrite});
+}
+
+bool Save(IDispatch* project) {
+    return Dispatch::Call(project, L"Save", {});
+}
+
+bool Close(IDispatch* project) {
+    return Dispatch::Call(project, L"Close", {});
+}
+
+bool GetPath(IDispatch* project, std::string& folder) {
+    return Dispatch::QueryText(project, L"GetPath", folder);
+}
+
+bool InsertDesign(IDispatch* project, std::string_view designName) {
     return Dispatch::Call(project, L"InsertDesign", {Names::designType, designName, Names::magnetostatic, ""});
 }
 
-bool CComUtils::CallSetDesignSetttings(IDispatch* design) {
-    return Dispatch::Call(
-        design, L"SetDesignSettings",
-        {{"NAME:Design Settings Data", "Allow Material Override:=", true}, {"NAME:Model Validation Settings"}});
+CObject SetActiveDesign(IDispatch* project, std::string_view designName) {
+    return Dispatch::QueryObject(project, L"SetActiveDesign", {designName});
 }
 
-bool CComUtils::CallSaveAs(IDispatch* project, const std::string& path, const bool& overwrite) {
-    return Dispatch::Call(project, L"SaveAs", {path, overwrite});
+CObject GetDesign(IDispatch* project, std::string_view designName) {
+    return Dispatch::QueryObject(project, L"GetDesign", {designName});
 }
+
+CObject GetDefinitionManager(IDispatch* project) {
+    return Dispatch::QueryObject(project, L"GetDefinitionManager", {});
+}
+
+} // namespace ProjectCommands

@@ -61,9 +61,3 @@ bool CComUtils::CreateDataTable(IDispatch* reportModule, const std::string& body
     return CreateReport(reportModule, "Output Variables for " + bodyName, "Data Table", setupName, variables,
                         {"X Component:=", variables.front(), "Y Component:=", names.Finish()});
 }
-
-std::string CComUtils::CallGetRegistryString(IDispatch* desktop, const std::string& key) {
-    CValue setting;
-    Dispatch::Call(desktop, L"GetRegistryString", {key}, setting);
-    return setting.ToText();
-}

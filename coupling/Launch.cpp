@@ -1,4 +1,4 @@
-#include "comutils/Dispatch.h"
+#include "comutils/DesktopCommands.h"
 #include "comutils/Text.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/Reference.h"
@@ -45,11 +45,11 @@ bool CKinoraVeltrixCoupling::LaunchDesktop() {
     // Fails harmlessly on a thread that is initialised already.
     (void)CoInitialize(nullptr);
     m_pApplication = CreateApplication(desktopClass);
-    CValue desktop;
-    if (!Dispatch::Call(m_pApplication, L"GetAppDesktop", {}, desktop))
+    CObject desktop;
+    if (!DesktopCommands::GetAppDesktop(m_pApplication, desktop)) {
         return false;
-    // Taken without a look at its type: an application that answers here gives its desktop.
-    m_pDesktop = desktop.Detach().pdispVal;
+    }
+    m_pDesktop = desktop.release();
     return true;
 }
 
@@ -60,8 +60,9 @@ bool CKinoraVeltrixCoupling::LaunchWhenNeeded() {
 bool CKinoraVeltrixCoupling::QuitApplication() {
     if (m_pProject && !(SaveProject() && CloseProject()))
         return false;
-    if (m_pDesktop)
-        Dispatch::Call(m_pDesktop, L"QuitApplication", {});
+    if (m_pDesktop) {
+        DesktopCommands::QuitApplication(m_pDesktop);
+    }
     ReleaseReference(m_pDesktop);
     ReleaseReference(m_pApplication);
     CoUninitialize();

@@ -1,6 +1,8 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/DesignCommands.h"
+#include "comutils/DesktopCommands.h"
 #include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
+#include "comutils/ProjectCommands.h"
 #include "comutils/Text.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/Reference.h"
@@ -32,20 +34,22 @@ ProjectPlace PlaceOf(const std::string& projectPath) {
 /// a second time.
 bool IsAt(IDispatch* project, const ProjectPlace& place) {
     std::string name, folder;
-    return Dispatch::QueryText(project, L"GetName", name) && name == place.name &&
-           Dispatch::QueryText(project, L"GetPath", folder) && Canonical(folder) == place.folder;
+    return ObjectCommands::GetName(project, name) && name == place.name && ProjectCommands::GetPath(project, folder) &&
+           Canonical(folder) == place.folder;
 }
 
 /// @return the project among those that the desktop has open; null when it is not there or they cannot be listed
 CObject FindOpenProject(IDispatch* desktop, const ProjectPlace& place) {
-    const CObject projects = Dispatch::QueryObject(desktop, L"GetProjects", {});
-    CValue count;
-    if (!Dispatch::Call(projects.get(), L"Count", {}, count))
+    const CObject projects = DesktopCommands::GetProjects(desktop);
+    LONG count = 0;
+    if (!DesktopCommands::GetCount(projects.get(), count)) {
         return nullptr;
-    for (LONG index = 0; index < count.Get().lVal; ++index) {
-        CObject project = Dispatch::QueryObject(projects.get(), L"Item", {CValue::Int(index)});
-        if (project && IsAt(project.get(), place))
+    }
+    for (LONG index = 0; index < count; ++index) {
+        CObject project = DesktopCommands::GetItem(projects.get(), index);
+        if (project && IsAt(project.get(), place)) {
             return project;
+        }
     }
     return nullptr;
 }
@@ -59,62 +63,75 @@ void CKinoraVeltrixCoupling::ReleaseDesignAndProject() {
 
 bool CKinoraVeltrixCoupling::CreateProject(const std::string& projectPath, const std::string& geometryFile,
                                            const std::string& units) {
-    if (!LaunchWhenNeeded())
+    if (!LaunchWhenNeeded()) {
         return false;
-    CObject project = Dispatch::QueryObject(m_pDesktop, L"NewProject", {});
-    if (!project)
+    }
+    CObject project = DesktopCommands::NewProject(m_pDesktop);
+    if (!project) {
         return false;
+    }
     m_pProject = project.release();
-    if (!CComUtils::CallSaveAs(m_pProject, projectPath, false) ||
-        !CComUtils::CallInsertDesign(m_pProject, newDesignName))
+    if (!ProjectCommands::SaveAs(m_pProject, projectPath, false) ||
+        !ProjectCommands::InsertDesign(m_pProject, newDesignName)) {
         return false;
-    m_pDesign = CComUtils::CallSetActive(m_pProject, L"SetActiveDesign", newDesignName);
-    return m_pDesign && CComUtils::CallSetDesignSetttings(m_pDesign) && InitGeometry(geometryFile, units);
+    }
+    m_pDesign = ProjectCommands::SetActiveDesign(m_pProject, newDesignName).release();
+    return m_pDesign && DesignCommands::SetDesignSettings(m_pDesign) && InitGeometry(geometryFile, units);
 }
 
 bool CKinoraVeltrixCoupling::OpenProject(const std::string& projectPath, const std::string& designName) {
-    if (!LaunchWhenNeeded())
+    if (!LaunchWhenNeeded()) {
         return false;
+    }
     ReleaseDesignAndProject();
     m_pProject = FindOpenProject(m_pDesktop, PlaceOf(projectPath)).release();
-    if (!m_pProject)
-        m_pProject = Dispatch::QueryObject(m_pDesktop, L"OpenProject", {projectPath}).release();
-    if (!m_pProject)
+    if (!m_pProject) {
+        m_pProject = DesktopCommands::OpenProject(m_pDesktop, projectPath).release();
+    }
+    if (!m_pProject) {
         return false;
-    if (designName.empty())
+    }
+    if (designName.empty()) {
         return true;
-    m_pDesign = CComUtils::CallSetActive(m_pProject, L"SetActiveDesign", designName);
+    }
+    m_pDesign = ProjectCommands::SetActiveDesign(m_pProject, designName).release();
     return m_pDesign != nullptr;
 }
 
 bool CKinoraVeltrixCoupling::GetVeltrixDesigns(const std::string& projectPath, std::vector<std::string>& designs) {
-    if (!OpenProject(projectPath, ""))
+    if (!OpenProject(projectPath, "")) {
         return false;
+    }
     CValue names;
-    if (!Dispatch::Call(m_pProject, L"GetChildNames", {}, names))
+    if (!ObjectCommands::GetChildNames(m_pProject, names)) {
         return false;
-    for (const std::string& name : CComUtils::ReadStringArray(names.Get())) {
-        const CObject design = Dispatch::QueryObject(m_pProject, L"GetDesign", {name});
+    }
+    for (const std::string& name : names.ToTexts()) {
+        const CObject design = ProjectCommands::GetDesign(m_pProject, name);
         CValue type;
-        if (!Dispatch::Call(design.get(), L"GetDesignType", {}, type))
+        if (!DesignCommands::GetDesignType(design.get(), type)) {
             return false;
-        if (type.IsText() && type.ToText() == Names::designType)
+        }
+        if (type.IsText() && type.ToText() == Names::designType) {
             designs.push_back(name);
+        }
     }
     std::sort(designs.begin(), designs.end());
     return true;
 }
 
 bool CKinoraVeltrixCoupling::SaveProject() {
-    return Dispatch::Call(m_pProject, L"Save", {});
+    return ProjectCommands::Save(m_pProject);
 }
 
 bool CKinoraVeltrixCoupling::CloseProject() {
-    if (!m_pProject)
+    if (!m_pProject) {
         return false;
+    }
     ReleaseReference(m_pDesign);
-    if (!Dispatch::Call(m_pProject, L"Close", {}))
+    if (!ProjectCommands::Close(m_pProject)) {
         return false;
+    }
     ReleaseReference(m_pProject);
     return true;
 }
