@@ -1,8 +1,12 @@
 #include "comutils/ComUtils.h"
 
+#include "comutils/CoordinateSystemCommands.h"
 #include "comutils/DesignCommands.h"
 #include "comutils/DesktopCommands.h"
 #include "comutils/Dispatch.h"
+#include "comutils/LoadCommands.h"
+#include "comutils/MaterialCommands.h"
+#include "comutils/ModelerCommands.h"
 #include "comutils/ObjectCommands.h"
 #include "comutils/ProjectCommands.h"
 
@@ -86,6 +90,64 @@ bool CComUtils::CallSetDesignSetttings(IDispatch* design) {
 
 bool CComUtils::CallSaveAs(IDispatch* project, const std::string& path, const bool& overwrite) {
     return ProjectCommands::SaveAs(project, path, overwrite);
+}
+
+bool CComUtils::CallCreateRelativeCS(IDispatch* editor, const std::string& body) {
+    return CoordinateSystemCommands::CreateBodyFrames(editor, body);
+}
+
+bool CComUtils::CallSetWorkingCS(IDispatch* editor, const std::string& csName) {
+    return CoordinateSystemCommands::SetWorkingFrame(editor, csName);
+}
+
+bool CComUtils::RecurseSetCoordinateSystem(IDispatch* object, const std::string& body) {
+    return CoordinateSystemCommands::AttachToBody(object, body);
+}
+
+bool CComUtils::CallMove(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
+                         const std::string& objectName) {
+    return CoordinateSystemCommands::Move(editor, pose, objectName);
+}
+
+bool CComUtils::CallRotate(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
+                           const std::string& objectName) {
+    return CoordinateSystemCommands::Rotate(editor, pose, objectName);
+}
+
+bool CComUtils::CallAssignMaterial(IDispatch* editor, const std::string& object, std::string material) {
+    return MaterialCommands::AssignMaterial(editor, object, material);
+}
+
+bool CComUtils::CallCloneMaterial(IDispatch* definitionManager, const std::string& source, const std::string& newName) {
+    return MaterialCommands::CloneMaterial(definitionManager, source, newName);
+}
+
+bool CComUtils::SetSolveInside(IDispatch* editor) {
+    return MaterialCommands::SetSolveInside(editor);
+}
+
+std::vector<std::string> CComUtils::GetNonVacuumObjects(IDispatch* editor, std::vector<std::string> objects) {
+    return MaterialCommands::NonVacuumObjects(editor, objects);
+}
+
+bool CComUtils::CallAssignForce(IDispatch* module, const std::string& body, const std::vector<std::string>& objects) {
+    return LoadCommands::AssignForce(module, body, objects);
+}
+
+bool CComUtils::CallAssignTorque(IDispatch* module, const std::string& body, const std::vector<std::string>& objects) {
+    return LoadCommands::AssignTorque(module, body, objects);
+}
+
+bool CComUtils::CallSetModelUnits(IDispatch* editor, const std::string& units) {
+    return ModelerCommands::SetModelUnits(editor, units);
+}
+
+bool CComUtils::CallImport(IDispatch* editor, const std::string& sourceFile) {
+    return ModelerCommands::Import(editor, sourceFile);
+}
+
+bool CComUtils::CallAssignRegion(IDispatch* editor) {
+    return ModelerCommands::CreateRegion(editor);
 }
 
 std::string CComUtils::CallGetRegistryString(IDispatch* desktop, const std::string& key) {

@@ -1,16 +1,21 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/CoordinateSystemCommands.h"
+
 #include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
 #include "comutils/Pose.h"
 #include "comutils/Text.h"
 
+namespace CoordinateSystemCommands {
 namespace {
+
+constexpr char frameProperty[] = "Coordinate System";
+constexpr char orientationProperty[] = "Orientation";
 
 CValue FrameAttributes(const std::string& name) {
     return {"NAME:Attributes", "Name:=", name};
 }
 
-CValue Selection(const std::string& objectName) {
+CValue Selection(std::string_view objectName) {
     return {"NAME:Selections", "Selections:=", objectName, "NewPartsModelFlag:=", "Model"};
 }
 
@@ -54,13 +59,18 @@ CValue ChildFrame(const std::string& parent) {
     // clang-format on
 }
 
-bool SetTextProperty(IDispatch* object, const char* property, const std::string& value) {
-    return CComUtils::CallSetPropValue(object, property, CValue(value).Get());
+std::vector<std::string> GetRelativeCoordinateSystems(IDispatch* editor) {
+    return Dispatch::QueryTexts(editor, L"GetRelativeCoordinateSystems");
 }
 
-bool RotateAbout(IDispatch* editor, const std::string& objectName, const char* axis, double radians) {
-    if (radians == 0.0)
+bool CreateRelativeCS(IDispatch* editor, CValue frame, const std::string& name) {
+    return Dispatch::Call(editor, L"CreateRelativeCS", {std::move(frame), FrameAttributes(name)});
+}
+
+bool RotateAbout(IDispatch* editor, std::string_view objectName, const char* axis, double radians) {
+    if (radians == 0.0) {
         return true;
+    }
     return Dispatch::Call(editor, L"Rotate",
                           {Selection(objectName),
                            {"NAME:RotateParameters", "RotateAxis:=", axis, "RotateAngle:=", Text::Fixed(radians)}});
@@ -68,49 +78,55 @@ bool RotateAbout(IDispatch* editor, const std::string& objectName, const char* a
 
 } // namespace
 
-bool CComUtils::CallCreateRelativeCS(IDispatch* editor, const std::string& body) {
+bool CreateBodyFrames(IDispatch* editor, const std::string& body) {
     const std::string frame = Names::ObjectFrame(body);
     // A body that has its frame is taken as set up, child frame included, even where that is missing.
-    if (CallAndGetStringSet(editor, L"GetRelativeCoordinateSystems").count(frame))
+    if (Names::Contains(GetRelativeCoordinateSystems(editor), frame)) {
         return true;
-    return Dispatch::Call(editor, L"CreateRelativeCS", {DrivenFrame(body), FrameAttributes(frame)}) &&
-           Dispatch::Call(editor, L"CreateRelativeCS", {ChildFrame(frame), FrameAttributes(Names::MagnetFrame(body))});
+    }
+    return CreateRelativeCS(editor, DrivenFrame(body), frame) &&
+           CreateRelativeCS(editor, ChildFrame(frame), Names::MagnetFrame(body));
 }
 
-bool CComUtils::CallSetWorkingCS(IDispatch* editor, const std::string& csName) {
+bool SetWorkingFrame(IDispatch* editor, std::string_view frame) {
     return Dispatch::Call(editor, L"SetWCS",
-                          {{"NAME:SetWCS Parameter", "Working Coordinate System:=", csName, "RegionDepCSOk:=", true}});
+                          {{"NAME:SetWCS Parameter", "Working Coordinate System:=", frame, "RegionDepCSOk:=", true}});
 }
 
-bool CComUtils::RecurseSetCoordinateSystem(IDispatch* object, const std::string& body) {
-    const std::vector<std::string> properties = CallGetPropNames(object);
-    if (Names::Contains(properties, "Coordinate System") &&
-        !SetTextProperty(object, "Coordinate System", Names::ObjectFrame(body)))
+bool AttachToBody(IDispatch* object, const std::string& body) {
+    const std::vector<std::string> properties = ObjectCommands::GetPropNames(object);
+    if (Names::Contains(properties, frameProperty) &&
+        !ObjectCommands::SetPropValue(object, frameProperty, Names::ObjectFrame(body))) {
         return false;
-    if (Names::Contains(properties, "Orientation") && !SetTextProperty(object, "Orientation", Names::MagnetFrame(body)))
+    }
+    if (Names::Contains(properties, orientationProperty) &&
+        !ObjectCommands::SetPropValue(object, orientationProperty, Names::MagnetFrame(body))) {
         return false;
-    for (const std::string& name : CallGetChildNames(object)) {
-        const CObject child = Dispatch::Own(CallGetChildObject(object, name));
-        if (!child || !RecurseSetCoordinateSystem(child.get(), body))
+    }
+    for (const std::string& name : ObjectCommands::ChildNames(object)) {
+        const CObject child = ObjectCommands::GetChildObject(object, name);
+        if (!child || !AttachToBody(child.get(), body)) {
             return false;
+        }
     }
     return true;
 }
 
-bool CComUtils::CallMove(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
-                         const std::string& objectName) {
+bool Move(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose, std::string_view objectName) {
     const auto& [x, y, z] = pose.translation;
-    if (x == 0.0 && y == 0.0 && z == 0.0)
+    if (x == 0.0 && y == 0.0 && z == 0.0) {
         return true;
+    }
     return Dispatch::Call(editor, L"Move",
                           {Selection(objectName),
                            {"NAME:TranslateParameters", "TranslateVectorX:=", Pose::LengthText(-x),
                             "TranslateVectorY:=", Pose::LengthText(-y), "TranslateVectorZ:=", Pose::LengthText(-z)}});
 }
 
-bool CComUtils::CallRotate(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
-                           const std::string& objectName) {
+bool Rotate(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose, std::string_view objectName) {
     const Pose::Angles angles = Pose::AnglesOf(pose.rotation);
     return RotateAbout(editor, objectName, "X", angles.psi) && RotateAbout(editor, objectName, "Y", angles.theta) &&
            RotateAbout(editor, objectName, "Z", angles.phi);
 }
+
+} // namespace CoordinateSystemCommands

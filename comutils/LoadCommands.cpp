@@ -1,11 +1,13 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/LoadCommands.h"
+
 #include "comutils/Names.h"
 
 #include <algorithm>
 #include <iterator>
 
-bool CComUtils::CallAssignForce(IDispatch* module, const std::string& body, const std::vector<std::string>& objects) {
+namespace LoadCommands {
+
+bool AssignForce(IDispatch* module, const std::string& body, const std::vector<std::string>& objects) {
     // clang-format off
     return Dispatch::Call(module, L"AssignForce",
         {{Names::Block(Names::Force(body)),
@@ -15,7 +17,7 @@ bool CComUtils::CallAssignForce(IDispatch* module, const std::string& body, cons
     // clang-format on
 }
 
-bool CComUtils::CallAssignTorque(IDispatch* module, const std::string& body, const std::vector<std::string>& objects) {
+bool AssignTorque(IDispatch* module, const std::string& body, const std::vector<std::string>& objects) {
     // Each axis is named by the letter that its ending carries.
     return std::all_of(std::begin(Names::axes), std::end(Names::axes), [&](const char* ending) {
         // clang-format off
@@ -29,3 +31,5 @@ bool CComUtils::CallAssignTorque(IDispatch* module, const std::string& body, con
         // clang-format on
     });
 }
+
+} // namespace LoadCommands

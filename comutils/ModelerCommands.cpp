@@ -1,11 +1,13 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/ModelerCommands.h"
 
+#include "comutils/Names.h"
+
+namespace ModelerCommands {
 namespace {
 
 CValue RegionPadding() {
     constexpr char relative[] = "Percentage Offset";
-    constexpr char x[] = "RegionPaddingX", y[] = "RegionPaddingY", z[] = "RegionPaddingZ";
+    const auto& [x, y, z] = Names::regionPaddings;
     // clang-format off
     return {"NAME:RegionParameters",
             "+XPaddingType:=", relative, "+XPadding:=", x,
@@ -24,13 +26,13 @@ CValue RegionAttributes() {
             "Flags:=", "Wireframe#",
             "Color:=", "(143 175 143)",
             "Transparency:=", 0.0,
-            "PartCoordinateSystem:=", "Global",
+            "PartCoordinateSystem:=", Names::globalFrame,
             "UDMId:=", "",
-            "MaterialValue:=", "\"vacuum\"",
+            "MaterialValue:=", Names::quotedVacuum,
             "SurfaceMaterialValue:=", "\"\"",
             "SolveInside:=", true,
             "ShellElement:=", false,
-            "ShellElementThickness:=", "nan ",
+            "ShellElementThickness:=", Names::noThickness,
             "IsMaterialEditable:=", true,
             "UseMaterialAppearance:=", false,
             "IsLightweight:=", false};
@@ -39,15 +41,21 @@ CValue RegionAttributes() {
 
 } // namespace
 
-bool CComUtils::CallSetModelUnits(IDispatch* editor, const std::string& units) {
+bool SetModelUnits(IDispatch* editor, std::string_view units) {
     return Dispatch::Call(editor, L"SetModelUnits", {{"NAME:Units Parameter", "Units:=", units, "Rescale:=", false}});
 }
 
-bool CComUtils::CallImport(IDispatch* editor, const std::string& sourceFile) {
+bool Import(IDispatch* editor, std::string_view sourceFile) {
     return Dispatch::Call(editor, L"Import",
                           {{"NAME:NativeBodyParameters", "ImportMaterialNames:=", true, "SourceFile:=", sourceFile}});
 }
 
-bool CComUtils::CallAssignRegion(IDispatch* editor) {
+bool CreateRegion(IDispatch* editor) {
     return Dispatch::Call(editor, L"CreateRegion", {RegionPadding(), RegionAttributes()});
 }
+
+bool FitAll(IDispatch* editor) {
+    return Dispatch::Call(editor, L"FitAll", {});
+}
+
+} // namespace ModelerCommands

@@ -10,9 +10,13 @@ namespace Names {
 
 inline constexpr char magnetostatic[] = "Magnetostatic";
 inline constexpr char designType[] = "Veltrix 3D";
+inline constexpr char newDesign[] = "Veltrix3DDesign1";
 inline constexpr char modelerEditor[] = "3D Modeler";
+inline constexpr char globalFrame[] = "Global";
 inline constexpr char defaultSetup[] = "Setup1";
 inline constexpr char timeVariable[] = "SimTime";
+/// The variables with the percentages by which the region reaches beyond the model, along x, y, z.
+inline constexpr const char* regionPaddings[] = {"RegionPaddingX", "RegionPaddingY", "RegionPaddingZ"};
 inline constexpr char parametricChild[] = "Paravant";
 inline constexpr char materialsChild[] = "Materials";
 inline constexpr char setupModule[] = "AnalysisSetup";
@@ -20,6 +24,10 @@ inline constexpr char loadModule[] = "VeltrixParameterSetup";
 inline constexpr char outputVariableModule[] = "OutputVariable";
 inline constexpr char reportModule[] = "ReportSetup";
 inline constexpr char fieldsModule[] = "FieldsReporter";
+/// The material of empty space as an object's property has it.
+inline constexpr char quotedVacuum[] = "\"vacuum\"";
+/// The thickness of a body that is no shell.
+inline constexpr char noThickness[] = "nan ";
 inline constexpr char coercivity[] = "Magnetic Coercivity Components";
 inline constexpr char newtonUnit[] = "Newton";
 inline constexpr char torqueUnit[] = "mNewtonMeter";
