@@ -2,13 +2,20 @@
 
 #include "comutils/CoordinateSystemCommands.h"
 #include "comutils/DesignCommands.h"
+#include "comutils/DesignVariableCommands.h"
 #include "comutils/DesktopCommands.h"
 #include "comutils/Dispatch.h"
+#include "comutils/FieldPlotCommands.h"
 #include "comutils/LoadCommands.h"
 #include "comutils/MaterialCommands.h"
 #include "comutils/ModelerCommands.h"
+#include "comutils/Names.h"
 #include "comutils/ObjectCommands.h"
+#include "comutils/OutputVariableCommands.h"
+#include "comutils/ParametricCommands.h"
 #include "comutils/ProjectCommands.h"
+#include "comutils/ReportCommands.h"
+#include "comutils/SetupCommands.h"
 
 namespace {
 
@@ -150,6 +157,78 @@ bool CComUtils::CallAssignRegion(IDispatch* editor) {
     return ModelerCommands::CreateRegion(editor);
 }
 
+std::string CComUtils::GetFirstSetup(IDispatch* design) {
+    return SetupCommands::GetFirstSetup(design);
+}
+
+bool CComUtils::CallInsertSetup(IDispatch* module, const std::string& name) {
+    return SetupCommands::InsertAnalysisSetup(module, name);
+}
+
+bool CComUtils::CheckAndInsertSetup(IDispatch* design) {
+    return SetupCommands::EnsureSetup(design);
+}
+
+bool CComUtils::CallAnalyze(IDispatch* design, const std::string& setupName, int& status) {
+    return SetupCommands::Analyze(design, setupName, status);
+}
+
+bool CComUtils::InsertExpressionCaches(IDispatch* design, const IKinoraVeltrixInterface::Transform& transform) {
+    return SetupCommands::InsertExpressionCaches(design, transform.name);
+}
+
+bool CComUtils::CreateOutputVariables(IDispatch* design, const IKinoraVeltrixInterface::Transform& transform,
+                                      const std::string& setupName) {
+    return OutputVariableCommands::CreateOutputVariables(design, transform.name, setupName);
+}
+
+bool CComUtils::CallGetOutputVariableValue(IDispatch* module, const std::string& name, const std::string& setupName,
+                                           double& value) {
+    return OutputVariableCommands::GetOutputVariableValue(module, name, Names::Solution(setupName), value);
+}
+
+bool CComUtils::ExtractOutputData(IDispatch* design, const std::string& name, const std::string& setupName,
+                                  IKinoraVeltrixInterface::Result& result) {
+    return OutputVariableCommands::ReadLoads(design, name, setupName, result);
+}
+
+VARIANT CComUtils::GetChangePropertyArgument(std::string name, std::string value, bool isNew) {
+    return DesignVariableCommands::ChangeArgument(name, value, isNew).Detach();
+}
+
+bool CComUtils::UpdateVariables(IDispatch* design, const std::map<std::string, std::string>& variables) {
+    return DesignVariableCommands::ChangeVariables(design, variables);
+}
+
+VARIANT CComUtils::GetParavantArgument(std::vector<std::string> variables, std::vector<std::vector<std::string>> rows) {
+    return ParametricCommands::HistoryArgument(variables, rows).Detach();
+}
+
+std::set<std::string> CComUtils::GetReportNames(IDispatch* design) {
+    return AsSet(ReportCommands::GetReportNames(design).ToTexts());
+}
+
+bool CComUtils::CreateEmptyReport(IDispatch* reportModule, const std::string& reportName, const std::string& setupName,
+                                  const std::vector<std::string>& variables) {
+    return ReportCommands::CreateEmptyReport(reportModule, reportName, setupName, variables);
+}
+
+bool CComUtils::ClearAndImportReport(IDispatch* reportModule, const std::string& reportName,
+                                     const std::string& filePath) {
+    return ReportCommands::ClearAndImport(reportModule, reportName, filePath);
+}
+
+bool CComUtils::CreateDataTable(IDispatch* reportModule, const std::string& bodyName, const std::string& setupName,
+                                const std::vector<std::string>& variables) {
+    return ReportCommands::CreateDataTable(reportModule, bodyName, setupName, variables);
+}
+
 std::string CComUtils::CallGetRegistryString(IDispatch* desktop, const std::string& key) {
     return DesktopCommands::GetRegistryString(desktop, key);
+}
+
+bool CComUtils::CreateFieldPlot(IDispatch* fieldsModule, const std::string& plotName, const std::string& plotFolder,
+                                const std::string& setupName, const std::string& quantityName,
+                                const std::vector<std::string>& objectNames) {
+    return FieldPlotCommands::CreateFieldPlot(fieldsModule, plotName, plotFolder, setupName, quantityName, objectNames);
 }

@@ -1,7 +1,5 @@
 #include "comutils/Dispatch.h"
 
-#include "comutils/ComUtils.h"
-
 #include <array>
 #include <cassert>
 #include <iterator>
@@ -72,22 +70,7 @@ std::vector<std::string> QueryTexts(IDispatch* object, const wchar_t* methodName
 CObject QueryObject(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments) {
     CValue result;
     Call(object, methodName, arguments, result);
-    return Own(result.DetachObject());
-}
-
-bool QueryLocalVariables(IDispatch* design, std::vector<std::string>& names) {
-    CValue result;
-    if (!Call(design, L"GetProperties", {"LocalVariableTab", "LocalVariables"}, result))
-        return false;
-    names = result.ToTexts();
-    return true;
-}
-
-CValue QueryReportNames(IDispatch* design) {
-    const CObject results = Own(CComUtils::CallGetChildObject(design, "Results"));
-    CValue names;
-    Call(results.get(), L"GetChildNames", {}, names);
-    return names;
+    return CObject(result.DetachObject());
 }
 
 } // namespace Dispatch

@@ -48,16 +48,4 @@ std::vector<std::string> QueryTexts(IDispatch* object, const wchar_t* methodName
 /// @return the object that the method gives; null when the call fails or gives none
 CObject QueryObject(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments);
 
-/// Takes over the reference of an object that a wrapper returned.
-inline CObject Own(IDispatch* object) {
-    return CObject(object);
-}
-
-/// Names of the design's local variables ("GetProperties").
-/// @return false when the call fails; a result that is no array gives no names
-bool QueryLocalVariables(IDispatch* design, std::vector<std::string>& names);
-
-/// @return the list of the names of the design's reports as the desktop gives it, to be read when it is needed
-CValue QueryReportNames(IDispatch* design);
-
 } // namespace Dispatch

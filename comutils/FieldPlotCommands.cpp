@@ -1,17 +1,19 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/FieldPlotCommands.h"
+
 #include "comutils/Names.h"
 
+namespace FieldPlotCommands {
 namespace {
 
-CValue VolumeOf(const std::vector<std::string>& objectNames) {
-    CListBuilder volume(4 + objectNames.size());
+CValue VolumeOf(const std::vector<std::string>& objects) {
+    CListBuilder volume(4 + objects.size());
     volume.Add(1.0);
     volume.Add("Volume");
     volume.Add("ObjList");
-    volume.Add(static_cast<double>(objectNames.size()));
-    for (const std::string& name : objectNames)
+    volume.Add(static_cast<double>(objects.size()));
+    for (const std::string& name : objects) {
         volume.Add(name);
+    }
     return volume.Finish();
 }
 
@@ -35,23 +37,22 @@ CValue VolumeSettings() {
 
 } // namespace
 
-bool CComUtils::CreateFieldPlot(IDispatch* fieldsModule, const std::string& plotName, const std::string& plotFolder,
-                                const std::string& setupName, const std::string& quantityName,
-                                const std::vector<std::string>& objectNames) {
+bool CreateFieldPlot(IDispatch* module, std::string_view plot, std::string_view folder, const std::string& setup,
+                     std::string_view quantity, const std::vector<std::string>& objects) {
     // clang-format off
-    return Dispatch::Call(fieldsModule, L"CreateFieldPlot",
-        {{Names::Block(plotName),
-          "SolutionName:=", Names::Solution(setupName),
+    return Dispatch::Call(module, L"CreateFieldPlot",
+        {{Names::Block(plot),
+          "SolutionName:=", Names::Solution(setup),
           "UserSpecifyName:=", 0.0,
           "UserSpecifyFolder:=", 0.0,
-          "QuantityName:=", quantityName,
-          "PlotFolder:=", plotFolder,
+          "QuantityName:=", quantity,
+          "PlotFolder:=", folder,
           "StreamlinePlot:=", false,
           "AdjacentSidePlot:=", false,
           "FullModelPlot:=", false,
           "IntrinsicVar:=", "",
           "EnableGaussianSmoothing:=", false, // stands twice: for the geometry and for the volume
-          "PlotGeomInfo:=", VolumeOf(objectNames),
+          "PlotGeomInfo:=", VolumeOf(objects),
           "FilterBoxes:=", {0.0},
           VolumeSettings(),
           "EnableGaussianSmoothing:=", false,
@@ -59,3 +60,5 @@ bool CComUtils::CreateFieldPlot(IDispatch* fieldsModule, const std::string& plot
          "Field"});
     // clang-format on
 }
+
+} // namespace FieldPlotCommands

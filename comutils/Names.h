@@ -19,6 +19,7 @@ inline constexpr char timeVariable[] = "SimTime";
 inline constexpr const char* regionPaddings[] = {"RegionPaddingX", "RegionPaddingY", "RegionPaddingZ"};
 inline constexpr char parametricChild[] = "Paravant";
 inline constexpr char materialsChild[] = "Materials";
+inline constexpr char resultsChild[] = "Results";
 inline constexpr char setupModule[] = "AnalysisSetup";
 inline constexpr char loadModule[] = "VeltrixParameterSetup";
 inline constexpr char outputVariableModule[] = "OutputVariable";

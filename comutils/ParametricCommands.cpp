@@ -1,8 +1,15 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Names.h"
-#include "comutils/ParametricHistory.h"
+#include "comutils/ParametricCommands.h"
 
+#include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
+#include "comutils/SetupCommands.h"
+
+#include <iterator>
+
+namespace ParametricCommands {
 namespace {
+
+constexpr char historySetup[] = "KinoraHistory";
 
 using Row = std::vector<std::string>;
 
@@ -33,11 +40,12 @@ CValue AddedPoints(const std::vector<Row>& rows) {
 
 } // namespace
 
-CValue ParametricHistory::Argument(const std::vector<std::string>& variables, const std::vector<Row>& rows) {
-    if (rows.empty() || rows.front().size() < variables.size())
+CValue HistoryArgument(const std::vector<std::string>& variables, const std::vector<Row>& rows) {
+    if (rows.empty() || rows.front().size() < variables.size()) {
         return CValue();
+    }
     // clang-format off
-    return {Names::Block(setupName),
+    return {Names::Block(historySetup),
             "IsEnabled:=", true,
             {"NAME:ProdOptiSetupDataV2",
              "SaveFields:=", true,
@@ -51,6 +59,20 @@ CValue ParametricHistory::Argument(const std::vector<std::string>& variables, co
     // clang-format on
 }
 
-VARIANT CComUtils::GetParavantArgument(std::vector<std::string> variables, std::vector<Row> rows) {
-    return ParametricHistory::Argument(variables, rows).Detach();
+bool HasHistory(IDispatch* setups) {
+    return Names::Contains(ObjectCommands::ChildNames(setups), historySetup);
 }
+
+bool InsertHistory(IDispatch* setups, CValue history) {
+    return SetupCommands::InsertSetup(setups, "OptiParametric", std::move(history));
+}
+
+bool EditHistory(IDispatch* setups, CValue history) {
+    return SetupCommands::EditSetup(setups, historySetup, std::move(history));
+}
+
+bool DeleteHistory(IDispatch* setups) {
+    return Dispatch::Call(setups, L"DeleteSetups", {{historySetup}});
+}
+
+} // namespace ParametricCommands

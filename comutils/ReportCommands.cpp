@@ -1,7 +1,9 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
-#include "comutils/Names.h"
+#include "comutils/ReportCommands.h"
 
+#include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
+
+namespace ReportCommands {
 namespace {
 
 /// The first variable takes all its values, the others their nominal one.
@@ -16,48 +18,54 @@ CValue Families(const std::vector<std::string>& variables) {
     return families.Finish();
 }
 
-bool CreateReport(IDispatch* reportModule, const std::string& reportName, const char* display,
-                  const std::string& setupName, const std::vector<std::string>& variables, CValue data) {
-    return Dispatch::Call(reportModule, L"CreateReport",
-                          {reportName, Names::magnetostatic, display, Names::Solution(setupName), CValue(),
-                           Families(variables), std::move(data)});
+bool CreateReport(IDispatch* module, std::string_view report, const char* display, const std::string& setup,
+                  const std::vector<std::string>& variables, CValue data) {
+    return Dispatch::Call(module, L"CreateReport",
+                          {report, Names::magnetostatic, display, Names::Solution(setup), CValue(), Families(variables),
+                           std::move(data)});
 }
 
 } // namespace
 
-std::set<std::string> CComUtils::GetReportNames(IDispatch* design) {
-    const std::vector<std::string> names = ReadStringArray(Dispatch::QueryReportNames(design).Get());
-    return {names.begin(), names.end()};
+CValue GetReportNames(IDispatch* design) {
+    CValue names;
+    ObjectCommands::GetChildNames(ObjectCommands::GetChildObject(design, Names::resultsChild).get(), names);
+    return names;
 }
 
-bool CComUtils::CreateEmptyReport(IDispatch* reportModule, const std::string& reportName, const std::string& setupName,
-                                  const std::vector<std::string>& variables) {
-    if (variables.empty())
+bool CreateEmptyReport(IDispatch* module, std::string_view report, const std::string& setup,
+                       const std::vector<std::string>& variables) {
+    if (variables.empty()) {
         return false;
-    return CreateReport(reportModule, reportName, "Rectangular Plot", setupName, variables,
+    }
+    return CreateReport(module, report, "Rectangular Plot", setup, variables,
                         {"X Component:=", Names::timeVariable, "Y Component:=", CValue::EmptyList()});
 }
 
-bool CComUtils::ClearAndImportReport(IDispatch* reportModule, const std::string& reportName,
-                                     const std::string& filePath) {
-    CValue result;
-    if (!Dispatch::Call(reportModule, L"GetReportTraceNames", {reportName}, result))
+bool CreateDataTable(IDispatch* module, const std::string& body, const std::string& setup,
+                     const std::vector<std::string>& variables) {
+    if (variables.empty()) {
         return false;
-    const std::vector<std::string> traces = ReadStringArray(result.Get());
-    if (!traces.empty() &&
-        !Dispatch::Call(reportModule, L"DeleteTraces", {{reportName + ":=", CListBuilder::OfTexts(traces)}}))
-        return false;
-    return Dispatch::Call(reportModule, L"ImportIntoReport", {reportName, filePath});
-}
-
-bool CComUtils::CreateDataTable(IDispatch* reportModule, const std::string& bodyName, const std::string& setupName,
-                                const std::vector<std::string>& variables) {
-    if (variables.empty())
-        return false;
-    const auto outputs = Names::OutputVariables(bodyName);
+    }
+    const auto outputs = Names::OutputVariables(body);
     CListBuilder names(outputs.size());
-    for (const auto& [name, expression] : outputs)
+    for (const auto& [name, expression] : outputs) {
         names.Add(name);
-    return CreateReport(reportModule, "Output Variables for " + bodyName, "Data Table", setupName, variables,
+    }
+    return CreateReport(module, "Output Variables for " + body, "Data Table", setup, variables,
                         {"X Component:=", variables.front(), "Y Component:=", names.Finish()});
 }
+
+bool ClearAndImport(IDispatch* module, const std::string& report, std::string_view path) {
+    CValue result;
+    if (!Dispatch::Call(module, L"GetReportTraceNames", {report}, result)) {
+        return false;
+    }
+    const std::vector<std::string> traces = result.ToTexts();
+    if (!traces.empty() && !Dispatch::Call(module, L"DeleteTraces", {{report + ":=", CListBuilder::OfTexts(traces)}})) {
+        return false;
+    }
+    return Dispatch::Call(module, L"ImportIntoReport", {report, path});
+}
+
+} // namespace ReportCommands

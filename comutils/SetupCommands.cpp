@@ -1,13 +1,15 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/SetupCommands.h"
+
+#include "comutils/DesignCommands.h"
 #include "comutils/Names.h"
 
 #include <algorithm>
 
+namespace SetupCommands {
 namespace {
 
 CObject SetupModule(IDispatch* design) {
-    return Dispatch::Own(CComUtils::CallGetModule(design, Names::setupModule));
+    return DesignCommands::GetModule(design, Names::setupModule);
 }
 
 CValue CacheItems(const std::string& body) {
@@ -28,50 +30,61 @@ CValue CacheItems(const std::string& body) {
 
 } // namespace
 
-std::string CComUtils::GetFirstSetup(IDispatch* design) {
-    CValue setups;
-    Dispatch::Call(SetupModule(design).get(), L"GetSetups", {}, setups);
-    const std::vector<std::string> names = ReadStringArray(setups.Get());
+bool InsertSetup(IDispatch* setups, std::string_view type, CValue definition) {
+    return Dispatch::Call(setups, L"InsertSetup", {type, std::move(definition)});
+}
+
+bool EditSetup(IDispatch* setups, std::string_view name, CValue definition) {
+    return Dispatch::Call(setups, L"EditSetup", {name, std::move(definition)});
+}
+
+std::string GetFirstSetup(IDispatch* design) {
+    const std::vector<std::string> names = Dispatch::QueryTexts(SetupModule(design).get(), L"GetSetups");
     return names.empty() ? std::string() : *std::min_element(names.begin(), names.end());
 }
 
-bool CComUtils::CallInsertSetup(IDispatch* module, const std::string& name) {
+bool InsertAnalysisSetup(IDispatch* module, std::string_view name) {
     // clang-format off
-    return Dispatch::Call(module, L"InsertSetup",
-        {Names::magnetostatic,
-         {Names::Block(name),
-          "Enabled:=", true,
-          "MaximumPasses:=", 15.0,
-          "PercentError:=", 0.5}});
+    return InsertSetup(module, Names::magnetostatic,
+        {Names::Block(name),
+         "Enabled:=", true,
+         "MaximumPasses:=", 15.0,
+         "PercentError:=", 0.5});
     // clang-format on
 }
 
-bool CComUtils::CheckAndInsertSetup(IDispatch* design) {
+bool EnsureSetup(IDispatch* design) {
     const CObject module = SetupModule(design);
-    if (!module)
+    if (!module) {
         return false;
-    return !GetFirstSetup(design).empty() || CallInsertSetup(module.get(), Names::defaultSetup);
+    }
+    return !GetFirstSetup(design).empty() || InsertAnalysisSetup(module.get(), Names::defaultSetup);
 }
 
-bool CComUtils::CallAnalyze(IDispatch* design, const std::string& setupName, int& status) {
+bool Analyze(IDispatch* design, std::string_view setup, int& status) {
     CValue answer;
-    if (!Dispatch::Call(design, L"Analyze", {setupName}, answer))
+    if (!Dispatch::Call(design, L"Analyze", {setup}, answer)) {
         return false;
+    }
     // The solver's code is the low half of the value, whatever the value's type.
     const VARIANT& value = answer.Get();
-    if (value.vt == VT_I4 && value.iVal == 0)
+    if (value.vt == VT_I4 && value.iVal == 0) {
         return true;
+    }
     status = value.iVal;
     return false;
 }
 
-bool CComUtils::InsertExpressionCaches(IDispatch* design, const IKinoraVeltrixInterface::Transform& transform) {
+bool InsertExpressionCaches(IDispatch* design, const std::string& body) {
     const CObject module = SetupModule(design);
-    if (!module)
+    if (!module) {
         return false;
+    }
     const std::string setup = GetFirstSetup(design);
-    if (setup.empty())
+    if (setup.empty()) {
         return false;
-    return Dispatch::Call(module.get(), L"EditSetup",
-                          {setup, {Names::Block(setup), "Enabled:=", true, CacheItems(transform.name)}});
+    }
+    return EditSetup(module.get(), setup, {Names::Block(setup), "Enabled:=", true, CacheItems(body)});
 }
+
+} // namespace SetupCommands

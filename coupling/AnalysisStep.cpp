@@ -1,9 +1,14 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/DesignCommands.h"
+#include "comutils/DesignVariableCommands.h"
+#include "comutils/DesktopCommands.h"
 #include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
+#include "comutils/OutputVariableCommands.h"
 #include "comutils/Pose.h"
+#include "comutils/ProjectCommands.h"
+#include "comutils/ReportCommands.h"
+#include "comutils/SetupCommands.h"
 #include "comutils/Text.h"
-#include "comutils/VariableUpdates.h"
 #include "coupling/CsvFile.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/ReportsFolder.h"
@@ -30,6 +35,10 @@ namespace {
 
 using Transform = IKinoraVeltrixInterface::Transform;
 using Result = IKinoraVeltrixInterface::Result;
+
+// Severities of messages as the desktop counts them.
+constexpr int allMessages = 0;
+constexpr int warning = 1;
 
 void WriteLogHeader(CCsvFile& log, const std::vector<Transform>& transforms) {
     log << "Step," << Names::timeVariable;
@@ -63,16 +72,16 @@ public:
     void Refill(const std::string& report, const std::string& body, QuantityName quantity, const char* unit,
                 const double (&load)[3]) {
         if (!Exists(report))
-            CComUtils::CreateEmptyReport(m_module, report, m_setup, m_localVariables);
+            ReportCommands::CreateEmptyReport(m_module, report, m_setup, m_localVariables);
         const std::string path = m_folder + "/" + report + ".csv";
         AppendData(path, body, quantity, unit, load);
-        CComUtils::ClearAndImportReport(m_module, report, path);
+        ReportCommands::ClearAndImport(m_module, report, path);
     }
 
 private:
     bool Exists(const std::string& report) {
         if (!m_existing) {
-            const std::vector<std::string> names = CComUtils::ReadStringArray(m_names.Get());
+            const std::vector<std::string> names = m_names.ToTexts();
             m_existing.emplace(names.begin(), names.end());
         }
         return m_existing->count(report) != 0;
@@ -113,7 +122,7 @@ std::vector<std::string> StepRow(const std::string& timeText, std::vector<std::a
 
 bool ReportsWanted(IDispatch* desktop) {
     static const std::string key = "Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve";
-    const std::string option = CComUtils::CallGetRegistryString(desktop, key);
+    const std::string option = DesktopCommands::GetRegistryString(desktop, key);
     return option != "Never" && option != "On Completion";
 }
 
@@ -127,14 +136,14 @@ bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& 
     if (!ReadStepNames(step))
         return false;
     if (m_pDesktop)
-        Dispatch::Call(m_pDesktop, L"ClearMessages", {step.projectName, step.designName, CValue::Int(0)});
+        DesktopCommands::ClearMessages(m_pDesktop, step.projectName, step.designName, allMessages);
     CountStep(step);
-    if (!Dispatch::QueryLocalVariables(m_pDesign, step.localVariables))
+    if (!DesignVariableCommands::GetVariables(m_pDesign, step.localVariables))
         return false;
     if (!MoveBodies(step, transforms) || !AddParametricSetup(step.isFirst))
         return false;
-    step.setup = CComUtils::GetFirstSetup(m_pDesign);
-    if (step.setup.empty() || !CComUtils::CallAnalyze(m_pDesign, step.setup, status))
+    step.setup = SetupCommands::GetFirstSetup(m_pDesign);
+    if (step.setup.empty() || !SetupCommands::Analyze(m_pDesign, step.setup, status))
         return false;
 
     std::string logPath;
@@ -143,17 +152,16 @@ bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& 
     } catch (...) {
         // The solve is done and its results count; whatever went wrong here is a warning to the desktop's user.
         if (m_pDesktop)
-            Dispatch::Call(m_pDesktop, L"AddMessage",
-                           {step.projectName, step.designName, CValue::Int(1),
-                            "Kinora-Veltrix Coupling log path is not valid: " + logPath, ""});
+            DesktopCommands::AddMessage(m_pDesktop, step.projectName, step.designName, warning,
+                                        "Kinora-Veltrix Coupling log path is not valid: " + logPath);
         return true;
     }
 }
 
 bool CKinoraVeltrixCoupling::ReadStepNames(Step& step) const {
-    return Dispatch::QueryText(m_pProject, L"GetName", step.projectName) &&
-           Dispatch::QueryText(m_pProject, L"GetPath", step.projectPath) &&
-           Dispatch::QueryText(m_pDesign, L"GetName", step.designName);
+    return ObjectCommands::GetName(m_pProject, step.projectName) &&
+           ProjectCommands::GetPath(m_pProject, step.projectPath) &&
+           ObjectCommands::GetName(m_pDesign, step.designName);
 }
 
 void CKinoraVeltrixCoupling::CountStep(const Step& step) {
@@ -169,7 +177,7 @@ void CKinoraVeltrixCoupling::CountStep(const Step& step) {
 /// Writes time and poses into the design's variables, in one command, and records them.
 bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Transform>& transforms) {
     const std::string timeText = Text::Fixed(step.time) + "s";
-    std::vector<VariableUpdates::Update> updates;
+    std::vector<DesignVariableCommands::Update> updates;
     updates.reserve(1 + 6 * transforms.size());
     if (Names::Contains(step.localVariables, Names::timeVariable))
         updates.emplace_back(Names::timeVariable, timeText);
@@ -187,8 +195,8 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
         }
     }
     // Of two bodies with one name the first one moves.
-    VariableUpdates::Sort(updates);
-    if (!updates.empty() && !VariableUpdates::Send(m_pDesign, updates))
+    DesignVariableCommands::Sort(updates);
+    if (!updates.empty() && !DesignVariableCommands::ChangeVariables(m_pDesign, updates))
         return false;
     m_stepRows.push_back(StepRow(timeText, poses));
     return true;
@@ -211,15 +219,15 @@ bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<T
         WriteLogHeader(log, transforms);
     log << std::to_string(m_stepCount) << "," << step.time;
 
-    CValue reportNames = Dispatch::QueryReportNames(m_pDesign);
-    const CObject module = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::reportModule));
+    CValue reportNames = ReportCommands::GetReportNames(m_pDesign);
+    const CObject module = DesignCommands::GetModule(m_pDesign, Names::reportModule);
     if (!module)
         return false;
     CStepReports reports(module.get(), folder, step.time, step.setup, step.localVariables, std::move(reportNames));
     for (const Transform& transform : transforms) {
         const std::string& body = transform.name;
         Result result;
-        if (!CComUtils::ExtractOutputData(m_pDesign, body, step.setup, result))
+        if (!OutputVariableCommands::ReadLoads(m_pDesign, body, step.setup, result))
             return false;
         results.push_back(result);
         LogBody(log, transform, result);

@@ -1,18 +1,22 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/DesignCommands.h"
+#include "comutils/MaterialCommands.h"
+#include "comutils/ModelerCommands.h"
 #include "comutils/Names.h"
+#include "comutils/SetupCommands.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 
 bool CKinoraVeltrixCoupling::InitGeometry(const std::string& geometryFile, const std::string& units) {
-    if (!m_pDesign)
+    if (!m_pDesign) {
         return false;
-    const CObject editor = Dispatch::Own(CComUtils::CallSetActive(m_pDesign, L"SetActiveEditor", Names::modelerEditor));
+    }
+    const CObject editor = DesignCommands::SetActiveEditor(m_pDesign, Names::modelerEditor);
     // The unit decides how the file's numbers are read, so it comes first.
-    if (!editor || !CComUtils::CallSetModelUnits(editor.get(), units) ||
-        !CComUtils::CallImport(editor.get(), geometryFile) || !CComUtils::SetSolveInside(editor.get()) ||
-        !CComUtils::CheckAndInsertSetup(m_pDesign))
+    if (!editor || !ModelerCommands::SetModelUnits(editor.get(), units) ||
+        !ModelerCommands::Import(editor.get(), geometryFile) || !MaterialCommands::SetSolveInside(editor.get()) ||
+        !SetupCommands::EnsureSetup(m_pDesign)) {
         return false;
+    }
     // Only changes what the user sees; a desktop that cannot do it is no failure.
-    Dispatch::Call(editor.get(), L"FitAll", {});
+    ModelerCommands::FitAll(editor.get());
     return true;
 }

@@ -1,7 +1,17 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/CoordinateSystemCommands.h"
+#include "comutils/DesignCommands.h"
+#include "comutils/DesignVariableCommands.h"
+#include "comutils/FieldPlotCommands.h"
+#include "comutils/LoadCommands.h"
+#include "comutils/MaterialCommands.h"
+#include "comutils/ModelerCommands.h"
 #include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
+#include "comutils/OutputVariableCommands.h"
 #include "comutils/Pose.h"
+#include "comutils/ProjectCommands.h"
+#include "comutils/ReportCommands.h"
+#include "comutils/SetupCommands.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/ModelBuild.h"
 
@@ -11,38 +21,40 @@ namespace {
 
 using Group = IKinoraVeltrixInterface::Group;
 
+constexpr char startTime[] = "0s";
+
 /// The driven frames, the objects in them, and the loads. Everything happens in the global frame again afterwards.
-bool PlaceObjects(IDispatch* editor, const Group& group) {
+bool AttachObjects(IDispatch* editor, const Group& group) {
     const std::string& body = group.transform.name;
-    if (!CComUtils::CallCreateRelativeCS(editor, body))
+    if (!CoordinateSystemCommands::CreateBodyFrames(editor, body))
         return false;
     for (const std::string& name : group.objects) {
-        if (!CComUtils::CallMove(editor, group.transform, name) ||
-            !CComUtils::CallRotate(editor, group.transform, name))
+        if (!CoordinateSystemCommands::Move(editor, group.transform, name) ||
+            !CoordinateSystemCommands::Rotate(editor, group.transform, name))
             return false;
-        const CObject object = Dispatch::Own(CComUtils::CallGetChildObject(editor, name));
-        if (!object || !CComUtils::RecurseSetCoordinateSystem(object.get(), body))
+        const CObject object = ObjectCommands::GetChildObject(editor, name);
+        if (!object || !CoordinateSystemCommands::AttachToBody(object.get(), body))
             return false;
     }
-    return CComUtils::CallSetWorkingCS(editor, "Global");
+    return CoordinateSystemCommands::SetWorkingFrame(editor, Names::globalFrame);
 }
 
 bool DefineLoads(IDispatch* editor, IDispatch* loadModule, IDispatch* design, const Group& group,
                  const std::string& setup) {
     const std::string& body = group.transform.name;
-    std::vector<std::string> objects = CComUtils::GetNonVacuumObjects(editor, group.objects);
+    std::vector<std::string> objects = MaterialCommands::NonVacuumObjects(editor, group.objects);
     if (objects.empty())
         objects = group.objects;
     if (objects.empty())
         return true;
-    return CComUtils::CallAssignForce(loadModule, body, objects) &&
-           CComUtils::CallAssignTorque(loadModule, body, objects) &&
-           CComUtils::CreateOutputVariables(design, group.transform, setup);
+    return LoadCommands::AssignForce(loadModule, body, objects) &&
+           LoadCommands::AssignTorque(loadModule, body, objects) &&
+           OutputVariableCommands::CreateOutputVariables(design, body, setup);
 }
 
 bool AddBody(IDispatch* editor, IDispatch* design, const Group& group, const std::string& setup) {
-    const CObject loadModule = Dispatch::Own(CComUtils::CallGetModule(design, Names::loadModule));
-    return loadModule && PlaceObjects(editor, group) && DefineLoads(editor, loadModule.get(), design, group, setup);
+    const CObject loadModule = DesignCommands::GetModule(design, Names::loadModule);
+    return loadModule && AttachObjects(editor, group) && DefineLoads(editor, loadModule.get(), design, group, setup);
 }
 
 std::string WithoutQuotes(const std::string& text) {
@@ -72,7 +84,7 @@ bool CKinoraVeltrixCoupling::InitMagneticObjects(const std::vector<Group>& group
             return false;
     if (!AddMissingMaterials(model, groups) || !AddBodies(model, groups))
         return false;
-    if (!model.updates.empty() && !CComUtils::UpdateVariables(m_pDesign, model.updates))
+    if (!model.updates.empty() && !DesignVariableCommands::ChangeVariables(m_pDesign, model.updates))
         return false;
     m_stepRows.push_back(std::move(model.initialRow));
     return AddParametricSetup(true) && CreateReportsAndPlot(model, groups) && model.allVariablesCreated;
@@ -81,52 +93,55 @@ bool CKinoraVeltrixCoupling::InitMagneticObjects(const std::vector<Group>& group
 /// Setup, editor, initial variables, region, and the objects that materials are reached through.
 bool CKinoraVeltrixCoupling::PrepareModel(ModelBuild& model) {
     std::vector<std::string> variables;
-    if (!Dispatch::QueryLocalVariables(m_pDesign, variables))
+    if (!DesignVariableCommands::GetVariables(m_pDesign, variables))
         return false;
     model.existingVariables.insert(variables.begin(), variables.end());
-    if (!CComUtils::CheckAndInsertSetup(m_pDesign))
+    if (!SetupCommands::EnsureSetup(m_pDesign))
         return false;
-    model.setup = CComUtils::GetFirstSetup(m_pDesign);
+    model.setup = SetupCommands::GetFirstSetup(m_pDesign);
     if (model.setup.empty())
         return false;
-    model.editor = Dispatch::Own(CComUtils::CallSetActive(m_pDesign, L"SetActiveEditor", Names::modelerEditor));
+    model.editor = DesignCommands::SetActiveEditor(m_pDesign, Names::modelerEditor);
     if (!model.editor)
         return false;
     CreateInitialVariables(model);
-    if (!CComUtils::CallAssignRegion(model.editor.get()))
+    if (!ModelerCommands::CreateRegion(model.editor.get()))
         return false;
-    model.materials = Dispatch::Own(CComUtils::CallGetChildObject(m_pProject, Names::materialsChild));
+    model.materials = ObjectCommands::GetChildObject(m_pProject, Names::materialsChild);
     if (!model.materials)
         return false;
-    model.definitions = Dispatch::QueryObject(m_pProject, L"GetDefinitionManager", {});
+    model.definitions = ProjectCommands::GetDefinitionManager(m_pProject);
     return model.definitions != nullptr;
 }
 
 void CKinoraVeltrixCoupling::CreateInitialVariables(ModelBuild& model) const {
-    static constexpr const char* variables[][2] = {
-        {"RegionPaddingX", "500"}, {"RegionPaddingY", "500"}, {"RegionPaddingZ", "500"}, {Names::timeVariable, "0s"}};
-    for (const auto& [name, value] : variables)
-        if (!model.existingVariables.count(name) && !SetVariableValue(name, value, true))
+    const auto create = [&](const char* name, const char* value) {
+        if (!model.existingVariables.count(name) && !SetVariableValue(name, value, true)) {
             model.allVariablesCreated = false;
+        }
+    };
+    for (const char* padding : Names::regionPaddings) {
+        create(padding, "500"); // percent
+    }
+    create(Names::timeVariable, startTime);
 }
 
 /// Gives the project a definition of its own of every material that a body's object has.
 bool CKinoraVeltrixCoupling::AddMissingMaterials(const ModelBuild& model, const std::vector<Group>& groups) const {
-    const CObject materials = Dispatch::Own(CComUtils::CallGetChildObject(m_pProject, Names::materialsChild));
+    const CObject materials = ObjectCommands::GetChildObject(m_pProject, Names::materialsChild);
     if (!materials)
         return false;
     std::set<std::string> defined;
-    for (std::string& name : CComUtils::CallGetChildNames(materials.get()))
+    for (std::string& name : ObjectCommands::ChildNames(materials.get()))
         defined.insert(std::move(name));
     for (const std::string& name : AllObjects(groups)) {
-        const CObject object = Dispatch::Own(CComUtils::CallGetChildObject(model.editor.get(), name));
-        const CValue assigned = CValue::Attach(CComUtils::CallGetPropValue(object.get(), "Material"));
+        const CValue assigned = MaterialCommands::MaterialOf(model.editor.get(), name);
         if (!assigned.IsText())
             continue;
         const std::string material = WithoutQuotes(assigned.ToText());
         if (defined.count(material))
             continue;
-        if (!Dispatch::Call(m_pProject, L"AddMaterial", {{Names::Block(material)}}))
+        if (!MaterialCommands::AddMaterial(m_pProject, material))
             return false;
         defined.insert(material);
     }
@@ -136,7 +151,7 @@ bool CKinoraVeltrixCoupling::AddMissingMaterials(const ModelBuild& model, const 
 bool CKinoraVeltrixCoupling::AddBodies(ModelBuild& model, const std::vector<Group>& groups) {
     m_stepRows.clear();
     m_stepEntries = {Names::timeVariable};
-    model.initialRow = {"0s"};
+    model.initialRow = {startTime};
     for (const Group& group : groups)
         if (RecordInitialPose(model, group.transform) && !AddBody(model.editor.get(), m_pDesign, group, model.setup))
             return false;
@@ -164,21 +179,22 @@ bool CKinoraVeltrixCoupling::RecordInitialPose(ModelBuild& model, const Transfor
 /// there is nothing to report or plot.
 bool CKinoraVeltrixCoupling::CreateReportsAndPlot(const ModelBuild& model, const std::vector<Group>& groups) const {
     std::vector<std::string> variables;
-    if (!Dispatch::QueryLocalVariables(m_pDesign, variables))
+    if (!DesignVariableCommands::GetVariables(m_pDesign, variables))
         return false;
-    const CObject reports = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::reportModule));
+    const CObject reports = DesignCommands::GetModule(m_pDesign, Names::reportModule);
     if (!reports)
         return false;
     if (variables.empty())
         return true;
     for (const Group& group : groups) {
         const std::string& body = group.transform.name;
-        CComUtils::CreateEmptyReport(reports.get(), Names::Force(body), model.setup, variables);
-        CComUtils::CreateEmptyReport(reports.get(), Names::Torque(body), model.setup, variables);
+        ReportCommands::CreateEmptyReport(reports.get(), Names::Force(body), model.setup, variables);
+        ReportCommands::CreateEmptyReport(reports.get(), Names::Torque(body), model.setup, variables);
     }
     const std::vector<std::string> objects = AllObjects(groups);
     if (objects.empty())
         return true;
-    const CObject fields = Dispatch::Own(CComUtils::CallGetModule(m_pDesign, Names::fieldsModule));
-    return fields && CComUtils::CreateFieldPlot(fields.get(), "H_VectorPlot", "H", model.setup, "H_Vector", objects);
+    const CObject fields = DesignCommands::GetModule(m_pDesign, Names::fieldsModule);
+    return fields &&
+           FieldPlotCommands::CreateFieldPlot(fields.get(), "H_VectorPlot", "H", model.setup, "H_Vector", objects);
 }

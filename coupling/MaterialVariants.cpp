@@ -1,6 +1,6 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
+#include "comutils/MaterialCommands.h"
 #include "comutils/Names.h"
+#include "comutils/ObjectCommands.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/ModelBuild.h"
 
@@ -18,7 +18,7 @@ std::string ComponentProperty(int component) {
 bool ReadComponents(IDispatch* material, double (&components)[3]) {
     bool texts = true;
     for (int component = 0; component < 3; ++component) {
-        const CValue value = CValue::Attach(CComUtils::CallGetPropValue(material, ComponentProperty(component)));
+        const CValue value = ObjectCommands::GetPropValue(material, ComponentProperty(component));
         texts = texts && value.IsText();
         components[component] = std::atof(value.ToText().c_str());
     }
@@ -29,7 +29,7 @@ bool ReadComponents(IDispatch* material, double (&components)[3]) {
 bool WriteComponents(IDispatch* clone, const double (&wanted)[3], const double (&stored)[3]) {
     for (int component = 0; component < 3; ++component)
         if (wanted[component] != stored[component] &&
-            !CComUtils::CallSetPropValue(clone, ComponentProperty(component), CValue(wanted[component]).Get()))
+            !ObjectCommands::SetPropValue(clone, ComponentProperty(component), wanted[component]))
             return false;
     return true;
 }
@@ -40,16 +40,16 @@ bool CKinoraVeltrixCoupling::AssignMaterial(const ModelBuild& model, const std::
                                             const Material& wanted) {
     IDispatch* editor = model.editor.get();
     if (m_plainMaterials.count(wanted.name))
-        return CComUtils::CallAssignMaterial(editor, object, wanted.name);
+        return MaterialCommands::AssignMaterial(editor, object, wanted.name);
     if (m_materialClones.count(wanted.name))
         return AssignVariant(model, object, wanted);
 
-    if (!CComUtils::CallAssignMaterial(editor, object, wanted.name))
+    if (!MaterialCommands::AssignMaterial(editor, object, wanted.name))
         return false;
-    const CObject material = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.get(), wanted.name));
+    const CObject material = ObjectCommands::GetChildObject(model.materials.get(), wanted.name);
     if (!material)
         return false;
-    if (!Names::Contains(CComUtils::CallGetPropNames(material.get()), Names::coercivity)) {
+    if (!Names::Contains(ObjectCommands::GetPropNames(material.get()), Names::coercivity)) {
         m_plainMaterials.insert(wanted.name);
         return true;
     }
@@ -68,16 +68,16 @@ bool CKinoraVeltrixCoupling::AssignVariant(const ModelBuild& model, const std::s
         return std::equal(std::begin(direction), std::end(direction), std::begin(variant.components));
     });
     if (known != variants.end())
-        return CComUtils::CallAssignMaterial(model.editor.get(), object, known->name);
+        return MaterialCommands::AssignMaterial(model.editor.get(), object, known->name);
 
     const MaterialVariant& base = variants.front();
     MaterialVariant variant = {wanted.name + "_" + std::to_string(variants.size()), {}};
     std::copy(std::begin(direction), std::end(direction), std::begin(variant.components));
-    if (!CComUtils::CallCloneMaterial(model.definitions.get(), base.name, variant.name))
+    if (!MaterialCommands::CloneMaterial(model.definitions.get(), base.name, variant.name))
         return false;
-    const CObject clone = Dispatch::Own(CComUtils::CallGetChildObject(model.materials.get(), variant.name));
+    const CObject clone = ObjectCommands::GetChildObject(model.materials.get(), variant.name);
     if (!clone || !WriteComponents(clone.get(), direction, base.components))
         return false;
     variants.push_back(variant);
-    return CComUtils::CallAssignMaterial(model.editor.get(), object, variant.name);
+    return MaterialCommands::AssignMaterial(model.editor.get(), object, variant.name);
 }

@@ -1,21 +1,21 @@
-#include "comutils/ComUtils.h"
-#include "comutils/Dispatch.h"
 #include "comutils/Names.h"
-#include "comutils/ParametricHistory.h"
+#include "comutils/ObjectCommands.h"
+#include "comutils/ParametricCommands.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 
 bool CKinoraVeltrixCoupling::AddParametricSetup(bool replace) const {
-    using ParametricHistory::setupName;
-    if (!m_pDesign)
+    if (!m_pDesign) {
         return false;
-    const CObject setups = Dispatch::Own(CComUtils::CallGetChildObject(m_pDesign, Names::parametricChild));
-    bool exists = Names::Contains(CComUtils::CallGetChildNames(setups.get()), setupName);
+    }
+    const CObject setups = ObjectCommands::GetChildObject(m_pDesign, Names::parametricChild);
+    bool exists = ParametricCommands::HasHistory(setups.get());
     if (exists && replace) {
-        if (!Dispatch::Call(setups.get(), L"DeleteSetups", {{setupName}}))
+        if (!ParametricCommands::DeleteHistory(setups.get())) {
             return false;
+        }
         exists = false;
     }
-    CValue history = ParametricHistory::Argument(m_stepEntries, m_stepRows);
-    return exists ? Dispatch::Call(setups.get(), L"EditSetup", {setupName, std::move(history)})
-                  : Dispatch::Call(setups.get(), L"InsertSetup", {"OptiParametric", std::move(history)});
+    CValue history = ParametricCommands::HistoryArgument(m_stepEntries, m_stepRows);
+    return exists ? ParametricCommands::EditHistory(setups.get(), std::move(history))
+                  : ParametricCommands::InsertHistory(setups.get(), std::move(history));
 }

@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr char newDesignName[] = "Veltrix3DDesign1";
-
 /// Where a project file is, in comparable form.
 struct ProjectPlace {
     std::string name; // UTF-8
@@ -72,10 +70,10 @@ bool CKinoraVeltrixCoupling::CreateProject(const std::string& projectPath, const
     }
     m_pProject = project.release();
     if (!ProjectCommands::SaveAs(m_pProject, projectPath, false) ||
-        !ProjectCommands::InsertDesign(m_pProject, newDesignName)) {
+        !ProjectCommands::InsertDesign(m_pProject, Names::newDesign)) {
         return false;
     }
-    m_pDesign = ProjectCommands::SetActiveDesign(m_pProject, newDesignName).release();
+    m_pDesign = ProjectCommands::SetActiveDesign(m_pProject, Names::newDesign).release();
     return m_pDesign && DesignCommands::SetDesignSettings(m_pDesign) && InitGeometry(geometryFile, units);
 }
 
