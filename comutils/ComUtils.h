@@ -136,7 +136,7 @@ public:
     /// @return false at the first failed write and at the first missing child
     static bool RecurseSetCoordinateSystem(IDispatch* object, const std::string& body);
 
-    /// "Move" on the editor: by the negated translation (metres), from the imported place back to the body's origin.
+    /// "Move" on the editor: by the negated translation (metres), from the imported position back to the body's origin.
     /// A zero translation makes no call.
     static bool CallMove(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose,
                          const std::string& objectName);

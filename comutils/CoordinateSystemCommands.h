@@ -20,7 +20,7 @@ bool SetWorkingFrame(IDispatch* editor, std::string_view frame);
 /// @return false at the first failed write and at the first missing child
 bool AttachToBody(IDispatch* object, const std::string& body);
 
-/// "Move" by the negated translation, from the imported place back to the body's origin. A zero translation makes no
+/// "Move" by the negated translation, from the imported position back to the body's origin. A zero translation makes no
 /// call.
 bool Move(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose, std::string_view objectName);
 

@@ -13,7 +13,7 @@
 namespace {
 
 /// Where a project file is, in comparable form.
-struct ProjectPlace {
+struct ProjectLocation {
     std::string name; // UTF-8
     std::filesystem::path folder;
 };
@@ -23,21 +23,21 @@ std::filesystem::path Canonical(const std::string& path) {
     return std::filesystem::canonical(Text::ToFileSystemPath(path));
 }
 
-ProjectPlace PlaceOf(const std::string& projectPath) {
+ProjectLocation LocationOf(const std::string& projectPath) {
     const std::filesystem::path path = Canonical(projectPath);
     return {Text::ToNarrow(path.stem().wstring(), CP_UTF8), path.parent_path()};
 }
 
 /// The names differ in encoding on purpose: one with other than ASCII characters never matches, and its file is opened
 /// a second time.
-bool IsAt(IDispatch* project, const ProjectPlace& place) {
+bool IsAt(IDispatch* project, const ProjectLocation& location) {
     std::string name, folder;
-    return ObjectCommands::GetName(project, name) && name == place.name && ProjectCommands::GetPath(project, folder) &&
-           Canonical(folder) == place.folder;
+    return ObjectCommands::GetName(project, name) && name == location.name &&
+           ProjectCommands::GetPath(project, folder) && Canonical(folder) == location.folder;
 }
 
 /// @return the project among those that the desktop has open; null when it is not there or they cannot be listed
-CObject FindOpenProject(IDispatch* desktop, const ProjectPlace& place) {
+CObject FindOpenProject(IDispatch* desktop, const ProjectLocation& location) {
     const CObject projects = DesktopCommands::GetProjects(desktop);
     LONG count = 0;
     if (!DesktopCommands::GetCount(projects.get(), count)) {
@@ -45,7 +45,7 @@ CObject FindOpenProject(IDispatch* desktop, const ProjectPlace& place) {
     }
     for (LONG index = 0; index < count; ++index) {
         CObject project = DesktopCommands::GetItem(projects.get(), index);
-        if (project && IsAt(project.get(), place)) {
+        if (project && IsAt(project.get(), location)) {
             return project;
         }
     }
@@ -82,7 +82,7 @@ bool CKinoraVeltrixCoupling::OpenProject(const std::string& projectPath, const s
         return false;
     }
     ReleaseDesignAndProject();
-    m_pProject = FindOpenProject(m_pDesktop, PlaceOf(projectPath)).release();
+    m_pProject = FindOpenProject(m_pDesktop, LocationOf(projectPath)).release();
     if (!m_pProject) {
         m_pProject = DesktopCommands::OpenProject(m_pDesktop, projectPath).release();
     }
