@@ -109,11 +109,36 @@ TEST(Value, OnlyTextsHaveText) {
     EXPECT_FALSE(CValue(1.0).IsText());
 }
 
+TEST(Value, OnlyTheTextsOfAListAreRead) {
+    const CValue list = {"a", 1.0, "", {"inner"}, CValue(), "c"};
+    EXPECT_EQ(list.ToTexts(), (std::vector<std::string>{"a", "", "c"}));
+    EXPECT_TRUE(CValue("a").ToTexts().empty());
+    EXPECT_TRUE(CValue().ToTexts().empty());
+    EXPECT_TRUE(CValue::EmptyList().ToTexts().empty());
+}
+
 TEST(Value, OnlyObjectsGiveObjects) {
     EXPECT_EQ(CValue("text").DetachObject(), nullptr);
     VARIANT unknown = {};
     unknown.vt = VT_UNKNOWN;
     EXPECT_EQ(CValue::Attach(unknown).DetachObject(), nullptr);
+}
+
+TEST(ListBuilder, CopiesLeaveTheValuesTheirOwner) {
+    const CValue text = "a";
+    const CValue number = 2.0;
+    const CValue list = CListBuilder::OfCopies({text.Get(), number.Get()});
+    ASSERT_EQ(Count(list.Get()), 2u);
+    EXPECT_EQ(TextAt(list.Get(), 0), L"a");
+    EXPECT_NE(At(list.Get(), 0).bstrVal, text.Get().bstrVal);
+    EXPECT_EQ(At(list.Get(), 1).dblVal, 2.0);
+}
+
+TEST(ListBuilder, AListWhoseCopyFailsIsNothing) {
+    const CValue text = "a";
+    VARIANT unknown = {};
+    unknown.vt = VT_ILLEGAL;
+    EXPECT_EQ(CListBuilder::OfCopies({text.Get(), unknown}).Get().vt, VT_EMPTY);
 }
 
 TEST(ListBuilder, UnfinishedListIsFreed) {
