@@ -1,49 +1,52 @@
+#include "programs/Main.h"
+
+#include "programs/Errors.h"
+#include "programs/Utf.h"
 #include "trace/app/CommandLine.h"
 #include "trace/app/Registration.h"
 #include "trace/core/Diff.h"
 #include "trace/core/Script.h"
 #include "trace/core/Stats.h"
 #include "trace/core/TraceFiles.h"
-#include "trace/server/JsonText.h"
 #include "trace/server/Recorder.h"
 
 #include <windows.h>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <io.h>
 #include <sstream>
-#include <stdexcept>
 
 namespace {
 
+using namespace kinora::programs;
 using namespace kinora::trace;
 
-enum ExitStatus { done = 0, failedOrDifferent = 1, badInput = 2 };
-
-void Print(std::FILE* stream, const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
+/// Prints what was asked for.
+/// @throws RunError  it cannot be written
+void PrintOutput(const std::string& text) {
+    if (!Print(stdout, text)) {
+        throw RunError("the output cannot be written.");
+    }
 }
 
 void ReadPart(const std::filesystem::path& file, Session& session) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream.is_open()) {
-        throw std::runtime_error(file.u8string() + " cannot be opened. Traces are in the folder " +
-                                 std::filesystem::path(RecorderSettings::FromEnvironment().folder).u8string() + ".");
+        throw InputError(file.u8string() + " cannot be opened. Traces are in the folder " +
+                         std::filesystem::path(RecorderSettings::FromEnvironment().folder).u8string() + ".");
     }
     ReadTrace(stream, file.u8string(), session);
 }
 
 /// The files to read, when the user named none, one, or the parts of a trace one by one.
-std::vector<std::filesystem::path> FilesOf(const std::vector<std::string>& named) {
+std::vector<std::filesystem::path> FilesToRead(const std::vector<std::string>& named) {
     if (named.empty()) {
         const std::filesystem::path folder = RecorderSettings::FromEnvironment().folder;
         const std::filesystem::path newest = NewestTrace(folder).make_preferred();
         if (newest.empty()) {
-            throw std::runtime_error("there is no trace in " + folder.u8string() +
-                                     ". Name a file, or record one with KINORA_VELTRIX_VTDK_VERSION=Trace.");
+            throw InputError("there is no trace in " + folder.u8string() +
+                             ". Name a file, or record one with KINORA_VELTRIX_VTDK_VERSION=Trace.");
         }
         Print(stderr, "reading " + newest.u8string() + "\n");
         return PartsOf(newest);
@@ -62,7 +65,7 @@ std::vector<std::filesystem::path> FilesOf(const std::vector<std::string>& named
 /// Reads the parts of one trace, and tells what could not be read.
 Session ReadSession(const std::vector<std::string>& named) {
     Session session;
-    for (const std::filesystem::path& file : FilesOf(named)) {
+    for (const std::filesystem::path& file : FilesToRead(named)) {
         ReadPart(file, session);
     }
     WarnOfGaps(session);
@@ -80,14 +83,14 @@ bool HasColours() {
            SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
 }
 
-int PrintDiff(const CommandLine& line) {
+ExitStatus PrintDiff(const CommandLine& line) {
     std::ostringstream out;
     const std::size_t differences = Diff(ReadSession({line.files[0]}), ReadSession({line.files[1]}), out);
-    Print(stdout, out.str());
-    return differences == 0 ? done : failedOrDifferent;
+    PrintOutput(out.str());
+    return differences == 0 ? ExitStatus::Done : ExitStatus::Failed;
 }
 
-int PrintSession(const CommandLine& line) {
+ExitStatus PrintSession(const CommandLine& line) {
     const Session session = ReadSession(line.files);
     std::ostringstream out;
     if (line.task == CommandLine::Task::Show) {
@@ -100,16 +103,16 @@ int PrintSession(const CommandLine& line) {
     } else {
         WriteScript(session, out);
     }
-    Print(stdout, out.str());
-    return done;
+    PrintOutput(out.str());
+    return ExitStatus::Done;
 }
 
-int PrintResult(const RegistrationResult& result) {
-    Print(result.succeeded ? stdout : stderr, Utf8(result.text.data(), result.text.size()));
-    return result.succeeded ? done : failedOrDifferent;
+ExitStatus PrintResult(const RegistrationResult& result) {
+    Print(result.succeeded ? stdout : stderr, Utf8FromWide(result.text));
+    return result.succeeded ? ExitStatus::Done : ExitStatus::Failed;
 }
 
-int Run(const CommandLine& line) {
+ExitStatus Run(const CommandLine& line) {
     switch (line.task) {
     case CommandLine::Task::Register:
         return PrintResult(RegisterServer());
@@ -118,11 +121,11 @@ int Run(const CommandLine& line) {
     case CommandLine::Task::Diff:
         return PrintDiff(line);
     case CommandLine::Task::Help:
-        Print(stdout, line.text);
-        return done;
+        PrintOutput(line.text);
+        return ExitStatus::Done;
     case CommandLine::Task::Bad:
         Print(stderr, line.text);
-        return badInput;
+        return ExitStatus::BadInput;
     default:
         return PrintSession(line);
     }
@@ -131,15 +134,6 @@ int Run(const CommandLine& line) {
 } // namespace
 
 int wmain(int count, wchar_t** values) {
-    SetConsoleOutputCP(CP_UTF8);
-    try {
-        std::vector<std::string> words;
-        for (int i = 1; i < count; ++i) {
-            words.push_back(Utf8(values[i], std::char_traits<wchar_t>::length(values[i])));
-        }
-        return Run(ReadCommandLine(std::move(words)));
-    } catch (const std::exception& error) {
-        Print(stderr, std::string("error: ") + error.what() + "\n");
-        return badInput;
-    }
+    return RunMain(count, values, "vantor-trace",
+                   [](std::vector<std::string> words) { return Run(ReadCommandLine(std::move(words))); });
 }

@@ -1,5 +1,6 @@
 #include "trace/core/Session.h"
 
+#include "programs/Errors.h"
 #include "trace/core/ValueCheck.h"
 
 #include <algorithm>
@@ -80,7 +81,7 @@ Record RecordFrom(const json& line) {
 
 void ReadHeader(const json& header, const std::string& name, Session& session) {
     if (header.value("version", 0) != knownVersion) {
-        throw std::runtime_error(name + " is a trace of another version; use the vantor-trace that wrote it.");
+        throw programs::InputError(name + " is a trace of another version; use the vantor-trace that wrote it.");
     }
     session.process = header.value("process", "");
 }
@@ -96,7 +97,7 @@ public:
     void Take(const std::string& text, std::size_t number) {
         const json line = ParseLine(text);
         if (number == 1 && !(line.is_object() && line.value("format", "") == "vantor-trace")) {
-            throw std::runtime_error(m_name + " is no trace: its first line does not say so.");
+            throw programs::InputError(m_name + " is no trace: its first line does not say so.");
         }
         try {
             if (line.contains("format")) {
@@ -165,8 +166,11 @@ void ReadTrace(std::istream& stream, const std::string& name, Session& session) 
     while (std::getline(stream, line)) {
         reader.Take(line, ++number);
     }
+    if (stream.bad()) {
+        throw programs::InputError(name + " cannot be read.");
+    }
     if (number == 0) {
-        throw std::runtime_error(name + " is empty: no trace.");
+        throw programs::InputError(name + " is empty: no trace.");
     }
     std::stable_sort(session.records.begin(), session.records.end(),
                      [](const Record& one, const Record& other) { return one.sequence < other.sequence; });

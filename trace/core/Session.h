@@ -54,7 +54,7 @@ struct Session {
 /// Appends a trace, or one part of it, to a session. A last line that was cut off by the end of the traced program is
 /// completed as far as it goes; other lines that cannot be read become warnings.
 /// @param name  the file's name, for warnings
-/// @throws std::runtime_error  this is no trace
+/// @throws programs::InputError  this is no trace, or it cannot be read
 void ReadTrace(std::istream& stream, const std::string& name, Session& session);
 
 /// Adds a warning when numbers are missing among the records: parts that were deleted as the trace grew, or that were

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cwchar>
 
 namespace kinora::trace {
 namespace {
@@ -22,7 +21,7 @@ std::string HResultFields(HRESULT code) {
 
 void AppendTextField(std::string& out, const char* name, BSTR text) {
     out += std::string(",\"") + name + "\":";
-    AppendJson(out, text == nullptr ? L"" : text, SysStringLen(text));
+    AppendJson(out, std::wstring_view(text, SysStringLen(text)));
 }
 
 } // namespace
@@ -71,7 +70,7 @@ CallRecord CallRecord::Lookup(Tracer& tracer, const TracedPlace& place, const LP
             const wchar_t* const name = names == nullptr || i >= count || names[i] == nullptr ? L"" : names[i];
             // Further names are those of arguments.
             record.m_head += i == 0 ? "" : i == 1 ? ",\"names\":[" : ",";
-            AppendJson(record.m_head, name, std::wcslen(name));
+            AppendJson(record.m_head, std::wstring_view(name));
         }
         record.m_head += count > 1 ? "]" : "";
         tracer.ItsRecorder().Begin(record.m_sequence, record.m_head);

@@ -1,5 +1,6 @@
 #include "trace/server/Recorder.h"
 
+#include "programs/ProgramFile.h"
 #include "trace/server/JsonText.h"
 
 #include <algorithm>
@@ -34,17 +35,10 @@ std::wstring FileStem() {
     return text.data();
 }
 
-std::wstring ProgramName() {
-    std::vector<wchar_t> path(32768);
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    const std::wstring name(path.data(), length);
-    return name.substr(name.find_last_of(L'\\') + 1);
-}
-
 std::string HeaderLine(unsigned part) {
     std::string line = "{\"format\":\"vantor-trace\",\"version\":1,\"part\":" + std::to_string(part) +
                        ",\"pid\":" + std::to_string(GetCurrentProcessId()) + ",\"process\":";
-    AppendJson(line, ProgramName());
+    AppendJson(line, programs::ProgramFile().filename().wstring());
     return line + ",\"time\":\"" + TimeText() + "\"}\n";
 }
 

@@ -36,27 +36,6 @@ TracedEnumeration::~TracedEnumeration() {
     m_enumeration->Release();
 }
 
-HRESULT TracedEnumeration::QueryInterface(REFIID iid, void** result) {
-    if (result == nullptr) {
-        return E_POINTER;
-    }
-    *result = nullptr;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IEnumVARIANT)) {
-        return E_NOINTERFACE;
-    }
-    *result = static_cast<IEnumVARIANT*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG TracedEnumeration::Release() {
-    const ULONG left = --m_references;
-    if (left == 0) {
-        delete this;
-    }
-    return left;
-}
-
 CallRecord TracedEnumeration::Begin(const char* method, const ULONG* count) noexcept {
     VARIANT argument = Number(count == nullptr ? 0 : *count);
     const DISPPARAMS parameters = {&argument, nullptr, count == nullptr ? 0U : 1U, 0};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "programs/ComObject.h"
 #include "trace/server/CallRecord.h"
 
 #include <windows.h>
@@ -14,15 +15,12 @@ class Tracer;
 
 /// Stands for the enumeration of a collection's elements: passes everything on, records it, and gives wrappers in place
 /// of the objects. Enumerations have no identity that clients look at; each gets a wrapper of its own.
-class TracedEnumeration final : public IEnumVARIANT {
+class TracedEnumeration final : public programs::ComObject<IEnumVARIANT, IID_IEnumVARIANT> {
 public:
     /// A wrapper with one reference for the caller; it holds one on the enumeration.
     /// @return null when memory is lacking
     static IEnumVARIANT* Make(Tracer& tracer, IEnumVARIANT* enumeration, const std::string& path) noexcept;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* elements, ULONG* fetched) override;
     HRESULT STDMETHODCALLTYPE Skip(ULONG count) override;
     HRESULT STDMETHODCALLTYPE Reset() override;
@@ -30,7 +28,7 @@ public:
 
 private:
     TracedEnumeration(Tracer& tracer, IEnumVARIANT* enumeration, TracedPlace place);
-    ~TracedEnumeration();
+    ~TracedEnumeration() override;
 
     CallRecord Begin(const char* method, const ULONG* count) noexcept;
     /// What the next element is called in the trace; empty when memory is lacking.
@@ -39,7 +37,6 @@ private:
     Tracer& m_tracer;
     IEnumVARIANT* const m_enumeration;
     const TracedPlace m_place;
-    std::atomic<ULONG> m_references{1};
     /// Index of the next element.
     std::atomic<ULONG> m_next{0};
 };

@@ -1,12 +1,10 @@
 #include "trace/server/TracedObject.h"
 
+#include "programs/Utf.h"
 #include "trace/core/ObjectPath.h"
-#include "trace/server/JsonText.h"
 #include "trace/server/PassedArguments.h"
 #include "trace/server/Stopwatch.h"
 #include "trace/server/Tracer.h"
-
-#include <cwchar>
 
 namespace kinora::trace {
 namespace {
@@ -38,7 +36,7 @@ std::string ResultPath(const std::string& path, const std::string& method, const
         for (UINT i = parameters == nullptr ? 0 : parameters->cArgs; i > 0; --i) {
             const VARIANT& argument = parameters->rgvarg[i - 1];
             if (V_VT(&argument) == VT_BSTR) {
-                texts.push_back(Utf8(V_BSTR(&argument), SysStringLen(V_BSTR(&argument))));
+                texts.push_back(programs::Utf8FromWide({V_BSTR(&argument), SysStringLen(V_BSTR(&argument))}));
             }
         }
         return ChildPath(path, method, texts);
@@ -57,35 +55,6 @@ TracedObject::TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity
 TracedObject::~TracedObject() {
     m_tracer.Forget(*this);
     m_object->Release();
-}
-
-bool TracedObject::TryAddRef() {
-    ULONG references = m_references;
-    while (references != 0 && !m_references.compare_exchange_weak(references, references + 1)) {
-    }
-    return references != 0;
-}
-
-HRESULT TracedObject::QueryInterface(REFIID iid, void** result) {
-    if (result == nullptr) {
-        return E_POINTER;
-    }
-    *result = nullptr;
-    // Another interface of the object would be another identity, and its calls could not be recorded.
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IDispatch)) {
-        return E_NOINTERFACE;
-    }
-    *result = static_cast<IDispatch*>(this);
-    AddRef();
-    return S_OK;
-}
-
-ULONG TracedObject::Release() {
-    const ULONG left = --m_references;
-    if (left == 0) {
-        delete this;
-    }
-    return left;
 }
 
 void TracedObject::Remember(DISPID id, const std::string& name) noexcept {
@@ -117,7 +86,7 @@ HRESULT TracedObject::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCI
     if (SUCCEEDED(code) && ids != nullptr && names != nullptr && count > 0) {
         record.AddIds(ids, count);
         try {
-            Remember(ids[0], Utf8(names[0], std::wcslen(names[0])));
+            Remember(ids[0], programs::Utf8FromWide(names[0]));
         } catch (...) {
             // As in Remember.
         }

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "programs/ComObject.h"
 #include "trace/server/CallRecord.h"
 
 #include <windows.h>
 
 #include <oaidl.h>
 
-#include <atomic>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -17,8 +17,9 @@ namespace kinora::trace {
 class Tracer;
 
 /// Stands for one automation object: passes every look-up and call on to it, as it comes, and records it. Holds one
-/// reference on the object. Belongs to the apartment in which the object was received, as the object itself does.
-class TracedObject final : public IDispatch {
+/// reference on the object. Belongs to the apartment in which the object was received, as the object itself does. Has
+/// no other interface: that would be another identity, and its calls could not be recorded.
+class TracedObject final : public programs::ComObject<IDispatch, IID_IDispatch> {
 public:
     /// @param identity  the object's IUnknown; not counted, because `object` keeps it
     TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, TracedPlace place);
@@ -28,11 +29,8 @@ public:
     const TracedPlace& Place() const { return m_place; }
 
     /// Takes a reference unless the last one has gone already.
-    bool TryAddRef();
+    bool TryAddRef() { return AddRefUnlessEnding(); }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
-    ULONG STDMETHODCALLTYPE Release() override;
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override { return m_object->GetTypeInfoCount(count); }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override {
         return m_object->GetTypeInfo(index, locale, info);
@@ -42,7 +40,7 @@ public:
                                      VARIANT* result, EXCEPINFO* exception, UINT* argumentError) override;
 
 private:
-    ~TracedObject();
+    ~TracedObject() override;
 
     void Remember(DISPID id, const std::string& name) noexcept;
     /// The name under which a member was looked up last; "#12" when it was not, "_NewEnum" for an enumeration.
@@ -52,7 +50,6 @@ private:
     IDispatch* const m_object;
     IUnknown* const m_identity;
     const TracedPlace m_place;
-    std::atomic<ULONG> m_references{1};
     mutable std::mutex m_mutex;
     std::map<DISPID, std::string> m_names;
 };

@@ -1,5 +1,6 @@
 #include "trace/server/VariantJson.h"
 
+#include "programs/ArrayAccess.h"
 #include "trace/core/ErrorText.h"
 #include "trace/server/JsonText.h"
 #include "trace/server/VariantVisit.h"
@@ -135,10 +136,10 @@ void VariantJson::AppendScalar(const VARIANT& value) {
 void VariantJson::AppendText(BSTR text) {
     const UINT length = SysStringLen(text);
     if (length <= mostCharacters) {
-        AppendJson(m_out, text == nullptr ? L"" : text, length);
+        AppendJson(m_out, std::wstring_view(text, length));
         return;
     }
-    AppendJson(m_out, text, mostCharacters);
+    AppendJson(m_out, std::wstring_view(text, mostCharacters));
     m_out += ",\"length\":" + std::to_string(length);
 }
 
@@ -152,7 +153,7 @@ void VariantJson::AppendObject(IUnknown* object) {
 
 void VariantJson::AppendArray(SAFEARRAY* array, VARTYPE type, int depth) {
     const ULONG elementSize = ElementSize(array);
-    const ArrayAccess access(array);
+    const programs::ArrayAccess access(array);
     const bool isFollowed = depth <= deepestArray && type != VT_RECORD;
     ULONG written = 0;
     m_out += ",\"v\":[";

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "programs/ArrayAccess.h"
+
 #include <windows.h>
 
 #include <oleauto.h>
@@ -8,27 +10,6 @@ namespace kinora::trace {
 
 /// Arrays in arrays are followed so deep; what lies deeper is passed on as it is.
 constexpr int deepestArray = 64;
-
-/// Pairs SafeArrayAccessData with SafeArrayUnaccessData. An array that cannot be read has no elements.
-class ArrayAccess {
-public:
-    explicit ArrayAccess(SAFEARRAY* array);
-    ~ArrayAccess();
-    ArrayAccess(const ArrayAccess&) = delete;
-    ArrayAccess& operator=(const ArrayAccess&) = delete;
-
-    template <class Element>
-    Element* Elements() const {
-        return static_cast<Element*>(m_data);
-    }
-    /// Elements of all dimensions together, in the order of the memory.
-    ULONG Count() const { return m_count; }
-
-private:
-    SAFEARRAY* m_array;
-    void* m_data = nullptr;
-    ULONG m_count = 0;
-};
 
 /// A place that holds an automation object (or null).
 struct ObjectSlot {
@@ -51,7 +32,7 @@ void VisitArray(SAFEARRAY* array, VARTYPE elementType, Visitor&& visit, bool isB
         (elementType != VT_VARIANT && elementType != VT_DISPATCH && elementType != VT_UNKNOWN)) {
         return;
     }
-    const ArrayAccess access(array);
+    const programs::ArrayAccess access(array);
     for (ULONG i = 0; i < access.Count(); ++i) {
         if (elementType == VT_VARIANT) {
             VisitObjects(access.Elements<VARIANT>()[i], visit, isByReference, depth + 1, static_cast<long>(i));
