@@ -1,5 +1,5 @@
-// The memory that a step takes while it runs, against the size of its history argument. Writes a JSON object to
-// standard output.
+// The memory that a step takes while it runs, against the size of its history argument.
+// Writes a JSON object to standard output.
 
 #include "bench/desktop/BenchDesktop.h"
 #include "bench/memory/LiveBytes.h"
@@ -14,7 +14,8 @@
 
 namespace {
 
-constexpr int bodies = 10; // 61 values a row
+/// They make 61 values a row.
+constexpr int bodies = 10;
 constexpr std::size_t recordedSteps = 10000;
 
 std::size_t liveInHistoryCall = 0;

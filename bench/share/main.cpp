@@ -1,6 +1,6 @@
 // How much of a step's time is the library's own when the desktop is another process. Writes a JSON object to standard
-// output. Usage: bench_share GEOMETRY, with the simulator registered; GEOMETRY is
-// examples/cube-magnets/cube-magnets.obj.
+// output. Needs the simulator registered.
+// Usage: bench_share GEOMETRY; GEOMETRY is examples/cube-magnets/cube-magnets.obj
 //
 // The whole in-process step against the bench desktop, its answers included, is taken as the library's own time, so
 // that the share is an upper bound.

@@ -47,7 +47,8 @@ public:
     }
     ~Run() {
         m_coupling.QuitApplication();
-        std::error_code ignored; // left for the next run to remove
+        // What cannot be removed is left for the next run.
+        std::error_code ignored;
         std::filesystem::remove_all(m_folder, ignored);
     }
     Run(const Run&) = delete;
@@ -96,7 +97,8 @@ private:
 /// What is seen at the end of a window of steps.
 struct Sight {
     int steps;
-    double stepSeconds; // median over the window
+    /// Median over the window.
+    double stepSeconds;
     std::size_t liveBytes;
     Counters own, desktop;
     long files;

@@ -21,7 +21,8 @@ struct Node {
 struct Call {
     IDispatch* object;
     const wchar_t* method;
-    std::vector<Node> arguments; // as they stand in the block
+    /// As they stand in the block.
+    std::vector<Node> arguments;
 };
 
 /// Records every call that reaches the bench desktop while it lives. One at a time.

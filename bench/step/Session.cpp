@@ -61,7 +61,8 @@ Session::Session(int bodies, std::size_t recordedSteps, const std::string& repor
 
 Session::~Session() {
     m_coupling.ReleaseApplication();
-    std::error_code ignored; // a folder that cannot be removed is overwritten by the next session
+    // A folder that cannot be removed is overwritten by the next session.
+    std::error_code ignored;
     std::filesystem::remove_all(m_folder, ignored);
 }
 

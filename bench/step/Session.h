@@ -20,8 +20,7 @@ public:
     void Step();
     /// Writes the history, as a step does.
     void WriteHistory();
-    /// Appends to the files what a step appends to them, and nothing else: one open, write and close of the system
-    /// each.
+    /// Appends to each file what a step appends to it, and nothing else: one open, write and close of the system.
     void AppendToFiles() const;
 
 private:

@@ -30,7 +30,8 @@ SimulatedRun::SimulatedRun(const std::string& geometry)
 
 SimulatedRun::~SimulatedRun() {
     m_coupling.QuitApplication();
-    std::error_code ignored; // left for the next run to remove
+    // What cannot be removed is left for the next run.
+    std::error_code ignored;
     std::filesystem::remove_all(m_folder, ignored);
 }
 

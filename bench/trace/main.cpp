@@ -1,13 +1,14 @@
 // What the trace costs per call: the same look-up and call on a desktop in another process, with and without it, taken
-// in turns in one run. Prints the medians in microseconds and their ratio. Needs the simulator and the trace
-// registered.
+// in turns in one run. Prints the medians in microseconds and their ratio.
+// Needs the simulator and the trace registered.
+
+#include "bench/step/Timing.h"
+
 #include <windows.h>
 
 #include <objbase.h>
 #include <oleauto.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <vector>
 
@@ -25,41 +26,34 @@ IDispatch* Launch(const wchar_t* progId) {
 }
 
 /// One look-up and one call that gives an object, as a client does them.
-double MicrosecondsOfCall(IDispatch* application) {
+void CallOnce(IDispatch* application) {
     wchar_t name[] = L"GetAppDesktop";
     LPOLESTR names[] = {name};
     DISPPARAMS none = {};
     VARIANT result;
     VariantInit(&result);
-    const auto start = std::chrono::steady_clock::now();
     DISPID id = 0;
     application->GetIDsOfNames(IID_NULL, names, 1, LOCALE_SYSTEM_DEFAULT, &id);
     application->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &none, &result, nullptr, nullptr);
     VariantClear(&result);
-    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
-}
-
-double Median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
-    return values[values.size() / 2];
 }
 
 int Measure() {
     SetEnvironmentVariableW(L"VANTOR_TRACE_TARGET", L"Simulator");
     IDispatch* const plain = Launch(L"Pellux.VantorDesktop.Simulator");
     IDispatch* const traced = Launch(L"Pellux.VantorDesktop.Trace");
-    if (plain == nullptr || traced == nullptr) {
+    if (!plain || !traced) {
         return 1;
     }
     constexpr int calls = 3000;
     std::vector<double> plainTimes;
     std::vector<double> tracedTimes;
     for (int i = 0; i < calls; ++i) {
-        plainTimes.push_back(MicrosecondsOfCall(plain));
-        tracedTimes.push_back(MicrosecondsOfCall(traced));
+        plainTimes.push_back(SecondsOf([&] { CallOnce(plain); }));
+        tracedTimes.push_back(SecondsOf([&] { CallOnce(traced); }));
     }
-    const double without = Median(plainTimes);
-    const double with = Median(tracedTimes);
+    const double without = 1e6 * Median(plainTimes);
+    const double with = 1e6 * Median(tracedTimes);
     std::printf("without %.1f us, with %.1f us, ratio %.3f\n", without, with, with / without);
     traced->Release();
     plain->Release();

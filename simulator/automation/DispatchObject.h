@@ -4,8 +4,8 @@
 
 namespace vantor::automation {
 
-/// The dispatch face of an object of the scripting interface; the caller owns one reference. The server must outlive
-/// it.
+/// The dispatch face of an object of the scripting interface, which the server must outlive. The caller owns one
+/// reference.
 IDispatch* MakeDispatchObject(Server& server, commands::Value::Object object);
 
 } // namespace vantor::automation
