@@ -1,6 +1,6 @@
 #include "host/app/AnsiText.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <windows.h>
 
@@ -35,7 +35,7 @@ std::string AnsiFromUtf8(const std::string& text) {
     WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide.data(), size, narrow.data(), length, nullptr, nullptr);
     // Checked by the way back: not every code page can report a replaced character.
     if (Widen(narrow, CP_ACP) != wide)
-        throw InputError(
+        throw scenario::InputError(
             fmt::format("\"{}\" has characters that this system's code page {} lacks, and the coupling takes "
                         "narrow text only; choose another name or folder.",
                         text, GetACP()));

@@ -1,6 +1,6 @@
 #include "host/app/BusyFilter.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <objbase.h>
 
@@ -12,7 +12,7 @@ namespace kinora::host {
 ComScope::ComScope() {
     const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     if (FAILED(result))
-        throw RunError(fmt::format("COM cannot be initialised ({:#x}).", static_cast<unsigned>(result)));
+        throw scenario::RunError(fmt::format("COM cannot be initialised ({:#x}).", static_cast<unsigned>(result)));
 }
 
 ComScope::~ComScope() {

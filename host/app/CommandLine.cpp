@@ -1,6 +1,6 @@
 #include "host/app/CommandLine.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -34,7 +34,7 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     } catch (const CLI::CallForHelp&) {
         line.helpText = parser.help();
     } catch (const CLI::ParseError& error) {
-        throw InputError(std::string(error.what()) + " (--help lists the options)");
+        throw scenario::InputError(std::string(error.what()) + " (--help lists the options)");
     }
     line.talk = isQuiet ? Talk::Quiet : isVerbose ? Talk::Verbose : Talk::Normal;
     return line;

@@ -49,7 +49,8 @@ bool IsInterrupted() {
     return interrupted;
 }
 
-Console::Console(const Scenario& scenario, Talk talk) : m_scenario(scenario), m_talk(talk), m_width(TerminalWidth()) {}
+Console::Console(const scenario::Scenario& scenario, Talk talk)
+    : m_scenario(scenario), m_talk(talk), m_width(TerminalWidth()) {}
 
 Console::~Console() {
     EndBar();

@@ -14,7 +14,7 @@ enum class Talk { Quiet, Normal, Verbose };
 /// closing tables are made of.
 class Console : public RunListener {
 public:
-    Console(const Scenario& scenario, Talk talk);
+    Console(const scenario::Scenario& scenario, Talk talk);
     ~Console() override;
 
     void OnPhase(const std::string& text) override;
@@ -28,7 +28,7 @@ public:
     void EndBar();
 
 private:
-    const Scenario& m_scenario;
+    const scenario::Scenario& m_scenario;
     Talk m_talk;
     /// Width of the terminal; 0 when the output is none.
     int m_width = 0;

@@ -3,10 +3,10 @@
 #include "host/app/CommandLine.h"
 #include "host/app/Console.h"
 #include "host/core/RunText.h"
-#include "host/core/ScenarioReader.h"
-#include "host/core/Text.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
 #include "report/core/Report.h"
+#include "scenario/ScenarioReader.h"
+#include "scenario/Text.h"
 
 #include <windows.h>
 
@@ -16,6 +16,7 @@
 namespace {
 
 using namespace kinora::host;
+using namespace kinora::scenario;
 
 constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
 

@@ -2,13 +2,16 @@
 
 #include "host/core/StateFile.h"
 #include "host/core/StatesCsv.h"
-#include "host/core/Text.h"
+#include "scenario/Text.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <thread>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 /// The design that the interface makes in a new project.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/core/Errors.h"
 #include "host/core/RunRecords.h"
+#include "scenario/Errors.h"
 
 #include <chrono>
 #include <cstdint>
@@ -16,10 +16,10 @@ class StatesCsv;
 using Severity = IKinoraVeltrixInterface::MessageSeverity;
 
 /// An operation of the interface failed: what it was, what the desktop said, and what may help.
-class OperationFailed : public RunError {
+class OperationFailed : public scenario::RunError {
 public:
     OperationFailed(const std::string& text, std::vector<std::string> advice)
-        : RunError(text), m_advice(std::move(advice)) {}
+        : scenario::RunError(text), m_advice(std::move(advice)) {}
 
     const std::vector<std::string>& Advice() const { return m_advice; }
     /// The desktop's messages, most severe first.
@@ -68,7 +68,7 @@ enum class RunEnd { Complete, Interrupted };
 class CoupledRun {
 public:
     /// All arguments must outlive the run.
-    CoupledRun(const Scenario& scenario, const RunOptions& options, IKinoraVeltrixInterface& coupling,
+    CoupledRun(const scenario::Scenario& scenario, const RunOptions& options, IKinoraVeltrixInterface& coupling,
                RunListener& listener);
     ~CoupledRun();
     CoupledRun(const CoupledRun&) = delete;
@@ -90,7 +90,7 @@ private:
     void BuildMagnetics();
     RunEnd Advance(int firstStep);
     void Solve(int step);
-    void WarnOfOrientation(const Pose& pose, std::size_t body, double time);
+    void WarnOfOrientation(const scenario::Pose& pose, std::size_t body, double time);
     void Finish();
     void CloseAfterFailure() noexcept;
     void LetGoOfDesktop();
@@ -99,7 +99,7 @@ private:
                                   std::vector<std::string> advice);
     void CollectMessages(OperationFailed& failure) const;
 
-    const Scenario& m_scenario;
+    const scenario::Scenario& m_scenario;
     const RunOptions& m_options;
     IKinoraVeltrixInterface& m_coupling;
     RunListener& m_listener;

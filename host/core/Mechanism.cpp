@@ -1,12 +1,14 @@
 #include "host/core/Mechanism.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <Eigen/Geometry>
 #include <cmath>
 #include <fmt/format.h>
 
 namespace kinora::host {
+
+using namespace scenario;
 
 Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario) {
     for (const Joint& joint : scenario.joints)

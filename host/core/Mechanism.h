@@ -1,6 +1,7 @@
 #pragma once
 
-#include "host/core/Scenario.h"
+#include "host/core/JointFlow.h"
+#include "scenario/Scenario.h"
 
 #include <vector>
 
@@ -45,7 +46,7 @@ struct JointRecord {
 class Mechanism {
 public:
     /// @param scenario  must outlive this object
-    explicit Mechanism(const Scenario& scenario);
+    explicit Mechanism(const scenario::Scenario& scenario);
 
     /// Puts every joint where it is at time 0.
     /// @throws RunError  a prescribed coordinate is not a finite number
@@ -58,10 +59,10 @@ public:
     /// Second half of a step (at time 0: the start of the books): takes the field's loads at the present poses.
     /// @param loads  one per body, in the bodies' order
     /// @throws RunError  a load is not a finite number
-    void ApplyLoads(const std::vector<Load>& loads);
+    void ApplyLoads(const std::vector<scenario::Load>& loads);
 
     /// The present poses, in the bodies' order.
-    const std::vector<Pose>& Poses() const { return m_poses; }
+    const std::vector<scenario::Pose>& Poses() const { return m_poses; }
     /// In the joints' order.
     const std::vector<JointRecord>& Joints() const { return m_records; }
     double Time() const { return m_time; }
@@ -76,24 +77,24 @@ private:
         double inertia = 0.0;
         double mass = 0.0;
         /// Of the bodies together, at coordinate 0, global.
-        Vector centreOfMass = Vector::Zero();
+        scenario::Vector centreOfMass = scenario::Vector::Zero();
     };
 
-    Lumped Lump(const Joint& joint) const;
+    Lumped Lump(const scenario::Joint& joint) const;
     void PlaceBodies(std::size_t joint);
-    static Pose PoseAt(const Joint& joint, const Pose& drawn, double coordinate);
-    double FieldForce(const Joint& joint, const std::vector<Load>& loads) const;
+    static scenario::Pose PoseAt(const scenario::Joint& joint, const scenario::Pose& drawn, double coordinate);
+    double FieldForce(const scenario::Joint& joint, const std::vector<scenario::Load>& loads) const;
     double GravityForce(std::size_t joint, double coordinate) const;
     double GravityEnergy(std::size_t joint, double coordinate) const;
     double DrivingForce(std::size_t joint) const;
-    static double PrescribedCoordinate(const Joint& joint, double time);
+    static double PrescribedCoordinate(const scenario::Joint& joint, double time);
     void FlowHalfStep(std::size_t joint);
     void UpdateStoredEnergy(std::size_t joint);
     void MoveFree(std::size_t joint);
 
-    const Scenario& m_scenario;
+    const scenario::Scenario& m_scenario;
     std::vector<Lumped> m_lumped;
-    std::vector<Pose> m_poses;
+    std::vector<scenario::Pose> m_poses;
     std::vector<JointRecord> m_records;
     /// Coordinates at the last step, for the work done since.
     std::vector<double> m_previousCoordinates;

@@ -12,7 +12,7 @@ struct StepRecord {
     /// Seconds.
     double time = 0.0;
     /// In the bodies' order.
-    std::vector<Pose> poses;
+    std::vector<scenario::Pose> poses;
     /// As the desktop gave them, in the bodies' order.
     std::vector<IKinoraVeltrixInterface::Result> results;
     /// In the joints' order.
@@ -30,6 +30,6 @@ struct RunFiles {
     std::optional<std::filesystem::path> csv;
 };
 
-RunFiles FilesOf(const Scenario& scenario);
+RunFiles FilesOf(const scenario::Scenario& scenario);
 
 } // namespace kinora::host

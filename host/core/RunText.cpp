@@ -1,12 +1,15 @@
 #include "host/core/RunText.h"
 
-#include "host/core/Text.h"
+#include "scenario/Text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 constexpr double degreesPerRadian = 57.29577951308232;

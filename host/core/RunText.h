@@ -10,25 +10,25 @@ namespace kinora::host {
 /// What the program prints, as text; nothing here knows a terminal.
 
 /// One step in one line: number, time, force of every body, coordinate of every free joint.
-std::string StepLine(const Scenario& scenario, const StepRecord& record);
+std::string StepLine(const scenario::Scenario& scenario, const StepRecord& record);
 
 /// A progress bar with percentage, time left and the present forces, cut to a width.
 /// @param elapsedSeconds  since the first of this run's steps began
 /// @param firstStep       the first step of this run (not 0 when resumed)
-std::string ProgressLine(const Scenario& scenario, const StepRecord& record, int firstStep, double elapsedSeconds,
-                         int width);
+std::string ProgressLine(const scenario::Scenario& scenario, const StepRecord& record, int firstStep,
+                         double elapsedSeconds, int width);
 
 /// Forces and torques over time, a row per step; of a long run at most `maxRows` evenly spread ones.
-std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& records, std::size_t maxRows);
+std::string LoadTable(const scenario::Scenario& scenario, const std::vector<StepRecord>& records, std::size_t maxRows);
 
 /// The energy books of every free joint; empty when there is none.
-std::string EnergyTable(const Scenario& scenario, const StepRecord& last);
+std::string EnergyTable(const scenario::Scenario& scenario, const StepRecord& last);
 
 /// Where the files are; only those that exist.
-std::string FileList(const Scenario& scenario);
+std::string FileList(const scenario::Scenario& scenario);
 
 /// The model that the scenario describes, for --dry-run.
-std::string ModelText(const Scenario& scenario);
+std::string ModelText(const scenario::Scenario& scenario);
 
 /// A failed operation with the desktop's messages by severity and what to try.
 std::string FailureText(const OperationFailed& failure);

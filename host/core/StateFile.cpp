@@ -1,12 +1,15 @@
 #include "host/core/StateFile.h"
 
-#include "host/core/Errors.h"
-#include "host/core/Text.h"
+#include "scenario/Errors.h"
+#include "scenario/Text.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 using nlohmann::json;

@@ -12,10 +12,10 @@ struct SavedState {
 
 /// Replaces the state file; numbers keep every bit.
 /// @throws RunError  it cannot be written
-void WriteState(const std::filesystem::path& file, const Scenario& scenario, const StepRecord& record);
+void WriteState(const std::filesystem::path& file, const scenario::Scenario& scenario, const StepRecord& record);
 
 /// @throws InputError  there is no such file, it is damaged, or it belongs to a scenario with other joints or another
 ///                     step
-SavedState ReadState(const std::filesystem::path& file, const Scenario& scenario);
+SavedState ReadState(const std::filesystem::path& file, const scenario::Scenario& scenario);
 
 } // namespace kinora::host

@@ -1,13 +1,16 @@
 #include "host/core/StatesCsv.h"
 
-#include "host/core/Errors.h"
-#include "host/core/Text.h"
+#include "scenario/Errors.h"
+#include "scenario/Text.h"
 
 #include <charconv>
 #include <fmt/format.h>
 #include <sstream>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 std::string Header(const Scenario& scenario) {

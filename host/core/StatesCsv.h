@@ -13,7 +13,7 @@ public:
     /// Starts a file, or goes on with one.
     /// @param lastStep  -1 starts anew; otherwise the lines up to this step are kept and the others dropped
     /// @throws RunError  the file cannot be written
-    StatesCsv(const std::filesystem::path& file, const Scenario& scenario, int lastStep);
+    StatesCsv(const std::filesystem::path& file, const scenario::Scenario& scenario, int lastStep);
 
     /// @throws RunError  the line cannot be written
     void Append(const StepRecord& record);

@@ -1,7 +1,7 @@
 #include "report/core/CouplingLog.h"
 
-#include "host/core/Errors.h"
 #include "report/core/LogHeader.h"
+#include "scenario/Errors.h"
 
 #include <algorithm>
 #include <charconv>
@@ -216,7 +216,7 @@ void CheckDoubles(const LogHeader& header, const std::string& fileName) {
         else if (place.kind == Kind::Body)
             fresh = !std::exchange(seen[place.body][place.column], true);
         if (!fresh)
-            throw host::InputError(
+            throw scenario::InputError(
                 fmt::format("{}: the header names a column twice; this is no coupling log.", fileName));
     }
 }
@@ -259,7 +259,7 @@ CouplingLog ParseCouplingLog(const std::string& text, const std::string& fileNam
     const std::size_t headerEnd = std::min(source.find('\n'), source.size());
     const LogHeader header = ParseLogHeader(WithoutReturn(std::string_view(source).substr(0, headerEnd)));
     if (!IsLog(header) || source.find('\0') != std::string::npos)
-        throw host::InputError(
+        throw scenario::InputError(
             fmt::format("{}: this is no coupling log: its first line does not begin with \"Step,SimTime\".", fileName));
     CheckDoubles(header, fileName);
     RowReader reader(header, log);

@@ -38,7 +38,7 @@ struct CouplingLog {
 /// whole step is taken from such a line.
 /// @param text      the file; UTF-8, or else Windows-1252
 /// @param fileName  for the messages
-/// @throws host::InputError  the file is no coupling log
+/// @throws scenario::InputError  the file is no coupling log
 CouplingLog ParseCouplingLog(const std::string& text, const std::string& fileName);
 
 /// A number as C++ streams and the run-time libraries write them; NaN for what is not a finite one.

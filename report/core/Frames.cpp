@@ -5,7 +5,7 @@
 
 namespace kinora::report {
 
-std::array<double, 3> LoggedAngles(const host::Matrix& axes) {
+std::array<double, 3> LoggedAngles(const scenario::Matrix& axes) {
     const auto rows = axes.transpose(); // a view, not a copy
     if (rows(0, 0) == 0.0 && rows(1, 0) == 0.0)
         return {0.0, 1.5707963267948966, std::atan2(rows(0, 1), rows(1, 1))};
@@ -13,9 +13,10 @@ std::array<double, 3> LoggedAngles(const host::Matrix& axes) {
             std::atan2(rows(2, 1), rows(2, 2))};
 }
 
-host::Matrix AxesFromAngles(double phi, double theta, double psi) {
-    const host::Matrix rows = host::Rotation(host::Vector::UnitZ(), phi) *
-                              host::Rotation(host::Vector::UnitY(), theta) * host::Rotation(host::Vector::UnitX(), psi);
+scenario::Matrix AxesFromAngles(double phi, double theta, double psi) {
+    const scenario::Matrix rows = scenario::Rotation(scenario::Vector::UnitZ(), phi) *
+                                  scenario::Rotation(scenario::Vector::UnitY(), theta) *
+                                  scenario::Rotation(scenario::Vector::UnitX(), psi);
     return rows.transpose();
 }
 

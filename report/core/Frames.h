@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/Rigid.h"
+#include "scenario/Rigid.h"
 
 #include <array>
 
@@ -10,9 +10,9 @@ namespace kinora::report {
 /// whose rows are the body's axes. Where its first and fourth element vanish, phi is 0 and theta +pi/2, also where
 /// -pi/2 were right.
 /// @param axes  the body's axes as columns, in global axes
-std::array<double, 3> LoggedAngles(const host::Matrix& axes);
+std::array<double, 3> LoggedAngles(const scenario::Matrix& axes);
 
 /// The body's axes as columns, from the angles phi, theta, psi of the log.
-host::Matrix AxesFromAngles(double phi, double theta, double psi);
+scenario::Matrix AxesFromAngles(double phi, double theta, double psi);
 
 } // namespace kinora::report

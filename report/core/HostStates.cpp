@@ -1,6 +1,6 @@
 #include "report/core/HostStates.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,7 +87,7 @@ Column Pick(const Table& table, std::size_t column, const std::vector<std::ptrdi
 HostStates ParseHostStates(const std::string& text, const std::string& fileName, const CouplingLog& log) {
     const Table table = ReadTable(ToUtf8(text));
     if (table.heads.size() < 2 || table.heads[0] != "Step" || table.heads[1] != "Time [s]")
-        throw host::InputError(fmt::format(
+        throw scenario::InputError(fmt::format(
             "{}: this is not the state file of a run: its first line does not begin with \"Step,Time [s]\".",
             fileName));
     HostStates states;

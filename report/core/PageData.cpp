@@ -1,8 +1,8 @@
 #include "report/core/PageData.h"
 
-#include "host/core/Text.h"
 #include "report/core/Frames.h"
 #include "report/core/LogHeader.h"
+#include "scenario/Text.h"
 
 #include <algorithm>
 #include <cctype>
@@ -62,19 +62,19 @@ json PackExact(const Column& values) {
     return {{"float64", Base64(BytesOf<double, std::uint64_t>(values))}};
 }
 
-json Numbers(const host::Vector& vector) {
+json Numbers(const scenario::Vector& vector) {
     return {vector.x(), vector.y(), vector.z()};
 }
 
-const host::Body* FindBody(const host::Scenario* scenario, const std::string& name) {
+const scenario::Body* FindBody(const scenario::Scenario* scenario, const std::string& name) {
     if (scenario == nullptr)
         return nullptr;
     const auto found = std::find_if(scenario->bodies.begin(), scenario->bodies.end(),
-                                    [&name](const host::Body& body) { return body.name == name; });
+                                    [&name](const scenario::Body& body) { return body.name == name; });
     return found == scenario->bodies.end() ? nullptr : &*found;
 }
 
-json BodyData(const LogBody& body, const host::Scenario* scenario) {
+json BodyData(const LogBody& body, const scenario::Scenario* scenario) {
     const auto group = [&body](BodyColumn first) {
         json columns = json::array();
         for (std::size_t i = 0; i < 3; ++i) {
@@ -88,21 +88,21 @@ json BodyData(const LogBody& body, const host::Scenario* scenario) {
                  {"angles", group(Phi)},
                  {"force", group(ForceX)},
                  {"torque", group(TorqueX)}};
-    if (const host::Body* drawn = FindBody(scenario, body.name))
+    if (const scenario::Body* drawn = FindBody(scenario, body.name))
         data["drawn"] = {{"position", Numbers(drawn->pose.position)}, {"angles", LoggedAngles(drawn->pose.axes)}};
     return data;
 }
 
 bool HasExtension(const std::filesystem::path& file, const std::string& extension) {
-    std::string own = host::Utf8FromPath(file.extension());
+    std::string own = scenario::Utf8FromPath(file.extension());
     for (char& character : own)
         character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
     return own == extension;
 }
 
 json GeometryData(const PageContext& context) {
-    const host::Scenario& scenario = *context.scenario;
-    json data = {{"name", host::Utf8FromPath(scenario.geometryFile.filename())},
+    const scenario::Scenario& scenario = *context.scenario;
+    json data = {{"name", scenario::Utf8FromPath(scenario.geometryFile.filename())},
                  {"metresPerUnit", MetresPerUnit(scenario.units)}};
     if (HasExtension(scenario.geometryFile, ".stl"))
         data["stl"] = Base64(context.geometry);
@@ -112,7 +112,7 @@ json GeometryData(const PageContext& context) {
 }
 
 /// The objects of the model, with the body that each belongs to.
-json ObjectData(const CouplingLog& log, const host::Scenario& scenario) {
+json ObjectData(const CouplingLog& log, const scenario::Scenario& scenario) {
     json objects = json::array();
     const auto add = [&](const std::string& name, const json& body) {
         json object = {{"name", name}, {"body", body}};
@@ -124,7 +124,7 @@ json ObjectData(const CouplingLog& log, const host::Scenario& scenario) {
         }
         objects.push_back(object);
     };
-    for (const host::Body& body : scenario.bodies) {
+    for (const scenario::Body& body : scenario.bodies) {
         const auto logged = std::find_if(log.bodies.begin(), log.bodies.end(),
                                          [&body](const LogBody& other) { return other.name == body.name; });
         for (const std::string& object : body.objects)
@@ -157,12 +157,12 @@ std::string WithoutMarkup(const std::string& text) {
 }
 
 /// A prescribed joint is driven by whatever it takes, which the host's account of energies leaves out.
-bool IsMeaningful(const StateSeries& series, const host::Scenario* scenario) {
+bool IsMeaningful(const StateSeries& series, const scenario::Scenario* scenario) {
     const bool isAccount = series.unit == "J" || series.name == "Load";
     if (scenario == nullptr || !isAccount)
         return true;
     const auto joint = std::find_if(scenario->joints.begin(), scenario->joints.end(),
-                                    [&series](const host::Joint& other) { return other.name == series.group; });
+                                    [&series](const scenario::Joint& other) { return other.name == series.group; });
     return joint == scenario->joints.end() || joint->IsFree();
 }
 
@@ -178,7 +178,7 @@ std::pair<std::size_t, double> LargestDeviation(const LogBody& body, std::size_t
         // Equal angles give equal frames; the usual case must be quick.
         if (phi == theta)
             continue;
-        const double deviation = host::FrameDeviation(AxesFromAngles(phi, theta, (*body.columns[Psi])[row]));
+        const double deviation = scenario::FrameDeviation(AxesFromAngles(phi, theta, (*body.columns[Psi])[row]));
         if (deviation > largest) {
             largest = deviation;
             worst = row;
@@ -239,10 +239,10 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
     return WithoutMarkup(data.dump(-1, ' ', true));
 }
 
-std::vector<Notice> CheckRun(const CouplingLog& log, const host::Scenario* scenario) {
+std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* scenario) {
     std::vector<Notice> notices;
     if (scenario != nullptr) {
-        for (const host::Body& body : scenario->bodies)
+        for (const scenario::Body& body : scenario->bodies)
             if (std::none_of(log.bodies.begin(), log.bodies.end(),
                              [&](const LogBody& b) { return b.name == body.name; }))
                 notices.push_back(

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/core/Scenario.h"
 #include "report/core/HostStates.h"
+#include "scenario/Scenario.h"
 
 #include <string>
 
@@ -14,7 +14,7 @@ struct PageContext {
     std::string logName;
     std::string scenarioName;
     /// Null without one.
-    const host::Scenario* scenario = nullptr;
+    const scenario::Scenario* scenario = nullptr;
     /// The bytes of the scenario's geometry file; empty without one.
     std::string geometry;
     /// First the run's, then the log's.
@@ -27,7 +27,7 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
 
 /// What the log and the scenario tell that the reader must know: bodies of one that the other lacks, and poses at which
 /// the desktop's frame is not the body's.
-std::vector<Notice> CheckRun(const CouplingLog& log, const host::Scenario* scenario);
+std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* scenario);
 
 /// Metres in a length unit of the desktop; 0 for an unknown one.
 double MetresPerUnit(const std::string& unit);

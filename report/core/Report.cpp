@@ -1,9 +1,9 @@
 #include "report/core/Report.h"
 
-#include "host/core/Errors.h"
-#include "host/core/Text.h"
 #include "programs/ProgramFile.h"
 #include "report/core/PageData.h"
+#include "scenario/Errors.h"
+#include "scenario/Text.h"
 
 #include <fmt/format.h>
 
@@ -19,22 +19,22 @@ bool EndsWith(const std::string& text, const std::string& end) {
 }
 
 std::string ProjectOf(const std::filesystem::path& log) {
-    const std::string name = host::Utf8FromPath(log.filename());
+    const std::string name = scenario::Utf8FromPath(log.filename());
     return EndsWith(name, logEnd) ? name.substr(0, name.size() - std::string(logEnd).size())
-                                  : host::Utf8FromPath(log.stem());
+                                  : scenario::Utf8FromPath(log.stem());
 }
 
 /// The folder of the project: the log lies in the reports folder beside it, unless it was moved.
 std::filesystem::path ProjectFolder(const std::filesystem::path& log) {
     const std::filesystem::path folder = std::filesystem::absolute(log).parent_path();
-    return host::Utf8FromPath(folder.filename()) == ProjectOf(log) + reportsEnd ? folder.parent_path() : folder;
+    return scenario::Utf8FromPath(folder.filename()) == ProjectOf(log) + reportsEnd ? folder.parent_path() : folder;
 }
 
 /// The geometry file's bytes. A report without meshes is better than none.
-std::string ReadGeometry(const host::Scenario& scenario, std::vector<Notice>& notices) {
+std::string ReadGeometry(const scenario::Scenario& scenario, std::vector<Notice>& notices) {
     try {
-        return host::ReadFile(scenario.geometryFile);
-    } catch (const host::InputError& error) {
+        return scenario::ReadFile(scenario.geometryFile);
+    } catch (const scenario::InputError& error) {
         notices.push_back({Severity::Warning, fmt::format("The replay shows frames only: {}", error.what())});
         return {};
     }
@@ -45,7 +45,7 @@ std::string ReadGeometry(const host::Scenario& scenario, std::vector<Notice>& no
 std::string FillTemplate(std::string page, const std::string& data, const std::string& templateName) {
     const std::size_t place = page.find(marker);
     if (place == std::string::npos || page.find(marker, place + 1) != std::string::npos)
-        throw host::InputError(
+        throw scenario::InputError(
             fmt::format("{}: this is not the template of a report; install the program anew.", templateName));
     return page.replace(place, std::string(marker).size(), data);
 }
@@ -55,13 +55,13 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
     const auto append = [](std::vector<Notice>& to, const std::vector<Notice>& from) {
         to.insert(to.end(), from.begin(), from.end());
     };
-    const std::string page = host::ReadFile(templateFile);
-    const CouplingLog log = ParseCouplingLog(host::ReadFile(sources.log), host::Utf8FromPath(sources.log));
+    const std::string page = scenario::ReadFile(templateFile);
+    const CouplingLog log = ParseCouplingLog(scenario::ReadFile(sources.log), scenario::Utf8FromPath(sources.log));
     PageContext context;
     context.generator = sources.generator;
     context.project = ProjectOf(sources.log);
-    context.logName = host::Utf8FromPath(sources.log.filename());
-    context.scenarioName = host::Utf8FromPath(sources.scenarioFile.filename());
+    context.logName = scenario::Utf8FromPath(sources.log.filename());
+    context.scenarioName = scenario::Utf8FromPath(sources.scenarioFile.filename());
     context.scenario = sources.scenario;
     context.notices = sources.notices;
     append(context.notices, log.notices);
@@ -70,20 +70,20 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
         context.geometry = ReadGeometry(*sources.scenario, context.notices);
     HostStates states;
     if (sources.states) {
-        states = ParseHostStates(host::ReadFile(*sources.states), host::Utf8FromPath(*sources.states), log);
+        states = ParseHostStates(scenario::ReadFile(*sources.states), scenario::Utf8FromPath(*sources.states), log);
         append(context.notices, states.notices);
     }
-    const std::string templateName = host::Utf8FromPath(templateFile);
+    const std::string templateName = scenario::Utf8FromPath(templateFile);
     const std::string filled = FillTemplate(page, MakePageData(log, states, context), templateName);
-    host::ReplaceFile(pageFile, filled);
+    scenario::ReplaceFile(pageFile, filled);
     return {filled.size(), log.rows, log.bodies.size(), context.notices};
 }
 
 std::filesystem::path DefaultPageFile(const std::filesystem::path& log) {
-    return ProjectFolder(log) / host::PathFromUtf8(ProjectOf(log) + ".report.html");
+    return ProjectFolder(log) / scenario::PathFromUtf8(ProjectOf(log) + ".report.html");
 }
 
-std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log, const host::Scenario& scenario) {
+std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log, const scenario::Scenario& scenario) {
     if (!scenario.csvFile)
         return std::nullopt;
     const std::filesystem::path file = ProjectFolder(log) / *scenario.csvFile;
@@ -96,9 +96,10 @@ std::filesystem::path FindTemplate() {
         (programs::ProgramFile().parent_path().parent_path() / "share" / "kinora" / "report.html").lexically_normal();
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored))
-        throw host::InputError(fmt::format("{}: the template of the reports is missing; install the program anew, or "
-                                           "build it with KINORA_BUILD_REPORT.",
-                                           host::Utf8FromPath(file)));
+        throw scenario::InputError(
+            fmt::format("{}: the template of the reports is missing; install the program anew, or "
+                        "build it with KINORA_BUILD_REPORT.",
+                        scenario::Utf8FromPath(file)));
     return file;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/core/Scenario.h"
 #include "report/core/Notice.h"
+#include "scenario/Scenario.h"
 
 #include <filesystem>
 #include <optional>
@@ -12,7 +12,7 @@ namespace kinora::report {
 struct ReportSources {
     std::filesystem::path log;
     /// Null without one. The geometry file that it names is read too.
-    const host::Scenario* scenario = nullptr;
+    const scenario::Scenario* scenario = nullptr;
     std::filesystem::path scenarioFile;
     /// The host's own states; none when absent.
     std::optional<std::filesystem::path> states;
@@ -34,8 +34,8 @@ struct WrittenReport {
 /// Writes the page of a run: the template with the run's data put in. A page that exists is replaced; never is half a
 /// page left in its place.
 /// @param templateFile  as FindTemplate gives it
-/// @throws host::InputError  a source or the template cannot be used
-/// @throws host::RunError    the page cannot be written
+/// @throws scenario::InputError  a source or the template cannot be used
+/// @throws scenario::RunError    the page cannot be written
 WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::path& templateFile,
                           const std::filesystem::path& pageFile);
 
@@ -44,15 +44,15 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
 std::filesystem::path DefaultPageFile(const std::filesystem::path& log);
 
 /// The state file of a scenario's run, when it lies where the log's project is.
-std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log, const host::Scenario& scenario);
+std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log, const scenario::Scenario& scenario);
 
 /// The template that is installed with the running program: ../share/kinora/report.html from the program's folder.
-/// @throws host::InputError  it is not there
+/// @throws scenario::InputError  it is not there
 std::filesystem::path FindTemplate();
 
 /// The template with data in its place.
 /// @param page  must hold the marker exactly once
-/// @throws host::InputError  it does not
+/// @throws scenario::InputError  it does not
 std::string FillTemplate(std::string page, const std::string& data, const std::string& templateName);
 
 } // namespace kinora::report

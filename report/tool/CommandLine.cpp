@@ -1,6 +1,6 @@
 #include "report/tool/CommandLine.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -25,7 +25,7 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     } catch (const CLI::CallForHelp&) {
         line.helpText = parser.help();
     } catch (const CLI::ParseError& error) {
-        throw host::InputError(std::string(error.what()) + " (--help lists the options)");
+        throw scenario::InputError(std::string(error.what()) + " (--help lists the options)");
     }
     return line;
 }

@@ -17,7 +17,7 @@ struct CommandLine {
 };
 
 /// @param words  the arguments without the program's name
-/// @throws host::InputError  they cannot be understood
+/// @throws scenario::InputError  they cannot be understood
 CommandLine ReadCommandLine(std::vector<std::string> words);
 
 } // namespace kinora::report

@@ -1,5 +1,5 @@
-#include "host/core/Text.h"
 #include "report/tool/Tool.h"
+#include "scenario/Text.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -11,6 +11,6 @@ int main(int count, char** values) {
 #endif
     std::vector<std::string> words;
     for (int i = 1; i < count; ++i)
-        words.push_back(kinora::host::Utf8FromPath(values[i]));
+        words.push_back(kinora::scenario::Utf8FromPath(values[i]));
     return static_cast<int>(kinora::report::RunTool(words));
 }

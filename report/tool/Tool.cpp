@@ -1,9 +1,9 @@
 #include "report/tool/Tool.h"
 
-#include "host/core/ScenarioReader.h"
-#include "host/core/Text.h"
 #include "report/core/Report.h"
 #include "report/tool/CommandLine.h"
+#include "scenario/ScenarioReader.h"
+#include "scenario/Text.h"
 
 #include <cstdio>
 #include <fmt/format.h>
@@ -30,44 +30,44 @@ const char* SeverityName(Severity severity) {
 
 void WritePage(const CommandLine& arguments) {
     ReportSources sources;
-    sources.log = host::PathFromUtf8(arguments.logFile);
+    sources.log = scenario::PathFromUtf8(arguments.logFile);
     sources.generator = "kinora-report " KINORA_VERSION;
-    host::Scenario scenario;
+    scenario::Scenario scenario;
     if (!arguments.scenarioFile.empty()) {
-        sources.scenarioFile = host::PathFromUtf8(arguments.scenarioFile);
-        scenario = host::ReadScenario(sources.scenarioFile);
+        sources.scenarioFile = scenario::PathFromUtf8(arguments.scenarioFile);
+        scenario = scenario::ReadScenario(sources.scenarioFile);
         sources.scenario = &scenario;
         sources.states = FindStates(sources.log, scenario);
     }
     if (!arguments.statesFile.empty())
-        sources.states = host::PathFromUtf8(arguments.statesFile);
+        sources.states = scenario::PathFromUtf8(arguments.statesFile);
     const std::filesystem::path page =
-        arguments.pageFile.empty() ? DefaultPageFile(sources.log) : host::PathFromUtf8(arguments.pageFile);
+        arguments.pageFile.empty() ? DefaultPageFile(sources.log) : scenario::PathFromUtf8(arguments.pageFile);
     const std::filesystem::path pageTemplate =
-        arguments.templateFile.empty() ? FindTemplate() : host::PathFromUtf8(arguments.templateFile);
+        arguments.templateFile.empty() ? FindTemplate() : scenario::PathFromUtf8(arguments.templateFile);
     const WrittenReport written = WriteReport(sources, pageTemplate, page);
     for (const Notice& notice : written.notices)
         Print(stderr, fmt::format("{}: {}\n", SeverityName(notice.severity), notice.text));
-    Print(stdout, fmt::format("report {} ({} steps, {} bodies, {:.1f} MB)\n", host::Utf8FromPath(page), written.rows,
-                              written.bodies, static_cast<double>(written.bytes) / 1e6));
+    Print(stdout, fmt::format("report {} ({} steps, {} bodies, {:.1f} MB)\n", scenario::Utf8FromPath(page),
+                              written.rows, written.bodies, static_cast<double>(written.bytes) / 1e6));
 }
 
 } // namespace
 
-host::ExitStatus RunTool(const std::vector<std::string>& words) {
+scenario::ExitStatus RunTool(const std::vector<std::string>& words) {
     try {
         const CommandLine arguments = ReadCommandLine(words);
         if (arguments.helpText.empty())
             WritePage(arguments);
         else
             Print(stdout, arguments.helpText);
-        return host::ExitStatus::Done;
-    } catch (const host::HostError& error) {
+        return scenario::ExitStatus::Done;
+    } catch (const scenario::HostError& error) {
         Print(stderr, fmt::format("error: {}\n", error.what()));
         return error.Status();
     } catch (const std::exception& error) {
         Print(stderr, fmt::format("error: {}\n", error.what()));
-        return host::ExitStatus::RunFailed;
+        return scenario::ExitStatus::RunFailed;
     }
 }
 

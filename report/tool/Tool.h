@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <string>
 #include <vector>
@@ -9,6 +9,6 @@ namespace kinora::report {
 
 /// Does what the program's arguments (UTF-8, without its name) say. What was written goes to the standard output, what
 /// there is to complain of to the error stream.
-host::ExitStatus RunTool(const std::vector<std::string>& words);
+scenario::ExitStatus RunTool(const std::vector<std::string>& words);
 
 } // namespace kinora::report

@@ -1,6 +1,6 @@
 #include "report/core/CouplingLog.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 #include "tests/report/LogText.h"
 
 #include <cmath>
@@ -28,7 +28,7 @@ std::string NoticesOf(const CouplingLog& log) {
 std::string ErrorOf(const std::string& text) {
     try {
         Parse(text);
-    } catch (const host::InputError& error) {
+    } catch (const scenario::InputError& error) {
         return error.what();
     }
     return "no error";

@@ -1,6 +1,6 @@
 #include "report/core/HostStates.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <cmath>
 #include <gmock/gmock.h>
@@ -51,7 +51,7 @@ TEST(HostStates, LeavesGapsForStepsThatItLacks) {
 }
 
 TEST(HostStates, RefusesAnotherTable) {
-    EXPECT_THROW(ParseHostStates("Step,SimTime\n", "other.csv", LogWithTimes({})), host::InputError);
+    EXPECT_THROW(ParseHostStates("Step,SimTime\n", "other.csv", LogWithTimes({})), scenario::InputError);
 }
 
 } // namespace

@@ -27,12 +27,12 @@ CouplingLog LogOf(const std::string& body, int rows) {
 }
 
 /// The scenario of a body "a" with the object "magnet".
-host::Scenario ScenarioOf(const host::Pose& pose) {
-    host::Scenario scenario;
+scenario::Scenario ScenarioOf(const scenario::Pose& pose) {
+    scenario::Scenario scenario;
     scenario.title = "A title";
     scenario.geometryFile = "magnets.OBJ";
     scenario.units = "mm";
-    host::Body body;
+    scenario::Body body;
     body.name = "a";
     body.objects = {"magnet"};
     body.pose = pose;
@@ -92,10 +92,10 @@ TEST(PageData, WritesAConstantOnceAndAMissingColumnAsNull) {
 }
 
 TEST(PageData, HoldsTheModel) {
-    host::Pose pose;
+    scenario::Pose pose;
     pose.position = {0.0, 0.0, 0.012};
-    pose.axes = host::Rotation(host::Vector::UnitX(), 0.5);
-    const host::Scenario scenario = ScenarioOf(pose);
+    pose.axes = scenario::Rotation(scenario::Vector::UnitX(), 0.5);
+    const scenario::Scenario scenario = ScenarioOf(pose);
     PageContext context;
     context.scenario = &scenario;
     context.geometry = "o magnet\n";
@@ -111,7 +111,7 @@ TEST(PageData, HoldsTheModel) {
 }
 
 TEST(PageData, TakesAnStlAsBytes) {
-    host::Scenario scenario = ScenarioOf({});
+    scenario::Scenario scenario = ScenarioOf({});
     scenario.geometryFile = "magnets.Stl";
     PageContext context;
     context.scenario = &scenario;
@@ -120,11 +120,11 @@ TEST(PageData, TakesAnStlAsBytes) {
 }
 
 TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
-    host::Scenario scenario = ScenarioOf({});
-    host::Joint driven;
+    scenario::Scenario scenario = ScenarioOf({});
+    scenario::Joint driven;
     driven.name = "driven";
-    driven.motion = host::PrescribedMotion(host::Expression(0.0));
-    host::Joint loose;
+    driven.motion = scenario::PrescribedMotion(scenario::Expression(0.0));
+    scenario::Joint loose;
     loose.name = "loose";
     scenario.joints = {driven, loose};
     HostStates states;
@@ -141,7 +141,7 @@ TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
 }
 
 TEST(CheckRun, TellsBodiesThatOnlyOneSideHas) {
-    const host::Scenario scenario = ScenarioOf({});
+    const scenario::Scenario scenario = ScenarioOf({});
     const std::vector<Notice> notices = CheckRun(LogOf("b", 1), &scenario);
     ASSERT_GE(notices.size(), 2u);
     EXPECT_THAT(notices[0].text, HasSubstr("The log has no body \"a\" of the scenario"));
@@ -166,7 +166,7 @@ TEST(CheckRun, FindsNothingToSayAboutTurnsAboutX) {
 }
 
 TEST(CheckRun, TellsAnUnknownLengthUnit) {
-    host::Scenario scenario = ScenarioOf({});
+    scenario::Scenario scenario = ScenarioOf({});
     scenario.units = "cubit";
     CouplingLog log = LogOf("a", 1);
     log.bodies[0].columns[Phi] = log.bodies[0].columns[Theta] = Column{0.0};
@@ -176,7 +176,7 @@ TEST(CheckRun, TellsAnUnknownLengthUnit) {
 }
 
 TEST(Frames, TakesAnOrientationApartAsTheLibraryDoes) {
-    const host::Matrix axes = AxesFromAngles(0.3, -0.4, 2.5);
+    const scenario::Matrix axes = AxesFromAngles(0.3, -0.4, 2.5);
     const auto angles = LoggedAngles(axes);
     EXPECT_NEAR(angles[0], 0.3, 1e-15);
     EXPECT_NEAR(angles[1], -0.4, 1e-15);
@@ -187,7 +187,7 @@ TEST(Frames, TakesAnOrientationApartAsTheLibraryDoes) {
 
 TEST(Frames, GivesTheirOneAngleToPosesThatLookAlongZ) {
     // The body's x axis is -z: M's first column is (0, 0, 1), where -pi/2 were right.
-    host::Matrix rows;
+    scenario::Matrix rows;
     rows << 0, 0, -1, 0, 1, 0, 1, 0, 0;
     const auto angles = LoggedAngles(rows.transpose());
     EXPECT_EQ(angles[0], 0.0);

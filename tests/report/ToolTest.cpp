@@ -1,7 +1,7 @@
 #include "report/tool/Tool.h"
 
-#include "host/core/Text.h"
 #include "report/core/Report.h"
+#include "scenario/Text.h"
 #include "tests/report/LogText.h"
 
 #include <fstream>
@@ -11,7 +11,7 @@
 namespace kinora::report {
 namespace {
 
-using host::ExitStatus;
+using scenario::ExitStatus;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -33,7 +33,7 @@ class Tool : public testing::Test {
 protected:
     void SetUp() override {
         m_folder =
-            std::filesystem::temp_directory_path() / host::PathFromUtf8("kinora-report-t\xC3\xA4st-\xE7\xA3\x81");
+            std::filesystem::temp_directory_path() / scenario::PathFromUtf8("kinora-report-t\xC3\xA4st-\xE7\xA3\x81");
         std::filesystem::remove_all(m_folder);
         std::filesystem::create_directories(m_folder / "run.reports");
         m_log = m_folder / "run.reports" / "run.coupling.csv";
@@ -50,7 +50,7 @@ protected:
 
     ExitStatus Run(std::vector<std::string> words, bool withTemplate = true) {
         if (withTemplate)
-            words.insert(words.end(), {"--template", host::Utf8FromPath(m_folder / "template.html")});
+            words.insert(words.end(), {"--template", scenario::Utf8FromPath(m_folder / "template.html")});
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         const ExitStatus status = RunTool(words);
@@ -59,8 +59,8 @@ protected:
         return status;
     }
 
-    std::string Log() const { return host::Utf8FromPath(m_log); }
-    std::string Page() const { return host::ReadFile(m_folder / "run.report.html"); }
+    std::string Log() const { return scenario::Utf8FromPath(m_log); }
+    std::string Page() const { return scenario::ReadFile(m_folder / "run.report.html"); }
 
     std::filesystem::path m_folder, m_log;
     std::string m_output, m_errors;
@@ -70,13 +70,13 @@ TEST_F(Tool, WritesThePageBesideTheProject) {
     EXPECT_EQ(Run({Log()}), ExitStatus::Done);
     EXPECT_EQ(m_errors.find("error"), std::string::npos);
     EXPECT_THAT(m_output,
-                StartsWith("report " + host::Utf8FromPath(m_folder / "run.report.html") + " (2 steps, 1 bodies"));
+                StartsWith("report " + scenario::Utf8FromPath(m_folder / "run.report.html") + " (2 steps, 1 bodies"));
     EXPECT_THAT(Page(), HasSubstr(R"("project":"run")"));
 }
 
 TEST_F(Tool, TakesScenarioGeometryAndStates) {
     Write(m_folder / "states.csv", "Step,Time [s],lift.Coordinate [m]\n0,0,0\n1,0.1,0.5\n");
-    EXPECT_EQ(Run({Log(), "--scenario", host::Utf8FromPath(m_folder / "scenario.json")}), ExitStatus::Done);
+    EXPECT_EQ(Run({Log(), "--scenario", scenario::Utf8FromPath(m_folder / "scenario.json")}), ExitStatus::Done);
     const std::string page = Page();
     EXPECT_THAT(page, HasSubstr(R"("title":"A \u003cb\u003ebold\u003c/b\u003e run")"));
     EXPECT_THAT(page, HasSubstr(R"("scenario":"scenario.json")"));
@@ -85,8 +85,8 @@ TEST_F(Tool, TakesScenarioGeometryAndStates) {
 }
 
 TEST_F(Tool, WritesWhereItIsTold) {
-    const auto page = m_folder / host::PathFromUtf8("s\xC3\xA9ite.html");
-    EXPECT_EQ(Run({Log(), "--out", host::Utf8FromPath(page)}), ExitStatus::Done);
+    const auto page = m_folder / scenario::PathFromUtf8("s\xC3\xA9ite.html");
+    EXPECT_EQ(Run({Log(), "--out", scenario::Utf8FromPath(page)}), ExitStatus::Done);
     EXPECT_TRUE(std::filesystem::exists(page));
 }
 
@@ -115,18 +115,18 @@ TEST_F(Tool, ReplacesAnEarlierPageOnlyByAWholeOne) {
 }
 
 TEST_F(Tool, NamesAMissingLog) {
-    EXPECT_EQ(Run({host::Utf8FromPath(m_folder / "none.coupling.csv")}), ExitStatus::BadInput);
+    EXPECT_EQ(Run({scenario::Utf8FromPath(m_folder / "none.coupling.csv")}), ExitStatus::BadInput);
     EXPECT_THAT(m_errors, HasSubstr("none.coupling.csv: cannot be read"));
 }
 
 TEST_F(Tool, NamesAScenarioThatIsWrong) {
     Write(m_folder / "scenario.json", "{ \"bodies\": 3 }");
-    EXPECT_EQ(Run({Log(), "--scenario", host::Utf8FromPath(m_folder / "scenario.json")}), ExitStatus::BadInput);
+    EXPECT_EQ(Run({Log(), "--scenario", scenario::Utf8FromPath(m_folder / "scenario.json")}), ExitStatus::BadInput);
     EXPECT_THAT(m_errors, HasSubstr("scenario.json"));
 }
 
 TEST_F(Tool, NamesAFolderThatIsNotThere) {
-    EXPECT_EQ(Run({Log(), "--out", host::Utf8FromPath(m_folder / "no" / "page.html")}), ExitStatus::RunFailed);
+    EXPECT_EQ(Run({Log(), "--out", scenario::Utf8FromPath(m_folder / "no" / "page.html")}), ExitStatus::RunFailed);
     EXPECT_THAT(m_errors, HasSubstr("cannot be written"));
 }
 

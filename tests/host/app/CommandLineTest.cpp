@@ -1,7 +1,7 @@
 #include "host/app/CommandLine.h"
 
 #include "host/app/AnsiText.h"
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <gtest/gtest.h>
 
@@ -34,11 +34,11 @@ TEST(CommandLine, GivesHelpWithoutAScenario) {
 }
 
 TEST(CommandLine, RefusesWhatItDoesNotKnow) {
-    EXPECT_THROW(ReadCommandLine({}), InputError);
-    EXPECT_THROW(ReadCommandLine({"run.json", "--fast"}), InputError);
-    EXPECT_THROW(ReadCommandLine({"run.json", "--steps", "0"}), InputError);
-    EXPECT_THROW(ReadCommandLine({"run.json", "--resume", "--overwrite"}), InputError);
-    EXPECT_THROW(ReadCommandLine({"run.json", "-q", "-v"}), InputError);
+    EXPECT_THROW(ReadCommandLine({}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--fast"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--steps", "0"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--resume", "--overwrite"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "-q", "-v"}), scenario::InputError);
 }
 
 TEST(AnsiText, GoesThereAndBack) {
@@ -49,7 +49,7 @@ TEST(AnsiText, GoesThereAndBack) {
 
 TEST(AnsiText, RefusesWhatTheCodePageLacks) {
     // A character outside every ANSI code page.
-    EXPECT_THROW(AnsiFromUtf8("\xf0\x9f\xa7\xb2"), InputError);
+    EXPECT_THROW(AnsiFromUtf8("\xf0\x9f\xa7\xb2"), scenario::InputError);
 }
 
 } // namespace

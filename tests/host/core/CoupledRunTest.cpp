@@ -1,7 +1,7 @@
 #include "host/core/CoupledRun.h"
 
 #include "host/core/StateFile.h"
-#include "host/core/Text.h"
+#include "scenario/Text.h"
 
 #include <fmt/format.h>
 #include <fstream>
@@ -9,6 +9,9 @@
 #include <gtest/gtest.h>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 using testing::ElementsAre;

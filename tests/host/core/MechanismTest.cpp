@@ -1,11 +1,14 @@
 #include "host/core/Mechanism.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 constexpr double pi = 3.14159265358979323846;

@@ -1,12 +1,13 @@
 #include "host/core/RunText.h"
 
-#include "host/core/Text.h"
-
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 using testing::HasSubstr;
@@ -85,13 +86,6 @@ TEST_F(RunTextTest, FailureListsMessagesAndAdvice) {
                                     "  info: pass 1\n"
                                     "What to try:\n"
                                     "  - Look at the poses.\n");
-}
-
-TEST(NearestName, FindsWhatWasMeantAndNothingElse) {
-    const std::vector<std::string> names = {"rotor_2", "stator", "shaft"};
-    EXPECT_EQ(NearestName("rotor2", names), "rotor_2");
-    EXPECT_EQ(NearestName("Stator", names), "stator");
-    EXPECT_EQ(NearestName("completely different", names), "");
 }
 
 } // namespace

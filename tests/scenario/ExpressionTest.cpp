@@ -1,6 +1,6 @@
-#include "host/core/Expression.h"
+#include "scenario/Expression.h"
 
-#include "host/core/PrescribedMotion.h"
+#include "scenario/PrescribedMotion.h"
 
 #include <cmath>
 #include <gmock/gmock.h>
@@ -8,7 +8,7 @@
 #include <limits>
 #include <stdexcept>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 using Variables = Expression::Variables;
@@ -98,4 +98,4 @@ TEST(MotionTable, OneRowStandsStill) {
 }
 
 } // namespace
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// The candidate that differs least from a name; empty when none is close enough to be what was meant.
 std::string NearestName(std::string_view name, const std::vector<std::string>& candidates);
@@ -25,4 +25,4 @@ void ReplaceFile(const std::filesystem::path& file, const std::string& content);
 std::filesystem::path PathFromUtf8(const std::string& text);
 std::string Utf8FromPath(const std::filesystem::path& path);
 
-} // namespace kinora::host
+} // namespace kinora::scenario

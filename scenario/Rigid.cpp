@@ -1,9 +1,9 @@
-#include "host/core/Rigid.h"
+#include "scenario/Rigid.h"
 
 #include <Eigen/Geometry>
 #include <cmath>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 Matrix Rotation(const Vector& unitAxis, double angle) {
     return Eigen::AngleAxisd(angle, unitAxis).toRotationMatrix();
@@ -52,4 +52,4 @@ Load ToLoad(const IKinoraVeltrixInterface::Result& result, const Matrix& axes) {
     return load;
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

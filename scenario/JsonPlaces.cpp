@@ -1,6 +1,6 @@
-#include "host/core/JsonPlaces.h"
+#include "scenario/JsonPlaces.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <fmt/format.h>
 #include <iterator>
@@ -8,7 +8,7 @@
 #include <set>
 #include <vector>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 /// Line of the character read last and of the one before it.
@@ -163,4 +163,4 @@ JsonPlaces ReadJsonPlaces(const std::string& text, const std::string& fileName) 
     return std::move(recorder.places);
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

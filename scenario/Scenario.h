@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/core/FreeMotion.h"
-#include "host/core/PrescribedMotion.h"
-#include "host/core/Rigid.h"
+#include "scenario/FreeMotion.h"
+#include "scenario/PrescribedMotion.h"
+#include "scenario/Rigid.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// What happens to the desktop after the run.
 enum class AtEnd { Quit, Release };
@@ -82,4 +82,4 @@ struct Scenario {
     std::optional<std::filesystem::path> csvFile;
 };
 
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// The text of host/scenario.schema.json, built into the program.
 std::string_view ScenarioSchema();
 
-} // namespace kinora::host
+} // namespace kinora::scenario

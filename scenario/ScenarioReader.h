@@ -1,8 +1,8 @@
 #pragma once
 
-#include "host/core/Scenario.h"
+#include "scenario/Scenario.h"
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// Reads and checks a scenario file (JSON, comments allowed; host/scenario.schema.json describes it).
 ///
@@ -15,4 +15,4 @@ Scenario ReadScenario(const std::filesystem::path& file);
 /// @param file  where the text is from: named in errors, and its folder is where relative files are taken from
 Scenario ParseScenario(const std::string& text, const std::filesystem::path& file);
 
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -1,8 +1,8 @@
-#include "host/core/SchemaCheck.h"
+#include "scenario/SchemaCheck.h"
 
-#include "host/core/Errors.h"
-#include "host/core/ScenarioSchema.h"
-#include "host/core/Text.h"
+#include "scenario/Errors.h"
+#include "scenario/ScenarioSchema.h"
+#include "scenario/Text.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -11,7 +11,7 @@
 #include <valijson/schema_parser.hpp>
 #include <valijson/validator.hpp>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 using nlohmann::json;
@@ -179,4 +179,4 @@ void CheckAgainstSchema(const json& document, const JsonPlaces& places, const st
     throw InputError(text);
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

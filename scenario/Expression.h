@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// A formula of time and, where that makes sense, of a joint's coordinate.
 ///
@@ -48,4 +48,4 @@ private:
     std::vector<Instruction> m_program;
 };
 
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// Where the values of a JSON text stand.
 struct JsonPlaces {
@@ -22,4 +22,4 @@ std::string PointerTo(const std::string& parent, const std::string& key);
 /// @throws InputError  the text is not JSON, or an object holds a key twice; with the line
 JsonPlaces ReadJsonPlaces(const std::string& text, const std::string& fileName);
 
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "host/core/Expression.h"
+#include "scenario/Expression.h"
 
 #include <utility>
 #include <variant>
 #include <vector>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// A coordinate given by pairs of time and value, straight lines between them; it stands still before the first and
 /// after the last.
@@ -32,4 +32,4 @@ private:
     std::variant<Expression, MotionTable> m_source;
 };
 
-} // namespace kinora::host
+} // namespace kinora::scenario

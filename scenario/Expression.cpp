@@ -1,4 +1,4 @@
-#include "host/core/Expression.h"
+#include "scenario/Expression.h"
 
 #include <array>
 #include <cctype>
@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -297,4 +297,4 @@ double Expression::Evaluate(double time, double coordinate) const {
     return stack.back();
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

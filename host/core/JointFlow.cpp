@@ -1,10 +1,14 @@
-#include "host/core/FreeMotion.h"
+#include "host/core/JointFlow.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <cmath>
+#include <limits>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 /// (1 - exp(-x)) / x and (1 - that) / x, both smooth at 0.

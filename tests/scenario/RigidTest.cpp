@@ -1,9 +1,9 @@
-#include "host/core/Rigid.h"
+#include "scenario/Rigid.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 constexpr double pi = 3.14159265358979323846;
@@ -66,4 +66,4 @@ TEST(ToLoad, ConvertsMillinewtonMetresAndTurnsIntoGlobalAxes) {
 }
 
 } // namespace
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -1,11 +1,14 @@
-#include "host/core/FreeMotion.h"
+#include "host/core/JointFlow.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 
 namespace kinora::host {
+
+using namespace scenario;
+
 namespace {
 
 TEST(SpeedFlow, IsUniformAccelerationWithoutLosses) {

@@ -1,9 +1,9 @@
-#include "host/core/ScenarioReader.h"
+#include "scenario/ScenarioReader.h"
 
-#include "host/core/Errors.h"
-#include "host/core/JsonPlaces.h"
-#include "host/core/SchemaCheck.h"
-#include "host/core/Text.h"
+#include "scenario/Errors.h"
+#include "scenario/JsonPlaces.h"
+#include "scenario/SchemaCheck.h"
+#include "scenario/Text.h"
 
 #include <Eigen/Geometry>
 #include <algorithm>
@@ -13,7 +13,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 using nlohmann::json;
@@ -361,4 +361,4 @@ Scenario ReadScenario(const std::filesystem::path& file) {
     return ParseScenario(ReadFile(file), file);
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

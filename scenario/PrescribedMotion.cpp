@@ -1,9 +1,9 @@
-#include "host/core/PrescribedMotion.h"
+#include "scenario/PrescribedMotion.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 double MotionTable::Evaluate(double time) const {
     const auto after = std::upper_bound(rows.begin(), rows.end(), time,
@@ -30,4 +30,4 @@ std::string PrescribedMotion::Description() const {
     return std::get<Expression>(m_source).Formula();
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

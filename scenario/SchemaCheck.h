@@ -1,13 +1,13 @@
 #pragma once
 
-#include "host/core/JsonPlaces.h"
+#include "scenario/JsonPlaces.h"
 
 #include <nlohmann/json_fwd.hpp>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// Checks a document against the published schema (host/scenario.schema.json, built into the program).
 /// @throws InputError  one line per finding, each with file, line and JSON pointer
 void CheckAgainstSchema(const nlohmann::json& document, const JsonPlaces& places, const std::string& fileName);
 
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -1,6 +1,6 @@
-#include "host/core/Text.h"
+#include "scenario/Text.h"
 
-#include "host/core/Errors.h"
+#include "scenario/Errors.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -8,7 +8,7 @@
 #include <iterator>
 #include <numeric>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 /// Levenshtein distance.
@@ -80,4 +80,4 @@ std::string Utf8FromPath(const std::filesystem::path& path) {
     return path.u8string();
 }
 
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -1,7 +1,7 @@
-#include "host/core/ScenarioReader.h"
+#include "scenario/ScenarioReader.h"
 
-#include "host/core/Errors.h"
-#include "host/core/Text.h"
+#include "scenario/Errors.h"
+#include "scenario/Text.h"
 
 #include <cmath>
 #include <fstream>
@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-namespace kinora::host {
+namespace kinora::scenario {
 namespace {
 
 using nlohmann::json;
@@ -308,4 +308,4 @@ TEST_F(ScenarioReader, SaysWhenThereIsNoSuchFile) {
 }
 
 } // namespace
-} // namespace kinora::host
+} // namespace kinora::scenario

@@ -1,37 +1,8 @@
 #pragma once
 
-#include "host/core/Expression.h"
-
-#include <limits>
+#include "scenario/FreeMotion.h"
 
 namespace kinora::host {
-
-/// A spring between a joint's coordinate and its rest value.
-struct Spring {
-    double stiffness = 0.0;
-    double rest = 0.0;
-};
-
-/// Limits of a joint's coordinate. The speed after a hit is minus `restitution` times the speed before.
-struct Stops {
-    double min = -std::numeric_limits<double>::infinity();
-    double max = std::numeric_limits<double>::infinity();
-    double restitution = 0.0;
-};
-
-/// What moves a free joint besides the field and gravity. Units: metres, newtons and kilograms for a slider, radians,
-/// newton metres and kg m^2 for a hinge.
-struct FreeMotion {
-    double start = 0.0;
-    double speed = 0.0;
-    double addedInertia = 0.0;
-    Spring spring;
-    double damping = 0.0;
-    double friction = 0.0;
-    Stops stops;
-    /// Of time and coordinate.
-    Expression load;
-};
 
 /// Coordinate and speed of a joint.
 struct JointState {
@@ -61,9 +32,10 @@ struct Drift {
 /// Moves at constant speed for a time, bouncing at stops.
 /// @param restSpeed  a rebound slower than this ends at the stop: what one step's force would undo anyway
 /// @throws RunError  the joint would hit its stops more than a thousand times within the time
-Drift FlowCoordinate(const JointState& start, double inertia, const Stops& stops, double restSpeed, double duration);
+Drift FlowCoordinate(const JointState& start, double inertia, const scenario::Stops& stops, double restSpeed,
+                     double duration);
 
 /// True when the joint stands at a stop and the force presses it there: it then stays, whatever the speed flow says.
-bool RestsAtStop(const JointState& state, double force, const Stops& stops);
+bool RestsAtStop(const JointState& state, double force, const scenario::Stops& stops);
 
 } // namespace kinora::host

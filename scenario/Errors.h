@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 /// What the program answers to the one who started it.
 enum class ExitStatus { Done = 0, RunFailed = 1, BadInput = 2 };
@@ -30,4 +30,4 @@ public:
     explicit RunError(const std::string& text) : HostError(ExitStatus::RunFailed, text) {}
 };
 
-} // namespace kinora::host
+} // namespace kinora::scenario

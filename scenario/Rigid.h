@@ -5,7 +5,7 @@
 #include <Eigen/Core>
 #include <string>
 
-namespace kinora::host {
+namespace kinora::scenario {
 
 using Vector = Eigen::Vector3d;
 using Matrix = Eigen::Matrix3d;
@@ -45,4 +45,4 @@ double FrameDeviation(const Matrix& axes);
 /// and components in the axes of the desktop's frame become global ones.
 Load ToLoad(const IKinoraVeltrixInterface::Result& result, const Matrix& axes);
 
-} // namespace kinora::host
+} // namespace kinora::scenario
