@@ -30,6 +30,9 @@ function(kinora_configure target)
                                                  -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=address,undefined)
     endif()
+    if(KINORA_FUZZ)
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link) # tells the fuzzer which branches an input takes
+    endif()
     if(MINGW)
         # Equal sources give equal files.
         target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
