@@ -30,10 +30,23 @@ need() {
 
 # The packages that the build and its tests use; docs/dependencies.md gives the reasons.
 need_build_tools() {
-    need g++ g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
+    need g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
          libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev python3 git
     # Any Node.js from 18 on will do.
     command -v node >/dev/null && command -v npm >/dev/null || need nodejs npm
+}
+
+# The second compiler, for the presets mingw-clang and native.
+need_clang() { need clang libclang-rt-14-dev lld; }
+
+# What scripts/check looks with.
+need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck; }
+
+# A compiler cache that serves every copy of the repository on this machine, and costs nothing where it has no answer.
+use_ccache() {
+    command -v ccache >/dev/null || return 0
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 \
+        CCACHE_SLOPPINESS=pch_defines,time_macros
 }
 
 # build PRESET [TARGET...]: configures when needed, then builds.
@@ -41,7 +54,7 @@ build() {
     local preset=$1; shift
     local arguments=()
     [ $# -eq 0 ] || arguments=(--target "$@")
-    command -v ccache >/dev/null && export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    use_ccache
     [ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" "${arguments[@]}"
 }
