@@ -205,9 +205,9 @@ TEST_F(PassThrough, LetsTheObjectReplaceAReferredArray) {
     V_VT(&byReference) = VT_BYREF | VT_ARRAY | VT_VARIANT;
     V_ARRAYREF(&byReference) = &V_ARRAY(&mine);
     target.handler = [&](DISPPARAMS* parameters, VARIANT*, EXCEPINFO*, UINT*) {
-        SAFEARRAY** const place = V_ARRAYREF(&parameters->rgvarg[0]);
-        SafeArrayDestroy(*place);
-        *place = V_ARRAY(&static_cast<const VARIANT&>(ArrayOf(&child)));
+        SAFEARRAY** const array = V_ARRAYREF(&parameters->rgvarg[0]);
+        SafeArrayDestroy(*array);
+        *array = V_ARRAY(&static_cast<const VARIANT&>(ArrayOf(&child)));
         return S_OK;
     };
     EXPECT_EQ(Call({byReference}, nullptr), S_OK);

@@ -161,10 +161,10 @@ TEST(TraceReader, SurvivesEveryDamagedByte) {
     const std::string good =
         header + created + desktopCall + Call(5, "Set", values, R"({"vt":"ARRAY|I4","v":[{"vt":"I4","v":1}]})") +
         FailedCall(6, "Bad") + CallHead(7, "Last", R"({"vt":"BOOL","v":true})") + R"(,"named":[-3])";
-    for (std::size_t place = 0; place < good.size(); ++place) {
+    for (std::size_t i = 0; i < good.size(); ++i) {
         for (const char damage : {'0', '"', '}', '[', '\xFF', '\n'}) {
             std::string bad = good;
-            bad[place] = damage;
+            bad[i] = damage;
             try {
                 Present(Read(bad));
             } catch (const std::runtime_error&) {

@@ -25,7 +25,8 @@ Calls ComparedCalls(const Session& session) {
     return calls;
 }
 
-bool SamePlace(const Record& one, const Record& other) {
+/// True for calls of the same method of the same object.
+bool IsSameMember(const Record& one, const Record& other) {
     return one.kind == other.kind && one.object == other.object && one.method == other.method;
 }
 
@@ -51,11 +52,11 @@ private:
     }
 
     bool Match(std::ptrdiff_t x, std::ptrdiff_t y) const {
-        return SamePlace(*m_first[static_cast<std::size_t>(x)], *m_second[static_cast<std::size_t>(y)]);
+        return IsSameMember(*m_first[static_cast<std::size_t>(x)], *m_second[static_cast<std::size_t>(y)]);
     }
 
-    /// Where the path comes from that reaches this diagonal with one more edit: true for the diagonal above, by an
-    /// insertion.
+    /// Where the path comes from that reaches this diagonal with one more edit: true for the diagonal above (an
+    /// insertion), false for the one below.
     static bool IsInsertion(Frontier& before, std::ptrdiff_t diagonal, std::ptrdiff_t edits) {
         return diagonal == -edits ||
                (diagonal != edits && At(before, diagonal - 1, edits) < At(before, diagonal + 1, edits));

@@ -53,8 +53,8 @@ std::string HResultText(std::uint32_t code) {
 
 std::string HResultNumber(std::uint32_t code) {
     std::string text = "0x00000000";
-    for (std::size_t place = text.size() - 1; place > 1; --place, code >>= 4) {
-        text[place] = "0123456789ABCDEF"[code & 15U];
+    for (std::size_t digit = text.size() - 1; digit > 1; --digit, code >>= 4) {
+        text[digit] = "0123456789ABCDEF"[code & 15U];
     }
     return text;
 }

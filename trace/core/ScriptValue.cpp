@@ -13,15 +13,15 @@ using nlohmann::json;
 constexpr std::size_t longestArray = 24;
 
 /// Decodes one character of well-formed UTF-8 and moves on.
-std::uint32_t NextCharacter(const std::string& text, std::size_t& place) {
-    const auto lead = static_cast<unsigned char>(text[place++]);
+std::uint32_t NextCharacter(const std::string& text, std::size_t& position) {
+    const auto lead = static_cast<unsigned char>(text[position++]);
     if (lead < 0x80) {
         return lead;
     }
     const int following = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : 1;
     std::uint32_t character = lead & (0x3FU >> following);
-    for (int i = 0; i < following && place < text.size(); ++i) {
-        character = (character << 6) | (static_cast<unsigned char>(text[place++]) & 0x3FU);
+    for (int i = 0; i < following && position < text.size(); ++i) {
+        character = (character << 6) | (static_cast<unsigned char>(text[position++]) & 0x3FU);
     }
     return character;
 }
@@ -77,8 +77,8 @@ std::string ScalarExpression(const std::string& type, const json& content) {
 std::string VbText(const std::string& text) {
     std::string expression;
     bool isOpen = false;
-    for (std::size_t place = 0; place < text.size();) {
-        const std::uint32_t character = NextCharacter(text, place);
+    for (std::size_t position = 0; position < text.size();) {
+        const std::uint32_t character = NextCharacter(text, position);
         const bool isPrintable = character >= 0x20 && character <= 0x7E;
         if (isOpen && !isPrintable) {
             expression += '"';

@@ -90,7 +90,7 @@ class Reader {
 public:
     Reader(const std::string& name, Session& session) : m_name(name), m_session(session) {
         for (std::size_t i = 0; i < session.records.size(); ++i) {
-            m_places[session.records[i].sequence] = i;
+            m_indices[session.records[i].sequence] = i;
         }
     }
 
@@ -118,11 +118,11 @@ private:
         if (record.kind == Record::Kind::Create && !record.HasFailed()) {
             m_session.target = line.value("target", m_session.target);
         }
-        const auto [place, isNew] = m_places.emplace(record.sequence, m_session.records.size());
+        const auto [index, isNew] = m_indices.emplace(record.sequence, m_session.records.size());
         if (isNew) {
             m_session.records.push_back(std::move(record));
         } else {
-            m_session.records[place->second] = std::move(record);
+            m_session.records[index->second] = std::move(record);
         }
     }
 
@@ -132,7 +132,7 @@ private:
 
     const std::string& m_name;
     Session& m_session;
-    std::map<std::uint64_t, std::size_t> m_places;
+    std::map<std::uint64_t, std::size_t> m_indices;
 };
 
 /// A range of numbers, for people.

@@ -20,8 +20,8 @@ struct MethodStats {
     double share = 0.0;
 };
 
-/// One entry per method, and one for all look-ups of names; the most expensive first. Calls that never came back are
-/// not counted.
+/// One entry per method, and one for all look-ups of names; the most expensive first. Calls that never came back do not
+/// count.
 std::vector<MethodStats> ComputeStats(const Session& session);
 
 /// Writes the entries as a table.

@@ -39,12 +39,12 @@ void CallRecord::Try(const Write& write) noexcept {
     }
 }
 
-void CallRecord::Begin(const char* kind, const TracedPlace* place) {
+void CallRecord::Begin(const char* kind, const ObjectLabel* label) {
     m_head = "{\"seq\":" + std::to_string(m_sequence) + ",\"time\":\"" + TimeText() +
              "\",\"thread\":" + std::to_string(GetCurrentThreadId()) + ",\"kind\":\"" + kind + '"';
-    if (place != nullptr) {
-        m_head += ",\"id\":" + std::to_string(place->id) + ",\"object\":";
-        AppendJson(m_head, place->path);
+    if (label) {
+        m_head += ",\"id\":" + std::to_string(label->id) + ",\"object\":";
+        AppendJson(m_head, label->path);
     }
     m_head += ",\"method\":";
 }
@@ -54,18 +54,18 @@ void CallRecord::AppendVariant(std::string& out, const VARIANT& value) const {
         TracedObject* const wrapper = m_tracer->AsWrapper(object);
         if (wrapper != nullptr) {
             text += ",\"v\":";
-            AppendJson(text, wrapper->Place().path);
-            text += ",\"id\":" + std::to_string(wrapper->Place().id);
+            AppendJson(text, wrapper->Label().path);
+            text += ",\"id\":" + std::to_string(wrapper->Label().id);
         }
         return wrapper != nullptr;
     });
     json.Append(value);
 }
 
-CallRecord CallRecord::Lookup(Tracer& tracer, const TracedPlace& place, const LPOLESTR* names, UINT count) noexcept {
+CallRecord CallRecord::Lookup(Tracer& tracer, const ObjectLabel& label, const LPOLESTR* names, UINT count) noexcept {
     CallRecord record(tracer);
     record.Try([&] {
-        record.Begin("lookup", &place);
+        record.Begin("lookup", &label);
         for (UINT i = 0; i < std::max(count, 1U); ++i) {
             const wchar_t* const name = names == nullptr || i >= count || names[i] == nullptr ? L"" : names[i];
             // Further names are those of arguments.
@@ -78,12 +78,12 @@ CallRecord CallRecord::Lookup(Tracer& tracer, const TracedPlace& place, const LP
     return record;
 }
 
-CallRecord CallRecord::Call(Tracer& tracer, const TracedPlace& place, const std::string& method, DISPID id, WORD flags,
+CallRecord CallRecord::Call(Tracer& tracer, const ObjectLabel& label, const std::string& method, DISPID id, WORD flags,
                             const DISPPARAMS* parameters) noexcept {
     CallRecord record(tracer);
     record.Try([&] {
         std::string& head = record.m_head;
-        record.Begin("call", &place);
+        record.Begin("call", &label);
         AppendJson(head, method);
         head += ",\"dispid\":" + std::to_string(id) + ",\"flags\":" + std::to_string(flags) + ",\"args\":[";
         const UINT count = parameters == nullptr || parameters->rgvarg == nullptr ? 0 : parameters->cArgs;

@@ -11,8 +11,8 @@ namespace kinora::trace {
 
 class Tracer;
 
-/// What a call is made on, as the trace knows it.
-struct TracedPlace {
+/// What an object is called in the trace.
+struct ObjectLabel {
     std::uint64_t id = 0;
     std::string path;
 };
@@ -22,9 +22,9 @@ struct TracedPlace {
 class CallRecord {
 public:
     /// Begins the line of a look-up.
-    static CallRecord Lookup(Tracer& tracer, const TracedPlace& place, const LPOLESTR* names, UINT count) noexcept;
+    static CallRecord Lookup(Tracer& tracer, const ObjectLabel& label, const LPOLESTR* names, UINT count) noexcept;
     /// Begins the line of a call.
-    static CallRecord Call(Tracer& tracer, const TracedPlace& place, const std::string& method, DISPID id, WORD flags,
+    static CallRecord Call(Tracer& tracer, const ObjectLabel& label, const std::string& method, DISPID id, WORD flags,
                            const DISPPARAMS* parameters) noexcept;
     /// Begins the line of the creation of the desktop.
     static CallRecord Create(Tracer& tracer, const std::wstring& target) noexcept;
@@ -50,7 +50,7 @@ private:
     explicit CallRecord(Tracer& tracer) noexcept;
     template <class Write>
     void Try(const Write& write) noexcept;
-    void Begin(const char* kind, const TracedPlace* place);
+    void Begin(const char* kind, const ObjectLabel* label);
     void AppendVariant(std::string& out, const VARIANT& value) const;
 
     Tracer* m_tracer;

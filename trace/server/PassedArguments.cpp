@@ -30,11 +30,11 @@ void PassedArguments::Prepare() {
     for (UINT i = 0; i < Count(); ++i) {
         m_hasReferences = m_hasReferences || (V_VT(&Begin()[i]) & VT_BYREF) != 0;
         VisitObjects(Begin()[i], [&](const ObjectSlot& slot) {
-            const bool isWrapper = *slot.place != nullptr && m_tracer.AsWrapper(*slot.place) != nullptr;
+            const bool isWrapper = *slot.object != nullptr && m_tracer.AsWrapper(*slot.object) != nullptr;
             hasWrappers = hasWrappers || (isWrapper && !slot.isByReference);
             hasReferredWrappers = hasReferredWrappers || (isWrapper && slot.isByReference);
-            if (slot.isByReference && *slot.place != nullptr && !isWrapper) {
-                m_foreign.insert(*slot.place);
+            if (slot.isByReference && *slot.object != nullptr && !isWrapper) {
+                m_foreign.insert(*slot.object);
             }
         });
     }
@@ -69,7 +69,7 @@ void PassedArguments::ReplaceValue(VARIANT& argument) {
     bool hasWrappers = false;
     VisitObjects(argument, [&](const ObjectSlot& slot) {
         hasWrappers = hasWrappers ||
-                      (!slot.isByReference && *slot.place != nullptr && m_tracer.AsWrapper(*slot.place) != nullptr);
+                      (!slot.isByReference && *slot.object != nullptr && m_tracer.AsWrapper(*slot.object) != nullptr);
     });
     if (!hasWrappers) {
         return;
@@ -82,11 +82,11 @@ void PassedArguments::ReplaceValue(VARIANT& argument) {
     V_ARRAY(&argument) = copy;
     VisitObjects(argument, [&](const ObjectSlot& slot) {
         IDispatch* const object =
-            slot.isByReference || *slot.place == nullptr ? nullptr : m_tracer.ObjectBehind(*slot.place);
+            slot.isByReference || *slot.object == nullptr ? nullptr : m_tracer.ObjectBehind(*slot.object);
         if (object != nullptr) {
             object->AddRef();
-            (*slot.place)->Release();
-            *slot.place = object;
+            (*slot.object)->Release();
+            *slot.object = object;
         }
     });
 }
@@ -95,11 +95,11 @@ void PassedArguments::ReplaceReferred() {
     for (UINT i = 0; i < Count(); ++i) {
         VisitObjects(Begin()[i], [&](const ObjectSlot& slot) {
             IDispatch* const object =
-                !slot.isByReference || *slot.place == nullptr ? nullptr : m_tracer.ObjectBehind(*slot.place);
+                !slot.isByReference || *slot.object == nullptr ? nullptr : m_tracer.ObjectBehind(*slot.object);
             if (object != nullptr) {
-                m_kept.push_back(*slot.place);
+                m_kept.push_back(*slot.object);
                 object->AddRef();
-                *slot.place = object;
+                *slot.object = object;
             }
         });
     }
@@ -108,8 +108,8 @@ void PassedArguments::ReplaceReferred() {
 void PassedArguments::TakeBack(const std::string& path) noexcept {
     for (UINT i = 0; m_hasReferences && i < Count(); ++i) {
         VisitObjects(Begin()[i], [&](const ObjectSlot& slot) {
-            if (slot.isByReference && *slot.place != nullptr && m_foreign.count(*slot.place) == 0) {
-                m_tracer.WrapPlace(slot.place, slot.type, path);
+            if (slot.isByReference && *slot.object != nullptr && m_foreign.count(*slot.object) == 0) {
+                m_tracer.WrapSlot(slot, path);
             }
         });
     }

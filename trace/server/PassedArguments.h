@@ -32,8 +32,8 @@ public:
     /// True when an argument is passed by reference.
     bool HasReferences() const { return m_hasReferences; }
 
-    /// After the call: puts wrappers in place of the objects that references hold now. Objects of the client's own
-    /// stay.
+    /// After the call: puts wrappers in place of the desktop's objects that references hold now. The client's own
+    /// objects stay.
     /// @param path  what new objects are called in the trace
     void TakeBack(const std::string& path) noexcept;
 

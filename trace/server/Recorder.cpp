@@ -81,7 +81,8 @@ Recorder::Recorder(RecorderSettings settings) noexcept : m_settings(std::move(se
     try {
         // The client may change its working folder later.
         m_stem = (std::filesystem::absolute(m_settings.folder) / FileStem()).wstring();
-        std::error_code ignored; // a folder that is not there shows when the file is opened
+        // A folder that is not there shows when the file is opened.
+        std::error_code ignored;
         std::filesystem::create_directories(m_settings.folder, ignored);
     } catch (...) {
         m_hasFailed = true;

@@ -27,8 +27,8 @@ IEnumVARIANT* TracedEnumeration::Make(Tracer& tracer, IEnumVARIANT* enumeration,
     }
 }
 
-TracedEnumeration::TracedEnumeration(Tracer& tracer, IEnumVARIANT* enumeration, TracedPlace place)
-    : m_tracer(tracer), m_enumeration(enumeration), m_place(std::move(place)) {
+TracedEnumeration::TracedEnumeration(Tracer& tracer, IEnumVARIANT* enumeration, ObjectLabel label)
+    : m_tracer(tracer), m_enumeration(enumeration), m_label(std::move(label)) {
     m_enumeration->AddRef();
 }
 
@@ -39,7 +39,7 @@ TracedEnumeration::~TracedEnumeration() {
 CallRecord TracedEnumeration::Begin(const char* method, const ULONG* count) noexcept {
     VARIANT argument = Number(count == nullptr ? 0 : *count);
     const DISPPARAMS parameters = {&argument, nullptr, count == nullptr ? 0U : 1U, 0};
-    return CallRecord::Call(m_tracer, m_place, method, DISPID_UNKNOWN, DISPATCH_METHOD, &parameters);
+    return CallRecord::Call(m_tracer, m_label, method, DISPID_UNKNOWN, DISPATCH_METHOD, &parameters);
 }
 
 HRESULT TracedEnumeration::Next(ULONG count, VARIANT* elements, ULONG* fetched) {
@@ -61,7 +61,7 @@ HRESULT TracedEnumeration::Next(ULONG count, VARIANT* elements, ULONG* fetched) 
 
 std::string TracedEnumeration::ElementPath() noexcept {
     try {
-        return m_place.path + "[" + std::to_string(m_next++) + "]";
+        return m_label.path + "[" + std::to_string(m_next++) + "]";
     } catch (...) {
         return {};
     }
@@ -91,7 +91,7 @@ HRESULT TracedEnumeration::Clone(IEnumVARIANT** result) {
     const HRESULT code = m_enumeration->Clone(result);
     record.Finish(code, watch.Microseconds());
     IEnumVARIANT* const wrapper =
-        SUCCEEDED(code) && result != nullptr && *result != nullptr ? Make(m_tracer, *result, m_place.path) : nullptr;
+        SUCCEEDED(code) && result != nullptr && *result != nullptr ? Make(m_tracer, *result, m_label.path) : nullptr;
     if (wrapper != nullptr) {
         (*result)->Release();
         *result = wrapper;

@@ -27,7 +27,7 @@ public:
     HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** result) override;
 
 private:
-    TracedEnumeration(Tracer& tracer, IEnumVARIANT* enumeration, TracedPlace place);
+    TracedEnumeration(Tracer& tracer, IEnumVARIANT* enumeration, ObjectLabel label);
     ~TracedEnumeration() override;
 
     CallRecord Begin(const char* method, const ULONG* count) noexcept;
@@ -36,7 +36,7 @@ private:
 
     Tracer& m_tracer;
     IEnumVARIANT* const m_enumeration;
-    const TracedPlace m_place;
+    const ObjectLabel m_label;
     /// Index of the next element.
     std::atomic<ULONG> m_next{0};
 };

@@ -47,8 +47,8 @@ std::string ResultPath(const std::string& path, const std::string& method, const
 
 } // namespace
 
-TracedObject::TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, TracedPlace place)
-    : m_tracer(tracer), m_object(object), m_identity(identity), m_place(std::move(place)) {
+TracedObject::TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, ObjectLabel label)
+    : m_tracer(tracer), m_object(object), m_identity(identity), m_label(std::move(label)) {
     m_object->AddRef();
 }
 
@@ -79,7 +79,7 @@ std::string TracedObject::NameOf(DISPID id) const {
 }
 
 HRESULT TracedObject::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) {
-    CallRecord record = CallRecord::Lookup(m_tracer, m_place, names, count);
+    CallRecord record = CallRecord::Lookup(m_tracer, m_label, names, count);
     const Stopwatch watch;
     const HRESULT code = m_object->GetIDsOfNames(iid, names, count, locale, ids);
     const double duration = watch.Microseconds();
@@ -103,9 +103,9 @@ HRESULT TracedObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DIS
     } catch (...) {
         // Then the call has no name in the trace.
     }
-    CallRecord record = CallRecord::Call(m_tracer, m_place, method, id, flags, parameters);
+    CallRecord record = CallRecord::Call(m_tracer, m_label, method, id, flags, parameters);
     PassedArguments arguments(m_tracer, parameters);
-    const std::string path = ResultPath(m_place.path, method, parameters);
+    const std::string path = ResultPath(m_label.path, method, parameters);
     OwnException ownException;
     UINT ownArgumentError = static_cast<UINT>(-1);
     EXCEPINFO* const usedException = exception != nullptr ? exception : &ownException.Info();

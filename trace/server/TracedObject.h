@@ -22,11 +22,11 @@ class Tracer;
 class TracedObject final : public programs::ComObject<IDispatch, IID_IDispatch> {
 public:
     /// @param identity  the object's IUnknown; not counted, because `object` keeps it
-    TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, TracedPlace place);
+    TracedObject(Tracer& tracer, IDispatch* object, IUnknown* identity, ObjectLabel label);
 
     IDispatch* Object() const { return m_object; }
     IUnknown* Identity() const { return m_identity; }
-    const TracedPlace& Place() const { return m_place; }
+    const ObjectLabel& Label() const { return m_label; }
 
     /// Takes a reference unless the last one has gone already.
     bool TryAddRef() { return AddRefUnlessEnding(); }
@@ -49,7 +49,7 @@ private:
     Tracer& m_tracer;
     IDispatch* const m_object;
     IUnknown* const m_identity;
-    const TracedPlace m_place;
+    const ObjectLabel m_label;
     mutable std::mutex m_mutex;
     std::map<DISPID, std::string> m_names;
 };

@@ -21,12 +21,12 @@ IDispatch* Tracer::WrapperOf(IDispatch* object, const std::string& path) noexcep
         if (known != nullptr && known->TryAddRef()) {
             wrapper = known;
         } else {
-            // A wrapper whose last reference has just gone leaves its place to the new one. The place in the set is
-            // made first: a wrapper that cannot be remembered must not be.
-            auto place = m_wrappers.extract(m_wrappers.insert(nullptr).first);
+            // A wrapper whose last reference has just gone makes way for a new one. The set's node is made first: a
+            // wrapper that cannot be remembered must not be.
+            auto node = m_wrappers.extract(m_wrappers.insert(nullptr).first);
             wrapper = new TracedObject(*this, object, identity, {NextId(), path});
-            place.value() = wrapper;
-            m_wrappers.insert(std::move(place));
+            node.value() = wrapper;
+            m_wrappers.insert(std::move(node));
             known = wrapper;
         }
     } catch (...) {
@@ -52,15 +52,15 @@ IUnknown* Tracer::WrapperOfUnknown(IUnknown* object, const std::string& path) no
     return wrapper;
 }
 
-void Tracer::WrapPlace(IUnknown** place, VARTYPE type, const std::string& path) noexcept {
-    IUnknown* const object = *place;
-    if (object == nullptr || AsWrapper(object) != nullptr) {
+void Tracer::WrapSlot(const ObjectSlot& slot, const std::string& path) noexcept {
+    IUnknown* const object = *slot.object;
+    if (!object || AsWrapper(object)) {
         return;
     }
     IUnknown* const wrapper =
-        type == VT_DISPATCH ? WrapperOf(static_cast<IDispatch*>(object), path) : WrapperOfUnknown(object, path);
-    if (wrapper != nullptr) {
-        *place = wrapper;
+        slot.type == VT_DISPATCH ? WrapperOf(static_cast<IDispatch*>(object), path) : WrapperOfUnknown(object, path);
+    if (wrapper) {
+        *slot.object = wrapper;
         object->Release();
     }
 }
@@ -68,7 +68,7 @@ void Tracer::WrapPlace(IUnknown** place, VARTYPE type, const std::string& path) 
 void Tracer::Wrap(VARIANT& value, const std::string& path) noexcept {
     try {
         VisitObjects(value, [&](const ObjectSlot& slot) {
-            WrapPlace(slot.place, slot.type, slot.index < 0 ? path : path + "[" + std::to_string(slot.index) + "]");
+            WrapSlot(slot, slot.index < 0 ? path : path + "[" + std::to_string(slot.index) + "]");
         });
     } catch (...) {
         // Memory for a path is lacking: what is not wrapped by now stays untraced.

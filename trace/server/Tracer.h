@@ -14,6 +14,7 @@
 
 namespace kinora::trace {
 
+struct ObjectSlot;
 class TracedObject;
 
 /// Knows all objects that are traced now, and stands for them: gives every object of the desktop its one wrapper for as
@@ -34,9 +35,9 @@ public:
     /// wrapped stay as they are.
     void Wrap(VARIANT& value, const std::string& path) noexcept;
 
-    /// Puts the wrapper in place of one object; the reference that stood there is released.
-    /// @param type  VT_DISPATCH or VT_UNKNOWN; of the latter only automation objects and enumerations are wrapped
-    void WrapPlace(IUnknown** place, VARTYPE type, const std::string& path) noexcept;
+    /// Puts the wrapper in place of one object; the reference that stood there is released. What is only known as
+    /// VT_UNKNOWN is wrapped when it is an automation object or an enumeration.
+    void WrapSlot(const ObjectSlot& slot, const std::string& path) noexcept;
 
     /// The object behind a wrapper, without a new reference; null for anything that is no wrapper of this tracer.
     IDispatch* ObjectBehind(IUnknown* wrapper) const noexcept;

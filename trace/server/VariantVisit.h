@@ -11,13 +11,13 @@ namespace kinora::trace {
 /// Arrays in arrays are followed so deep; what lies deeper is passed on as it is.
 constexpr int deepestArray = 64;
 
-/// A place that holds an automation object (or null).
+/// A pointer to an automation object (or null) in a VARIANT.
 struct ObjectSlot {
-    /// IUnknown or IDispatch, see `type`.
-    IUnknown** place;
+    /// Where the pointer stands; it is one to IUnknown or IDispatch, see `type`.
+    IUnknown** object;
     /// VT_DISPATCH or VT_UNKNOWN.
     VARTYPE type;
-    /// The place is in memory that a VARIANT refers to, which a callee may change.
+    /// The pointer stands in memory that a VARIANT refers to, which a callee may change.
     bool isByReference;
     /// Index in the innermost array; -1 for none.
     long index;
