@@ -10,7 +10,7 @@ namespace kinora::scenario {
 using Vector = Eigen::Vector3d;
 using Matrix = Eigen::Matrix3d;
 
-/// Place and orientation of a rigid body.
+/// Position and orientation of a rigid body.
 struct Pose {
     /// Origin in global axes, metres.
     Vector position = Vector::Zero();

@@ -1,7 +1,7 @@
 #include "scenario/ScenarioReader.h"
 
 #include "scenario/Errors.h"
-#include "scenario/JsonPlaces.h"
+#include "scenario/JsonLocations.h"
 #include "scenario/SchemaCheck.h"
 #include "scenario/Text.h"
 
@@ -18,23 +18,23 @@ namespace {
 
 using nlohmann::json;
 
-/// A value of the document together with its place, so that whatever is wrong with it can be said where it stands.
+/// A value of the document together with its location, so that whatever is wrong with it can be said where it stands.
 class Node {
 public:
-    Node(const json& value, std::string pointer, const JsonPlaces& places, const std::string& fileName)
-        : m_value(&value), m_pointer(std::move(pointer)), m_places(&places), m_fileName(&fileName) {}
+    Node(const json& value, std::string pointer, const JsonLocations& locations, const std::string& fileName)
+        : m_value(&value), m_pointer(std::move(pointer)), m_locations(&locations), m_fileName(&fileName) {}
 
     [[noreturn]] void Fail(const std::string& reason) const {
-        throw InputError(fmt::format("{}:{}: {}: {}", *m_fileName, m_places->LineOf(m_pointer),
+        throw InputError(fmt::format("{}:{}: {}: {}", *m_fileName, m_locations->LineOf(m_pointer),
                                      m_pointer.empty() ? "/" : m_pointer, reason));
     }
 
     bool Has(const char* key) const { return m_value->contains(key); }
     Node At(const std::string& key) const {
-        return {m_value->at(key), PointerTo(m_pointer, key), *m_places, *m_fileName};
+        return {m_value->at(key), PointerTo(m_pointer, key), *m_locations, *m_fileName};
     }
     Node At(std::size_t index) const {
-        return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_places, *m_fileName};
+        return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_locations, *m_fileName};
     }
     std::size_t Size() const { return m_value->size(); }
     std::vector<std::string> Keys() const {
@@ -84,7 +84,7 @@ public:
 private:
     const json* m_value;
     std::string m_pointer;
-    const JsonPlaces* m_places;
+    const JsonLocations* m_locations;
     const std::string* m_fileName;
 };
 
@@ -351,10 +351,10 @@ Scenario ParseScenario(const std::string& text, const std::filesystem::path& fil
     const std::string fileName = Utf8FromPath(file);
     // A byte order mark at the start is what some editors write.
     const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
-    const JsonPlaces places = ReadJsonPlaces(body, fileName);
+    const JsonLocations locations = ReadJsonLocations(body, fileName);
     const json document = json::parse(body, nullptr, true, true);
-    CheckAgainstSchema(document, places, fileName);
-    return BuildScenario(Node(document, "", places, fileName), file.parent_path());
+    CheckAgainstSchema(document, locations, fileName);
+    return BuildScenario(Node(document, "", locations, fileName), file.parent_path());
 }
 
 Scenario ReadScenario(const std::filesystem::path& file) {

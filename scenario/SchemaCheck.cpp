@@ -156,7 +156,7 @@ std::vector<Finding> Causes(const valijson::ValidationResults& results, const js
 
 } // namespace
 
-void CheckAgainstSchema(const json& document, const JsonPlaces& places, const std::string& fileName) {
+void CheckAgainstSchema(const json& document, const JsonLocations& locations, const std::string& fileName) {
     const json schemaDocument = json::parse(ScenarioSchema());
     valijson::Schema schema;
     valijson::SchemaParser parser;
@@ -173,7 +173,7 @@ void CheckAgainstSchema(const json& document, const JsonPlaces& places, const st
         std::string pointer;
         for (const std::string& key : finding.path)
             pointer = PointerTo(pointer, key);
-        text += fmt::format("{}{}:{}: {}: {}", text.empty() ? "" : "\n", fileName, places.LineOf(pointer),
+        text += fmt::format("{}{}:{}: {}: {}", text.empty() ? "" : "\n", fileName, locations.LineOf(pointer),
                             pointer.empty() ? "/" : pointer, finding.text);
     }
     throw InputError(text);

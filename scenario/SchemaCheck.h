@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scenario/JsonPlaces.h"
+#include "scenario/JsonLocations.h"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -8,6 +8,6 @@ namespace kinora::scenario {
 
 /// Checks a document against the published schema (host/scenario.schema.json, built into the program).
 /// @throws InputError  one line per finding, each with file, line and JSON pointer
-void CheckAgainstSchema(const nlohmann::json& document, const JsonPlaces& places, const std::string& fileName);
+void CheckAgainstSchema(const nlohmann::json& document, const JsonLocations& locations, const std::string& fileName);
 
 } // namespace kinora::scenario

@@ -49,7 +49,7 @@ Pose Mechanism::PoseAt(const Joint& joint, const Pose& drawn, double coordinate)
     return {joint.point + turn * (drawn.position - joint.point), turn * drawn.axes};
 }
 
-void Mechanism::PlaceBodies(std::size_t joint) {
+void Mechanism::MoveBodies(std::size_t joint) {
     const Joint& description = m_scenario.joints[joint];
     for (const std::size_t body : description.bodies)
         m_poses[body] = PoseAt(description, m_scenario.bodies[body].pose, m_records[joint].state.coordinate);
@@ -79,7 +79,7 @@ void Mechanism::Start() {
             record.state.coordinate = PrescribedCoordinate(description, 0.0);
         }
         m_previousCoordinates[joint] = record.state.coordinate;
-        PlaceBodies(joint);
+        MoveBodies(joint);
     }
 }
 
@@ -88,7 +88,7 @@ void Mechanism::Restore(double time, const std::vector<JointRecord>& records) {
     m_records = records;
     for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
         m_previousCoordinates[joint] = m_records[joint].state.coordinate;
-        PlaceBodies(joint);
+        MoveBodies(joint);
     }
 }
 
@@ -172,7 +172,7 @@ void Mechanism::Move(double toTime) {
             record.state.coordinate = PrescribedCoordinate(description, toTime);
             record.state.speed = (record.state.coordinate - m_previousCoordinates[joint]) / m_stepSeconds;
         }
-        PlaceBodies(joint);
+        MoveBodies(joint);
     }
 }
 

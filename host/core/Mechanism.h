@@ -81,7 +81,7 @@ private:
     };
 
     Lumped Lump(const scenario::Joint& joint) const;
-    void PlaceBodies(std::size_t joint);
+    void MoveBodies(std::size_t joint);
     static scenario::Pose PoseAt(const scenario::Joint& joint, const scenario::Pose& drawn, double coordinate);
     double FieldForce(const scenario::Joint& joint, const std::vector<scenario::Load>& loads) const;
     double GravityForce(std::size_t joint, double coordinate) const;

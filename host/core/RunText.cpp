@@ -80,11 +80,12 @@ std::string JointText(const Scenario& scenario, const Joint& joint) {
     std::string bodies;
     for (const std::size_t body : joint.bodies)
         bodies += (bodies.empty() ? "" : ", ") + scenario.bodies[body].name;
-    const std::string place = joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.point));
+    const std::string through =
+        joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.point));
     const std::string motion = joint.IsFree() ? FreeMotionText(std::get<FreeMotion>(joint.motion))
                                               : "prescribed: " + std::get<PrescribedMotion>(joint.motion).Description();
     return fmt::format("  {} \"{}\" along {}{}, moves {}\n    {}\n",
-                       joint.type == JointType::Slider ? "slider" : "hinge", joint.name, Numbers(joint.axis), place,
+                       joint.type == JointType::Slider ? "slider" : "hinge", joint.name, Numbers(joint.axis), through,
                        bodies, motion);
 }
 

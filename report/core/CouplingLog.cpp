@@ -14,7 +14,7 @@
 namespace kinora::report {
 namespace {
 
-using Kind = LogHeader::Place::Kind;
+using Kind = ColumnTarget::Kind;
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
@@ -22,9 +22,9 @@ constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 struct Faults {
     std::size_t count = 0;
     std::string first;
-    void Add(const std::string& place) {
+    void Add(const std::string& location) {
         if (count++ == 0)
-            first = place;
+            first = location;
     }
 };
 
@@ -46,13 +46,13 @@ public:
         log.bodies.resize(header.bodies.size());
         for (std::size_t body = 0; body < header.bodies.size(); ++body)
             log.bodies[body].name = header.bodies[body];
-        for (const LogHeader::Place& place : header.places) {
-            if (place.kind == Kind::Step)
+        for (const ColumnTarget& target : header.targets) {
+            if (target.kind == Kind::Step)
                 log.steps.emplace();
-            if (place.kind == Kind::Time)
+            if (target.kind == Kind::Time)
                 log.times.emplace();
-            if (place.kind == Kind::Body)
-                log.bodies[place.body].columns[place.column].emplace();
+            if (target.kind == Kind::Body)
+                log.bodies[target.body].columns[target.column].emplace();
         }
     }
 
@@ -60,7 +60,7 @@ public:
         if (line.empty())
             return;
         std::vector<std::string_view> cells = Cells(line);
-        const std::size_t width = m_header.places.size();
+        const std::size_t width = m_header.targets.size();
         if (!hasEnd) {
             Tell(Severity::Warning, "The last line (line {}) is cut off after {} of {} values and was left out.",
                  number, cells.size(), width);
@@ -101,8 +101,8 @@ private:
     /// A failed step's line has no end, and the next step's line continues it: its step number is glued to the failed
     /// one's last value. Leaves the cells of the last, whole step.
     bool TakeLastStep(std::vector<std::string_view>& cells) {
-        const std::size_t width = m_header.places.size();
-        if (m_header.places[0].kind != Kind::Step)
+        const std::size_t width = m_header.targets.size();
+        if (m_header.targets[0].kind != Kind::Step)
             return false;
         cells.erase(cells.begin(), cells.end() - static_cast<std::ptrdiff_t>(width));
         // Each failed step has counted too.
@@ -123,7 +123,7 @@ private:
         const bool isMended = m_isMended;
         m_isMended = false;
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            const Kind kind = m_header.places[i].kind;
+            const Kind kind = m_header.targets[i].kind;
             if ((kind == Kind::Step || kind == Kind::Time) && std::isnan(ParseNumber(cells[i]))) {
                 m_badHead.Add(fmt::format("line {}", number));
                 return;
@@ -132,12 +132,12 @@ private:
         if (isMended)
             m_mended.Add(fmt::format("line {}", number));
         for (std::size_t i = 0; i < cells.size(); ++i)
-            Store(m_header.places[i], ParseNumber(cells[i]), cells[i], number);
+            Store(m_header.targets[i], ParseNumber(cells[i]), cells[i], number);
         ++m_log.rows;
     }
 
-    void Store(const LogHeader::Place& place, double value, std::string_view text, std::size_t number) {
-        switch (place.kind) {
+    void Store(const ColumnTarget& target, double value, std::string_view text, std::size_t number) {
+        switch (target.kind) {
         case Kind::Step:
             m_lastStep = value;
             m_log.steps->push_back(value);
@@ -148,8 +148,8 @@ private:
         case Kind::Body:
             if (std::isnan(value))
                 m_notFinite.Add(fmt::format("{} in line {}, \"{}\"",
-                                            ColumnLabel(m_header.bodies[place.body], place.column), number, text));
-            m_log.bodies[place.body].columns[place.column]->push_back(value);
+                                            ColumnLabel(m_header.bodies[target.body], target.column), number, text));
+            m_log.bodies[target.body].columns[target.column]->push_back(value);
             break;
         case Kind::Unknown:
             break;
@@ -207,14 +207,14 @@ void CheckDoubles(const LogHeader& header, const std::string& fileName) {
     std::vector<std::array<bool, bodyColumnCount>> seen(header.bodies.size());
     bool hasStep = false;
     bool hasTime = false;
-    for (const LogHeader::Place& place : header.places) {
+    for (const ColumnTarget& target : header.targets) {
         bool fresh = true;
-        if (place.kind == Kind::Step)
+        if (target.kind == Kind::Step)
             fresh = !std::exchange(hasStep, true);
-        else if (place.kind == Kind::Time)
+        else if (target.kind == Kind::Time)
             fresh = !std::exchange(hasTime, true);
-        else if (place.kind == Kind::Body)
-            fresh = !std::exchange(seen[place.body][place.column], true);
+        else if (target.kind == Kind::Body)
+            fresh = !std::exchange(seen[target.body][target.column], true);
         if (!fresh)
             throw scenario::InputError(
                 fmt::format("{}: the header names a column twice; this is no coupling log.", fileName));
@@ -224,9 +224,9 @@ void CheckDoubles(const LogHeader& header, const std::string& fileName) {
 /// Other tables have neither of the first two columns, nor twelve that belong together.
 bool IsLog(const LogHeader& header) {
     std::vector<int> columns(header.bodies.size());
-    for (const LogHeader::Place& place : header.places) {
-        const bool isHead = place.kind == Kind::Step || place.kind == Kind::Time;
-        if (isHead || (place.kind == Kind::Body && ++columns[place.body] == bodyColumnCount))
+    for (const ColumnTarget& target : header.targets) {
+        const bool isHead = target.kind == Kind::Step || target.kind == Kind::Time;
+        if (isHead || (target.kind == Kind::Body && ++columns[target.body] == bodyColumnCount))
             return true;
     }
     return false;

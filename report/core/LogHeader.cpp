@@ -56,7 +56,7 @@ private:
             const std::size_t body = m_header.bodies.size();
             m_header.bodies.emplace_back(name);
             for (int column = 0; column < bodyColumnCount; ++column)
-                m_header.places.push_back({LogHeader::Place::Kind::Body, body, static_cast<BodyColumn>(column)});
+                m_header.targets.push_back({ColumnTarget::Kind::Body, body, static_cast<BodyColumn>(column)});
             m_rest.remove_prefix(labels.size());
             return true;
         }
@@ -65,25 +65,26 @@ private:
 
     void TakeLabel(std::string_view label) {
         m_rest.remove_prefix(label.size());
-        LogHeader::Place place;
+        ColumnTarget target;
         if (label == "Step")
-            place.kind = LogHeader::Place::Kind::Step;
+            target.kind = ColumnTarget::Kind::Step;
         else if (label == "SimTime")
-            place.kind = LogHeader::Place::Kind::Time;
-        else if (!FindColumn(label, place))
+            target.kind = ColumnTarget::Kind::Time;
+        else if (!FindColumn(label, target))
             m_header.unknown.emplace_back(label);
-        m_header.places.push_back(place);
+        m_header.targets.push_back(target);
     }
 
-    /// A label of a body whose labels are not complete. Loads first: "Force_a_X" is more likely a force than a place.
-    bool FindColumn(std::string_view label, LogHeader::Place& place) {
+    /// A label of a body whose labels are not complete. Loads first: "Force_a_X" is more likely a force than a
+    /// position.
+    bool FindColumn(std::string_view label, ColumnTarget& target) {
         for (int column = bodyColumnCount - 1; column >= 0; --column) {
             const auto i = static_cast<std::size_t>(column);
             const std::size_t frame = prefixes[i].size() + suffixes[i].size();
             if (!StartsWith(label, prefixes[i]) || !EndsWith(label, suffixes[i]) || label.size() <= frame)
                 continue;
-            place = {LogHeader::Place::Kind::Body, BodyIndex(label.substr(prefixes[i].size(), label.size() - frame)),
-                     static_cast<BodyColumn>(column)};
+            target = {ColumnTarget::Kind::Body, BodyIndex(label.substr(prefixes[i].size(), label.size() - frame)),
+                      static_cast<BodyColumn>(column)};
             return true;
         }
         return false;

@@ -4,16 +4,19 @@
 
 namespace kinora::report {
 
+/// Where a column's values go.
+struct ColumnTarget {
+    enum class Kind { Step, Time, Body, Unknown };
+    Kind kind = Kind::Unknown;
+    /// Index into LogHeader::bodies; with `column` for the kind Body only.
+    std::size_t body = 0;
+    BodyColumn column = X;
+};
+
 /// What the columns of a log are.
 struct LogHeader {
-    /// Where a column's values go.
-    struct Place {
-        enum class Kind { Step, Time, Body, Unknown };
-        Kind kind = Kind::Unknown;
-        std::size_t body = 0;
-        BodyColumn column = X;
-    };
-    std::vector<Place> places;
+    /// One per column.
+    std::vector<ColumnTarget> targets;
     std::vector<std::string> bodies;
     std::vector<std::string> unknown;
 };

@@ -188,11 +188,11 @@ std::pair<std::size_t, double> LargestDeviation(const LogBody& body, std::size_t
 }
 
 Notice DeviationNotice(const LogBody& body, const CouplingLog& log, std::size_t row, double deviation) {
-    const std::string place = log.times ? fmt::format("{:g} s", (*log.times)[row]) : fmt::format("row {}", row + 1);
+    const std::string when = log.times ? fmt::format("{:g} s", (*log.times)[row]) : fmt::format("row {}", row + 1);
     return {Severity::Warning,
             fmt::format("Body \"{}\": the desktop's frame is up to {:.3g} degrees away from the body's (at {}). Field, "
                         "force and torque are those of the desktop's frame, in which the replay shows the body too.",
-                        body.name, deviation * degreesPerRadian, place)};
+                        body.name, deviation * degreesPerRadian, when)};
 }
 
 } // namespace

@@ -43,11 +43,11 @@ std::string ReadGeometry(const scenario::Scenario& scenario, std::vector<Notice>
 } // namespace
 
 std::string FillTemplate(std::string page, const std::string& data, const std::string& templateName) {
-    const std::size_t place = page.find(marker);
-    if (place == std::string::npos || page.find(marker, place + 1) != std::string::npos)
+    const std::size_t at = page.find(marker);
+    if (at == std::string::npos || page.find(marker, at + 1) != std::string::npos)
         throw scenario::InputError(
             fmt::format("{}: this is not the template of a report; install the program anew.", templateName));
-    return page.replace(place, std::string(marker).size(), data);
+    return page.replace(at, std::string(marker).size(), data);
 }
 
 WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::path& templateFile,

@@ -6,7 +6,7 @@
 namespace kinora::scenario {
 
 /// Where the values of a JSON text stand.
-struct JsonPlaces {
+struct JsonLocations {
     /// JSON pointer ("" is the whole document) to line, counted from 1.
     std::map<std::string, int> lines;
 
@@ -17,9 +17,9 @@ struct JsonPlaces {
 /// One more step of a JSON pointer, escaped as RFC 6901 asks.
 std::string PointerTo(const std::string& parent, const std::string& key);
 
-/// Reads the places. Comments are allowed.
+/// Reads the locations of all values. Comments are allowed.
 /// @param fileName  named in errors
 /// @throws InputError  the text is not JSON, or an object holds a key twice; with the line
-JsonPlaces ReadJsonPlaces(const std::string& text, const std::string& fileName);
+JsonLocations ReadJsonLocations(const std::string& text, const std::string& fileName);
 
 } // namespace kinora::scenario

@@ -1,4 +1,4 @@
-#include "scenario/JsonPlaces.h"
+#include "scenario/JsonLocations.h"
 
 #include "scenario/Errors.h"
 
@@ -55,11 +55,12 @@ private:
 };
 
 /// Follows the parser's events and notes a line for every value.
-class PlaceRecorder : public nlohmann::json_sax<nlohmann::json> {
+class LocationRecorder : public nlohmann::json_sax<nlohmann::json> {
 public:
-    PlaceRecorder(const LineCounter& counter, const std::string& fileName) : m_counter(counter), m_fileName(fileName) {}
+    LocationRecorder(const LineCounter& counter, const std::string& fileName)
+        : m_counter(counter), m_fileName(fileName) {}
 
-    JsonPlaces places;
+    JsonLocations locations;
 
     bool null() override { return Value(m_counter.last); }
     bool boolean(bool) override { return Value(m_counter.last); }
@@ -100,21 +101,22 @@ private:
         std::set<std::string> keys;
     };
 
-    std::string Place() {
+    /// Pointer of the value that comes now.
+    std::string NextPointer() {
         if (m_levels.empty())
             return {};
         Level& level = m_levels.back();
         return PointerTo(level.pointer, level.isArray ? std::to_string(level.index++) : level.key);
     }
     bool Value(int line) {
-        places.lines[Place()] = line;
+        locations.lines[NextPointer()] = line;
         return true;
     }
     bool Enter(bool isArray) {
         if (m_levels.size() > 100)
             throw InputError(fmt::format("{}:{}: too deeply nested.", m_fileName, m_counter.last));
-        const std::string pointer = Place();
-        places.lines[pointer] = m_counter.last;
+        const std::string pointer = NextPointer();
+        locations.lines[pointer] = m_counter.last;
         m_levels.push_back({pointer, isArray, 0, {}, {}});
         return true;
     }
@@ -130,7 +132,7 @@ private:
 
 } // namespace
 
-int JsonPlaces::LineOf(std::string pointer) const {
+int JsonLocations::LineOf(std::string pointer) const {
     for (;;) {
         const auto found = lines.find(pointer);
         if (found != lines.end())
@@ -154,13 +156,13 @@ std::string PointerTo(const std::string& parent, const std::string& key) {
     return pointer;
 }
 
-JsonPlaces ReadJsonPlaces(const std::string& text, const std::string& fileName) {
+JsonLocations ReadJsonLocations(const std::string& text, const std::string& fileName) {
     LineCounter counter;
-    PlaceRecorder recorder(counter, fileName);
+    LocationRecorder recorder(counter, fileName);
     const char* begin = text.data();
     nlohmann::json::sax_parse(CountingIterator(begin, counter), CountingIterator(begin + text.size(), counter),
                               &recorder, nlohmann::json::input_format_t::json, true, true);
-    return std::move(recorder.places);
+    return std::move(recorder.locations);
 }
 
 } // namespace kinora::scenario
