@@ -37,23 +37,6 @@ std::string ObjectNames(const Scenario& scenario) {
 
 } // namespace
 
-RunFiles FilesOf(const Scenario& scenario) {
-    RunFiles files;
-    files.project = scenario.outputFolder / scenario.projectFile;
-    const std::filesystem::path base = files.project.parent_path();
-    const auto named = [&](const char* suffix) {
-        std::filesystem::path name = files.project.stem();
-        name += suffix;
-        return name;
-    };
-    files.reportsFolder = base / named(".reports");
-    files.couplingLog = files.reportsFolder / named(".coupling.csv");
-    files.state = base / named(".state.json");
-    if (scenario.csvFile)
-        files.csv = scenario.outputFolder / *scenario.csvFile;
-    return files;
-}
-
 CoupledRun::CoupledRun(const Scenario& scenario, const RunOptions& options, IKinoraVeltrixInterface& coupling,
                        RunListener& listener)
     : m_scenario(scenario), m_options(options), m_coupling(coupling), m_listener(listener), m_files(FilesOf(scenario)),

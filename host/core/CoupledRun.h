@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/core/RunFiles.h"
 #include "host/core/RunRecords.h"
 #include "scenario/Errors.h"
 

@@ -1,4 +1,4 @@
-#include "report/core/PageData.h"
+#include "report/core/Base64.h"
 
 namespace kinora::report {
 

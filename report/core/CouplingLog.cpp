@@ -1,6 +1,7 @@
 #include "report/core/CouplingLog.h"
 
 #include "report/core/LogHeader.h"
+#include "report/core/ToUtf8.h"
 #include "scenario/Errors.h"
 
 #include <algorithm>

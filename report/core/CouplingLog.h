@@ -44,7 +44,4 @@ CouplingLog ParseCouplingLog(const std::string& text, const std::string& fileNam
 /// A number as C++ streams and the run-time libraries write them; NaN for what is not a finite one.
 double ParseNumber(std::string_view text);
 
-/// Text as UTF-8: unchanged when it is that already, otherwise taken for Windows-1252.
-std::string ToUtf8(std::string text);
-
 } // namespace kinora::report

@@ -1,5 +1,6 @@
 #include "report/core/HostStates.h"
 
+#include "report/core/ToUtf8.h"
 #include "scenario/Errors.h"
 
 #include <algorithm>

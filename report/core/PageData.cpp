@@ -1,7 +1,9 @@
 #include "report/core/PageData.h"
 
+#include "report/core/Base64.h"
 #include "report/core/Frames.h"
 #include "report/core/LogHeader.h"
+#include "report/core/ToUtf8.h"
 #include "scenario/Text.h"
 
 #include <algorithm>

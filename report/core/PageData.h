@@ -32,7 +32,4 @@ std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* s
 /// Metres in a length unit of the desktop; 0 for an unknown one.
 double MetresPerUnit(const std::string& unit);
 
-/// Bytes in the alphabet of base64, padded.
-std::string Base64(std::string_view bytes);
-
 } // namespace kinora::report

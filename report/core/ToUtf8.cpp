@@ -1,6 +1,8 @@
-#include "report/core/CouplingLog.h"
+#include "report/core/ToUtf8.h"
 
+#include <array>
 #include <cstdint>
+#include <string_view>
 
 namespace kinora::report {
 namespace {

@@ -42,17 +42,6 @@ scenario::Scenario ScenarioOf(const scenario::Pose& pose) {
     return scenario;
 }
 
-TEST(Base64, AgreesWithThePublishedExamples) {
-    EXPECT_EQ(Base64(""), "");
-    EXPECT_EQ(Base64("f"), "Zg==");
-    EXPECT_EQ(Base64("fo"), "Zm8=");
-    EXPECT_EQ(Base64("foo"), "Zm9v");
-    EXPECT_EQ(Base64("foob"), "Zm9vYg==");
-    EXPECT_EQ(Base64("fooba"), "Zm9vYmE=");
-    EXPECT_EQ(Base64("foobar"), "Zm9vYmFy");
-    EXPECT_EQ(Base64("\xFF\xFE\xFD"), "//79");
-}
-
 TEST(PageData, HoldsNoCharacterThatCouldLeaveItsElement) {
     const CouplingLog log = LogOf("</script><script>alert('&')//\xE2\x80\xA8\xE2\x80\xA9<!--", 1);
     PageContext context;
