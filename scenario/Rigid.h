@@ -1,48 +1,43 @@
 #pragma once
 
-#include "interface/IKinoraVeltrixInterface.h"
-
 #include <Eigen/Core>
-#include <string>
 
 namespace kinora::scenario {
+
+// How vectors and matrices are named, in every room that includes this header:
+//
+//   R_WB     turns components along the axes of B into components along the axes of W; its columns are B's axes, seen
+//            from W. Its transpose is R_BW.
+//   p_WB_W   leads from the origin of W to the origin of B, written in the axes of W.
+//   X_WB     the pose of B in W: R_WB and p_WB_W.
+//   force_W  any other vector, written in the axes of W.
+//
+// A product is right when the letters that meet are the same: p_WC_W = p_WB_W + R_WB * p_BC_B. The frames are
+//
+//   W   the global frame;
+//   B   the frame of a body, B0 the same as the geometry is drawn;
+//   D   the coordinate system that the desktop makes of the body's angles.
+//
+// C is a body's centre of mass, J a point of a hinge's axis. Metres, newtons, newton metres, radians throughout.
 
 using Vector = Eigen::Vector3d;
 using Matrix = Eigen::Matrix3d;
 
-/// Position and orientation of a rigid body.
+constexpr double degreesPerRadian = 57.29577951308232;
+
+/// X_WB: position and orientation of a rigid body.
 struct Pose {
-    /// Origin in global axes, metres.
-    Vector position = Vector::Zero();
-    /// The body's axes as columns, in global axes: turns body components into global ones.
-    Matrix axes = Matrix::Identity();
+    Vector p_WB_W = Vector::Zero();
+    Matrix R_WB = Matrix::Identity();
 };
 
-/// Force and torque on a body in global axes, the torque about the body's origin; N and N m.
+/// Force and torque on a body, the torque about the body's origin.
 struct Load {
-    Vector force = Vector::Zero();
-    Vector torque = Vector::Zero();
+    Vector force_W = Vector::Zero();
+    Vector torque_W = Vector::Zero();
 };
 
-/// Rotation by an angle (radians) about a unit axis.
+/// Rotation by an angle about a unit axis.
 Matrix Rotation(const Vector& unitAxis, double angle);
-
-/// The pose as the interface takes it: the nine numbers row by row, each row an axis of the body seen from the global
-/// frame. (The transpose of `Pose::axes`.)
-IKinoraVeltrixInterface::Transform ToTransform(const std::string& name, const Pose& pose);
-
-/// The frame that the desktop makes of a pose's orientation, as columns in global axes.
-///
-/// The desktop receives three angles: with the rows of the interface's matrix taken as M = Rz(phi) Ry(theta) Rx(psi),
-/// its coordinate system has the rows of Rz(theta) Ry(phi) Rx(psi). The two agree for phi = theta, and so for every
-/// rotation about X; elsewhere the desktop's frame is not the body's.
-Matrix DesktopAxes(const Matrix& axes);
-
-/// Angle of the rotation that takes the body's axes to the desktop's frame, radians, 0 to pi.
-double FrameDeviation(const Matrix& axes);
-
-/// The one place where a result of the desktop becomes a load: newtons stay, millinewton-metres become newton metres,
-/// and components in the axes of the desktop's frame become global ones.
-Load ToLoad(const IKinoraVeltrixInterface::Result& result, const Matrix& axes);
 
 } // namespace kinora::scenario

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "interface/IKinoraVeltrixInterface.h"
 #include "scenario/FreeMotion.h"
 #include "scenario/PrescribedMotion.h"
 #include "scenario/Rigid.h"
@@ -25,17 +26,18 @@ struct DesktopSettings {
     double busyTimeoutSeconds = 120.0;
 };
 
-/// One rigid body. Its pose is the one in which the geometry is drawn.
+/// One rigid body.
 struct Body {
     std::string name;
     std::vector<std::string> objects;
-    Pose pose;
+    /// The pose in which the geometry is drawn.
+    Pose X_WB0;
     /// Kilograms.
     double mass = 0.0;
-    /// In the body's axes, from its origin, metres.
-    Vector centreOfMass = Vector::Zero();
+    /// From the body's origin to its centre of mass.
+    Vector p_BC_B = Vector::Zero();
     /// About the centre of mass, along the body's axes, kg m^2.
-    Vector principalInertia = Vector::Zero();
+    Vector principalInertia_B = Vector::Zero();
 };
 
 enum class JointType { Slider, Hinge };
@@ -44,10 +46,10 @@ enum class JointType { Slider, Hinge };
 struct Joint {
     std::string name;
     JointType type = JointType::Slider;
-    /// Unit vector, global.
-    Vector axis = Vector::UnitX();
-    /// A point of a hinge's axis, metres.
-    Vector point = Vector::Zero();
+    /// Unit vector.
+    Vector axis_W = Vector::UnitX();
+    /// A point of a hinge's axis.
+    Vector p_WJ_W = Vector::Zero();
     /// Indices into Scenario::bodies.
     std::vector<std::size_t> bodies;
     std::variant<PrescribedMotion, FreeMotion> motion = FreeMotion();
@@ -74,7 +76,7 @@ struct Scenario {
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
     std::vector<Body> bodies;
     std::vector<Joint> joints;
-    Vector gravity = Vector::Zero();
+    Vector gravity_W = Vector::Zero();
     Stepping stepping;
     /// Folder of everything that the run writes.
     std::filesystem::path outputFolder;

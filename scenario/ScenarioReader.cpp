@@ -114,15 +114,15 @@ Body ReadBody(const Node& node) {
     body.name = node.At("name").Text();
     for (std::size_t i = 0; i < node.At("objects").Size(); ++i)
         body.objects.push_back(node.At("objects").At(i).Text());
-    body.pose.position = node.TripleOr("position", Vector::Zero());
+    body.X_WB0.p_WB_W = node.TripleOr("position", Vector::Zero());
     if (node.Has("rotation")) {
         const Node rotation = node.At("rotation");
-        body.pose.axes = Rotation(rotation.At("axis").Direction(), rotation.At("angle").Number());
+        body.X_WB0.R_WB = Rotation(rotation.At("axis").Direction(), rotation.At("angle").Number());
     }
     body.mass = node.NotNegativeOr("mass", 0.0);
-    body.centreOfMass = node.TripleOr("centreOfMass", Vector::Zero());
-    body.principalInertia = node.TripleOr("inertia", Vector::Zero());
-    if (body.principalInertia.minCoeff() < 0.0)
+    body.p_BC_B = node.TripleOr("centreOfMass", Vector::Zero());
+    body.principalInertia_B = node.TripleOr("inertia", Vector::Zero());
+    if (body.principalInertia_B.minCoeff() < 0.0)
         node.At("inertia").Fail("moments of inertia must be 0 or more.");
     return body;
 }
@@ -197,10 +197,10 @@ public:
         Joint joint;
         joint.name = node.At("name").Text();
         joint.type = node.At("type").Text() == "slider" ? JointType::Slider : JointType::Hinge;
-        joint.axis = node.At("axis").Direction();
+        joint.axis_W = node.At("axis").Direction();
         if (node.Has("point") && joint.type == JointType::Slider)
             node.At("point").Fail("only a hinge has a point on its axis; remove it.");
-        joint.point = node.TripleOr("point", Vector::Zero());
+        joint.p_WJ_W = node.TripleOr("point", Vector::Zero());
         ReadMembers(node.At("bodies"), joint);
         if (node.Has("prescribed"))
             joint.motion = ReadPrescribed(node.At("prescribed"));
@@ -247,10 +247,13 @@ private:
             const Body& body = m_bodies[index];
             if (joint.type == JointType::Slider && body.mass > 0.0)
                 return;
-            const Vector axis = body.pose.axes.transpose() * joint.axis;
-            const Vector centre = body.pose.position + body.pose.axes * body.centreOfMass - joint.point;
-            if (axis.cwiseAbs2().dot(body.principalInertia) + body.mass * centre.cross(joint.axis).squaredNorm() > 0.0)
+            const auto& [p_WB_W, R_WB] = body.X_WB0;
+            const Vector axis_B = R_WB.transpose() * joint.axis_W;
+            const Vector p_JC_W = p_WB_W + R_WB * body.p_BC_B - joint.p_WJ_W;
+            const double turned = body.mass * p_JC_W.cross(joint.axis_W).squaredNorm();
+            if (axis_B.cwiseAbs2().dot(body.principalInertia_B) + turned > 0.0) {
                 return;
+            }
         }
         node.At("free").Fail(
             fmt::format("nothing on this joint has {}; give it to the bodies, or give \"inertia\" here.",
@@ -340,7 +343,7 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
         for (std::size_t i = 0; i < root.At("joints").Size(); ++i)
             scenario.joints.push_back(reader.Read(root.At("joints").At(i)));
     }
-    scenario.gravity = root.TripleOr("gravity", Vector::Zero());
+    scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
     scenario.stepping = ReadStepping(root.At("solver"));
     return scenario;
 }

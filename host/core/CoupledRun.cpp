@@ -2,6 +2,7 @@
 
 #include "host/core/StateFile.h"
 #include "host/core/StatesCsv.h"
+#include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
 
 #include <algorithm>
@@ -168,7 +169,7 @@ void CoupledRun::BuildMagnetics() {
     for (const Body& body : m_scenario.bodies) {
         IKinoraVeltrixInterface::Group group;
         // Always the drawn pose: the desktop moves the imported objects from it into the body's own frame.
-        group.transform = ToTransform(body.name, body.pose);
+        group.transform = ToTransform(body.name, body.X_WB0);
         for (const std::string& object : body.objects)
             group.objects.push_back(m_options.toNarrow(object));
         groups.push_back(std::move(group));
@@ -229,7 +230,7 @@ void CoupledRun::Solve(int step) {
                           Utf8FromPath(m_files.reportsFolder))});
     std::vector<Load> loads;
     for (std::size_t body = 0; body < transforms.size(); ++body)
-        loads.push_back(ToLoad(record.results[body], record.poses[body].axes));
+        loads.push_back(ToLoad(record.results[body], record.poses[body].R_WB));
     m_mechanism.ApplyLoads(loads);
     record.joints = m_mechanism.Joints();
     if (m_csv)
@@ -238,8 +239,8 @@ void CoupledRun::Solve(int step) {
     m_listener.OnStep(record);
 }
 
-void CoupledRun::WarnOfOrientation(const Pose& pose, std::size_t body, double time) {
-    const double deviation = FrameDeviation(pose.axes);
+void CoupledRun::WarnOfOrientation(const Pose& X_WB, std::size_t body, double time) {
+    const double deviation = FrameDeviation(X_WB.R_WB);
     if (deviation <= m_warnedDeviation[body])
         return;
     // Once more only when it has become much worse.
@@ -248,7 +249,7 @@ void CoupledRun::WarnOfOrientation(const Pose& pose, std::size_t body, double ti
         fmt::format("Body \"{}\" at {} s: the desktop's frame is {:.3g} degrees away from the body's. Only "
                     "orientations that differ from the global axes by a turn about X reach the desktop "
                     "as they are; lay the model's turning axis along X.",
-                    m_scenario.bodies[body].name, time, deviation * 57.29577951308232));
+                    m_scenario.bodies[body].name, time, deviation * degreesPerRadian));
 }
 
 void CoupledRun::Finish() {

@@ -91,7 +91,7 @@ private:
     void BuildMagnetics();
     RunEnd Advance(int firstStep);
     void Solve(int step);
-    void WarnOfOrientation(const scenario::Pose& pose, std::size_t body, double time);
+    void WarnOfOrientation(const scenario::Pose& X_WB, std::size_t body, double time);
     void Finish();
     void CloseAfterFailure() noexcept;
     void LetGoOfDesktop();

@@ -14,7 +14,7 @@ Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario) {
     for (const Joint& joint : scenario.joints)
         m_lumped.push_back(Lump(joint));
     for (const Body& body : scenario.bodies)
-        m_poses.push_back(body.pose);
+        m_poses.push_back(body.X_WB0);
     m_records.resize(scenario.joints.size());
     m_previousCoordinates.resize(scenario.joints.size(), 0.0);
 }
@@ -23,36 +23,39 @@ Mechanism::Lumped Mechanism::Lump(const Joint& joint) const {
     Lumped lumped;
     if (const auto* motion = std::get_if<FreeMotion>(&joint.motion))
         lumped.inertia = motion->addedInertia;
-    Vector moment = Vector::Zero();
+    Vector moment_W = Vector::Zero();
     for (const std::size_t index : joint.bodies) {
         const Body& body = m_scenario.bodies[index];
-        const Vector centre = body.pose.position + body.pose.axes * body.centreOfMass;
+        const auto& [p_WB_W, R_WB] = body.X_WB0;
+        const Vector p_WC_W = p_WB_W + R_WB * body.p_BC_B;
         lumped.mass += body.mass;
-        moment += body.mass * centre;
+        moment_W += body.mass * p_WC_W;
         if (joint.type == JointType::Slider) {
             lumped.inertia += body.mass;
             continue;
         }
-        const Vector axisInBody = body.pose.axes.transpose() * joint.axis;
-        const double distance = (centre - joint.point).cross(joint.axis).norm();
-        lumped.inertia += axisInBody.cwiseAbs2().dot(body.principalInertia) + body.mass * distance * distance;
+        const Vector axis_B = R_WB.transpose() * joint.axis_W;
+        const double distance = (p_WC_W - joint.p_WJ_W).cross(joint.axis_W).norm();
+        lumped.inertia += axis_B.cwiseAbs2().dot(body.principalInertia_B) + body.mass * distance * distance;
     }
     if (lumped.mass > 0.0)
-        lumped.centreOfMass = moment / lumped.mass;
+        lumped.p_WC_W = moment_W / lumped.mass;
     return lumped;
 }
 
-Pose Mechanism::PoseAt(const Joint& joint, const Pose& drawn, double coordinate) {
-    if (joint.type == JointType::Slider)
-        return {drawn.position + coordinate * joint.axis, drawn.axes};
-    const Matrix turn = Rotation(joint.axis, coordinate);
-    return {joint.point + turn * (drawn.position - joint.point), turn * drawn.axes};
+Pose Mechanism::PoseAt(const Joint& joint, const Pose& X_WB0, double coordinate) {
+    if (joint.type == JointType::Slider) {
+        return {X_WB0.p_WB_W + coordinate * joint.axis_W, X_WB0.R_WB};
+    }
+    // Both ends of the turn are seen from the global frame.
+    const Matrix turn_W = Rotation(joint.axis_W, coordinate);
+    return {joint.p_WJ_W + turn_W * (X_WB0.p_WB_W - joint.p_WJ_W), turn_W * X_WB0.R_WB};
 }
 
 void Mechanism::MoveBodies(std::size_t joint) {
     const Joint& description = m_scenario.joints[joint];
     for (const std::size_t body : description.bodies)
-        m_poses[body] = PoseAt(description, m_scenario.bodies[body].pose, m_records[joint].state.coordinate);
+        m_poses[body] = PoseAt(description, m_scenario.bodies[body].X_WB0, m_records[joint].state.coordinate);
 }
 
 double Mechanism::PrescribedCoordinate(const Joint& joint, double time) {
@@ -93,31 +96,31 @@ void Mechanism::Restore(double time, const std::vector<JointRecord>& records) {
 }
 
 double Mechanism::FieldForce(const Joint& joint, const std::vector<Load>& loads) const {
-    Vector total = Vector::Zero();
+    Vector total_W = Vector::Zero();
     for (const std::size_t body : joint.bodies) {
         const Load& load = loads[body];
-        total += joint.type == JointType::Slider
-                     ? load.force
-                     : Vector(load.torque + (m_poses[body].position - joint.point).cross(load.force));
+        const Vector p_JB_W = m_poses[body].p_WB_W - joint.p_WJ_W;
+        total_W += joint.type == JointType::Slider ? load.force_W : Vector(load.torque_W + p_JB_W.cross(load.force_W));
     }
-    return joint.axis.dot(total);
+    return joint.axis_W.dot(total_W);
 }
 
 double Mechanism::GravityForce(std::size_t joint, double coordinate) const {
     const Joint& description = m_scenario.joints[joint];
     const Lumped& lumped = m_lumped[joint];
-    const Vector weight = lumped.mass * m_scenario.gravity;
-    if (description.type == JointType::Slider)
-        return description.axis.dot(weight);
-    const Vector arm = Rotation(description.axis, coordinate) * (lumped.centreOfMass - description.point);
-    return description.axis.dot(arm.cross(weight));
+    const Vector weight_W = lumped.mass * m_scenario.gravity_W;
+    if (description.type == JointType::Slider) {
+        return description.axis_W.dot(weight_W);
+    }
+    const Vector p_JC_W = Rotation(description.axis_W, coordinate) * (lumped.p_WC_W - description.p_WJ_W);
+    return description.axis_W.dot(p_JC_W.cross(weight_W));
 }
 
 double Mechanism::GravityEnergy(std::size_t joint, double coordinate) const {
     const Joint& description = m_scenario.joints[joint];
     const Lumped& lumped = m_lumped[joint];
-    const Pose centre = PoseAt(description, {lumped.centreOfMass, Matrix::Identity()}, coordinate);
-    return -lumped.mass * m_scenario.gravity.dot(centre.position);
+    const Pose X_WC = PoseAt(description, {lumped.p_WC_W, Matrix::Identity()}, coordinate);
+    return -lumped.mass * m_scenario.gravity_W.dot(X_WC.p_WB_W);
 }
 
 double Mechanism::DrivingForce(std::size_t joint) const {

@@ -76,13 +76,13 @@ private:
     struct Lumped {
         double inertia = 0.0;
         double mass = 0.0;
-        /// Of the bodies together, at coordinate 0, global.
-        scenario::Vector centreOfMass = scenario::Vector::Zero();
+        /// To the centre of mass of the bodies together, at coordinate 0.
+        scenario::Vector p_WC_W = scenario::Vector::Zero();
     };
 
     Lumped Lump(const scenario::Joint& joint) const;
     void MoveBodies(std::size_t joint);
-    static scenario::Pose PoseAt(const scenario::Joint& joint, const scenario::Pose& drawn, double coordinate);
+    static scenario::Pose PoseAt(const scenario::Joint& joint, const scenario::Pose& X_WB0, double coordinate);
     double FieldForce(const scenario::Joint& joint, const std::vector<scenario::Load>& loads) const;
     double GravityForce(std::size_t joint, double coordinate) const;
     double GravityEnergy(std::size_t joint, double coordinate) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/core/Mechanism.h"
+#include "interface/IKinoraVeltrixInterface.h"
 
 #include <vector>
 

@@ -12,8 +12,6 @@ using namespace scenario;
 
 namespace {
 
-constexpr double degreesPerRadian = 57.29577951308232;
-
 const char* LengthOrAngleUnit(const Joint& joint) {
     return joint.type == JointType::Slider ? "mm" : "deg";
 }
@@ -81,11 +79,11 @@ std::string JointText(const Scenario& scenario, const Joint& joint) {
     for (const std::size_t body : joint.bodies)
         bodies += (bodies.empty() ? "" : ", ") + scenario.bodies[body].name;
     const std::string through =
-        joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.point));
+        joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.p_WJ_W));
     const std::string motion = joint.IsFree() ? FreeMotionText(std::get<FreeMotion>(joint.motion))
                                               : "prescribed: " + std::get<PrescribedMotion>(joint.motion).Description();
     return fmt::format("  {} \"{}\" along {}{}, moves {}\n    {}\n",
-                       joint.type == JointType::Slider ? "slider" : "hinge", joint.name, Numbers(joint.axis), through,
+                       joint.type == JointType::Slider ? "slider" : "hinge", joint.name, Numbers(joint.axis_W), through,
                        bodies, motion);
 }
 
@@ -205,7 +203,7 @@ std::string ModelText(const Scenario& scenario) {
     text += "bodies\n";
     for (const Body& body : scenario.bodies) {
         text +=
-            fmt::format("  \"{}\" at {} m, mass {:g} kg, objects:", body.name, Numbers(body.pose.position), body.mass);
+            fmt::format("  \"{}\" at {} m, mass {:g} kg, objects:", body.name, Numbers(body.X_WB0.p_WB_W), body.mass);
         for (const std::string& object : body.objects)
             text += " " + object;
         text += "\n";
@@ -219,8 +217,8 @@ std::string ModelText(const Scenario& scenario) {
     text += scenario.joints.empty() ? "" : "joints\n";
     for (const Joint& joint : scenario.joints)
         text += JointText(scenario, joint);
-    if (!scenario.gravity.isZero())
-        text += fmt::format("gravity {} m/s^2\n", Numbers(scenario.gravity));
+    if (!scenario.gravity_W.isZero())
+        text += fmt::format("gravity {} m/s^2\n", Numbers(scenario.gravity_W));
     return text + fmt::format("{} steps of {:g} s, 0 to {:g} s\n", scenario.stepping.steps,
                               scenario.stepping.stepSeconds, scenario.stepping.TimeOf(scenario.stepping.steps));
 }

@@ -61,9 +61,9 @@ StatesCsv::StatesCsv(const std::filesystem::path& file, const Scenario& scenario
 void StatesCsv::Append(const StepRecord& record) {
     std::string line = fmt::format("{},{}", record.step, record.time);
     for (std::size_t body = 0; body < record.poses.size(); ++body) {
-        const Vector& position = record.poses[body].position;
+        const Vector& p_WB_W = record.poses[body].p_WB_W;
         const auto& result = record.results[body];
-        line += fmt::format(",{},{},{}", position.x(), position.y(), position.z());
+        line += fmt::format(",{},{},{}", p_WB_W.x(), p_WB_W.y(), p_WB_W.z());
         line += fmt::format(",{},{},{}", result.force[0], result.force[1], result.force[2]);
         line += fmt::format(",{},{},{}", result.torque[0], result.torque[1], result.torque[2]);
     }

@@ -1,9 +1,9 @@
 #include "report/core/PageData.h"
 
 #include "report/core/Base64.h"
-#include "report/core/Frames.h"
 #include "report/core/LogHeader.h"
 #include "report/core/ToUtf8.h"
+#include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
 
 #include <algorithm>
@@ -22,7 +22,6 @@ constexpr int formatVersion = 1;
 
 /// Smaller deviations vanish in the log's six digits, radians.
 constexpr double tolerableDeviation = 1e-4;
-constexpr double degreesPerRadian = 57.29577951308232;
 
 /// The bytes of the values, the lowest first.
 template <class Number, class Bits>
@@ -90,8 +89,10 @@ json BodyData(const LogBody& body, const scenario::Scenario* scenario) {
                  {"angles", group(Phi)},
                  {"force", group(ForceX)},
                  {"torque", group(TorqueX)}};
-    if (const scenario::Body* drawn = FindBody(scenario, body.name))
-        data["drawn"] = {{"position", Numbers(drawn->pose.position)}, {"angles", LoggedAngles(drawn->pose.axes)}};
+    if (const scenario::Body* drawn = FindBody(scenario, body.name)) {
+        const auto [phi, theta, psi] = scenario::AnglesOf(drawn->X_WB0.R_WB);
+        data["drawn"] = {{"position", Numbers(drawn->X_WB0.p_WB_W)}, {"angles", {phi, theta, psi}}};
+    }
     return data;
 }
 
@@ -180,7 +181,8 @@ std::pair<std::size_t, double> LargestDeviation(const LogBody& body, std::size_t
         // Equal angles give equal frames; the usual case must be quick.
         if (phi == theta)
             continue;
-        const double deviation = scenario::FrameDeviation(AxesFromAngles(phi, theta, (*body.columns[Psi])[row]));
+        const scenario::Matrix R_WB = scenario::FromAngles({phi, theta, (*body.columns[Psi])[row]});
+        const double deviation = scenario::FrameDeviation(R_WB);
         if (deviation > largest) {
             largest = deviation;
             worst = row;
@@ -194,7 +196,7 @@ Notice DeviationNotice(const LogBody& body, const CouplingLog& log, std::size_t 
     return {Severity::Warning,
             fmt::format("Body \"{}\": the desktop's frame is up to {:.3g} degrees away from the body's (at {}). Field, "
                         "force and torque are those of the desktop's frame, in which the replay shows the body too.",
-                        body.name, deviation * degreesPerRadian, when)};
+                        body.name, deviation * scenario::degreesPerRadian, when)};
 }
 
 } // namespace

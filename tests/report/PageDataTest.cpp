@@ -1,9 +1,7 @@
 #include "report/core/PageData.h"
 
-#include "report/core/Frames.h"
 #include "tests/report/LogText.h"
 
-#include <cmath>
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,8 +14,6 @@ using nlohmann::json;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-constexpr double halfTurn = 3.14159265358979323846;
 
 CouplingLog LogOf(const std::string& body, int rows) {
     std::string text = HeadLine({body}) + "\n";
@@ -35,7 +31,7 @@ scenario::Scenario ScenarioOf(const scenario::Pose& pose) {
     scenario::Body body;
     body.name = "a";
     body.objects = {"magnet"};
-    body.pose = pose;
+    body.X_WB0 = pose;
     scenario.bodies.push_back(body);
     scenario.materials["magnet"].name = "magnet_1T";
     scenario.materials["magnet"].coercivityDirection[2] = 1.0;
@@ -82,8 +78,8 @@ TEST(PageData, WritesAConstantOnceAndAMissingColumnAsNull) {
 
 TEST(PageData, HoldsTheModel) {
     scenario::Pose pose;
-    pose.position = {0.0, 0.0, 0.012};
-    pose.axes = scenario::Rotation(scenario::Vector::UnitX(), 0.5);
+    pose.p_WB_W = {0.0, 0.0, 0.012};
+    pose.R_WB = scenario::Rotation(scenario::Vector::UnitX(), 0.5);
     const scenario::Scenario scenario = ScenarioOf(pose);
     PageContext context;
     context.scenario = &scenario;
@@ -162,26 +158,6 @@ TEST(CheckRun, TellsAnUnknownLengthUnit) {
     const std::vector<Notice> notices = CheckRun(log, &scenario);
     ASSERT_EQ(notices.size(), 1u);
     EXPECT_THAT(notices[0].text, HasSubstr("The length unit \"cubit\""));
-}
-
-TEST(Frames, TakesAnOrientationApartAsTheLibraryDoes) {
-    const scenario::Matrix axes = AxesFromAngles(0.3, -0.4, 2.5);
-    const auto angles = LoggedAngles(axes);
-    EXPECT_NEAR(angles[0], 0.3, 1e-15);
-    EXPECT_NEAR(angles[1], -0.4, 1e-15);
-    EXPECT_NEAR(angles[2], 2.5, 1e-15);
-    // The third row of M is the body's z axis; its first element is -sin(theta).
-    EXPECT_NEAR(axes(0, 2), std::sin(0.4), 1e-15);
-}
-
-TEST(Frames, GivesTheirOneAngleToPosesThatLookAlongZ) {
-    // The body's x axis is -z: M's first column is (0, 0, 1), where -pi/2 were right.
-    scenario::Matrix rows;
-    rows << 0, 0, -1, 0, 1, 0, 1, 0, 0;
-    const auto angles = LoggedAngles(rows.transpose());
-    EXPECT_EQ(angles[0], 0.0);
-    EXPECT_DOUBLE_EQ(angles[1], halfTurn / 2);
-    EXPECT_EQ(angles[2], 0.0);
 }
 
 } // namespace

@@ -77,8 +77,8 @@ TEST_F(ScenarioReader, TakesQuantitiesAsNumbersAndAsFormulas) {
     document["bodies"][0]["rotation"] = {{"axis", {3, 0, 0}}, {"angle", "90*deg"}};
     document["solver"] = {{"step", "1/200"}, {"end", "0.5"}};
     const Scenario scenario = Read(document);
-    EXPECT_EQ(scenario.bodies[0].pose.position, Vector(0.5, 0.012, -0.001));
-    EXPECT_LT((scenario.bodies[0].pose.axes.col(1) - Vector::UnitZ()).norm(), 1e-15);
+    EXPECT_EQ(scenario.bodies[0].X_WB0.p_WB_W, Vector(0.5, 0.012, -0.001));
+    EXPECT_LT((scenario.bodies[0].X_WB0.R_WB.col(1) - Vector::UnitZ()).norm(), 1e-15);
     EXPECT_EQ(scenario.stepping.steps, 100);
 }
 
@@ -95,7 +95,7 @@ TEST_F(ScenarioReader, ReadsAFreeJointWhole) {
                                      {"stops", {{"min", -7}, {"max", 8}, {"restitution", 0.9}}}};
     const Joint joint = Read(document).joints.at(0);
     EXPECT_EQ(joint.type, JointType::Slider);
-    EXPECT_EQ(joint.axis, Vector::UnitZ());
+    EXPECT_EQ(joint.axis_W, Vector::UnitZ());
     const auto& motion = std::get<FreeMotion>(joint.motion);
     EXPECT_EQ(motion.start, 0.001);
     EXPECT_EQ(motion.speed, -2.0);

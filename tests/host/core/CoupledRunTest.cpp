@@ -101,12 +101,12 @@ protected:
         body.name = "bob";
         body.objects = {"magnet"};
         body.mass = 1.0;
-        body.pose.position = {0.0, 0.0, 0.01};
+        body.X_WB0.p_WB_W = {0.0, 0.0, 0.01};
         m_scenario.bodies = {body};
         m_scenario.materials["magnet"].name = "magnet_1T";
         Joint joint;
         joint.name = "slide";
-        joint.axis = Vector::UnitZ();
+        joint.axis_W = Vector::UnitZ();
         joint.bodies = {0};
         m_scenario.joints = {joint};
         m_scenario.stepping = {0.05, 3};
@@ -154,8 +154,8 @@ TEST_F(CoupledRunTest, SwingsInTheFieldLikeASpring) {
     m_scenario.stepping = {0.001, 628};
     Run();
     // k/m = 100: a full period within 0.628 s.
-    EXPECT_NEAR(m_listener.steps.back().poses[0].position.z(), 0.01, 1e-6);
-    EXPECT_NEAR(m_listener.steps[314].poses[0].position.z(), -0.01, 1e-6);
+    EXPECT_NEAR(m_listener.steps.back().poses[0].p_WB_W.z(), 0.01, 1e-6);
+    EXPECT_NEAR(m_listener.steps[314].poses[0].p_WB_W.z(), -0.01, 1e-6);
     EXPECT_NEAR(m_listener.steps.back().joints[0].energy.Imbalance(), 0.0, 1e-8);
 }
 
@@ -296,7 +296,7 @@ TEST_F(CoupledRunTest, NoticesMissingResults) {
 
 TEST_F(CoupledRunTest, WarnsOfFramesThatLeaveTheBodyOnceAndWhenMuchWorse) {
     m_scenario.joints[0].type = JointType::Hinge;
-    m_scenario.joints[0].axis = Vector::UnitY();
+    m_scenario.joints[0].axis_W = Vector::UnitY();
     m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("t", Expression::Variables::Time));
     m_scenario.stepping = {0.01, 50};
     Run();
@@ -307,7 +307,7 @@ TEST_F(CoupledRunTest, WarnsOfFramesThatLeaveTheBodyOnceAndWhenMuchWorse) {
 
 TEST_F(CoupledRunTest, TurnsAboutXWithoutAWarning) {
     m_scenario.joints[0].type = JointType::Hinge;
-    m_scenario.joints[0].axis = Vector::UnitX();
+    m_scenario.joints[0].axis_W = Vector::UnitX();
     m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("100*t", Expression::Variables::Time));
     Run();
     EXPECT_TRUE(m_listener.warnings.empty());

@@ -22,14 +22,14 @@ Scenario OneJoint(JointType type, const Vector& axis, FreeMotion motion) {
     Scenario scenario;
     Body body;
     body.name = "bob";
-    body.pose.position = {0.0, 0.5, 0.0};
+    body.X_WB0.p_WB_W = {0.0, 0.5, 0.0};
     body.mass = 2.0;
-    body.principalInertia = {0.01, 0.02, 0.03};
+    body.principalInertia_B = {0.01, 0.02, 0.03};
     scenario.bodies = {body};
     Joint joint;
     joint.name = "joint";
     joint.type = type;
-    joint.axis = axis;
+    joint.axis_W = axis;
     joint.bodies = {0};
     joint.motion = std::move(motion);
     scenario.joints = {joint};
@@ -52,7 +52,7 @@ JointRecord RunFieldFree(const Scenario& scenario, double end, int steps) {
 TEST(Mechanism, ThrowsAParabolaExactly) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitZ(), {});
     std::get<FreeMotion>(scenario.joints[0].motion).speed = 3.0;
-    scenario.gravity = {0.0, 0.0, -9.80665};
+    scenario.gravity_W = {0.0, 0.0, -9.80665};
     const JointRecord record = RunFieldFree(scenario, 1.0, 10);
     EXPECT_NEAR(record.state.coordinate, 3.0 - 0.5 * 9.80665, 1e-13);
     EXPECT_NEAR(record.state.speed, 3.0 - 9.80665, 1e-13);
@@ -147,8 +147,8 @@ TEST(Mechanism, SwingsAsAPendulum) {
     FreeMotion motion;
     motion.start = 1.0;
     Scenario scenario = OneJoint(JointType::Hinge, Vector::UnitX(), motion);
-    scenario.bodies[0].pose.position = {0.0, 0.0, -0.5};
-    scenario.gravity = {0.0, 0.0, -9.80665};
+    scenario.bodies[0].X_WB0.p_WB_W = {0.0, 0.0, -0.5};
+    scenario.gravity_W = {0.0, 0.0, -9.80665};
     const double omega = std::sqrt(2.0 * 9.80665 * 0.5 / 0.51);
     // K(k) by the arithmetic-geometric mean, k = sin(1/2).
     double a = 1.0, b = std::cos(0.5);
@@ -170,10 +170,10 @@ TEST(Mechanism, FollowsPrescribedMotion) {
     Mechanism mechanism(scenario);
     mechanism.Start();
     mechanism.ApplyLoads(std::vector<Load>(1));
-    EXPECT_LT((mechanism.Poses()[0].position - Vector(0.0, 0.5, 0.0)).norm(), 1e-15);
+    EXPECT_LT((mechanism.Poses()[0].p_WB_W - Vector(0.0, 0.5, 0.0)).norm(), 1e-15);
     mechanism.Move(1.0);
-    EXPECT_LT((mechanism.Poses()[0].position - Vector(0.0, 0.0, 0.5)).norm(), 1e-15);
-    EXPECT_LT((mechanism.Poses()[0].axes.col(1) - Vector::UnitZ()).norm(), 1e-15);
+    EXPECT_LT((mechanism.Poses()[0].p_WB_W - Vector(0.0, 0.0, 0.5)).norm(), 1e-15);
+    EXPECT_LT((mechanism.Poses()[0].R_WB.col(1) - Vector::UnitZ()).norm(), 1e-15);
     EXPECT_NEAR(mechanism.Joints()[0].state.speed, pi / 2, 1e-15);
 }
 
@@ -189,12 +189,12 @@ TEST(Mechanism, TurnsForcesAndTorquesIntoWorkAlongTheCoordinate) {
     // Hinge along x through (0, 0.2, 0): a force along z on the body's origin 0.3 m away, and a torque.
     FreeMotion motion;
     Scenario scenario = OneJoint(JointType::Hinge, Vector::UnitX(), motion);
-    scenario.joints[0].point = {0.0, 0.2, 0.0};
+    scenario.joints[0].p_WJ_W = {0.0, 0.2, 0.0};
     Mechanism mechanism(scenario);
     mechanism.Start();
     Load load;
-    load.force = {5.0, 6.0, 7.0};
-    load.torque = {0.4, 0.5, 0.6};
+    load.force_W = {5.0, 6.0, 7.0};
+    load.torque_W = {0.4, 0.5, 0.6};
     mechanism.ApplyLoads({load});
     EXPECT_NEAR(mechanism.Joints()[0].fieldForce, 0.4 + 0.3 * 7.0, 1e-14);
 }
@@ -205,25 +205,25 @@ TEST(Mechanism, AddsUpSeveralBodiesOnOneJoint) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitZ(), motion);
     scenario.bodies.push_back(scenario.bodies[0]);
     scenario.bodies[1].name = "second";
-    scenario.bodies[1].pose.position = {0.0, -0.5, 0.0};
+    scenario.bodies[1].X_WB0.p_WB_W = {0.0, -0.5, 0.0};
     scenario.joints[0].bodies = {0, 1};
     Mechanism mechanism(scenario);
     mechanism.Start();
     Load load;
-    load.force = {0.0, 0.0, 5.0};
+    load.force_W = {0.0, 0.0, 5.0};
     mechanism.ApplyLoads({load, load});
     // 10 N on 2 + 2 + 1 kg.
     mechanism.Move(1.0);
-    EXPECT_DOUBLE_EQ(mechanism.Poses()[0].position.z(), 1.0);
-    EXPECT_DOUBLE_EQ(mechanism.Poses()[1].position.z(), 1.0);
-    EXPECT_DOUBLE_EQ(mechanism.Poses()[1].position.y(), -0.5);
+    EXPECT_DOUBLE_EQ(mechanism.Poses()[0].p_WB_W.z(), 1.0);
+    EXPECT_DOUBLE_EQ(mechanism.Poses()[1].p_WB_W.z(), 1.0);
+    EXPECT_DOUBLE_EQ(mechanism.Poses()[1].p_WB_W.y(), -0.5);
 }
 
 TEST(Mechanism, CountsTheWorkOfAConstantField) {
     const Scenario scenario = OneJoint(JointType::Slider, Vector::UnitZ(), {});
     Mechanism mechanism(scenario);
     Load load;
-    load.force = {0.0, 0.0, 3.0};
+    load.force_W = {0.0, 0.0, 3.0};
     mechanism.Start();
     mechanism.ApplyLoads({load});
     for (int step = 1; step <= 10; ++step) {
@@ -240,7 +240,7 @@ TEST(Mechanism, BouncesLessAndLessAndRestsAtItsStop) {
     motion.start = 1.0;
     motion.stops = {0.0, std::numeric_limits<double>::infinity(), 0.5};
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitZ(), motion);
-    scenario.gravity = {0.0, 0.0, -9.80665};
+    scenario.gravity_W = {0.0, 0.0, -9.80665};
     const JointRecord record = RunFieldFree(scenario, 3.0, 30000);
     EXPECT_EQ(record.state.coordinate, 0.0);
     EXPECT_EQ(record.state.speed, 0.0);

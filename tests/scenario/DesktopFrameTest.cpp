@@ -1,0 +1,89 @@
+#include "scenario/DesktopFrame.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace kinora::scenario {
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+TEST(Transform, HoldsTheBodysAxesAsRows) {
+    // A quarter turn about z: the body's x axis points along global y, its y axis along -x.
+    const Pose pose{{1.0, 2.0, 3.0}, Rotation(Vector::UnitZ(), pi / 2)};
+    const auto transform = ToTransform("rotor", pose);
+    EXPECT_EQ(transform.name, "rotor");
+    EXPECT_EQ(transform.translation[2], 3.0);
+    const double expected[9] = {0, 1, 0, -1, 0, 0, 0, 0, 1};
+    for (int i = 0; i < 9; ++i)
+        EXPECT_NEAR(transform.rotation[i], expected[i], 1e-15) << i;
+}
+
+TEST(Angles, TakeAnOrientationApartAsTheLibraryDoes) {
+    const Matrix R_WB = FromAngles({0.3, -0.4, 2.5});
+    const auto [phi, theta, psi] = AnglesOf(R_WB);
+    EXPECT_NEAR(phi, 0.3, 1e-15);
+    EXPECT_NEAR(theta, -0.4, 1e-15);
+    EXPECT_NEAR(psi, 2.5, 1e-15);
+    // The third row of R_BW is the body's z axis; its first element is -sin(theta).
+    EXPECT_NEAR(R_WB(0, 2), std::sin(0.4), 1e-15);
+}
+
+TEST(Angles, GiveTheirOneAngleToPosesThatLookAlongZ) {
+    // The body's x axis is -z: the first column of R_BW is (0, 0, 1), where -pi/2 were right.
+    Matrix R_BW;
+    R_BW << 0, 0, -1, 0, 1, 0, 1, 0, 0;
+    const auto [phi, theta, psi] = AnglesOf(R_BW.transpose());
+    EXPECT_EQ(phi, 0.0);
+    EXPECT_DOUBLE_EQ(theta, pi / 2);
+    EXPECT_EQ(psi, 0.0);
+}
+
+TEST(DesktopAxes, AreTheBodysForTurnsAboutX) {
+    for (double angle = -3.1; angle < 3.15; angle += 0.1) {
+        const Matrix R_WB = Rotation(Vector::UnitX(), angle);
+        EXPECT_LT((DesktopAxes(R_WB) - R_WB).norm(), 1e-14) << angle;
+        EXPECT_LT(FrameDeviation(R_WB), 1e-7) << angle;
+    }
+}
+
+TEST(DesktopAxes, FollowTheFrameFormulas) {
+    // The desktop's axes written out: X = (cP cT, sS sP cT - cS sT, cS sP cT + sS sT),
+    // Y = (cP sT, sS sP sT + cS cT, cS sP sT - sS cT), for the three angles of a matrix built from them.
+    const double P = 0.3, T = -0.7, S = 1.1;
+    const Matrix R_BW = Rotation(Vector::UnitZ(), P) * Rotation(Vector::UnitY(), T) * Rotation(Vector::UnitX(), S);
+    const Matrix R_WD = DesktopAxes(R_BW.transpose());
+    const double cP = std::cos(P), sP = std::sin(P), cT = std::cos(T), sT = std::sin(T), cS = std::cos(S),
+                 sS = std::sin(S);
+    EXPECT_LT((R_WD.col(0) - Vector(cP * cT, sS * sP * cT - cS * sT, cS * sP * cT + sS * sT)).norm(), 1e-14);
+    EXPECT_LT((R_WD.col(1) - Vector(cP * sT, sS * sP * sT + cS * cT, cS * sP * sT - sS * cT)).norm(), 1e-14);
+}
+
+TEST(DesktopAxes, TurnAboutZInsteadOfY) {
+    const Matrix R_WB = Rotation(Vector::UnitY(), 0.4);
+    const Matrix R_WD = DesktopAxes(R_WB);
+    EXPECT_LT((R_WD - Rotation(Vector::UnitZ(), 0.4)).norm(), 1e-14);
+    // Angle between turns of 0.4 about y and about z: cos(a/2) = cos(0.2)^2.
+    EXPECT_NEAR(FrameDeviation(R_WB), 2.0 * std::acos(std::cos(0.2) * std::cos(0.2)), 1e-12);
+}
+
+TEST(DesktopAxes, TakePlusHalfPiInTheDegenerateCase) {
+    // First column exactly zero above the last element: theta is +pi/2 whatever the sign of that element.
+    Matrix R_BW;
+    R_BW << 0, 0, -1, 0, 1, 0, 1, 0, 0;
+    const Matrix R_WD = DesktopAxes(R_BW.transpose());
+    EXPECT_LT((R_WD - Rotation(Vector::UnitZ(), pi / 2).transpose()).norm(), 1e-14);
+}
+
+TEST(ToLoad, ConvertsMillinewtonMetresAndTurnsIntoGlobalAxes) {
+    IKinoraVeltrixInterface::Result result;
+    result.force[1] = 2.0;
+    result.torque[2] = 500.0;
+    const Load load = ToLoad(result, Rotation(Vector::UnitX(), pi / 2));
+    // The body's y axis points along global z, its z axis along -y.
+    EXPECT_LT((load.force_W - Vector(0, 0, 2)).norm(), 1e-14);
+    EXPECT_LT((load.torque_W - Vector(0, -0.5, 0)).norm(), 1e-14);
+}
+
+} // namespace
+} // namespace kinora::scenario
