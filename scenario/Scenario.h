@@ -82,6 +82,8 @@ struct Scenario {
     std::filesystem::path outputFolder;
     /// The host's own states; none when absent.
     std::optional<std::filesystem::path> csvFile;
+    /// What can be run but looks like a slip: lines with file, line and JSON pointer.
+    std::vector<std::string> warnings;
 };
 
 } // namespace kinora::scenario

@@ -24,10 +24,13 @@ public:
     Node(const json& value, std::string pointer, const JsonLocations& locations, const std::string& fileName)
         : m_value(&value), m_pointer(std::move(pointer)), m_locations(&locations), m_fileName(&fileName) {}
 
-    [[noreturn]] void Fail(const std::string& reason) const {
-        throw InputError(fmt::format("{}:{}: {}: {}", *m_fileName, m_locations->LineOf(m_pointer),
-                                     m_pointer.empty() ? "/" : m_pointer, reason));
+    /// A line about this value, with its location.
+    std::string Line(const std::string& text) const {
+        return fmt::format("{}:{}: {}: {}", *m_fileName, m_locations->LineOf(m_pointer),
+                           m_pointer.empty() ? "/" : m_pointer, text);
     }
+
+    [[noreturn]] void Fail(const std::string& reason) const { throw InputError(Line(reason)); }
 
     bool Has(const char* key) const { return m_value->contains(key); }
     Node At(const std::string& key) const {
@@ -279,6 +282,37 @@ std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Nod
     return materials;
 }
 
+/// Tells materials of objects that no body has, and objects of bodies that have no material.
+std::vector<std::string> CompareMaterials(const Node& root, const Scenario& scenario) {
+    std::vector<std::string> objects;
+    for (const Body& body : scenario.bodies) {
+        objects.insert(objects.end(), body.objects.begin(), body.objects.end());
+    }
+    std::vector<std::string> warnings;
+    std::vector<std::string> strangers;
+    for (const auto& [object, material] : scenario.materials) {
+        if (std::find(objects.begin(), objects.end(), object) != objects.end()) {
+            continue;
+        }
+        strangers.push_back(object);
+        const std::string hint = Suggestion(object, objects);
+        warnings.push_back(
+            root.At("materials").At(object).Line(fmt::format("no body has an object \"{}\".{}", object, hint)));
+    }
+    for (std::size_t body = 0; body < scenario.bodies.size(); ++body) {
+        const Node node = root.At("bodies").At(body).At("objects");
+        for (std::size_t i = 0; i < node.Size(); ++i) {
+            const std::string object = node.At(i).Text();
+            if (scenario.materials.count(object) == 0) {
+                warnings.push_back(
+                    node.At(i).Line(fmt::format("the object \"{}\" has no material: \"materials\" does not name it.{}",
+                                                object, Suggestion(object, strangers))));
+            }
+        }
+    }
+    return warnings;
+}
+
 Stepping ReadStepping(const Node& node) {
     Stepping stepping;
     stepping.stepSeconds = node.At("step").Number();
@@ -345,6 +379,7 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
     scenario.stepping = ReadStepping(root.At("solver"));
+    scenario.warnings = CompareMaterials(root, scenario);
     return scenario;
 }
 

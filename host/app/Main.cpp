@@ -104,6 +104,9 @@ ExitStatus Execute(const CommandLine& arguments) {
     const Scenario scenario = Prepare(arguments);
     if (!arguments.dryRun)
         return RunScenario(arguments, scenario);
+    for (const std::string& warning : scenario.warnings) {
+        PrintError("warning: " + warning + "\n");
+    }
     Print(ModelText(scenario));
     return ExitStatus::Done;
 }

@@ -51,6 +51,9 @@ std::string CoupledRun::Narrow(const std::filesystem::path& path) const {
 
 RunEnd CoupledRun::Run() {
     PrepareFolder();
+    for (const std::string& warning : m_scenario.warnings) {
+        m_listener.OnWarning(warning);
+    }
     int firstStep = 0;
     if (m_options.resume) {
         const SavedState state = ReadState(m_files.state, m_scenario);

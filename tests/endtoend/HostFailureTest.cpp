@@ -63,6 +63,14 @@ TEST_F(HostFailure, DryRunStartsNothing) {
     EXPECT_FALSE(std::filesystem::exists(m_folder / "output"));
 }
 
+TEST_F(HostFailure, DryRunWarnsOfMaterialsThatMissTheirObject) {
+    Replace("\"lower_magnet\":", "\"lower_magnt\":");
+    const Outcome outcome = Run({L"--dry-run"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("no body has an object \"lower_magnt\". Did you mean \"lower_magnet\"?"));
+    EXPECT_THAT(outcome.output, HasSubstr("warning: "));
+}
+
 TEST_F(HostFailure, FoldersOutsideTheCodePageAreBadInput) {
     const Outcome outcome = Run({L"--out", (m_folder / "x").wstring() + L"\u65e5\u672c"});
     EXPECT_EQ(outcome.exitCode, 2);

@@ -13,7 +13,10 @@ namespace kinora::scenario {
 namespace {
 
 using nlohmann::json;
+using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 /// A folder with a geometry file, and the smallest scenario that is right.
 class ScenarioReader : public testing::Test {
@@ -121,6 +124,35 @@ TEST_F(ScenarioReader, ReadsPrescribedTablesAndMaterials) {
     EXPECT_DOUBLE_EQ(std::get<PrescribedMotion>(scenario.joints[0].motion).Evaluate(0.5), 0.005);
     EXPECT_EQ(scenario.materials.at("magnet").coercivityDirection[2], 1.0);
     EXPECT_EQ(scenario.materials.at("other").coercivityDirection[0], 1.0);
+}
+
+// Slips that a run does not stop at.
+
+TEST_F(ScenarioReader, HasNothingToWarnOfWhenMaterialsAndObjectsMeet) {
+    json document = Smallest();
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}};
+    EXPECT_THAT(Read(document).warnings, IsEmpty());
+}
+
+TEST_F(ScenarioReader, WarnsOfAMaterialAndAnObjectThatMissEachOther) {
+    json document = Smallest();
+    document["materials"] = {{"magnt", {{"name", "magnet_1T"}}}};
+    const std::string file = Utf8FromPath(m_folder / "scenario.json");
+    EXPECT_THAT(Read(document).warnings,
+                ElementsAre(file + ":16: /materials/magnt: no body has an object \"magnt\". Did you mean \"magnet\"?",
+                            file + ":7: /bodies/0/objects/0: the object \"magnet\" has no material: \"materials\" does "
+                                   "not name it. Did you mean \"magnt\"?"));
+}
+
+TEST_F(ScenarioReader, SuggestsNoMaterialThatAnotherObjectHas) {
+    json document = Smallest();
+    document["bodies"][0]["objects"] = {"magnet_1", "magnet_2"};
+    document["materials"] = {{"magnet_1", {{"name", "magnet_1T"}}}};
+    EXPECT_THAT(Read(document).warnings, ElementsAre(EndsWith("\"materials\" does not name it.")));
+}
+
+TEST_F(ScenarioReader, WarnsOfEveryObjectWithoutMaterials) {
+    EXPECT_THAT(Read(Smallest()).warnings, ElementsAre(HasSubstr("/bodies/0/objects/0: the object \"magnet\" has no")));
 }
 
 // Errors of the text.

@@ -144,6 +144,12 @@ TEST_F(CoupledRunTest, CallsInTheDocumentedOrder) {
                             "Analyze 0.15 z=0.0250", "SaveProject", "CloseProject", "QuitApplication"));
 }
 
+TEST_F(CoupledRunTest, TellsWhatLooksLikeASlipAndRuns) {
+    m_scenario.warnings = {"scenario.json:7: /materials/magnt: no body has an object \"magnt\"."};
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_EQ(m_listener.warnings, m_scenario.warnings);
+}
+
 TEST_F(CoupledRunTest, ReleasesTheDesktopWhenAsked) {
     m_scenario.desktop.atEnd = AtEnd::Release;
     Run();
