@@ -7,8 +7,8 @@
 
 namespace kinora::scenario {
 
-/// The pose as the interface takes it: the nine numbers are R_BW row by row, each row an axis of the body seen from the
-/// global frame.
+/// The pose as the interface takes it. The nine numbers are R_BW row by row: each row is an axis of the body, seen from
+/// the global frame.
 IKinoraVeltrixInterface::Transform ToTransform(const std::string& name, const Pose& X_WB);
 
 /// The three angles that the library makes of an orientation: for the desktop's variables, and in the log.

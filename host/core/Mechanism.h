@@ -39,8 +39,8 @@ struct JointRecord {
 /// A step is a Strang splitting: the speed flows half a step under the forces at the old coordinates, the coordinates
 /// move a whole step at that speed, the speed flows half a step under the forces at the new coordinates. Without
 /// damping and friction this is velocity Verlet (symplectic, time-reversible, second order); damping and dry friction
-/// are solved exactly within the speed flow. (E. Hairer, C. Lubich, G. Wanner, "Geometric Numerical Integration", ch.
-/// II.)
+/// are solved exactly within the speed flow.
+/// (E. Hairer, C. Lubich, G. Wanner, "Geometric Numerical Integration", chapter II.)
 ///
 /// Calls: `Start`, `ApplyLoads`, then per step `Move` and `ApplyLoads`.
 class Mechanism {

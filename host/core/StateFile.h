@@ -14,8 +14,8 @@ struct SavedState {
 /// @throws RunError  it cannot be written
 void WriteState(const std::filesystem::path& file, const scenario::Scenario& scenario, const StepRecord& record);
 
-/// @throws InputError  there is no such file, it is damaged, or it belongs to a scenario with other joints or another
-///                     step
+/// @throws InputError  there is no such file, it is damaged, or it belongs to a scenario with other joints or
+///                     with another step
 SavedState ReadState(const std::filesystem::path& file, const scenario::Scenario& scenario);
 
 } // namespace kinora::host

@@ -75,8 +75,8 @@ private:
         m_header.targets.push_back(target);
     }
 
-    /// A label of a body whose labels are not complete. Loads first: "Force_a_X" is more likely a force than a
-    /// position.
+    /// A label of a body whose labels are not complete. Loads first: "Force_a_X" is more likely the force on "a" than
+    /// the position of "Force_a".
     bool FindColumn(std::string_view label, ColumnTarget& target) {
         for (int column = bodyColumnCount - 1; column >= 0; --column) {
             const auto i = static_cast<std::size_t>(column);
