@@ -2,7 +2,8 @@
 
 #include "simulator/automation/Clients.h"
 #include "simulator/automation/Lifetime.h"
-#include "simulator/commands/Objects.h"
+#include "simulator/commands/Value.h"
+#include "simulator/model/Desktop.h"
 
 #include <oaidl.h>
 

@@ -1,5 +1,7 @@
 #include "simulator/commands/ScriptObject.h"
 
+#include "simulator/model/DesktopError.h"
+
 #include <new>
 
 namespace vantor::commands {

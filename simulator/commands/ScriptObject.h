@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/commands/ArgumentReader.h"
+#include "simulator/commands/Arguments.h"
 #include "simulator/commands/Session.h"
 #include "simulator/commands/Value.h"
 

@@ -22,4 +22,9 @@ private:
     std::function<void()> m_quit;
 };
 
+using SessionPointer = std::shared_ptr<Session>;
+
+/// True when another client that is still there has changed the project and not saved it.
+bool IsChangedByOther(const model::Project& project, const SessionPointer& session);
+
 } // namespace vantor::commands

@@ -3,6 +3,7 @@
 #include "simulator/model/Modeler.h"
 #include "simulator/model/Variables.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -153,6 +154,15 @@ std::vector<std::string> NamesOf(const std::vector<Element>& elements) {
         names.push_back(element.name);
     }
     return names;
+}
+
+/// Erases the elements of these names.
+template <typename Element>
+void EraseNamed(std::vector<Element>& elements, const std::vector<std::string>& names) {
+    const auto isNamed = [&names](const Element& element) {
+        return std::find(names.begin(), names.end(), element.name) != names.end();
+    };
+    elements.erase(std::remove_if(elements.begin(), elements.end(), isNamed), elements.end());
 }
 
 /// Setup name + " : LastAdaptive": the name of a setup's solution.

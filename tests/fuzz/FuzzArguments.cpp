@@ -1,7 +1,9 @@
 // Any method of any object, with any tree of arguments, either works or fails with a script error.
 //
 // Input: bytes that choose object, method and arguments, one after the other. See ByteReader.
-#include "simulator/commands/Objects.h"
+#include "simulator/commands/DesignObject.h"
+#include "simulator/commands/ProjectObject.h"
+#include "simulator/commands/ScriptObject.h"
 #include "simulator/model/DesktopError.h"
 
 #include <array>

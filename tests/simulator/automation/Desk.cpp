@@ -1,5 +1,6 @@
 #include "tests/simulator/automation/Desk.h"
 
+#include "simulator/commands/Application.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/commands/Objects.h"
+#include "simulator/commands/ScriptObject.h"
 
 #include <functional>
 #include <memory>

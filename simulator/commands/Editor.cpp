@@ -1,8 +1,16 @@
-#include "simulator/commands/BoundObjects.h"
+#include "simulator/commands/Editor.h"
+
+#include "simulator/commands/BlockReader.h"
+#include "simulator/commands/DesignBound.h"
+#include "simulator/commands/GeometryHandle.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
+#include "simulator/model/GeometryFile.h"
 #include "simulator/model/Text.h"
 
 #include <algorithm>
+#include <array>
 
 namespace vantor::commands {
 namespace {
@@ -12,131 +20,6 @@ using model::ErrorCode;
 using model::Quoted;
 
 constexpr const char* unusedThickness = "nan ";
-
-/// The name between the double quotes that material values come in.
-std::string NeedQuoted(const std::string& text, const std::string& place) {
-    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
-        FailBadValue(place + ": a name in double quotes is needed, not " + text);
-    }
-    return model::Unquoted(text);
-}
-
-/// A solid or the region, as a list of properties.
-class GeometryHandle : public DesignBound {
-public:
-    GeometryHandle(SessionPointer session, DesignPlace place, std::string name)
-        : DesignBound(std::move(session), std::move(place)), m_name(std::move(name)) {}
-
-    const char* Kind() const override { return "Object"; }
-
-private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetPropNames", Bound<&GeometryHandle::GetPropNames>::Handle},
-            {"GetPropValue", Bound<&GeometryHandle::GetPropValue>::Handle},
-            {"SetPropValue", Bound<&GeometryHandle::SetPropValue>::Handle},
-            {"GetChildNames", Bound<&GeometryHandle::GetChildNames>::Handle},
-        };
-        return methods;
-    }
-
-    /// The members that solids and the region have in common.
-    struct Members {
-        std::string& material;
-        bool& solveInside;
-        std::string& coordinateSystem;
-        std::string& orientation;
-        bool& isModel;
-    };
-
-    Members TheMembers() const {
-        model::Modeler& modeler = TheDesign().modeler;
-        if (modeler.IsRegion(m_name)) {
-            model::Region& r = modeler.TheRegion();
-            return {r.material, r.solveInside, r.coordinateSystem, r.orientation, r.isModel};
-        }
-        model::GeometryObject& o = modeler.Object(m_name);
-        return {o.material, o.solveInside, o.coordinateSystem, o.orientation, o.isModel};
-    }
-
-    Value GetPropNames(Arguments& arguments) {
-        arguments.End();
-        TheMembers();
-        return Value::Texts({"Name", "Material", "Solve Inside", "Coordinate System", "Orientation", "Model"});
-    }
-
-    [[noreturn]] void FailUnknown(const std::string& property, const char* what) const {
-        FailBadValue("the object " + Quoted(m_name) + " has no property " + Quoted(property) + what);
-    }
-
-    Value GetPropValue(Arguments& arguments) {
-        const std::string& property = arguments.Text();
-        arguments.End();
-        const Members members = TheMembers();
-        if (property == "Name") {
-            return m_name;
-        }
-        if (property == "Material") {
-            return Quoted(members.material);
-        }
-        if (property == "Solve Inside") {
-            return members.solveInside;
-        }
-        if (property == "Coordinate System") {
-            return members.coordinateSystem;
-        }
-        if (property == "Orientation") {
-            return members.orientation;
-        }
-        if (property == "Model") {
-            return members.isModel;
-        }
-        FailUnknown(property, "");
-    }
-
-    /// Writing "Coordinate System" does not move the solid's own coordinates: they are read in the new frame from then
-    /// on, so that the solid follows it.
-    Value SetPropValue(Arguments& arguments) {
-        const std::string& property = arguments.Text();
-        const Members members = TheMembers();
-        if (property == "Material") {
-            const std::string name = NeedQuoted(arguments.Text(), "argument 2");
-            members.material = ProjectMaterial(name).name;
-        } else if (property == "Solve Inside") {
-            members.solveInside = arguments.Flag();
-        } else if (property == "Coordinate System") {
-            members.coordinateSystem = NeedFrame(arguments.Text());
-        } else if (property == "Orientation") {
-            members.orientation = NeedFrame(arguments.Text());
-        } else if (property == "Model") {
-            members.isModel = arguments.Flag();
-        } else {
-            FailUnknown(property, " that can be written");
-        }
-        arguments.End();
-        MarkModelChanged();
-        return {};
-    }
-
-    const std::string& NeedFrame(const std::string& name) const {
-        if (!TheDesign().modeler.HasFrame(name)) {
-            FailBadValue("argument 2: there is no coordinate system " + Quoted(name));
-        }
-        if (name != model::globalFrame && TheDesign().modeler.IsRegion(m_name)) {
-            FailBadValue("the region " + Quoted(m_name) + " stays in the coordinate system " +
-                         Quoted(model::globalFrame));
-        }
-        return name;
-    }
-
-    Value GetChildNames(Arguments& arguments) {
-        arguments.End();
-        TheMembers();
-        return Value::List{};
-    }
-
-    std::string m_name;
-};
 
 /// Reads "NAME:Selections" of Move and Rotate: one object's name, or several with commas between them.
 std::vector<std::string> ReadSelections(const Value::List& elements, const model::Modeler& modeler) {
@@ -256,7 +139,7 @@ private:
         if (!TheModeler().IsRegion(name)) {
             TheModeler().Object(name);
         }
-        return Value::Object(std::make_shared<GeometryHandle>(SharedSession(), Place(), name));
+        return MakeGeometryHandle(SharedSession(), Place(), name);
     }
 
     Value SetModelUnits(Arguments& arguments) {

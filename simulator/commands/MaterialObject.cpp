@@ -1,4 +1,8 @@
-#include "simulator/commands/BoundObjects.h"
+#include "simulator/commands/MaterialObject.h"
+
+#include "simulator/commands/ProjectBound.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
 
 namespace vantor::commands {
@@ -128,85 +132,10 @@ private:
     std::string m_name;
 };
 
-/// The project's own materials.
-class MaterialsObject : public ProjectBound {
-public:
-    using ProjectBound::ProjectBound;
-
-    const char* Kind() const override { return "Materials"; }
-
-private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&MaterialsObject::GetChildNames>::Handle},
-            {"GetChildObject", Bound<&MaterialsObject::GetChildObject>::Handle},
-        };
-        return methods;
-    }
-
-    Value GetChildNames(Arguments& arguments) {
-        arguments.End();
-        std::vector<std::string> names;
-        for (const auto& entry : TheProject().materials) {
-            names.push_back(entry.first);
-        }
-        return Value::Texts(names);
-    }
-
-    Value GetChildObject(Arguments& arguments) {
-        const std::string& name = arguments.Text();
-        arguments.End();
-        if (TheProject().materials.count(name) == 0) {
-            throw DesktopError(ErrorCode::InvalidDefinition, "the project has no material " + Quoted(name));
-        }
-        return Value::Object(std::make_shared<MaterialObject>(SharedSession(), SharedProject(), name));
-    }
-};
-
-/// Makes and copies definitions.
-class DefinitionManager : public ProjectBound {
-public:
-    using ProjectBound::ProjectBound;
-
-    const char* Kind() const override { return "DefinitionManager"; }
-
-private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"CloneMaterial", Bound<&DefinitionManager::CloneMaterial>::Handle},
-        };
-        return methods;
-    }
-
-    /// A clone takes the place of a definition of the same name: an opened project is initialised again by a client
-    /// that does not know the clones of its last run.
-    Value CloneMaterial(Arguments& arguments) {
-        const std::string& source = arguments.Text();
-        const std::string& name = arguments.Text();
-        arguments.End();
-        if (name.empty() || name == source) {
-            throw DesktopError(ErrorCode::InvalidDefinition, "a clone needs a name of its own, not " + Quoted(name));
-        }
-        model::Material clone = ProjectMaterial(source);
-        clone.name = name;
-        if (TheProject().materials.count(name) != 0) {
-            Report(model::Severity::Info, "CloneMaterial: the definition " + Quoted(name) +
-                                              " has been replaced by a clone of " + Quoted(source));
-        }
-        TheProject().materials[name] = clone;
-        MarkChanged();
-        return true;
-    }
-};
-
 } // namespace
 
-Value::Object MakeMaterials(SessionPointer session, ProjectPointer project) {
-    return std::make_shared<MaterialsObject>(std::move(session), std::move(project));
-}
-
-Value::Object MakeDefinitionManager(SessionPointer session, ProjectPointer project) {
-    return std::make_shared<DefinitionManager>(std::move(session), std::move(project));
+Value::Object MakeMaterial(SessionPointer session, ProjectPointer project, std::string name) {
+    return std::make_shared<MaterialObject>(std::move(session), std::move(project), std::move(name));
 }
 
 } // namespace vantor::commands

@@ -1,4 +1,9 @@
-#include "simulator/commands/BoundObjects.h"
+#include "simulator/commands/DesktopObject.h"
+
+#include "simulator/commands/ProjectObject.h"
+#include "simulator/commands/Projects.h"
+#include "simulator/commands/ScriptObject.h"
+#include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "simulator/model/ProjectFile.h"
 #include "simulator/model/Text.h"
@@ -9,52 +14,6 @@ namespace {
 using model::DesktopError;
 using model::ErrorCode;
 using model::Quoted;
-
-/// True when another client that is still there has changed the project and not saved it.
-bool IsChangedByOther(const model::Project& project, const SessionPointer& session) {
-    const auto owner = project.changedBy.lock();
-    return project.changed && owner && owner != session;
-}
-
-/// The open projects that a client may take, numbered from 0.
-class Projects : public ScriptObject {
-public:
-    explicit Projects(SessionPointer session) : ScriptObject(std::move(session)) {
-        for (const auto& project : TheDesktop().projects) {
-            if (!IsChangedByOther(*project, SharedSession())) {
-                m_projects.push_back(project);
-            }
-        }
-    }
-
-    const char* Kind() const override { return "Projects"; }
-
-private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"Count", Bound<&Projects::Count>::Handle},
-            {"Item", Bound<&Projects::Item>::Handle},
-        };
-        return methods;
-    }
-
-    Value Count(Arguments& arguments) {
-        arguments.End();
-        return Value::Long(static_cast<std::int32_t>(m_projects.size()));
-    }
-
-    Value Item(Arguments& arguments) {
-        const int index = arguments.Integer();
-        arguments.End();
-        if (index < 0 || static_cast<std::size_t>(index) >= m_projects.size()) {
-            throw DesktopError(ErrorCode::BadArgumentValue, "there is no project number " + std::to_string(index) +
-                                                                " among " + std::to_string(m_projects.size()));
-        }
-        return MakeProject(SharedSession(), m_projects[static_cast<std::size_t>(index)]);
-    }
-
-    std::vector<ProjectPointer> m_projects;
-};
 
 /// The desktop itself.
 class DesktopObject : public ScriptObject {
@@ -109,7 +68,7 @@ private:
 
     Value GetProjects(Arguments& arguments) {
         arguments.End();
-        return std::static_pointer_cast<ScriptObject>(std::make_shared<Projects>(SharedSession()));
+        return MakeProjects(SharedSession());
     }
 
     Value QuitApplication(Arguments& arguments) {
@@ -187,31 +146,10 @@ private:
     }
 };
 
-/// What a client gets when it asks the system for the desktop.
-class Application : public ScriptObject {
-public:
-    explicit Application(SessionPointer session) : ScriptObject(std::move(session)) {}
-
-    const char* Kind() const override { return "Application"; }
-
-private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetAppDesktop", Bound<&Application::GetAppDesktop>::Handle},
-        };
-        return methods;
-    }
-
-    Value GetAppDesktop(Arguments& arguments) {
-        arguments.End();
-        return std::static_pointer_cast<ScriptObject>(std::make_shared<DesktopObject>(SharedSession()));
-    }
-};
-
 } // namespace
 
-Value::Object MakeApplication(SessionPointer session) {
-    return std::make_shared<Application>(std::move(session));
+Value::Object MakeDesktop(SessionPointer session) {
+    return std::make_shared<DesktopObject>(std::move(session));
 }
 
 } // namespace vantor::commands

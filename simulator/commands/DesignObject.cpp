@@ -1,5 +1,18 @@
+#include "simulator/commands/DesignObject.h"
+
 #include "simulator/analysis/Analysis.h"
-#include "simulator/commands/BoundObjects.h"
+#include "simulator/commands/BlockReader.h"
+#include "simulator/commands/DesignBound.h"
+#include "simulator/commands/Editor.h"
+#include "simulator/commands/FieldsModule.h"
+#include "simulator/commands/LoadModule.h"
+#include "simulator/commands/OutputVariableModule.h"
+#include "simulator/commands/ParametricSetups.h"
+#include "simulator/commands/ReportModule.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/commands/Results.h"
+#include "simulator/commands/SetupModule.h"
+#include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
 
 namespace vantor::commands {

@@ -1,8 +1,8 @@
-#include "simulator/commands/ArgumentReader.h"
+#include "simulator/commands/BlockReader.h"
 
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
-
-#include <cmath>
 
 namespace vantor::commands {
 namespace {
@@ -13,12 +13,6 @@ using model::Quoted;
 
 constexpr std::string_view nameMark = "NAME:";
 
-[[noreturn]] void WrongType(const Value& value, const std::string& place, const char* wanted,
-                            ErrorCode code = ErrorCode::UnsupportedArgumentType) {
-    throw DesktopError(value.IsEmpty() ? ErrorCode::MissingArgument : code,
-                       place + ": " + wanted + " is needed, not " + value.Kind());
-}
-
 /// What an element shows of itself in a complaint.
 std::string Shown(const Value& value) {
     if (const std::string* text = value.AsText()) {
@@ -28,121 +22,6 @@ std::string Shown(const Value& value) {
 }
 
 } // namespace
-
-const std::string& NeedText(const Value& value, const std::string& place) {
-    if (const std::string* text = value.AsText()) {
-        return *text;
-    }
-    WrongType(value, place, "a text (VT_BSTR)");
-}
-
-bool NeedFlag(const Value& value, const std::string& place) {
-    if (const bool* flag = value.AsFlag()) {
-        return *flag;
-    }
-    WrongType(value, place, "a flag (VT_BOOL)");
-}
-
-double NeedNumber(const Value& value, const std::string& place) {
-    const Value::Integer* integer = value.AsInteger();
-    if (integer != nullptr && integer->type == Value::Integer::Type::Short) {
-        return integer->value;
-    }
-    const double* number = value.AsNumber();
-    if (number == nullptr) {
-        WrongType(value, place, "a number (VT_R8)", ErrorCode::NonNumericArgument);
-    }
-    if (!std::isfinite(*number)) {
-        throw DesktopError(ErrorCode::BadArgumentValue, place + ": the number is not finite");
-    }
-    return *number;
-}
-
-int NeedInteger(const Value& value, const std::string& place) {
-    const Value::Integer* integer = value.AsInteger();
-    if (integer == nullptr || integer->type == Value::Integer::Type::Long) {
-        WrongType(value, place, "a whole number (VT_INT)", ErrorCode::NonNumericArgument);
-    }
-    return integer->value;
-}
-
-const Value::List& NeedList(const Value& value, const std::string& place) {
-    if (const Value::List* list = value.AsList()) {
-        return *list;
-    }
-    WrongType(value, place, "an array (VT_ARRAY|VT_VARIANT)");
-}
-
-std::vector<std::string> NeedTexts(const Value& value, const std::string& place) {
-    const Value::List& list = NeedList(value, place);
-    std::vector<std::string> texts;
-    texts.reserve(list.size());
-    for (const auto& element : list) {
-        if (element.AsText() == nullptr) {
-            WrongType(element, place + ", element " + std::to_string(texts.size() + 1), "a text (VT_BSTR)");
-        }
-        texts.push_back(*element.AsText());
-    }
-    return texts;
-}
-
-const Value& Arguments::Next() {
-    if (m_next >= m_values.size()) {
-        throw DesktopError(ErrorCode::MissingArgument, "argument " + std::to_string(m_next + 1) + " is missing");
-    }
-    return m_values[m_next++];
-}
-
-const std::string& Arguments::Text() {
-    const Value& value = Next();
-    return NeedText(value, Place());
-}
-
-bool Arguments::Flag() {
-    const Value& value = Next();
-    return NeedFlag(value, Place());
-}
-
-double Arguments::Number() {
-    const Value& value = Next();
-    return NeedNumber(value, Place());
-}
-
-int Arguments::Integer() {
-    const Value& value = Next();
-    return NeedInteger(value, Place());
-}
-
-const Value::List& Arguments::List() {
-    const Value& value = Next();
-    return NeedList(value, Place());
-}
-
-const Value& Arguments::Any() {
-    return Next();
-}
-
-void Arguments::Literal(std::string_view text) {
-    const std::string& found = Text();
-    if (found != text) {
-        throw DesktopError(ErrorCode::BadArgumentValue,
-                           Place() + " must be " + Quoted(text) + ", not " + Quoted(found));
-    }
-}
-
-void Arguments::EmptyList() {
-    if (!List().empty()) {
-        throw DesktopError(ErrorCode::BadArgumentValue, Place() + " must be an array without elements");
-    }
-}
-
-void Arguments::End() const {
-    if (m_next < m_values.size()) {
-        throw DesktopError(ErrorCode::InvalidArgument, std::to_string(m_values.size()) +
-                                                           " arguments were given, the command takes " +
-                                                           std::to_string(m_next));
-    }
-}
 
 BlockReader::BlockReader(const Value::List& elements, const std::string& place) : m_elements(elements) {
     const std::string* head = elements.empty() ? nullptr : elements[0].AsText();

@@ -1,57 +1,12 @@
 #pragma once
 
 #include "simulator/commands/Value.h"
-#include "simulator/model/DesktopError.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace vantor::commands {
-
-/// Turns one value into what a command needs, or complains with the place where it stands.
-/// @param place "argument 2", or "\"Axis:=\" of \"NAME:Torque_Rotor_X\"".
-/// @throws model::DesktopError: MissingArgument for VT_EMPTY, NonNumericArgument or UnsupportedArgumentType for another
-///         type.
-const std::string& NeedText(const Value& value, const std::string& place);
-bool NeedFlag(const Value& value, const std::string& place);
-
-/// A VT_R8, or a VT_I2 (what a script's literal without a decimal point is); finite.
-double NeedNumber(const Value& value, const std::string& place);
-
-/// A VT_INT, or a VT_I2 (no script can make a VT_INT).
-int NeedInteger(const Value& value, const std::string& place);
-const Value::List& NeedList(const Value& value, const std::string& place);
-std::vector<std::string> NeedTexts(const Value& value, const std::string& place);
-
-/// The positional arguments of one call, read strictly one after the other.
-class Arguments {
-public:
-    explicit Arguments(const std::vector<Value>& values) : m_values(values) {}
-
-    const std::string& Text();
-    bool Flag();
-    double Number();
-    int Integer();
-    const Value::List& List();
-    const Value& Any();
-
-    /// An argument that has to be this very text.
-    void Literal(std::string_view text);
-
-    /// An argument that has to be an array without elements.
-    void EmptyList();
-
-    /// Complains about arguments that nobody has read.
-    void End() const;
-
-private:
-    const Value& Next();
-    std::string Place() const { return "argument " + std::to_string(m_next); }
-
-    const std::vector<Value>& m_values;
-    std::size_t m_next = 0;
-};
 
 /// Reads a named argument array element by element: "NAME:..." first, then keys with their values and nested blocks in
 /// the one order that the command knows.

@@ -1,4 +1,13 @@
-#include "simulator/commands/BoundObjects.h"
+#include "simulator/commands/ProjectObject.h"
+
+#include "simulator/commands/BlockReader.h"
+#include "simulator/commands/DefinitionManager.h"
+#include "simulator/commands/DesignObject.h"
+#include "simulator/commands/MaterialsObject.h"
+#include "simulator/commands/Names.h"
+#include "simulator/commands/ProjectBound.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
 #include "simulator/model/ProjectFile.h"
 #include "simulator/model/Text.h"
@@ -13,7 +22,6 @@ using model::ErrorCode;
 using model::Quoted;
 
 constexpr const char* designType = "Veltrix 3D";
-constexpr const char* solutionType = "Magnetostatic";
 
 /// A project.
 class ProjectObject : public ProjectBound {
@@ -118,7 +126,7 @@ private:
             throw DesktopError(ErrorCode::UnsupportedDesignType,
                                "designs of type " + Quoted(type) + " are unknown; known is " + Quoted(designType));
         }
-        NeedOneOf(solution, {solutionType}, "argument 3");
+        NeedOneOf(solution, {magnetostatic}, "argument 3");
         if (name.empty()) {
             FailBadValue("argument 2: a design needs a name");
         }

@@ -1,0 +1,56 @@
+#include "simulator/commands/DefinitionManager.h"
+
+#include "simulator/commands/ProjectBound.h"
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Text.h"
+
+namespace vantor::commands {
+namespace {
+
+using model::DesktopError;
+using model::ErrorCode;
+using model::Quoted;
+
+/// Makes and copies definitions.
+class DefinitionManager : public ProjectBound {
+public:
+    using ProjectBound::ProjectBound;
+
+    const char* Kind() const override { return "DefinitionManager"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"CloneMaterial", Bound<&DefinitionManager::CloneMaterial>::Handle},
+        };
+        return methods;
+    }
+
+    /// A clone takes the place of a definition of the same name: an opened project is initialised again by a client
+    /// that does not know the clones of its last run.
+    Value CloneMaterial(Arguments& arguments) {
+        const std::string& source = arguments.Text();
+        const std::string& name = arguments.Text();
+        arguments.End();
+        if (name.empty() || name == source) {
+            throw DesktopError(ErrorCode::InvalidDefinition, "a clone needs a name of its own, not " + Quoted(name));
+        }
+        model::Material clone = ProjectMaterial(source);
+        clone.name = name;
+        if (TheProject().materials.count(name) != 0) {
+            Report(model::Severity::Info, "CloneMaterial: the definition " + Quoted(name) +
+                                              " has been replaced by a clone of " + Quoted(source));
+        }
+        TheProject().materials[name] = clone;
+        MarkChanged();
+        return true;
+    }
+};
+
+} // namespace
+
+Value::Object MakeDefinitionManager(SessionPointer session, ProjectPointer project) {
+    return std::make_shared<DefinitionManager>(std::move(session), std::move(project));
+}
+
+} // namespace vantor::commands

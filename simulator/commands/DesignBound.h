@@ -1,0 +1,39 @@
+#pragma once
+
+#include "simulator/commands/ProjectBound.h"
+
+#include <memory>
+#include <string>
+
+namespace vantor::commands {
+
+/// An object that belongs to a design.
+class DesignBound : public ProjectBound {
+public:
+    DesignBound(SessionPointer session, DesignPlace place)
+        : ProjectBound(std::move(session), std::move(place.project)), m_design(std::move(place.design)) {}
+
+protected:
+    /// The design.
+    /// @throws model::DesktopError (ObjectDeleted) when its project has been closed.
+    model::Design& TheDesign() const;
+
+    DesignPlace Place() const { return {SharedProject(), m_design}; }
+
+    /// Notes a change of what is solved: the solution is no longer that of the model.
+    void MarkModelChanged() const;
+
+    std::string DesignName() const override { return m_design->name; }
+
+    /// A method without arguments that gives the names of a list of the design: `Names<&model::Design::reports>`.
+    template <auto list>
+    Value Names(Arguments& arguments) {
+        arguments.End();
+        return Value::Texts(model::NamesOf(TheDesign().*list));
+    }
+
+private:
+    std::shared_ptr<model::Design> m_design;
+};
+
+} // namespace vantor::commands

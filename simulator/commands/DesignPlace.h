@@ -1,0 +1,17 @@
+#pragma once
+
+#include "simulator/model/Desktop.h"
+
+#include <memory>
+
+namespace vantor::commands {
+
+using ProjectPointer = std::shared_ptr<model::Project>;
+
+/// A design together with the project that it stands in.
+struct DesignPlace {
+    ProjectPointer project;
+    std::shared_ptr<model::Design> design;
+};
+
+} // namespace vantor::commands

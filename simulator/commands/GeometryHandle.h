@@ -1,0 +1,14 @@
+#pragma once
+
+#include "simulator/commands/DesignPlace.h"
+#include "simulator/commands/Session.h"
+#include "simulator/commands/Value.h"
+
+#include <string>
+
+namespace vantor::commands {
+
+/// A solid or the region of a design, as a list of properties.
+Value::Object MakeGeometryHandle(SessionPointer session, DesignPlace place, std::string name);
+
+} // namespace vantor::commands

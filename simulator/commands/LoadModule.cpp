@@ -1,0 +1,104 @@
+#include "simulator/commands/LoadModule.h"
+
+#include "simulator/commands/BlockReader.h"
+#include "simulator/commands/DesignBound.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/Text.h"
+
+#include <set>
+
+namespace vantor::commands {
+namespace {
+
+using model::Quoted;
+
+/// The module "VeltrixParameterSetup".
+class LoadModule : public DesignBound {
+public:
+    using DesignBound::DesignBound;
+
+    const char* Kind() const override { return "VeltrixParameterSetup module"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"AssignForce", Bound<&LoadModule::AssignForce>::Handle},
+            {"AssignTorque", Bound<&LoadModule::AssignTorque>::Handle},
+        };
+        return methods;
+    }
+
+    Value AssignForce(Arguments& arguments) {
+        BlockReader block(arguments.List(), "argument 1");
+        model::LoadParameter load;
+        load.kind = model::LoadParameter::Kind::Force;
+        load.name = block.Name();
+        load.frame = ReadFrameName(block, "Reference CS:=");
+        block.Literal("Is Virtual:=", true);
+        load.objects = ReadObjects(block);
+        block.End();
+        arguments.End();
+        Add(load);
+        return {};
+    }
+
+    Value AssignTorque(Arguments& arguments) {
+        BlockReader block(arguments.List(), "argument 1");
+        model::LoadParameter load;
+        load.kind = model::LoadParameter::Kind::Torque;
+        load.name = block.Name();
+        load.frame = ReadFrameName(block, "Coordinate System:=");
+        block.Literal("Is Virtual:=", true);
+        load.isPositive = block.Flag("Is Positive:=");
+        const std::string& axis = block.Text("Axis:=");
+        NeedOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("Axis:="));
+        load.axis = axis.front();
+        load.objects = ReadObjects(block);
+        block.End();
+        arguments.End();
+        Add(load);
+        return {};
+    }
+
+    std::string ReadFrameName(BlockReader& block, const char* key) const {
+        const std::string& frame = block.Text(key);
+        if (!TheDesign().modeler.HasFrame(frame)) {
+            FailBadValue(block.PlaceOf(key) + ": there is no coordinate system " + Quoted(frame));
+        }
+        return frame;
+    }
+
+    std::vector<std::string> ReadObjects(BlockReader& block) const {
+        std::vector<std::string> objects = block.Texts("Objects:=");
+        if (objects.empty()) {
+            FailBadValue(block.PlaceOf("Objects:=") + ": at least one object is needed");
+        }
+        std::set<std::string> seen;
+        for (const auto& object : objects) {
+            TheDesign().modeler.Object(object);
+            if (!seen.insert(object).second) {
+                FailBadValue(block.PlaceOf("Objects:=") + ": the object " + Quoted(object) + " stands there twice");
+            }
+        }
+        return objects;
+    }
+
+    void Add(const model::LoadParameter& load) const {
+        if (!model::IsIdentifier(load.name)) {
+            FailBadValue("a force or torque cannot be named " + Quoted(load.name));
+        }
+        if (model::FindByName(TheDesign().loads, load.name) != nullptr) {
+            FailBadValue("a force or torque named " + Quoted(load.name) + " exists already");
+        }
+        TheDesign().loads.push_back(load);
+        MarkModelChanged();
+    }
+};
+
+} // namespace
+
+Value::Object MakeLoadModule(SessionPointer session, DesignPlace place) {
+    return std::make_shared<LoadModule>(std::move(session), std::move(place));
+}
+
+} // namespace vantor::commands

@@ -1,0 +1,83 @@
+#include "simulator/commands/OutputVariableModule.h"
+
+#include "simulator/commands/DesignBound.h"
+#include "simulator/commands/Names.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/Text.h"
+
+namespace vantor::commands {
+namespace {
+
+using model::Quoted;
+
+/// The module "OutputVariable".
+class OutputVariableModule : public DesignBound {
+public:
+    using DesignBound::DesignBound;
+
+    const char* Kind() const override { return "OutputVariable module"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"CreateOutputVariable", Bound<&OutputVariableModule::CreateOutputVariable>::Handle},
+            {"GetOutputVariableValue", Bound<&OutputVariableModule::GetOutputVariableValue>::Handle},
+            {"GetOutputVariables", Bound<&OutputVariableModule::GetOutputVariables>::Handle},
+        };
+        return methods;
+    }
+
+    Value CreateOutputVariable(Arguments& arguments) {
+        model::OutputVariable variable;
+        variable.name = arguments.Text();
+        variable.expression = arguments.Text();
+        variable.solution = arguments.Text();
+        arguments.Literal(magnetostatic);
+        variable.reportType = magnetostatic;
+        arguments.EmptyList();
+        arguments.End();
+        if (!model::IsIdentifier(variable.name)) {
+            FailBadValue("an output variable cannot be named " + Quoted(variable.name));
+        }
+        if (model::FindByName(TheDesign().outputVariables, variable.name) != nullptr) {
+            FailBadValue("an output variable named " + Quoted(variable.name) + " exists already");
+        }
+        model::SetupOfSolution(TheDesign(), variable.solution);
+        model::CheckOutputExpression(TheDesign(), variable.expression);
+        TheDesign().outputVariables.push_back(variable);
+        MarkChanged();
+        return {};
+    }
+
+    Value GetOutputVariableValue(Arguments& arguments) {
+        const std::string& name = arguments.Text();
+        arguments.Literal("");
+        const std::string& solution = arguments.Text();
+        arguments.Literal(magnetostatic);
+        arguments.EmptyList();
+        arguments.End();
+        const model::OutputVariable* variable = model::FindByName(TheDesign().outputVariables, name);
+        if (variable == nullptr) {
+            FailBadValue("there is no output variable " + Quoted(name));
+        }
+        model::SetupOfSolution(TheDesign(), solution);
+        if (variable->solution != solution) {
+            FailBadValue("the output variable " + Quoted(name) + " belongs to " + Quoted(variable->solution) +
+                         ", not to " + Quoted(solution));
+        }
+        return model::OutputVariableValue(TheDesign(), *variable);
+    }
+
+    Value GetOutputVariables(Arguments& arguments) {
+        arguments.End();
+        return Value::Texts(model::NamesOf(TheDesign().outputVariables));
+    }
+};
+
+} // namespace
+
+Value::Object MakeOutputVariableModule(SessionPointer session, DesignPlace place) {
+    return std::make_shared<OutputVariableModule>(std::move(session), std::move(place));
+}
+
+} // namespace vantor::commands

@@ -1,0 +1,99 @@
+#include "simulator/commands/Requirements.h"
+
+#include "simulator/model/DesktopError.h"
+#include "simulator/model/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vantor::commands {
+namespace {
+
+using model::DesktopError;
+using model::ErrorCode;
+using model::Quoted;
+
+[[noreturn]] void WrongType(const Value& value, const std::string& place, const char* wanted,
+                            ErrorCode code = ErrorCode::UnsupportedArgumentType) {
+    throw DesktopError(value.IsEmpty() ? ErrorCode::MissingArgument : code,
+                       place + ": " + wanted + " is needed, not " + value.Kind());
+}
+
+} // namespace
+
+const std::string& NeedText(const Value& value, const std::string& place) {
+    if (const std::string* text = value.AsText()) {
+        return *text;
+    }
+    WrongType(value, place, "a text (VT_BSTR)");
+}
+
+bool NeedFlag(const Value& value, const std::string& place) {
+    if (const bool* flag = value.AsFlag()) {
+        return *flag;
+    }
+    WrongType(value, place, "a flag (VT_BOOL)");
+}
+
+double NeedNumber(const Value& value, const std::string& place) {
+    const Value::Integer* integer = value.AsInteger();
+    if (integer != nullptr && integer->type == Value::Integer::Type::Short) {
+        return integer->value;
+    }
+    const double* number = value.AsNumber();
+    if (number == nullptr) {
+        WrongType(value, place, "a number (VT_R8)", ErrorCode::NonNumericArgument);
+    }
+    if (!std::isfinite(*number)) {
+        throw DesktopError(ErrorCode::BadArgumentValue, place + ": the number is not finite");
+    }
+    return *number;
+}
+
+int NeedInteger(const Value& value, const std::string& place) {
+    const Value::Integer* integer = value.AsInteger();
+    if (integer == nullptr || integer->type == Value::Integer::Type::Long) {
+        WrongType(value, place, "a whole number (VT_INT)", ErrorCode::NonNumericArgument);
+    }
+    return integer->value;
+}
+
+const Value::List& NeedList(const Value& value, const std::string& place) {
+    if (const Value::List* list = value.AsList()) {
+        return *list;
+    }
+    WrongType(value, place, "an array (VT_ARRAY|VT_VARIANT)");
+}
+
+std::vector<std::string> NeedTexts(const Value& value, const std::string& place) {
+    const Value::List& list = NeedList(value, place);
+    std::vector<std::string> texts;
+    texts.reserve(list.size());
+    for (const auto& element : list) {
+        if (element.AsText() == nullptr) {
+            WrongType(element, place + ", element " + std::to_string(texts.size() + 1), "a text (VT_BSTR)");
+        }
+        texts.push_back(*element.AsText());
+    }
+    return texts;
+}
+
+void FailBadValue(const std::string& reason) {
+    throw DesktopError(ErrorCode::BadArgumentValue, reason);
+}
+
+void NeedOneOf(const std::string& text, std::initializer_list<const char*> known, const std::string& place) {
+    if (std::none_of(known.begin(), known.end(), [&](const char* word) { return text == word; })) {
+        FailBadValue(place + ": unknown value " + Quoted(text) + "; known are " +
+                     model::QuotedList(std::vector<std::string>(known.begin(), known.end())));
+    }
+}
+
+std::string NeedQuoted(const std::string& text, const std::string& place) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+        FailBadValue(place + ": a name in double quotes is needed, not " + text);
+    }
+    return model::Unquoted(text);
+}
+
+} // namespace vantor::commands

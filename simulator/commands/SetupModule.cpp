@@ -1,0 +1,116 @@
+#include "simulator/commands/SetupModule.h"
+
+#include "simulator/commands/BlockReader.h"
+#include "simulator/commands/DesignBound.h"
+#include "simulator/commands/Names.h"
+#include "simulator/commands/Requirements.h"
+#include "simulator/model/Text.h"
+
+#include <cmath>
+
+namespace vantor::commands {
+namespace {
+
+using model::Quoted;
+
+/// A number of passes: whole, 1 or more.
+int NeedPasses(double value, const std::string& place) {
+    if (value < 1.0 || value > 1000.0 || value != std::floor(value)) {
+        FailBadValue(place + " must be a whole number from 1 to 1000, not " + model::FormatNumber(value));
+    }
+    return static_cast<int>(value);
+}
+
+double NeedPercent(double value, const std::string& place) {
+    if (!(value > 0.0) || value > 100.0) {
+        FailBadValue(place + " must be more than 0 and at most 100, not " + model::FormatNumber(value));
+    }
+    return value;
+}
+
+/// The module "AnalysisSetup".
+class SetupModule : public DesignBound {
+public:
+    using DesignBound::DesignBound;
+
+    const char* Kind() const override { return "AnalysisSetup module"; }
+
+private:
+    const std::vector<Method>& Methods() const override {
+        static const std::vector<Method> methods = {
+            {"GetSetups", Bound<&SetupModule::Names<&model::Design::setups>>::Handle},
+            {"InsertSetup", Bound<&SetupModule::InsertSetup>::Handle},
+            {"EditSetup", Bound<&SetupModule::EditSetup>::Handle},
+        };
+        return methods;
+    }
+
+    Value InsertSetup(Arguments& arguments) {
+        model::AnalysisSetup setup;
+        setup.type = arguments.Text();
+        NeedOneOf(setup.type, {magnetostatic}, "argument 1");
+        BlockReader block(arguments.List(), "argument 2");
+        setup.name = block.Name();
+        if (setup.name.empty()) {
+            FailBadValue("argument 2: a setup needs a name");
+        }
+        setup.enabled = block.Flag("Enabled:=");
+        setup.maximumPasses = NeedPasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
+        setup.percentError = NeedPercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
+        block.End();
+        arguments.End();
+        if (model::FindByName(TheDesign().setups, setup.name) != nullptr) {
+            FailBadValue("a setup named " + Quoted(setup.name) + " exists already");
+        }
+        TheDesign().setups.push_back(setup);
+        MarkChanged();
+        return {};
+    }
+
+    Value EditSetup(Arguments& arguments) {
+        const std::string& name = arguments.Text();
+        BlockReader block(arguments.List(), "argument 2", name);
+        model::AnalysisSetup& present = NeedNamed(TheDesign().setups, name, "setup");
+        model::AnalysisSetup setup = present;
+        setup.enabled = block.Flag("Enabled:=");
+        if (block.NextIs("MaximumPasses:=")) {
+            setup.maximumPasses = NeedPasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
+        }
+        if (block.NextIs("PercentError:=")) {
+            setup.percentError = NeedPercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
+        }
+        if (!block.AtEnd()) {
+            setup.expressionCache = ReadExpressionCache(block.Block("ExpressionCache"));
+        }
+        block.End();
+        arguments.End();
+        present = setup;
+        MarkModelChanged();
+        return {};
+    }
+
+    std::vector<model::ExpressionCacheItem> ReadExpressionCache(BlockReader cache) const {
+        std::vector<model::ExpressionCacheItem> items;
+        while (!cache.AtEnd()) {
+            BlockReader entry = cache.Block("CacheItem");
+            model::ExpressionCacheItem item;
+            item.title = entry.Text("Title:=");
+            item.expression = entry.Text("Expression:=");
+            model::CheckOutputExpression(TheDesign(), item.expression);
+            entry.Literal("ReportType:=", magnetostatic);
+            item.reportType = magnetostatic;
+            entry.Block("ExpressionContext").End();
+            entry.End();
+            items.push_back(std::move(item));
+        }
+        return items;
+    }
+};
+
+} // namespace
+
+Value::Object MakeSetupModule(SessionPointer session, DesignPlace place) {
+    return std::make_shared<SetupModule>(std::move(session), std::move(place));
+}
+
+} // namespace vantor::commands
