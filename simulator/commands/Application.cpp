@@ -9,22 +9,19 @@ namespace {
 /// What a client gets when it asks the system for the desktop.
 class Application : public ScriptObject {
 public:
-    explicit Application(SessionPointer session) : ScriptObject(std::move(session)) {}
-
-    const char* Kind() const override { return "Application"; }
+    explicit Application(SessionPointer session) : ScriptObject(methods, std::move(session)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetAppDesktop", Bound<&Application::GetAppDesktop>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value GetAppDesktop(Arguments& arguments) {
         arguments.End();
         return MakeDesktop(SharedSession());
     }
+};
+
+const ScriptObject::MethodTable Application::methods = {
+    {"GetAppDesktop", Bound<&Application::GetAppDesktop>::Handle},
 };
 
 } // namespace

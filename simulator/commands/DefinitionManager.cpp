@@ -14,17 +14,11 @@ using model::Quoted;
 /// Makes and copies definitions.
 class DefinitionManager : public ProjectBound {
 public:
-    using ProjectBound::ProjectBound;
-
-    const char* Kind() const override { return "DefinitionManager"; }
+    DefinitionManager(SessionPointer session, ProjectPointer project)
+        : ProjectBound(methods, std::move(session), std::move(project)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"CloneMaterial", Bound<&DefinitionManager::CloneMaterial>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     /// A clone takes the place of a definition of the same name: an opened project is initialised again by a client
     /// that does not know the clones of its last run.
@@ -45,6 +39,10 @@ private:
         MarkChanged();
         return true;
     }
+};
+
+const ScriptObject::MethodTable DefinitionManager::methods = {
+    {"CloneMaterial", Bound<&DefinitionManager::CloneMaterial>::Handle},
 };
 
 } // namespace

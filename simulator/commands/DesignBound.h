@@ -10,8 +10,8 @@ namespace vantor::commands {
 /// An object that belongs to a design.
 class DesignBound : public ProjectBound {
 public:
-    DesignBound(SessionPointer session, DesignPlace place)
-        : ProjectBound(std::move(session), std::move(place.project)), m_design(std::move(place.design)) {}
+    DesignBound(const MethodTable& methods, SessionPointer session, DesignPlace place)
+        : ProjectBound(methods, std::move(session), std::move(place.project)), m_design(std::move(place.design)) {}
 
 protected:
     /// The design.

@@ -47,26 +47,11 @@ Variable ReadChangedVariable(BlockReader entry) {
 /// A design.
 class DesignObject : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "Design"; }
+    DesignObject(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetName", Bound<&DesignObject::GetName>::Handle},
-            {"GetDesignType", Bound<&DesignObject::GetDesignType>::Handle},
-            {"SetDesignSettings", Bound<&DesignObject::SetDesignSettings>::Handle},
-            {"SetActiveEditor", Bound<&DesignObject::SetActiveEditor>::Handle},
-            {"GetModule", Bound<&DesignObject::GetModule>::Handle},
-            {"GetChildNames", Bound<&DesignObject::GetChildNames>::Handle},
-            {"GetChildObject", Bound<&DesignObject::GetChildObject>::Handle},
-            {"GetProperties", Bound<&DesignObject::GetProperties>::Handle},
-            {"ChangeProperty", Bound<&DesignObject::ChangeProperty>::Handle},
-            {"Analyze", Bound<&DesignObject::Analyze>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value GetName(Arguments& arguments) {
         arguments.End();
@@ -184,6 +169,19 @@ private:
         const bool solved = analysis::SolveDesign(TheProject(), TheDesktop().library, TheDesign(), *setup, report);
         return Value::Long(solved ? 0 : static_cast<std::int32_t>(ErrorCode::SolutionError));
     }
+};
+
+const ScriptObject::MethodTable DesignObject::methods = {
+    {"GetName", Bound<&DesignObject::GetName>::Handle},
+    {"GetDesignType", Bound<&DesignObject::GetDesignType>::Handle},
+    {"SetDesignSettings", Bound<&DesignObject::SetDesignSettings>::Handle},
+    {"SetActiveEditor", Bound<&DesignObject::SetActiveEditor>::Handle},
+    {"GetModule", Bound<&DesignObject::GetModule>::Handle},
+    {"GetChildNames", Bound<&DesignObject::GetChildNames>::Handle},
+    {"GetChildObject", Bound<&DesignObject::GetChildObject>::Handle},
+    {"GetProperties", Bound<&DesignObject::GetProperties>::Handle},
+    {"ChangeProperty", Bound<&DesignObject::ChangeProperty>::Handle},
+    {"Analyze", Bound<&DesignObject::Analyze>::Handle},
 };
 
 } // namespace

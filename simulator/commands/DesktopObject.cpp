@@ -18,25 +18,10 @@ using model::Quoted;
 /// The desktop itself.
 class DesktopObject : public ScriptObject {
 public:
-    explicit DesktopObject(SessionPointer session) : ScriptObject(std::move(session)) {}
-
-    const char* Kind() const override { return "Desktop"; }
+    explicit DesktopObject(SessionPointer session) : ScriptObject(methods, std::move(session)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"NewProject", Bound<&DesktopObject::NewProject>::Handle},
-            {"OpenProject", Bound<&DesktopObject::OpenProject>::Handle},
-            {"GetProjects", Bound<&DesktopObject::GetProjects>::Handle},
-            {"QuitApplication", Bound<&DesktopObject::QuitApplication>::Handle},
-            {"GetMessages", Bound<&DesktopObject::GetMessages>::Handle},
-            {"ClearMessages", Bound<&DesktopObject::ClearMessages>::Handle},
-            {"AddMessage", Bound<&DesktopObject::AddMessage>::Handle},
-            {"GetRegistryString", Bound<&DesktopObject::GetRegistryString>::Handle},
-            {"SetRegistryString", Bound<&DesktopObject::SetRegistryString>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value NewProject(Arguments& arguments) {
         arguments.End();
@@ -144,6 +129,18 @@ private:
         }
         return option->second;
     }
+};
+
+const ScriptObject::MethodTable DesktopObject::methods = {
+    {"NewProject", Bound<&DesktopObject::NewProject>::Handle},
+    {"OpenProject", Bound<&DesktopObject::OpenProject>::Handle},
+    {"GetProjects", Bound<&DesktopObject::GetProjects>::Handle},
+    {"QuitApplication", Bound<&DesktopObject::QuitApplication>::Handle},
+    {"GetMessages", Bound<&DesktopObject::GetMessages>::Handle},
+    {"ClearMessages", Bound<&DesktopObject::ClearMessages>::Handle},
+    {"AddMessage", Bound<&DesktopObject::AddMessage>::Handle},
+    {"GetRegistryString", Bound<&DesktopObject::GetRegistryString>::Handle},
+    {"SetRegistryString", Bound<&DesktopObject::SetRegistryString>::Handle},
 };
 
 } // namespace

@@ -103,28 +103,10 @@ void CheckColor(const std::string& color, const std::string& place) {
 /// The 3D modeler of a design.
 class Editor : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "3D Modeler"; }
+    Editor(SessionPointer session, DesignPlace place) : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&Editor::GetChildNames>::Handle},
-            {"GetChildObject", Bound<&Editor::GetChildObject>::Handle},
-            {"SetModelUnits", Bound<&Editor::SetModelUnits>::Handle},
-            {"Import", Bound<&Editor::Import>::Handle},
-            {"CreateRegion", Bound<&Editor::CreateRegion>::Handle},
-            {"GetRelativeCoordinateSystems", Bound<&Editor::GetRelativeCoordinateSystems>::Handle},
-            {"CreateRelativeCS", Bound<&Editor::CreateRelativeCS>::Handle},
-            {"SetWCS", Bound<&Editor::SetWCS>::Handle},
-            {"Move", Bound<&Editor::Move>::Handle},
-            {"Rotate", Bound<&Editor::Rotate>::Handle},
-            {"AssignMaterial", Bound<&Editor::AssignMaterial>::Handle},
-            {"FitAll", Bound<&Editor::FitAll>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     model::Modeler& TheModeler() const { return TheDesign().modeler; }
 
@@ -317,6 +299,21 @@ private:
         TheDesign();
         return {};
     }
+};
+
+const ScriptObject::MethodTable Editor::methods = {
+    {"GetChildNames", Bound<&Editor::GetChildNames>::Handle},
+    {"GetChildObject", Bound<&Editor::GetChildObject>::Handle},
+    {"SetModelUnits", Bound<&Editor::SetModelUnits>::Handle},
+    {"Import", Bound<&Editor::Import>::Handle},
+    {"CreateRegion", Bound<&Editor::CreateRegion>::Handle},
+    {"GetRelativeCoordinateSystems", Bound<&Editor::GetRelativeCoordinateSystems>::Handle},
+    {"CreateRelativeCS", Bound<&Editor::CreateRelativeCS>::Handle},
+    {"SetWCS", Bound<&Editor::SetWCS>::Handle},
+    {"Move", Bound<&Editor::Move>::Handle},
+    {"Rotate", Bound<&Editor::Rotate>::Handle},
+    {"AssignMaterial", Bound<&Editor::AssignMaterial>::Handle},
+    {"FitAll", Bound<&Editor::FitAll>::Handle},
 };
 
 } // namespace

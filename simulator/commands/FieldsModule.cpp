@@ -15,17 +15,11 @@ using model::Quoted;
 /// The module "FieldsReporter".
 class FieldsModule : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "FieldsReporter module"; }
+    FieldsModule(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"CreateFieldPlot", Bound<&FieldsModule::CreateFieldPlot>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     /// A plot of the same name is replaced, so that an opened project can be initialised again.
     Value CreateFieldPlot(Arguments& arguments) {
@@ -113,6 +107,10 @@ private:
         arrows.End();
         block.End();
     }
+};
+
+const ScriptObject::MethodTable FieldsModule::methods = {
+    {"CreateFieldPlot", Bound<&FieldsModule::CreateFieldPlot>::Handle},
 };
 
 } // namespace

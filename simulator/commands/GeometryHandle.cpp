@@ -13,20 +13,10 @@ using model::Quoted;
 class GeometryHandle : public DesignBound {
 public:
     GeometryHandle(SessionPointer session, DesignPlace place, std::string name)
-        : DesignBound(std::move(session), std::move(place)), m_name(std::move(name)) {}
-
-    const char* Kind() const override { return "Object"; }
+        : DesignBound(methods, std::move(session), std::move(place)), m_name(std::move(name)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetPropNames", Bound<&GeometryHandle::GetPropNames>::Handle},
-            {"GetPropValue", Bound<&GeometryHandle::GetPropValue>::Handle},
-            {"SetPropValue", Bound<&GeometryHandle::SetPropValue>::Handle},
-            {"GetChildNames", Bound<&GeometryHandle::GetChildNames>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     /// The members that solids and the region have in common.
     struct Members {
@@ -124,6 +114,13 @@ private:
     }
 
     std::string m_name;
+};
+
+const ScriptObject::MethodTable GeometryHandle::methods = {
+    {"GetPropNames", Bound<&GeometryHandle::GetPropNames>::Handle},
+    {"GetPropValue", Bound<&GeometryHandle::GetPropValue>::Handle},
+    {"SetPropValue", Bound<&GeometryHandle::SetPropValue>::Handle},
+    {"GetChildNames", Bound<&GeometryHandle::GetChildNames>::Handle},
 };
 
 } // namespace

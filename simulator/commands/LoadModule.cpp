@@ -15,18 +15,11 @@ using model::Quoted;
 /// The module "VeltrixParameterSetup".
 class LoadModule : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "VeltrixParameterSetup module"; }
+    LoadModule(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"AssignForce", Bound<&LoadModule::AssignForce>::Handle},
-            {"AssignTorque", Bound<&LoadModule::AssignTorque>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value AssignForce(Arguments& arguments) {
         BlockReader block(arguments.List(), "argument 1");
@@ -93,6 +86,11 @@ private:
         TheDesign().loads.push_back(load);
         MarkModelChanged();
     }
+};
+
+const ScriptObject::MethodTable LoadModule::methods = {
+    {"AssignForce", Bound<&LoadModule::AssignForce>::Handle},
+    {"AssignTorque", Bound<&LoadModule::AssignTorque>::Handle},
 };
 
 } // namespace

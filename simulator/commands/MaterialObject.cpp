@@ -31,20 +31,10 @@ int ComponentOf(const std::string& property) {
 class MaterialObject : public ProjectBound {
 public:
     MaterialObject(SessionPointer session, ProjectPointer project, std::string name)
-        : ProjectBound(std::move(session), std::move(project)), m_name(std::move(name)) {}
-
-    const char* Kind() const override { return "Material"; }
+        : ProjectBound(methods, std::move(session), std::move(project)), m_name(std::move(name)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetPropNames", Bound<&MaterialObject::GetPropNames>::Handle},
-            {"GetPropValue", Bound<&MaterialObject::GetPropValue>::Handle},
-            {"SetPropValue", Bound<&MaterialObject::SetPropValue>::Handle},
-            {"GetChildNames", Bound<&MaterialObject::GetChildNames>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     model::Material& TheMaterial() const {
         const auto found = TheProject().materials.find(m_name);
@@ -130,6 +120,13 @@ private:
     }
 
     std::string m_name;
+};
+
+const ScriptObject::MethodTable MaterialObject::methods = {
+    {"GetPropNames", Bound<&MaterialObject::GetPropNames>::Handle},
+    {"GetPropValue", Bound<&MaterialObject::GetPropValue>::Handle},
+    {"SetPropValue", Bound<&MaterialObject::SetPropValue>::Handle},
+    {"GetChildNames", Bound<&MaterialObject::GetChildNames>::Handle},
 };
 
 } // namespace

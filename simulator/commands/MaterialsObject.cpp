@@ -15,18 +15,11 @@ using model::Quoted;
 /// The project's own materials.
 class MaterialsObject : public ProjectBound {
 public:
-    using ProjectBound::ProjectBound;
-
-    const char* Kind() const override { return "Materials"; }
+    MaterialsObject(SessionPointer session, ProjectPointer project)
+        : ProjectBound(methods, std::move(session), std::move(project)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&MaterialsObject::GetChildNames>::Handle},
-            {"GetChildObject", Bound<&MaterialsObject::GetChildObject>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value GetChildNames(Arguments& arguments) {
         arguments.End();
@@ -45,6 +38,11 @@ private:
         }
         return MakeMaterial(SharedSession(), SharedProject(), name);
     }
+};
+
+const ScriptObject::MethodTable MaterialsObject::methods = {
+    {"GetChildNames", Bound<&MaterialsObject::GetChildNames>::Handle},
+    {"GetChildObject", Bound<&MaterialsObject::GetChildObject>::Handle},
 };
 
 } // namespace

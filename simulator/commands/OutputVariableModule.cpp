@@ -13,19 +13,11 @@ using model::Quoted;
 /// The module "OutputVariable".
 class OutputVariableModule : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "OutputVariable module"; }
+    OutputVariableModule(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"CreateOutputVariable", Bound<&OutputVariableModule::CreateOutputVariable>::Handle},
-            {"GetOutputVariableValue", Bound<&OutputVariableModule::GetOutputVariableValue>::Handle},
-            {"GetOutputVariables", Bound<&OutputVariableModule::GetOutputVariables>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value CreateOutputVariable(Arguments& arguments) {
         model::OutputVariable variable;
@@ -72,6 +64,12 @@ private:
         arguments.End();
         return Value::Texts(model::NamesOf(TheDesign().outputVariables));
     }
+};
+
+const ScriptObject::MethodTable OutputVariableModule::methods = {
+    {"CreateOutputVariable", Bound<&OutputVariableModule::CreateOutputVariable>::Handle},
+    {"GetOutputVariableValue", Bound<&OutputVariableModule::GetOutputVariableValue>::Handle},
+    {"GetOutputVariables", Bound<&OutputVariableModule::GetOutputVariables>::Handle},
 };
 
 } // namespace

@@ -15,20 +15,11 @@ constexpr const char* parametricSetup = "parametric setup";
 /// The child "Paravant": the parametric setups.
 class ParametricSetups : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "Paravant"; }
+    ParametricSetups(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&ParametricSetups::Names<&model::Design::parametricSetups>>::Handle},
-            {"InsertSetup", Bound<&ParametricSetups::InsertSetup>::Handle},
-            {"EditSetup", Bound<&ParametricSetups::EditSetup>::Handle},
-            {"DeleteSetups", Bound<&ParametricSetups::DeleteSetups>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value InsertSetup(Arguments& arguments) {
         arguments.Literal("OptiParametric");
@@ -131,6 +122,13 @@ private:
         }
         return rows;
     }
+};
+
+const ScriptObject::MethodTable ParametricSetups::methods = {
+    {"GetChildNames", Bound<&ParametricSetups::Names<&model::Design::parametricSetups>>::Handle},
+    {"InsertSetup", Bound<&ParametricSetups::InsertSetup>::Handle},
+    {"EditSetup", Bound<&ParametricSetups::EditSetup>::Handle},
+    {"DeleteSetups", Bound<&ParametricSetups::DeleteSetups>::Handle},
 };
 
 } // namespace

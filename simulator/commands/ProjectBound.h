@@ -10,8 +10,8 @@ namespace vantor::commands {
 /// An object that belongs to a project.
 class ProjectBound : public ScriptObject {
 public:
-    ProjectBound(SessionPointer session, ProjectPointer project)
-        : ScriptObject(std::move(session)), m_project(std::move(project)) {}
+    ProjectBound(const MethodTable& methods, SessionPointer session, ProjectPointer project)
+        : ScriptObject(methods, std::move(session)), m_project(std::move(project)) {}
 
 protected:
     /// The project.

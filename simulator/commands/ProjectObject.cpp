@@ -26,28 +26,11 @@ constexpr const char* designType = "Veltrix 3D";
 /// A project.
 class ProjectObject : public ProjectBound {
 public:
-    using ProjectBound::ProjectBound;
-
-    const char* Kind() const override { return "Project"; }
+    ProjectObject(SessionPointer session, ProjectPointer project)
+        : ProjectBound(methods, std::move(session), std::move(project)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetName", Bound<&ProjectObject::GetName>::Handle},
-            {"GetPath", Bound<&ProjectObject::GetPath>::Handle},
-            {"Save", Bound<&ProjectObject::Save>::Handle},
-            {"SaveAs", Bound<&ProjectObject::SaveAs>::Handle},
-            {"Close", Bound<&ProjectObject::Close>::Handle},
-            {"InsertDesign", Bound<&ProjectObject::InsertDesign>::Handle},
-            {"SetActiveDesign", Bound<&ProjectObject::SetActiveDesign>::Handle},
-            {"GetDesign", Bound<&ProjectObject::GetDesign>::Handle},
-            {"GetChildNames", Bound<&ProjectObject::GetChildNames>::Handle},
-            {"GetChildObject", Bound<&ProjectObject::GetChildObject>::Handle},
-            {"GetDefinitionManager", Bound<&ProjectObject::GetDefinitionManager>::Handle},
-            {"AddMaterial", Bound<&ProjectObject::AddMaterial>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value GetName(Arguments& arguments) {
         arguments.End();
@@ -218,6 +201,21 @@ private:
         MarkChanged();
         return {};
     }
+};
+
+const ScriptObject::MethodTable ProjectObject::methods = {
+    {"GetName", Bound<&ProjectObject::GetName>::Handle},
+    {"GetPath", Bound<&ProjectObject::GetPath>::Handle},
+    {"Save", Bound<&ProjectObject::Save>::Handle},
+    {"SaveAs", Bound<&ProjectObject::SaveAs>::Handle},
+    {"Close", Bound<&ProjectObject::Close>::Handle},
+    {"InsertDesign", Bound<&ProjectObject::InsertDesign>::Handle},
+    {"SetActiveDesign", Bound<&ProjectObject::SetActiveDesign>::Handle},
+    {"GetDesign", Bound<&ProjectObject::GetDesign>::Handle},
+    {"GetChildNames", Bound<&ProjectObject::GetChildNames>::Handle},
+    {"GetChildObject", Bound<&ProjectObject::GetChildObject>::Handle},
+    {"GetDefinitionManager", Bound<&ProjectObject::GetDefinitionManager>::Handle},
+    {"AddMaterial", Bound<&ProjectObject::AddMaterial>::Handle},
 };
 
 } // namespace

@@ -13,7 +13,7 @@ using model::ErrorCode;
 /// The open projects that a client may take, numbered from 0.
 class Projects : public ScriptObject {
 public:
-    explicit Projects(SessionPointer session) : ScriptObject(std::move(session)) {
+    explicit Projects(SessionPointer session) : ScriptObject(methods, std::move(session)) {
         for (const auto& project : TheDesktop().projects) {
             if (!IsChangedByOther(*project, SharedSession())) {
                 m_projects.push_back(project);
@@ -21,16 +21,8 @@ public:
         }
     }
 
-    const char* Kind() const override { return "Projects"; }
-
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"Count", Bound<&Projects::Count>::Handle},
-            {"Item", Bound<&Projects::Item>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value Count(Arguments& arguments) {
         arguments.End();
@@ -48,6 +40,11 @@ private:
     }
 
     std::vector<ProjectPointer> m_projects;
+};
+
+const ScriptObject::MethodTable Projects::methods = {
+    {"Count", Bound<&Projects::Count>::Handle},
+    {"Item", Bound<&Projects::Item>::Handle},
 };
 
 } // namespace

@@ -22,20 +22,11 @@ using model::Quoted;
 /// The module "ReportSetup".
 class ReportModule : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "ReportSetup module"; }
+    ReportModule(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"CreateReport", Bound<&ReportModule::CreateReport>::Handle},
-            {"GetReportTraceNames", Bound<&ReportModule::GetReportTraceNames>::Handle},
-            {"DeleteTraces", Bound<&ReportModule::DeleteTraces>::Handle},
-            {"ImportIntoReport", Bound<&ReportModule::ImportIntoReport>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     model::Report& FindReport(const std::string& name) const { return NeedNamed(TheDesign().reports, name, "report"); }
 
@@ -157,6 +148,13 @@ private:
         MarkChanged();
         return {};
     }
+};
+
+const ScriptObject::MethodTable ReportModule::methods = {
+    {"CreateReport", Bound<&ReportModule::CreateReport>::Handle},
+    {"GetReportTraceNames", Bound<&ReportModule::GetReportTraceNames>::Handle},
+    {"DeleteTraces", Bound<&ReportModule::DeleteTraces>::Handle},
+    {"ImportIntoReport", Bound<&ReportModule::ImportIntoReport>::Handle},
 };
 
 } // namespace

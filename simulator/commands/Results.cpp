@@ -8,17 +8,14 @@ namespace {
 /// The child "Results": the names of the reports.
 class Results : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "Results"; }
+    Results(SessionPointer session, DesignPlace place) : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetChildNames", Bound<&Results::Names<&model::Design::reports>>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
+};
+
+const ScriptObject::MethodTable Results::methods = {
+    {"GetChildNames", Bound<&Results::Names<&model::Design::reports>>::Handle},
 };
 
 } // namespace

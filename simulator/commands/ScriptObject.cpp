@@ -10,9 +10,8 @@ using model::DesktopError;
 using model::ErrorCode;
 
 std::optional<int> ScriptObject::FindMethod(const std::string& name) const {
-    const auto& methods = Methods();
-    for (std::size_t i = 0; i < methods.size(); ++i) {
-        if (name == methods[i].name) {
+    for (std::size_t i = 0; i < m_methods.size(); ++i) {
+        if (name == m_methods[i].name) {
             return static_cast<int>(i);
         }
     }
@@ -20,7 +19,7 @@ std::optional<int> ScriptObject::FindMethod(const std::string& name) const {
 }
 
 Value ScriptObject::Invoke(int method, const std::vector<Value>& arguments) {
-    const Method& entry = Methods().at(static_cast<std::size_t>(method));
+    const Method& entry = m_methods.at(static_cast<std::size_t>(method));
     const auto fail = [&](ErrorCode code, const std::string& reason) -> DesktopError {
         const std::string text = std::string(entry.name) + ": " + model::ErrorText(code) + ": " + reason;
         Report(model::Severity::Error, text);

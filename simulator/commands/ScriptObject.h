@@ -22,7 +22,7 @@ struct ArgumentList {
     std::vector<Value> values;
 };
 
-/// An object of the scripting interface: a kind, and a table from method name to handler.
+/// An object of the scripting interface: a table from method name to handler.
 ///
 /// Names are told apart by letter case. One client's objects share its session. Objects stay valid after the thing
 /// they stand for is gone; their methods then fail with ObjectDeleted.
@@ -35,18 +35,18 @@ public:
         Handler handler;
     };
 
+    /// The methods of one class of objects; never empty.
+    using MethodTable = std::vector<Method>;
+
     virtual ~ScriptObject() = default;
     ScriptObject(const ScriptObject&) = delete;
     ScriptObject& operator=(const ScriptObject&) = delete;
-
-    /// "Design", "AnalysisSetup module", ... for messages.
-    virtual const char* Kind() const = 0;
 
     /// The place of a method in the table; nothing for an unknown name.
     std::optional<int> FindMethod(const std::string& name) const;
 
     /// Number of methods; valid places are 0 to count - 1.
-    int MethodCount() const { return static_cast<int>(Methods().size()); }
+    int MethodCount() const { return static_cast<int>(m_methods.size()); }
 
     /// Runs a method. A failure is added to the desktop's messages as an error and thrown on.
     /// @throws model::DesktopError, whose text names method, code and reason.
@@ -59,10 +59,9 @@ public:
     Session& ItsSession() const { return *m_session; }
 
 protected:
-    explicit ScriptObject(std::shared_ptr<Session> session) : m_session(std::move(session)) {}
-
-    /// The object's methods. The table is one per class and is never empty.
-    virtual const std::vector<Method>& Methods() const = 0;
+    /// @param methods the one table of the object's class; it has to outlive the object.
+    ScriptObject(const MethodTable& methods, SessionPointer session)
+        : m_methods(methods), m_session(std::move(session)) {}
 
     /// Names of the project and design that messages about this object belong to; empty where there is none.
     virtual std::string ProjectName() const { return {}; }
@@ -71,11 +70,12 @@ protected:
     /// Adds a message that belongs to this object's project and design.
     void Report(model::Severity severity, const std::string& text) const;
 
-    const std::shared_ptr<Session>& SharedSession() const { return m_session; }
+    const SessionPointer& SharedSession() const { return m_session; }
     model::Desktop& TheDesktop() const { return m_session->TheDesktop(); }
 
 private:
-    std::shared_ptr<Session> m_session;
+    const MethodTable& m_methods;
+    SessionPointer m_session;
 };
 
 /// Makes a table entry's handler from a member function `Value (Class::*)(Arguments&)`.

@@ -31,19 +31,11 @@ double NeedPercent(double value, const std::string& place) {
 /// The module "AnalysisSetup".
 class SetupModule : public DesignBound {
 public:
-    using DesignBound::DesignBound;
-
-    const char* Kind() const override { return "AnalysisSetup module"; }
+    SetupModule(SessionPointer session, DesignPlace place)
+        : DesignBound(methods, std::move(session), std::move(place)) {}
 
 private:
-    const std::vector<Method>& Methods() const override {
-        static const std::vector<Method> methods = {
-            {"GetSetups", Bound<&SetupModule::Names<&model::Design::setups>>::Handle},
-            {"InsertSetup", Bound<&SetupModule::InsertSetup>::Handle},
-            {"EditSetup", Bound<&SetupModule::EditSetup>::Handle},
-        };
-        return methods;
-    }
+    static const MethodTable methods;
 
     Value InsertSetup(Arguments& arguments) {
         model::AnalysisSetup setup;
@@ -105,6 +97,12 @@ private:
         }
         return items;
     }
+};
+
+const ScriptObject::MethodTable SetupModule::methods = {
+    {"GetSetups", Bound<&SetupModule::Names<&model::Design::setups>>::Handle},
+    {"InsertSetup", Bound<&SetupModule::InsertSetup>::Handle},
+    {"EditSetup", Bound<&SetupModule::EditSetup>::Handle},
 };
 
 } // namespace
