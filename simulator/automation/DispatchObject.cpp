@@ -4,7 +4,6 @@
 #include "programs/Utf.h"
 #include "simulator/automation/Server.h"
 #include "simulator/automation/VariantConversion.h"
-#include "simulator/commands/Application.h"
 #include "simulator/commands/ScriptObject.h"
 #include "simulator/model/DesktopError.h"
 

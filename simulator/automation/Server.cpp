@@ -1,6 +1,8 @@
 #include "simulator/automation/Server.h"
 
 #include "simulator/automation/DispatchObject.h"
+#include "simulator/commands/Application.h"
+#include "simulator/commands/Session.h"
 
 namespace vantor::automation {
 
