@@ -214,9 +214,7 @@ model::Solution StoredSolution(const model::Design& design, const model::Analysi
 
 void SolveOrThrow(const model::Project& project, const model::MaterialTable& library, model::Design& design,
                   const model::AnalysisSetup& setup, const ReportFunction& report) {
-    if (design.modeler.OuterRegion()) {
-        design.modeler.RegionBox(design.variables);
-    }
+    design.modeler.CheckRegion(design.variables);
     const FieldModel fieldModel = BuildFieldModel(project, library, design, design.variables, report);
     solver::Options options;
     options.percentError = setup.percentError;

@@ -19,27 +19,27 @@ const Value& Arguments::Next() {
 
 const std::string& Arguments::Text() {
     const Value& value = Next();
-    return NeedText(value, Place());
+    return RequireText(value, Place());
 }
 
 bool Arguments::Flag() {
     const Value& value = Next();
-    return NeedFlag(value, Place());
+    return RequireFlag(value, Place());
 }
 
 double Arguments::Number() {
     const Value& value = Next();
-    return NeedNumber(value, Place());
+    return RequireNumber(value, Place());
 }
 
 int Arguments::Integer() {
     const Value& value = Next();
-    return NeedInteger(value, Place());
+    return RequireInteger(value, Place());
 }
 
 const Value::List& Arguments::List() {
     const Value& value = Next();
-    return NeedList(value, Place());
+    return RequireList(value, Place());
 }
 
 const Value& Arguments::Any() {

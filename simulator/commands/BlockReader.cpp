@@ -70,23 +70,23 @@ const Value& BlockReader::ValueOf(std::string_view key) {
 }
 
 const std::string& BlockReader::Text(std::string_view key) {
-    return NeedText(ValueOf(key), PlaceOf(key));
+    return RequireText(ValueOf(key), PlaceOf(key));
 }
 
 bool BlockReader::Flag(std::string_view key) {
-    return NeedFlag(ValueOf(key), PlaceOf(key));
+    return RequireFlag(ValueOf(key), PlaceOf(key));
 }
 
 double BlockReader::Number(std::string_view key) {
-    return NeedNumber(ValueOf(key), PlaceOf(key));
+    return RequireNumber(ValueOf(key), PlaceOf(key));
 }
 
 std::vector<std::string> BlockReader::Texts(std::string_view key) {
-    return NeedTexts(ValueOf(key), PlaceOf(key));
+    return RequireTexts(ValueOf(key), PlaceOf(key));
 }
 
 const Value::List& BlockReader::List(std::string_view key) {
-    return NeedList(ValueOf(key), PlaceOf(key));
+    return RequireList(ValueOf(key), PlaceOf(key));
 }
 
 void BlockReader::Literal(std::string_view key, const char* text) {
@@ -115,18 +115,18 @@ BlockReader BlockReader::Block(std::string_view name) {
     const std::string expected = std::string(nameMark) + std::string(name);
     const Value& element = NextElement(expected);
     const std::string place = Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next);
-    return BlockReader(NeedList(element, place), place, name);
+    return BlockReader(RequireList(element, place), place, name);
 }
 
 BlockReader BlockReader::Block() {
     const Value& element = NextElement(nameMark);
     const std::string place = Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next);
-    return BlockReader(NeedList(element, place), place);
+    return BlockReader(RequireList(element, place), place);
 }
 
 const std::string& BlockReader::BareText() {
     const Value& element = NextElement("a text");
-    return NeedText(element, Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next));
+    return RequireText(element, Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next));
 }
 
 bool BlockReader::NextIs(std::string_view key) const {

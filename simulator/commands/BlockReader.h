@@ -13,7 +13,7 @@ namespace vantor::commands {
 ///
 /// Every complaint is a model::DesktopError that names block, key and what stands there: MissingArgument (array ends
 /// too early, "NAME:" is missing), InvalidArgument (another key, something left over), IncompleteArray (key without
-/// value), and those of the Need functions.
+/// value), and those of the Require functions.
 class BlockReader {
 public:
     /// Reads the block's head and remembers its name.

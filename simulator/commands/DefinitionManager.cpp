@@ -29,13 +29,13 @@ private:
         if (name.empty() || name == source) {
             throw DesktopError(ErrorCode::InvalidDefinition, "a clone needs a name of its own, not " + Quoted(name));
         }
-        model::Material clone = ProjectMaterial(source);
+        model::Material clone = RequireProjectMaterial(source);
         clone.name = name;
-        if (TheProject().materials.count(name) != 0) {
+        if (RequireProject().materials.count(name) != 0) {
             Report(model::Severity::Info, "CloneMaterial: the definition " + Quoted(name) +
                                               " has been replaced by a clone of " + Quoted(source));
         }
-        TheProject().materials[name] = clone;
+        RequireProject().materials[name] = clone;
         MarkChanged();
         return true;
     }

@@ -2,8 +2,8 @@
 
 namespace vantor::commands {
 
-model::Design& DesignBound::TheDesign() const {
-    TheProject();
+model::Design& DesignBound::RequireDesign() const {
+    RequireProject();
     return *m_design;
 }
 

@@ -16,7 +16,7 @@ public:
 protected:
     /// The design.
     /// @throws model::DesktopError (ObjectDeleted) when its project has been closed.
-    model::Design& TheDesign() const;
+    model::Design& RequireDesign() const;
 
     DesignPlace Place() const { return {SharedProject(), m_design}; }
 
@@ -29,7 +29,7 @@ protected:
     template <auto list>
     Value Names(Arguments& arguments) {
         arguments.End();
-        return Value::Texts(model::NamesOf(TheDesign().*list));
+        return Value::Texts(model::NamesOf(RequireDesign().*list));
     }
 
 private:

@@ -55,12 +55,12 @@ private:
 
     Value GetName(Arguments& arguments) {
         arguments.End();
-        return TheDesign().name;
+        return RequireDesign().name;
     }
 
     Value GetDesignType(Arguments& arguments) {
         arguments.End();
-        return TheDesign().type;
+        return RequireDesign().type;
     }
 
     Value SetDesignSettings(Arguments& arguments) {
@@ -69,7 +69,7 @@ private:
         settings.End();
         BlockReader(arguments.List(), "argument 2", "Model Validation Settings").End();
         arguments.End();
-        TheDesign().allowMaterialOverride = allowOverride;
+        RequireDesign().allowMaterialOverride = allowOverride;
         MarkChanged();
         return {};
     }
@@ -77,15 +77,15 @@ private:
     Value SetActiveEditor(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        NeedOneOf(name, {"3D Modeler"}, "argument 1");
-        TheDesign();
+        RequireOneOf(name, {"3D Modeler"}, "argument 1");
+        RequireDesign();
         return MakeEditor(SharedSession(), Place());
     }
 
     Value GetModule(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        TheDesign();
+        RequireDesign();
         using Maker = Value::Object (*)(SessionPointer, DesignPlace);
         static const std::vector<std::pair<std::string, Maker>> modules = {
             {"AnalysisSetup", MakeSetupModule},        {"OutputVariable", MakeOutputVariableModule},
@@ -102,15 +102,15 @@ private:
 
     Value GetChildNames(Arguments& arguments) {
         arguments.End();
-        TheDesign();
+        RequireDesign();
         return Value::Texts({"Paravant", "Results"});
     }
 
     Value GetChildObject(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        TheDesign();
-        NeedOneOf(name, {"Paravant", "Results"}, "argument 1");
+        RequireDesign();
+        RequireOneOf(name, {"Paravant", "Results"}, "argument 1");
         return name == "Paravant" ? MakeParametricSetups(SharedSession(), Place())
                                   : MakeResults(SharedSession(), Place());
     }
@@ -119,7 +119,7 @@ private:
         arguments.Literal(variableTab);
         arguments.Literal(variableServer);
         arguments.End();
-        return Value::Texts(model::NamesOf(TheDesign().variables.All()));
+        return Value::Texts(model::NamesOf(RequireDesign().variables.All()));
     }
 
     Value ChangeProperty(Arguments& arguments) {
@@ -134,16 +134,16 @@ private:
         servers.End();
         BlockReader properties = tab.Block();
         tab.End();
-        NeedOneOf(properties.Name(), {"NewProps", "ChangedProps"}, "\"NAME:LocalVariableTab\", element 3");
+        RequireOneOf(properties.Name(), {"NewProps", "ChangedProps"}, "\"NAME:LocalVariableTab\", element 3");
         const bool isNew = properties.Name() == "NewProps";
         std::vector<Variable> variables;
         while (!properties.AtEnd()) {
             variables.push_back(isNew ? ReadNewVariable(properties.Block()) : ReadChangedVariable(properties.Block()));
         }
         if (isNew) {
-            TheDesign().variables.Add(variables);
+            RequireDesign().variables.Add(variables);
         } else {
-            TheDesign().variables.Change(variables);
+            RequireDesign().variables.Change(variables);
         }
         MarkModelChanged();
         return {};
@@ -154,10 +154,10 @@ private:
     Value Analyze(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        const model::AnalysisSetup* setup = model::FindByName(TheDesign().setups, name);
+        const model::AnalysisSetup* setup = model::FindByName(RequireDesign().setups, name);
         if (setup == nullptr) {
             FailBadValue("there is no setup " + Quoted(name) +
-                         "; the setups are: " + model::QuotedList(model::NamesOf(TheDesign().setups)));
+                         "; the setups are: " + model::QuotedList(model::NamesOf(RequireDesign().setups)));
         }
         if (!setup->enabled) {
             FailBadValue("the setup " + Quoted(name) + " is not enabled");
@@ -166,7 +166,8 @@ private:
             Report(severity, "Analyze: " + text);
         };
         MarkChanged();
-        const bool solved = analysis::SolveDesign(TheProject(), TheDesktop().library, TheDesign(), *setup, report);
+        const bool solved =
+            analysis::SolveDesign(RequireProject(), TheDesktop().library, RequireDesign(), *setup, report);
         return Value::Long(solved ? 0 : static_cast<std::int32_t>(ErrorCode::SolutionError));
     }
 };

@@ -30,7 +30,7 @@ std::vector<std::string> ReadSelections(const Value::List& elements, const model
     std::vector<std::string> names =
         modeler.HasObject(selection) ? std::vector<std::string>{selection} : model::Split(selection, ',');
     for (const auto& name : names) {
-        modeler.Object(name);
+        modeler.RequireObject(name);
     }
     return names;
 }
@@ -108,18 +108,18 @@ public:
 private:
     static const MethodTable methods;
 
-    model::Modeler& TheModeler() const { return TheDesign().modeler; }
+    model::Modeler& RequireModeler() const { return RequireDesign().modeler; }
 
     Value GetChildNames(Arguments& arguments) {
         arguments.End();
-        return Value::Texts(TheModeler().Names());
+        return Value::Texts(RequireModeler().Names());
     }
 
     Value GetChildObject(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        if (!TheModeler().IsRegion(name)) {
-            TheModeler().Object(name);
+        if (!RequireModeler().IsRegion(name)) {
+            RequireModeler().RequireObject(name);
         }
         return MakeGeometryHandle(SharedSession(), Place(), name);
     }
@@ -130,7 +130,7 @@ private:
         const bool rescale = block.Flag("Rescale:=");
         block.End();
         arguments.End();
-        TheModeler().SetUnits(units, rescale);
+        RequireModeler().SetUnits(units, rescale);
         MarkModelChanged();
         return {};
     }
@@ -147,7 +147,7 @@ private:
         } catch (const model::GeometryFileError& error) {
             throw DesktopError(ErrorCode::ReadFile, error.what());
         }
-        const auto kept = TheModeler().Import(geometry, useMaterials);
+        const auto kept = RequireModeler().Import(geometry, useMaterials);
         ReportImport(geometry, kept, useMaterials);
         MarkModelChanged();
         return {};
@@ -165,7 +165,7 @@ private:
         for (const auto& solid : geometry.solids) {
             const bool isKept = std::find(kept.begin(), kept.end(), solid.name) != kept.end();
             if (useMaterials && !isKept && !solid.material.empty() &&
-                TheProject().FindMaterial(solid.material, TheDesktop().library) == nullptr) {
+                RequireProject().FindMaterial(solid.material, TheDesktop().library) == nullptr) {
                 Report(model::Severity::Warning, "Import: object " + Quoted(solid.name) + " keeps its material " +
                                                      Quoted(solid.material) + ", which the library does not know");
             }
@@ -178,7 +178,7 @@ private:
         region.padding = ReadPadding(arguments.List());
         ReadRegionAttributes(BlockReader(arguments.List(), "argument 2", "Attributes"), region);
         arguments.End();
-        if (TheModeler().SetRegion(region, TheDesign().variables)) {
+        if (RequireModeler().SetRegion(region, RequireDesign().variables)) {
             Report(model::Severity::Info, "CreateRegion: the region " + Quoted(region.name) + " has been replaced");
         }
         MarkModelChanged();
@@ -199,27 +199,27 @@ private:
         }
         block.Literal("PartCoordinateSystem:=", model::globalFrame);
         block.Literal("UDMId:=", "");
-        region.material = NeedQuoted(block.Text("MaterialValue:="), block.PlaceOf("MaterialValue:="));
+        region.material = RequireQuoted(block.Text("MaterialValue:="), block.PlaceOf("MaterialValue:="));
         CheckRegionMaterial(region.material);
         block.Literal("SurfaceMaterialValue:=", "\"\"");
         region.solveInside = ReadMaterialFlags(block);
     }
 
     void CheckRegionMaterial(const std::string& name) const {
-        if (ProjectMaterial(name).coercivity) {
+        if (RequireProjectMaterial(name).coercivity) {
             FailBadValue("a region cannot be made of the magnet material " + Quoted(name));
         }
     }
 
     Value GetRelativeCoordinateSystems(Arguments& arguments) {
         arguments.End();
-        return Value::Texts(model::NamesOf(TheModeler().CoordinateSystems()));
+        return Value::Texts(model::NamesOf(RequireModeler().CoordinateSystems()));
     }
 
     Value CreateRelativeCS(Arguments& arguments) {
         const model::CoordinateSystem system = ReadFrame(arguments);
         arguments.End();
-        TheModeler().AddCoordinateSystem(system, TheDesign().variables);
+        RequireModeler().AddCoordinateSystem(system, RequireDesign().variables);
         MarkModelChanged();
         return {};
     }
@@ -230,13 +230,13 @@ private:
         block.Flag("RegionDepCSOk:=");
         block.End();
         arguments.End();
-        TheModeler().SetWorkingFrame(name);
+        RequireModeler().SetWorkingFrame(name);
         MarkChanged();
         return {};
     }
 
     Value Move(Arguments& arguments) {
-        const auto names = ReadSelections(arguments.List(), TheModeler());
+        const auto names = ReadSelections(arguments.List(), RequireModeler());
         BlockReader block(arguments.List(), "argument 2", "TranslateParameters");
         const auto texts = ReadTriple(block, "TranslateVector", "X:=", "Y:=", "Z:=");
         block.End();
@@ -244,11 +244,11 @@ private:
         Eigen::Vector3d shift;
         try {
             for (std::size_t i = 0; i < 3; ++i) {
-                shift[static_cast<Eigen::Index>(i)] =
-                    model::EvaluateLength(texts[i], TheDesign().variables.Lookup(), TheModeler().MetresPerUnit());
+                shift[static_cast<Eigen::Index>(i)] = model::EvaluateLength(
+                    texts[i], RequireDesign().variables.Lookup(), RequireModeler().MetresPerUnit());
             }
             for (const auto& name : names) {
-                TheModeler().Move(name, shift, TheDesign().variables);
+                RequireModeler().Move(name, shift, RequireDesign().variables);
             }
         } catch (const model::ExpressionError& error) {
             FailBadValue(error.what());
@@ -258,17 +258,17 @@ private:
     }
 
     Value Rotate(Arguments& arguments) {
-        const auto names = ReadSelections(arguments.List(), TheModeler());
+        const auto names = ReadSelections(arguments.List(), RequireModeler());
         BlockReader block(arguments.List(), "argument 2", "RotateParameters");
         const std::string& axis = block.Text("RotateAxis:=");
-        NeedOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("RotateAxis:="));
+        RequireOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("RotateAxis:="));
         const std::string& angleText = block.Text("RotateAngle:=");
         block.End();
         arguments.End();
         try {
-            const double angle = model::EvaluateAngle(angleText, TheDesign().variables.Lookup());
+            const double angle = model::EvaluateAngle(angleText, RequireDesign().variables.Lookup());
             for (const auto& name : names) {
-                TheModeler().Rotate(name, axis.front() - 'X', angle, TheDesign().variables);
+                RequireModeler().Rotate(name, axis.front() - 'X', angle, RequireDesign().variables);
             }
         } catch (const model::ExpressionError& error) {
             FailBadValue(error.what());
@@ -279,15 +279,16 @@ private:
 
     Value AssignMaterial(Arguments& arguments) {
         BlockReader selections(arguments.List(), "argument 1", "Selections");
-        model::GeometryObject& object = TheModeler().Object(selections.Text("Selections:="));
+        model::GeometryObject& object = RequireModeler().RequireObject(selections.Text("Selections:="));
         selections.Flag("AllowRegionDependentPartSelectionForPMLCreation:=");
         selections.Flag("AllowRegionSelectionForPMLCreation:=");
         selections.End();
         BlockReader attributes(arguments.List(), "argument 2", "Attributes");
-        const std::string name = NeedQuoted(attributes.Text("MaterialValue:="), attributes.PlaceOf("MaterialValue:="));
+        const std::string name =
+            RequireQuoted(attributes.Text("MaterialValue:="), attributes.PlaceOf("MaterialValue:="));
         const bool solveInside = ReadMaterialFlags(attributes);
         arguments.End();
-        object.material = ProjectMaterial(name).name;
+        object.material = RequireProjectMaterial(name).name;
         object.solveInside = solveInside;
         MarkModelChanged();
         return {};
@@ -296,7 +297,7 @@ private:
     /// There is no view to fit.
     Value FitAll(Arguments& arguments) {
         arguments.End();
-        TheDesign();
+        RequireDesign();
         return {};
     }
 };

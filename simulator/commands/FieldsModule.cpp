@@ -29,12 +29,12 @@ private:
         if (plot.name.empty()) {
             FailBadValue("argument 1: a field plot needs a name");
         }
-        model::SetupOfSolution(TheDesign(), plot.solution);
-        if (model::FieldPlot* present = model::FindByName(TheDesign().fieldPlots, plot.name)) {
+        model::RequireSetupOfSolution(RequireDesign(), plot.solution);
+        if (model::FieldPlot* present = model::FindByName(RequireDesign().fieldPlots, plot.name)) {
             *present = plot;
             Report(model::Severity::Info, "CreateFieldPlot: the plot " + Quoted(plot.name) + " has been replaced");
         } else {
-            TheDesign().fieldPlots.push_back(plot);
+            RequireDesign().fieldPlots.push_back(plot);
         }
         MarkChanged();
         return {};
@@ -47,7 +47,7 @@ private:
         block.Literal("UserSpecifyName:=", 0.0);
         block.Literal("UserSpecifyFolder:=", 0.0);
         plot.quantity = block.Text("QuantityName:=");
-        NeedOneOf(plot.quantity, {"H_Vector", "B_Vector"}, block.PlaceOf("QuantityName:="));
+        RequireOneOf(plot.quantity, {"H_Vector", "B_Vector"}, block.PlaceOf("QuantityName:="));
         plot.folder = block.Text("PlotFolder:=");
         block.Flag("StreamlinePlot:=");
         block.Flag("AdjacentSidePlot:=");
@@ -77,7 +77,7 @@ private:
             std::vector<std::string> objects;
             for (std::size_t i = 4; i < elements.size(); ++i) {
                 objects.push_back(fields.Text());
-                TheDesign().modeler.Object(objects.back());
+                RequireDesign().modeler.RequireObject(objects.back());
             }
             return objects;
         } catch (const DesktopError& error) {
@@ -86,7 +86,7 @@ private:
     }
 
     static void ReadFilter(const Value::List& elements) {
-        if (elements.size() != 1 || NeedNumber(elements[0], "\"FilterBoxes:=\"") != 0.0) {
+        if (elements.size() != 1 || RequireNumber(elements[0], "\"FilterBoxes:=\"") != 0.0) {
             FailBadValue("\"FilterBoxes:=\": filter boxes are not supported, the single number 0 is needed");
         }
     }

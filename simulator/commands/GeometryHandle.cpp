@@ -27,19 +27,19 @@ private:
         bool& isModel;
     };
 
-    Members TheMembers() const {
-        model::Modeler& modeler = TheDesign().modeler;
+    Members RequireMembers() const {
+        model::Modeler& modeler = RequireDesign().modeler;
         if (modeler.IsRegion(m_name)) {
             model::Region& r = modeler.TheRegion();
             return {r.material, r.solveInside, r.coordinateSystem, r.orientation, r.isModel};
         }
-        model::GeometryObject& o = modeler.Object(m_name);
+        model::GeometryObject& o = modeler.RequireObject(m_name);
         return {o.material, o.solveInside, o.coordinateSystem, o.orientation, o.isModel};
     }
 
     Value GetPropNames(Arguments& arguments) {
         arguments.End();
-        TheMembers();
+        RequireMembers();
         return Value::Texts({"Name", "Material", "Solve Inside", "Coordinate System", "Orientation", "Model"});
     }
 
@@ -50,7 +50,7 @@ private:
     Value GetPropValue(Arguments& arguments) {
         const std::string& property = arguments.Text();
         arguments.End();
-        const Members members = TheMembers();
+        const Members members = RequireMembers();
         if (property == "Name") {
             return m_name;
         }
@@ -76,16 +76,16 @@ private:
     /// on, so that the solid follows it.
     Value SetPropValue(Arguments& arguments) {
         const std::string& property = arguments.Text();
-        const Members members = TheMembers();
+        const Members members = RequireMembers();
         if (property == "Material") {
-            const std::string name = NeedQuoted(arguments.Text(), "argument 2");
-            members.material = ProjectMaterial(name).name;
+            const std::string name = RequireQuoted(arguments.Text(), "argument 2");
+            members.material = RequireProjectMaterial(name).name;
         } else if (property == "Solve Inside") {
             members.solveInside = arguments.Flag();
         } else if (property == "Coordinate System") {
-            members.coordinateSystem = NeedFrame(arguments.Text());
+            members.coordinateSystem = RequireFrame(arguments.Text());
         } else if (property == "Orientation") {
-            members.orientation = NeedFrame(arguments.Text());
+            members.orientation = RequireFrame(arguments.Text());
         } else if (property == "Model") {
             members.isModel = arguments.Flag();
         } else {
@@ -96,11 +96,11 @@ private:
         return {};
     }
 
-    const std::string& NeedFrame(const std::string& name) const {
-        if (!TheDesign().modeler.HasFrame(name)) {
+    const std::string& RequireFrame(const std::string& name) const {
+        if (!RequireDesign().modeler.HasFrame(name)) {
             FailBadValue("argument 2: there is no coordinate system " + Quoted(name));
         }
-        if (name != model::globalFrame && TheDesign().modeler.IsRegion(m_name)) {
+        if (name != model::globalFrame && RequireDesign().modeler.IsRegion(m_name)) {
             FailBadValue("the region " + Quoted(m_name) + " stays in the coordinate system " +
                          Quoted(model::globalFrame));
         }
@@ -109,7 +109,7 @@ private:
 
     Value GetChildNames(Arguments& arguments) {
         arguments.End();
-        TheMembers();
+        RequireMembers();
         return Value::List{};
     }
 

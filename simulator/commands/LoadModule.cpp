@@ -44,7 +44,7 @@ private:
         block.Literal("Is Virtual:=", true);
         load.isPositive = block.Flag("Is Positive:=");
         const std::string& axis = block.Text("Axis:=");
-        NeedOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("Axis:="));
+        RequireOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("Axis:="));
         load.axis = axis.front();
         load.objects = ReadObjects(block);
         block.End();
@@ -55,7 +55,7 @@ private:
 
     std::string ReadFrameName(BlockReader& block, const char* key) const {
         const std::string& frame = block.Text(key);
-        if (!TheDesign().modeler.HasFrame(frame)) {
+        if (!RequireDesign().modeler.HasFrame(frame)) {
             FailBadValue(block.PlaceOf(key) + ": there is no coordinate system " + Quoted(frame));
         }
         return frame;
@@ -68,7 +68,7 @@ private:
         }
         std::set<std::string> seen;
         for (const auto& object : objects) {
-            TheDesign().modeler.Object(object);
+            RequireDesign().modeler.RequireObject(object);
             if (!seen.insert(object).second) {
                 FailBadValue(block.PlaceOf("Objects:=") + ": the object " + Quoted(object) + " stands there twice");
             }
@@ -80,10 +80,10 @@ private:
         if (!model::IsIdentifier(load.name)) {
             FailBadValue("a force or torque cannot be named " + Quoted(load.name));
         }
-        if (model::FindByName(TheDesign().loads, load.name) != nullptr) {
+        if (model::FindByName(RequireDesign().loads, load.name) != nullptr) {
             FailBadValue("a force or torque named " + Quoted(load.name) + " exists already");
         }
-        TheDesign().loads.push_back(load);
+        RequireDesign().loads.push_back(load);
         MarkModelChanged();
     }
 };

@@ -36,9 +36,9 @@ public:
 private:
     static const MethodTable methods;
 
-    model::Material& TheMaterial() const {
-        const auto found = TheProject().materials.find(m_name);
-        if (found == TheProject().materials.end()) {
+    model::Material& RequireMaterial() const {
+        const auto found = RequireProject().materials.find(m_name);
+        if (found == RequireProject().materials.end()) {
             throw DesktopError(ErrorCode::ObjectDeleted, "the material " + Quoted(m_name) + " is gone");
         }
         return found->second;
@@ -47,7 +47,7 @@ private:
     Value GetPropNames(Arguments& arguments) {
         arguments.End();
         std::vector<std::string> names = {nameProperty, permeabilityProperty};
-        if (TheMaterial().coercivity) {
+        if (RequireMaterial().coercivity) {
             names.insert(names.end(), {magnitudeProperty, componentsProperty});
             for (const char* component : {"/Component1", "/Component2", "/Component3"}) {
                 names.push_back(std::string(componentsProperty) + component);
@@ -63,7 +63,7 @@ private:
     Value GetPropValue(Arguments& arguments) {
         const std::string& property = arguments.Text();
         arguments.End();
-        const model::Material& material = TheMaterial();
+        const model::Material& material = RequireMaterial();
         if (property == nameProperty) {
             return material.name;
         }
@@ -98,14 +98,14 @@ private:
             FailBadValue("the property " + Quoted(property) + " of the material " + Quoted(m_name) +
                          " cannot be written");
         }
-        if (!TheMaterial().coercivity) {
+        if (!RequireMaterial().coercivity) {
             FailUnknown(property);
         }
         const double value = arguments.Number();
         arguments.End();
-        TheMaterial().coercivity->components[static_cast<std::size_t>(component)] = value;
+        RequireMaterial().coercivity->components[static_cast<std::size_t>(component)] = value;
         MarkChanged();
-        for (const auto& design : TheProject().designs) {
+        for (const auto& design : RequireProject().designs) {
             if (design->solution) {
                 design->solution->current = false;
             }
@@ -115,7 +115,7 @@ private:
 
     Value GetChildNames(Arguments& arguments) {
         arguments.End();
-        TheMaterial();
+        RequireMaterial();
         return Value::List{};
     }
 

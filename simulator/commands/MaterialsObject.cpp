@@ -24,7 +24,7 @@ private:
     Value GetChildNames(Arguments& arguments) {
         arguments.End();
         std::vector<std::string> names;
-        for (const auto& entry : TheProject().materials) {
+        for (const auto& entry : RequireProject().materials) {
             names.push_back(entry.first);
         }
         return Value::Texts(names);
@@ -33,7 +33,7 @@ private:
     Value GetChildObject(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        if (TheProject().materials.count(name) == 0) {
+        if (RequireProject().materials.count(name) == 0) {
             throw DesktopError(ErrorCode::InvalidDefinition, "the project has no material " + Quoted(name));
         }
         return MakeMaterial(SharedSession(), SharedProject(), name);

@@ -31,12 +31,12 @@ private:
         if (!model::IsIdentifier(variable.name)) {
             FailBadValue("an output variable cannot be named " + Quoted(variable.name));
         }
-        if (model::FindByName(TheDesign().outputVariables, variable.name) != nullptr) {
+        if (model::FindByName(RequireDesign().outputVariables, variable.name) != nullptr) {
             FailBadValue("an output variable named " + Quoted(variable.name) + " exists already");
         }
-        model::SetupOfSolution(TheDesign(), variable.solution);
-        model::CheckOutputExpression(TheDesign(), variable.expression);
-        TheDesign().outputVariables.push_back(variable);
+        model::RequireSetupOfSolution(RequireDesign(), variable.solution);
+        model::CheckOutputExpression(RequireDesign(), variable.expression);
+        RequireDesign().outputVariables.push_back(variable);
         MarkChanged();
         return {};
     }
@@ -48,21 +48,21 @@ private:
         arguments.Literal(magnetostatic);
         arguments.EmptyList();
         arguments.End();
-        const model::OutputVariable* variable = model::FindByName(TheDesign().outputVariables, name);
+        const model::OutputVariable* variable = model::FindByName(RequireDesign().outputVariables, name);
         if (variable == nullptr) {
             FailBadValue("there is no output variable " + Quoted(name));
         }
-        model::SetupOfSolution(TheDesign(), solution);
+        model::RequireSetupOfSolution(RequireDesign(), solution);
         if (variable->solution != solution) {
             FailBadValue("the output variable " + Quoted(name) + " belongs to " + Quoted(variable->solution) +
                          ", not to " + Quoted(solution));
         }
-        return model::OutputVariableValue(TheDesign(), *variable);
+        return model::OutputVariableValue(RequireDesign(), *variable);
     }
 
     Value GetOutputVariables(Arguments& arguments) {
         arguments.End();
-        return Value::Texts(model::NamesOf(TheDesign().outputVariables));
+        return Value::Texts(model::NamesOf(RequireDesign().outputVariables));
     }
 };
 

@@ -17,7 +17,7 @@ std::vector<std::pair<std::string, const Value*>> ReadPairs(const Value::List& e
     std::vector<std::pair<std::string, const Value*>> pairs;
     for (std::size_t i = 0; i < elements.size(); i += 2) {
         const std::string elementPlace = place + ", element " + std::to_string(i + 1);
-        const std::string& key = NeedText(elements[i], elementPlace);
+        const std::string& key = RequireText(elements[i], elementPlace);
         if (key.size() < mark.size() || key.compare(key.size() - mark.size(), mark.size(), mark) != 0) {
             throw DesktopError(ErrorCode::InvalidArgument,
                                elementPlace + ": a key that ends in \":=\" is needed, not " + Quoted(key));

@@ -25,17 +25,17 @@ private:
         arguments.Literal("OptiParametric");
         model::ParametricSetup setup = ReadSetup(BlockReader(arguments.List(), "argument 2"));
         arguments.End();
-        if (setup.name.empty() || model::FindByName(TheDesign().parametricSetups, setup.name) != nullptr) {
+        if (setup.name.empty() || model::FindByName(RequireDesign().parametricSetups, setup.name) != nullptr) {
             FailBadValue("a parametric setup named " + Quoted(setup.name) + " exists already, or the name is empty");
         }
-        TheDesign().parametricSetups.push_back(std::move(setup));
+        RequireDesign().parametricSetups.push_back(std::move(setup));
         MarkChanged();
         return {};
     }
 
     Value EditSetup(Arguments& arguments) {
         const std::string& name = arguments.Text();
-        model::ParametricSetup& present = NeedNamed(TheDesign().parametricSetups, name, parametricSetup);
+        model::ParametricSetup& present = RequireNamed(RequireDesign().parametricSetups, name, parametricSetup);
         model::ParametricSetup setup = ReadSetup(BlockReader(arguments.List(), "argument 2", name));
         arguments.End();
         present = std::move(setup);
@@ -44,11 +44,11 @@ private:
     }
 
     Value DeleteSetups(Arguments& arguments) {
-        const std::vector<std::string> names = NeedTexts(arguments.Any(), "argument 1");
+        const std::vector<std::string> names = RequireTexts(arguments.Any(), "argument 1");
         arguments.End();
-        auto& setups = TheDesign().parametricSetups;
+        auto& setups = RequireDesign().parametricSetups;
         for (const auto& name : names) {
-            NeedNamed(setups, name, parametricSetup);
+            RequireNamed(setups, name, parametricSetup);
         }
         model::EraseNamed(setups, names);
         MarkChanged();
@@ -79,7 +79,7 @@ private:
 
     void WarnAboutMissingSetups(const model::ParametricSetup& setup) const {
         for (const auto& name : setup.analysisSetups) {
-            if (model::FindByName(TheDesign().setups, name) == nullptr) {
+            if (model::FindByName(RequireDesign().setups, name) == nullptr) {
                 Report(model::Severity::Warning, "the parametric setup " + Quoted(setup.name) + " names the setup " +
                                                      Quoted(name) + ", which does not exist");
             }
@@ -88,12 +88,12 @@ private:
 
     std::vector<model::ParametricSetup::Sweep> ReadSweeps(BlockReader block) const {
         std::vector<model::ParametricSetup::Sweep> sweeps;
-        const model::NameLookup lookup = TheDesign().variables.Lookup();
+        const model::NameLookup lookup = RequireDesign().variables.Lookup();
         while (!block.AtEnd()) {
             BlockReader entry = block.Block("SweepDefinition");
             model::ParametricSetup::Sweep sweep;
             sweep.variable = entry.Text("Variable:=");
-            if (!TheDesign().variables.Has(sweep.variable)) {
+            if (!RequireDesign().variables.Has(sweep.variable)) {
                 FailBadValue(entry.PlaceOf("Variable:=") + ": there is no variable " + Quoted(sweep.variable));
             }
             sweep.data = entry.Text("Data:=");

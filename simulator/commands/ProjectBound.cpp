@@ -9,7 +9,7 @@ using model::DesktopError;
 using model::ErrorCode;
 using model::Quoted;
 
-model::Project& ProjectBound::TheProject() const {
+model::Project& ProjectBound::RequireProject() const {
     if (m_project->closed) {
         throw DesktopError(ErrorCode::ObjectDeleted, "the project " + Quoted(m_project->name) + " has been closed");
     }
@@ -21,8 +21,8 @@ void ProjectBound::MarkChanged() const {
     m_project->changedBy = SharedSession();
 }
 
-model::Material& ProjectBound::ProjectMaterial(const std::string& name) const {
-    model::Project& project = TheProject();
+model::Material& ProjectBound::RequireProjectMaterial(const std::string& name) const {
+    model::Project& project = RequireProject();
     const model::Material* material = project.FindMaterial(name, TheDesktop().library);
     if (material == nullptr) {
         throw DesktopError(ErrorCode::InvalidDefinition,

@@ -16,7 +16,7 @@ public:
 protected:
     /// The project.
     /// @throws model::DesktopError (ObjectDeleted) when it has been closed.
-    model::Project& TheProject() const;
+    model::Project& RequireProject() const;
 
     const ProjectPointer& SharedProject() const { return m_project; }
 
@@ -25,7 +25,7 @@ protected:
 
     /// The definition behind a material name, taken from the library into the project when it is not there yet.
     /// @throws model::DesktopError (InvalidDefinition) for an unknown name.
-    model::Material& ProjectMaterial(const std::string& name) const;
+    model::Material& RequireProjectMaterial(const std::string& name) const;
 
     std::string ProjectName() const override { return m_project->name; }
 

@@ -34,13 +34,13 @@ private:
 
     Value GetName(Arguments& arguments) {
         arguments.End();
-        return TheProject().name;
+        return RequireProject().name;
     }
 
     /// The project's folder with a separator at its end; the program's own folder for a project without a file.
     Value GetPath(Arguments& arguments) {
         arguments.End();
-        const auto& file = TheProject().file;
+        const auto& file = RequireProject().file;
         auto folder = file.empty() ? std::filesystem::current_path() : file.parent_path();
         folder /= "";
         return model::Utf8(folder.make_preferred());
@@ -48,12 +48,12 @@ private:
 
     Value Save(Arguments& arguments) {
         arguments.End();
-        if (TheProject().file.empty()) {
+        if (RequireProject().file.empty()) {
             throw DesktopError(ErrorCode::ProjectNotSaved,
-                               "the project " + Quoted(TheProject().name) + " has no file yet; use SaveAs");
+                               "the project " + Quoted(RequireProject().name) + " has no file yet; use SaveAs");
         }
-        model::SaveProjectFile(TheProject());
-        TheProject().changed = false;
+        model::SaveProjectFile(RequireProject());
+        RequireProject().changed = false;
         return {};
     }
 
@@ -63,12 +63,12 @@ private:
         arguments.End();
         const auto file = std::filesystem::absolute(model::PathFromUtf8(path)).lexically_normal().make_preferred();
         CheckTarget(file, overwrite);
-        model::Project saved = TheProject();
+        model::Project saved = RequireProject();
         saved.file = file;
         saved.name = model::Utf8(file.stem());
         saved.changed = false;
         model::SaveProjectFile(saved);
-        TheProject() = saved;
+        RequireProject() = saved;
         return {};
     }
 
@@ -93,7 +93,7 @@ private:
 
     Value Close(Arguments& arguments) {
         arguments.End();
-        TheProject().closed = true;
+        RequireProject().closed = true;
         auto& projects = TheDesktop().projects;
         projects.erase(std::remove(projects.begin(), projects.end(), SharedProject()), projects.end());
         return {};
@@ -109,25 +109,25 @@ private:
             throw DesktopError(ErrorCode::UnsupportedDesignType,
                                "designs of type " + Quoted(type) + " are unknown; known is " + Quoted(designType));
         }
-        NeedOneOf(solution, {magnetostatic}, "argument 3");
+        RequireOneOf(solution, {magnetostatic}, "argument 3");
         if (name.empty()) {
             FailBadValue("argument 2: a design needs a name");
         }
-        if (TheProject().FindDesign(name)) {
+        if (RequireProject().FindDesign(name)) {
             throw DesktopError(ErrorCode::DesignNameCollision, "the project has a design " + Quoted(name) + " already");
         }
         auto design = std::make_shared<model::Design>();
         design->name = name;
         design->type = type;
         design->solutionType = solution;
-        TheProject().designs.push_back(design);
-        TheProject().activeDesign = name;
+        RequireProject().designs.push_back(design);
+        RequireProject().activeDesign = name;
         MarkChanged();
         return MakeDesign(SharedSession(), {SharedProject(), design});
     }
 
-    std::shared_ptr<model::Design> FindDesign(const std::string& name) const {
-        auto design = TheProject().FindDesign(name);
+    std::shared_ptr<model::Design> RequireDesign(const std::string& name) const {
+        auto design = RequireProject().FindDesign(name);
         if (!design) {
             throw DesktopError(ErrorCode::NotFound, "there is no design " + Quoted(name) +
                                                         "; the designs are: " + model::QuotedList(DesignNames()));
@@ -137,7 +137,7 @@ private:
 
     std::vector<std::string> DesignNames() const {
         std::vector<std::string> names;
-        for (const auto& design : TheProject().designs) {
+        for (const auto& design : RequireProject().designs) {
             names.push_back(design->name);
         }
         return names;
@@ -146,15 +146,15 @@ private:
     Value SetActiveDesign(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        auto design = FindDesign(name);
-        TheProject().activeDesign = name;
+        auto design = RequireDesign(name);
+        RequireProject().activeDesign = name;
         return MakeDesign(SharedSession(), {SharedProject(), design});
     }
 
     Value GetDesign(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        return MakeDesign(SharedSession(), {SharedProject(), FindDesign(name)});
+        return MakeDesign(SharedSession(), {SharedProject(), RequireDesign(name)});
     }
 
     Value GetChildNames(Arguments& arguments) {
@@ -166,15 +166,15 @@ private:
         const std::string& name = arguments.Text();
         arguments.End();
         if (name == "Materials") {
-            TheProject();
+            RequireProject();
             return MakeMaterials(SharedSession(), SharedProject());
         }
-        return MakeDesign(SharedSession(), {SharedProject(), FindDesign(name)});
+        return MakeDesign(SharedSession(), {SharedProject(), RequireDesign(name)});
     }
 
     Value GetDefinitionManager(Arguments& arguments) {
         arguments.End();
-        TheProject();
+        RequireProject();
         return MakeDefinitionManager(SharedSession(), SharedProject());
     }
 
@@ -188,15 +188,15 @@ private:
         if (name.empty()) {
             FailBadValue("a material needs a name");
         }
-        if (TheProject().materials.count(name) != 0) {
+        if (RequireProject().materials.count(name) != 0) {
             throw DesktopError(ErrorCode::InvalidDefinition, "the project has a material " + Quoted(name) + " already");
         }
-        if (TheProject().FindMaterial(name, TheDesktop().library) == nullptr) {
-            TheProject().materials.emplace(name, model::Material{name, 1.0, std::nullopt});
+        if (RequireProject().FindMaterial(name, TheDesktop().library) == nullptr) {
+            RequireProject().materials.emplace(name, model::Material{name, 1.0, std::nullopt});
             Report(model::Severity::Warning,
                    "AddMaterial: " + Quoted(name) + " is not in the library and is defined as a non-magnetic material");
         } else {
-            ProjectMaterial(name);
+            RequireProjectMaterial(name);
         }
         MarkChanged();
         return {};

@@ -28,7 +28,9 @@ public:
 private:
     static const MethodTable methods;
 
-    model::Report& FindReport(const std::string& name) const { return NeedNamed(TheDesign().reports, name, "report"); }
+    model::Report& RequireReport(const std::string& name) const {
+        return RequireNamed(RequireDesign().reports, name, "report");
+    }
 
     /// A report that is there already stays with its traces when it is defined in the same way, so that an opened
     /// project can be initialised again.
@@ -47,9 +49,9 @@ private:
         model::Report report;
         report.name = arguments.Text();
         report.reportType = arguments.Text();
-        NeedOneOf(report.reportType, {magnetostatic}, "argument 2");
+        RequireOneOf(report.reportType, {magnetostatic}, "argument 2");
         report.displayType = arguments.Text();
-        NeedOneOf(report.displayType, {"Rectangular Plot", "Data Table"}, "argument 3");
+        RequireOneOf(report.displayType, {"Rectangular Plot", "Data Table"}, "argument 3");
         report.solution = arguments.Text();
         if (!arguments.Any().IsEmpty()) {
             FailBadValue("argument 5: a context is not supported, nothing (VT_EMPTY) is needed");
@@ -57,21 +59,21 @@ private:
         report.families = ReadFamilies(arguments.List());
         ReadComponents(arguments.List(), report);
         arguments.End();
-        model::SetupOfSolution(TheDesign(), report.solution);
+        model::RequireSetupOfSolution(RequireDesign(), report.solution);
         if (report.name.empty()) {
             FailBadValue("argument 1: a report needs a name");
         }
-        if (const model::Report* present = model::FindByName(TheDesign().reports, report.name)) {
+        if (const model::Report* present = model::FindByName(RequireDesign().reports, report.name)) {
             KeepPresent(*present, report);
             return {};
         }
-        TheDesign().reports.push_back(report);
+        RequireDesign().reports.push_back(report);
         MarkChanged();
         return {};
     }
 
-    void NeedVariable(const std::string& name, const std::string& place) const {
-        if (!TheDesign().variables.Has(name)) {
+    void RequireVariable(const std::string& name, const std::string& place) const {
+        if (!RequireDesign().variables.Has(name)) {
             FailBadValue(place + ": there is no variable " + Quoted(name));
         }
     }
@@ -81,11 +83,11 @@ private:
         std::set<std::string> seen;
         for (const auto& [variable, value] : ReadPairs(elements, "argument 6")) {
             const std::string place = "argument 6, " + Quoted(variable + ":=");
-            NeedVariable(variable, place);
+            RequireVariable(variable, place);
             if (!seen.insert(variable).second) {
                 FailBadValue(place + " stands there twice");
             }
-            families.emplace_back(variable, NeedTexts(*value, place));
+            families.emplace_back(variable, RequireTexts(*value, place));
             if (families.back().second.empty()) {
                 FailBadValue(place + ": \"All\", \"Nominal\" or values are needed");
             }
@@ -99,11 +101,11 @@ private:
             throw DesktopError(ErrorCode::InvalidArgument,
                                "argument 7: \"X Component:=\" and \"Y Component:=\" are needed, in this order");
         }
-        report.xComponent = NeedText(*pairs[0].second, "argument 7, \"X Component:=\"");
-        NeedVariable(report.xComponent, "argument 7, \"X Component:=\"");
-        report.yComponents = NeedTexts(*pairs[1].second, "argument 7, \"Y Component:=\"");
+        report.xComponent = RequireText(*pairs[0].second, "argument 7, \"X Component:=\"");
+        RequireVariable(report.xComponent, "argument 7, \"X Component:=\"");
+        report.yComponents = RequireTexts(*pairs[1].second, "argument 7, \"Y Component:=\"");
         for (const auto& name : report.yComponents) {
-            if (model::FindByName(TheDesign().outputVariables, name) == nullptr) {
+            if (model::FindByName(RequireDesign().outputVariables, name) == nullptr) {
                 FailBadValue("argument 7, \"Y Component:=\": there is no output variable " + Quoted(name));
             }
         }
@@ -112,7 +114,7 @@ private:
     Value GetReportTraceNames(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
-        return Value::Texts(model::NamesOf(FindReport(name).traces));
+        return Value::Texts(model::NamesOf(RequireReport(name).traces));
     }
 
     Value DeleteTraces(Arguments& arguments) {
@@ -120,14 +122,14 @@ private:
         arguments.End();
         const auto pairs = ReadPairs(list, "argument 1");
         for (const auto& [name, traces] : pairs) {
-            for (const auto& trace : NeedTexts(*traces, "argument 1, " + Quoted(name + ":="))) {
-                if (model::FindByName(FindReport(name).traces, trace) == nullptr) {
+            for (const auto& trace : RequireTexts(*traces, "argument 1, " + Quoted(name + ":="))) {
+                if (model::FindByName(RequireReport(name).traces, trace) == nullptr) {
                     FailBadValue("the report " + Quoted(name) + " has no trace " + Quoted(trace));
                 }
             }
         }
         for (const auto& [name, value] : pairs) {
-            model::EraseNamed(FindReport(name).traces, NeedTexts(*value, "argument 1"));
+            model::EraseNamed(RequireReport(name).traces, RequireTexts(*value, "argument 1"));
         }
         MarkChanged();
         return {};
@@ -137,7 +139,7 @@ private:
         const std::string& name = arguments.Text();
         const std::string& file = arguments.Text();
         arguments.End();
-        model::Report& report = FindReport(name);
+        model::Report& report = RequireReport(name);
         std::vector<model::Trace> traces = model::ReadTraceFile(model::PathFromUtf8(file));
         for (const auto& trace : traces) {
             if (model::FindByName(report.traces, trace.name) != nullptr) {

@@ -21,21 +21,21 @@ using model::Quoted;
 
 } // namespace
 
-const std::string& NeedText(const Value& value, const std::string& place) {
+const std::string& RequireText(const Value& value, const std::string& place) {
     if (const std::string* text = value.AsText()) {
         return *text;
     }
     WrongType(value, place, "a text (VT_BSTR)");
 }
 
-bool NeedFlag(const Value& value, const std::string& place) {
+bool RequireFlag(const Value& value, const std::string& place) {
     if (const bool* flag = value.AsFlag()) {
         return *flag;
     }
     WrongType(value, place, "a flag (VT_BOOL)");
 }
 
-double NeedNumber(const Value& value, const std::string& place) {
+double RequireNumber(const Value& value, const std::string& place) {
     const Value::Integer* integer = value.AsInteger();
     if (integer != nullptr && integer->type == Value::Integer::Type::Short) {
         return integer->value;
@@ -50,7 +50,7 @@ double NeedNumber(const Value& value, const std::string& place) {
     return *number;
 }
 
-int NeedInteger(const Value& value, const std::string& place) {
+int RequireInteger(const Value& value, const std::string& place) {
     const Value::Integer* integer = value.AsInteger();
     if (integer == nullptr || integer->type == Value::Integer::Type::Long) {
         WrongType(value, place, "a whole number (VT_INT)", ErrorCode::NonNumericArgument);
@@ -58,15 +58,15 @@ int NeedInteger(const Value& value, const std::string& place) {
     return integer->value;
 }
 
-const Value::List& NeedList(const Value& value, const std::string& place) {
+const Value::List& RequireList(const Value& value, const std::string& place) {
     if (const Value::List* list = value.AsList()) {
         return *list;
     }
     WrongType(value, place, "an array (VT_ARRAY|VT_VARIANT)");
 }
 
-std::vector<std::string> NeedTexts(const Value& value, const std::string& place) {
-    const Value::List& list = NeedList(value, place);
+std::vector<std::string> RequireTexts(const Value& value, const std::string& place) {
+    const Value::List& list = RequireList(value, place);
     std::vector<std::string> texts;
     texts.reserve(list.size());
     for (const auto& element : list) {
@@ -82,14 +82,14 @@ void FailBadValue(const std::string& reason) {
     throw DesktopError(ErrorCode::BadArgumentValue, reason);
 }
 
-void NeedOneOf(const std::string& text, std::initializer_list<const char*> known, const std::string& place) {
+void RequireOneOf(const std::string& text, std::initializer_list<const char*> known, const std::string& place) {
     if (std::none_of(known.begin(), known.end(), [&](const char* word) { return text == word; })) {
         FailBadValue(place + ": unknown value " + Quoted(text) + "; known are " +
                      model::QuotedList(std::vector<std::string>(known.begin(), known.end())));
     }
 }
 
-std::string NeedQuoted(const std::string& text, const std::string& place) {
+std::string RequireQuoted(const std::string& text, const std::string& place) {
     if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
         FailBadValue(place + ": a name in double quotes is needed, not " + text);
     }

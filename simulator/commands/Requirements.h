@@ -14,16 +14,16 @@ namespace vantor::commands {
 /// @param place "argument 2", or "\"Axis:=\" of \"NAME:Torque_Rotor_X\"".
 /// @throws model::DesktopError: MissingArgument for VT_EMPTY, NonNumericArgument or UnsupportedArgumentType for another
 ///         type.
-const std::string& NeedText(const Value& value, const std::string& place);
-bool NeedFlag(const Value& value, const std::string& place);
+const std::string& RequireText(const Value& value, const std::string& place);
+bool RequireFlag(const Value& value, const std::string& place);
 
 /// A VT_R8, or a VT_I2 (what a script's literal without a decimal point is); finite.
-double NeedNumber(const Value& value, const std::string& place);
+double RequireNumber(const Value& value, const std::string& place);
 
 /// A VT_INT, or a VT_I2 (no script can make a VT_INT).
-int NeedInteger(const Value& value, const std::string& place);
-const Value::List& NeedList(const Value& value, const std::string& place);
-std::vector<std::string> NeedTexts(const Value& value, const std::string& place);
+int RequireInteger(const Value& value, const std::string& place);
+const Value::List& RequireList(const Value& value, const std::string& place);
+std::vector<std::string> RequireTexts(const Value& value, const std::string& place);
 
 /// A failure of kind BadArgumentValue.
 [[noreturn]] void FailBadValue(const std::string& reason);
@@ -32,7 +32,7 @@ std::vector<std::string> NeedTexts(const Value& value, const std::string& place)
 /// @param kind  what the elements are, for the complaint: "report"
 /// @throws model::DesktopError (BadArgumentValue) when there is none.
 template <typename Element>
-Element& NeedNamed(std::vector<Element>& elements, const std::string& name, const char* kind) {
+Element& RequireNamed(std::vector<Element>& elements, const std::string& name, const char* kind) {
     Element* const element = model::FindByName(elements, name);
     if (element == nullptr) {
         FailBadValue(std::string("there is no ") + kind + " " + model::Quoted(name));
@@ -41,10 +41,10 @@ Element& NeedNamed(std::vector<Element>& elements, const std::string& name, cons
 }
 
 /// Complains (BadArgumentValue) unless the text is one of those.
-void NeedOneOf(const std::string& text, std::initializer_list<const char*> known, const std::string& place);
+void RequireOneOf(const std::string& text, std::initializer_list<const char*> known, const std::string& place);
 
 /// The name between the double quotes that material values come in.
 /// @throws model::DesktopError (BadArgumentValue) for a text without them.
-std::string NeedQuoted(const std::string& text, const std::string& place);
+std::string RequireQuoted(const std::string& text, const std::string& place);
 
 } // namespace vantor::commands

@@ -14,14 +14,14 @@ namespace {
 using model::Quoted;
 
 /// A number of passes: whole, 1 or more.
-int NeedPasses(double value, const std::string& place) {
+int RequirePasses(double value, const std::string& place) {
     if (value < 1.0 || value > 1000.0 || value != std::floor(value)) {
         FailBadValue(place + " must be a whole number from 1 to 1000, not " + model::FormatNumber(value));
     }
     return static_cast<int>(value);
 }
 
-double NeedPercent(double value, const std::string& place) {
+double RequirePercent(double value, const std::string& place) {
     if (!(value > 0.0) || value > 100.0) {
         FailBadValue(place + " must be more than 0 and at most 100, not " + model::FormatNumber(value));
     }
@@ -40,21 +40,21 @@ private:
     Value InsertSetup(Arguments& arguments) {
         model::AnalysisSetup setup;
         setup.type = arguments.Text();
-        NeedOneOf(setup.type, {magnetostatic}, "argument 1");
+        RequireOneOf(setup.type, {magnetostatic}, "argument 1");
         BlockReader block(arguments.List(), "argument 2");
         setup.name = block.Name();
         if (setup.name.empty()) {
             FailBadValue("argument 2: a setup needs a name");
         }
         setup.enabled = block.Flag("Enabled:=");
-        setup.maximumPasses = NeedPasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
-        setup.percentError = NeedPercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
+        setup.maximumPasses = RequirePasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
+        setup.percentError = RequirePercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
         block.End();
         arguments.End();
-        if (model::FindByName(TheDesign().setups, setup.name) != nullptr) {
+        if (model::FindByName(RequireDesign().setups, setup.name) != nullptr) {
             FailBadValue("a setup named " + Quoted(setup.name) + " exists already");
         }
-        TheDesign().setups.push_back(setup);
+        RequireDesign().setups.push_back(setup);
         MarkChanged();
         return {};
     }
@@ -62,14 +62,14 @@ private:
     Value EditSetup(Arguments& arguments) {
         const std::string& name = arguments.Text();
         BlockReader block(arguments.List(), "argument 2", name);
-        model::AnalysisSetup& present = NeedNamed(TheDesign().setups, name, "setup");
+        model::AnalysisSetup& present = RequireNamed(RequireDesign().setups, name, "setup");
         model::AnalysisSetup setup = present;
         setup.enabled = block.Flag("Enabled:=");
         if (block.NextIs("MaximumPasses:=")) {
-            setup.maximumPasses = NeedPasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
+            setup.maximumPasses = RequirePasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
         }
         if (block.NextIs("PercentError:=")) {
-            setup.percentError = NeedPercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
+            setup.percentError = RequirePercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
         }
         if (!block.AtEnd()) {
             setup.expressionCache = ReadExpressionCache(block.Block("ExpressionCache"));
@@ -88,7 +88,7 @@ private:
             model::ExpressionCacheItem item;
             item.title = entry.Text("Title:=");
             item.expression = entry.Text("Expression:=");
-            model::CheckOutputExpression(TheDesign(), item.expression);
+            model::CheckOutputExpression(RequireDesign(), item.expression);
             entry.Literal("ReportType:=", magnetostatic);
             item.reportType = magnetostatic;
             entry.Block("ExpressionContext").End();

@@ -33,7 +33,7 @@ std::string SolutionName(const std::string& setup) {
     return setup + solutionSuffix;
 }
 
-const AnalysisSetup& SetupOfSolution(const Design& design, const std::string& solution) {
+const AnalysisSetup& RequireSetupOfSolution(const Design& design, const std::string& solution) {
     for (const auto& setup : design.setups) {
         if (SolutionName(setup.name) == solution) {
             return setup;

@@ -170,7 +170,7 @@ std::string SolutionName(const std::string& setup);
 
 /// The setup of a solution name.
 /// @throws DesktopError (BadArgumentValue) when the design has no such setup or the text is no solution name.
-const AnalysisSetup& SetupOfSolution(const Design& design, const std::string& solution);
+const AnalysisSetup& RequireSetupOfSolution(const Design& design, const std::string& solution);
 
 /// The present value of an output variable.
 /// @throws DesktopError (BadArgumentValue, SolutionError) for unknown names, a model that has changed since the last

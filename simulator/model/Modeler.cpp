@@ -104,11 +104,11 @@ const GeometryObject* Modeler::FindObject(const std::string& name) const {
     return place == m_objectPlaces.end() ? nullptr : &m_objects[place->second];
 }
 
-GeometryObject& Modeler::Object(const std::string& name) {
-    return const_cast<GeometryObject&>(std::as_const(*this).Object(name));
+GeometryObject& Modeler::RequireObject(const std::string& name) {
+    return const_cast<GeometryObject&>(std::as_const(*this).RequireObject(name));
 }
 
-const GeometryObject& Modeler::Object(const std::string& name) const {
+const GeometryObject& Modeler::RequireObject(const std::string& name) const {
     const GeometryObject* object = FindObject(name);
     if (object == nullptr) {
         throw DesktopError(ErrorCode::InvalidToolObject, "there is no object " + Quoted(name));
@@ -121,7 +121,7 @@ bool Modeler::HasFrame(const std::string& name) const {
                                               [&](const CoordinateSystem& system) { return system.name == name; });
 }
 
-const CoordinateSystem& Modeler::Frame(const std::string& name) const {
+const CoordinateSystem& Modeler::RequireFrame(const std::string& name) const {
     for (const auto& system : m_coordinateSystems) {
         if (system.name == name) {
             return system;
@@ -180,7 +180,7 @@ Pose Modeler::NestedPose(const std::string& name, const Variables& variables, in
     if (depth > deepestFrame) {
         throw ExpressionError("coordinate system " + Quoted(name) + " refers to itself or is nested too deep");
     }
-    const CoordinateSystem& system = Frame(name);
+    const CoordinateSystem& system = RequireFrame(name);
     return NestedPose(system.reference, variables, depth + 1) * OwnPose(system, variables);
 }
 
@@ -189,7 +189,7 @@ Pose Modeler::FramePose(const std::string& name, const Variables& variables) con
 }
 
 void Modeler::Transform(const std::string& name, const Pose& inWorkingFrame, const Variables& variables) {
-    GeometryObject& object = Object(name);
+    GeometryObject& object = RequireObject(name);
     Pose local = inWorkingFrame;
     if (object.coordinateSystem != m_workingFrame) {
         const Pose working = FramePose(m_workingFrame, variables);
@@ -245,6 +245,12 @@ bool Modeler::SetRegion(const Region& region, const Variables& variables) {
 
 Box Modeler::RegionBox(const Variables& variables) const {
     return RegionBoxOf(*m_region, variables);
+}
+
+void Modeler::CheckRegion(const Variables& variables) const {
+    if (m_region) {
+        RegionBoxOf(*m_region, variables);
+    }
 }
 
 Box Modeler::RegionBoxOf(const Region& region, const Variables& variables) const {

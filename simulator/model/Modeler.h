@@ -81,8 +81,12 @@ public:
     std::vector<std::string> Names() const;
     bool HasObject(const std::string& name) const { return FindObject(name) != nullptr; }
     bool IsRegion(const std::string& name) const { return m_region && m_region->name == name; }
-    GeometryObject& Object(const std::string& name);
-    const GeometryObject& Object(const std::string& name) const;
+    /// The solid of that name.
+    /// @throws DesktopError (InvalidToolObject) when there is none.
+    GeometryObject& RequireObject(const std::string& name);
+    const GeometryObject& RequireObject(const std::string& name) const;
+
+    /// @pre there is a region.
     Region& TheRegion() { return *m_region; }
 
     void AddCoordinateSystem(const CoordinateSystem& system, const Variables& variables);
@@ -107,7 +111,13 @@ public:
     Mesh GlobalMesh(const GeometryObject& object, const Variables& variables) const;
 
     /// The region's box as it is now.
+    /// @pre there is a region.
+    /// @throws ExpressionError when its padding or a frame cannot be evaluated.
     Box RegionBox(const Variables& variables) const;
+
+    /// Makes sure that the region, if there is one, has a box.
+    /// @throws ExpressionError as RegionBox.
+    void CheckRegion(const Variables& variables) const;
 
     /// Puts back what a project file holds, as it stands.
     void Restore(const std::string& units, std::vector<GeometryObject> objects, std::vector<CoordinateSystem> systems,
@@ -115,7 +125,7 @@ public:
 
 private:
     const GeometryObject* FindObject(const std::string& name) const;
-    const CoordinateSystem& Frame(const std::string& name) const;
+    const CoordinateSystem& RequireFrame(const std::string& name) const;
     Pose OwnPose(const CoordinateSystem& system, const Variables& variables) const;
     Pose NestedPose(const std::string& name, const Variables& variables, int depth) const;
     void Transform(const std::string& name, const Pose& inWorkingFrame, const Variables& variables);

@@ -17,7 +17,7 @@ DesktopError Bad(const std::string& detail) {
 
 } // namespace
 
-const std::string& Variables::Value(const std::string& name) const {
+const std::string& Variables::RequireValue(const std::string& name) const {
     const auto place = m_places.find(name);
     if (place == m_places.end()) {
         throw Bad("there is no variable " + Quoted(name));

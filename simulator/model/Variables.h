@@ -22,7 +22,7 @@ public:
 
     /// The expression of a variable.
     /// @throws DesktopError (BadArgumentValue) for an unknown name.
-    const std::string& Value(const std::string& name) const;
+    const std::string& RequireValue(const std::string& name) const;
 
     /// Adds variables, then evaluates each: all are added, or none.
     /// @throws DesktopError (BadArgumentValue) for a name that is taken or that expressions cannot refer to, and for a

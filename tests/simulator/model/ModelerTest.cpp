@@ -55,12 +55,12 @@ TEST(Modeler, TakesGeometryInModelUnits) {
     Modeler modeler;
     modeler.SetUnits("in", false);
     modeler.Import({{{"A", "", shapes::Cube(0, 1)}}, {}}, true);
-    EXPECT_NEAR(SignedVolume(modeler.Object("A").mesh), std::pow(0.0254, 3), 1e-18);
-    EXPECT_EQ(modeler.Object("A").material, "vacuum");
+    EXPECT_NEAR(SignedVolume(modeler.RequireObject("A").mesh), std::pow(0.0254, 3), 1e-18);
+    EXPECT_EQ(modeler.RequireObject("A").material, "vacuum");
     modeler.SetUnits("mm", false);
-    EXPECT_NEAR(SignedVolume(modeler.Object("A").mesh), std::pow(0.0254, 3), 1e-18);
+    EXPECT_NEAR(SignedVolume(modeler.RequireObject("A").mesh), std::pow(0.0254, 3), 1e-18);
     modeler.SetUnits("m", true);
-    EXPECT_NEAR(SignedVolume(modeler.Object("A").mesh), std::pow(25.4, 3), 1e-8);
+    EXPECT_NEAR(SignedVolume(modeler.RequireObject("A").mesh), std::pow(25.4, 3), 1e-8);
 }
 
 TEST(Modeler, KnowsTheUsualNamesOfUnits) {
@@ -95,7 +95,7 @@ TEST(Modeler, TurnsAboutTheAxisThroughTheOrigin) {
     Modeler modeler = WithCube();
     modeler.Rotate("Rotor", 2, std::acos(-1.0) / 2.0, Variables());
     Box box;
-    for (const auto& vertex : modeler.Object("Rotor").mesh.vertices) {
+    for (const auto& vertex : modeler.RequireObject("Rotor").mesh.vertices) {
         box.Add(vertex);
     }
     EXPECT_NEAR(box.lower.x(), -0.01, 1e-15);
@@ -110,16 +110,16 @@ TEST(Modeler, PutsABodyBackWhereItWasImported) {
     const double turn = 0.4, x = 0.02;
     const double psi = -turn;
     Modeler modeler = WithCube();
-    const Mesh imported = modeler.Object("Rotor").mesh;
+    const Mesh imported = modeler.RequireObject("Rotor").mesh;
     const Variables variables = BodyVariables(x, 0.0, 0.0, psi);
     modeler.AddCoordinateSystem(BodyFrame(), variables);
     modeler.Move("Rotor", {-x, 0.0, 0.0}, variables);
     modeler.Rotate("Rotor", 0, psi, variables);
     // A corner at (30, 10, 0) mm has the own coordinates (10, 10 c, -10 s) mm.
     const Eigen::Vector3d own(0.01, 0.01 * std::cos(turn), -0.01 * std::sin(turn));
-    EXPECT_NEAR((modeler.Object("Rotor").mesh.vertices[3] - own).norm(), 0.0, 1e-15);
-    modeler.Object("Rotor").coordinateSystem = "Obj_CS_B";
-    const Mesh now = modeler.GlobalMesh(modeler.Object("Rotor"), variables);
+    EXPECT_NEAR((modeler.RequireObject("Rotor").mesh.vertices[3] - own).norm(), 0.0, 1e-15);
+    modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
+    const Mesh now = modeler.GlobalMesh(modeler.RequireObject("Rotor"), variables);
     for (std::size_t i = 0; i < imported.vertices.size(); ++i) {
         EXPECT_NEAR((now.vertices[i] - imported.vertices[i]).norm(), 0.0, 1e-15);
     }
@@ -129,9 +129,9 @@ TEST(Modeler, MovesABodyWithItsVariables) {
     Modeler modeler = WithCube();
     Variables variables = BodyVariables(0.0, 0.0, 0.0, 0.0);
     modeler.AddCoordinateSystem(BodyFrame(), variables);
-    modeler.Object("Rotor").coordinateSystem = "Obj_CS_B";
+    modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
     variables.Change({{"B_X", "0.5Meter"}, {"B_Psi", "-1.5707963267948966Rad"}});
-    const Mesh now = modeler.GlobalMesh(modeler.Object("Rotor"), variables);
+    const Mesh now = modeler.GlobalMesh(modeler.RequireObject("Rotor"), variables);
     // Psi turns the frame by -psi about X: the corner (20, 10, 0) mm goes to (520, 0, 10) mm.
     EXPECT_NEAR((now.vertices[2] - Eigen::Vector3d(0.52, 0.0, 0.01)).norm(), 0.0, 1e-15);
 }

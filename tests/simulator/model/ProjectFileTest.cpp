@@ -41,7 +41,7 @@ Project FullProject() {
     design->modeler.Import({{{"Rotor", "N", shapes::Cube(1, 2)}}, {}}, true);
     design->modeler.AddCoordinateSystem({"Obj_CS_B", "Global", {"B_X", "0", "0"}, {"1", "0", "0"}, {"0", "1", "0"}},
                                         design->variables);
-    design->modeler.Object("Rotor").coordinateSystem = "Obj_CS_B";
+    design->modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
     design->modeler.SetRegion(
         {"OuterRegion", "vacuum", "(1 2 3)", 0.5, true, "Global", "Global", true, {"1", "2", "3", "4", "5", "6"}},
         design->variables);
@@ -117,8 +117,8 @@ TEST(ProjectFile, ReadsBackWhatItWrote) {
     EXPECT_EQ(WriteProject(*project), text);
     const Design& design = *project->designs.at(0);
     EXPECT_EQ(OutputVariableValue(design, design.outputVariables[0]), 0.0123456789012345678 / 1e-3);
-    EXPECT_EQ(design.modeler.Object("Rotor").mesh.vertices,
-              FullProject().designs[0]->modeler.Object("Rotor").mesh.vertices);
+    EXPECT_EQ(design.modeler.RequireObject("Rotor").mesh.vertices,
+              FullProject().designs[0]->modeler.RequireObject("Rotor").mesh.vertices);
 }
 
 TEST(ProjectFile, NamesFileAndPlaceOfWhatItCannotRead) {

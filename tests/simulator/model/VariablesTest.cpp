@@ -36,12 +36,12 @@ TEST(Variables, ChangeAllOrNothing) {
     Variables variables;
     variables.Add({{"a", "1"}, {"b", "2"}});
     EXPECT_EQ(Complaint([&] { variables.Change({{"a", "5"}, {"c", "6"}}); }), "there is no variable \"c\" to change");
-    EXPECT_EQ(variables.Value("a"), "1");
+    EXPECT_EQ(variables.RequireValue("a"), "1");
     EXPECT_EQ(Complaint([&] {
                   variables.Change({{"a", "5"}, {"b", "6*"}});
               }),
               "variable \"b\": a value is missing at position 3 of \"6*\"");
-    EXPECT_EQ(variables.Value("a"), "1");
+    EXPECT_EQ(variables.RequireValue("a"), "1");
 }
 
 TEST(Variables, RejectNamesThatExpressionsCannotReferTo) {
