@@ -16,7 +16,7 @@ using ReportFunction = std::function<void(model::Severity severity, const std::s
 /// magnets that no load is defined on.
 struct FieldModel {
     std::vector<solver::Body> bodies;
-    /// For each load of the design the place of its body.
+    /// For each load of the design the index of its body.
     std::vector<std::size_t> bodyOfLoad;
 };
 

@@ -19,27 +19,27 @@ const Value& Arguments::Next() {
 
 const std::string& Arguments::Text() {
     const Value& value = Next();
-    return RequireText(value, Place());
+    return RequireText(value, Location());
 }
 
 bool Arguments::Flag() {
     const Value& value = Next();
-    return RequireFlag(value, Place());
+    return RequireFlag(value, Location());
 }
 
 double Arguments::Number() {
     const Value& value = Next();
-    return RequireNumber(value, Place());
+    return RequireNumber(value, Location());
 }
 
 int Arguments::Integer() {
     const Value& value = Next();
-    return RequireInteger(value, Place());
+    return RequireInteger(value, Location());
 }
 
 const Value::List& Arguments::List() {
     const Value& value = Next();
-    return RequireList(value, Place());
+    return RequireList(value, Location());
 }
 
 const Value& Arguments::Any() {
@@ -50,13 +50,13 @@ void Arguments::Literal(std::string_view text) {
     const std::string& found = Text();
     if (found != text) {
         throw DesktopError(ErrorCode::BadArgumentValue,
-                           Place() + " must be " + Quoted(text) + ", not " + Quoted(found));
+                           Location() + " must be " + Quoted(text) + ", not " + Quoted(found));
     }
 }
 
 void Arguments::EmptyList() {
     if (!List().empty()) {
-        throw DesktopError(ErrorCode::BadArgumentValue, Place() + " must be an array without elements");
+        throw DesktopError(ErrorCode::BadArgumentValue, Location() + " must be an array without elements");
     }
 }
 

@@ -31,7 +31,7 @@ public:
 
 private:
     const Value& Next();
-    std::string Place() const { return "argument " + std::to_string(m_next); }
+    std::string Location() const { return "argument " + std::to_string(m_next); }
 
     const std::vector<Value>& m_values;
     std::size_t m_next = 0;

@@ -23,11 +23,11 @@ std::string Shown(const Value& value) {
 
 } // namespace
 
-BlockReader::BlockReader(const Value::List& elements, const std::string& place) : m_elements(elements) {
+BlockReader::BlockReader(const Value::List& elements, const std::string& location) : m_elements(elements) {
     const std::string* head = elements.empty() ? nullptr : elements[0].AsText();
     if (head == nullptr || head->compare(0, nameMark.size(), nameMark) != 0) {
         throw DesktopError(ErrorCode::MissingArgument,
-                           place + ": the array must begin with \"NAME:\"" +
+                           location + ": the array must begin with \"NAME:\"" +
                                (elements.empty() ? std::string(", but it has no elements")
                                                  : ", but here stands " + Shown(elements[0])));
     }
@@ -35,16 +35,16 @@ BlockReader::BlockReader(const Value::List& elements, const std::string& place) 
     m_next = 1;
 }
 
-BlockReader::BlockReader(const Value::List& elements, const std::string& place, std::string_view name)
-    : BlockReader(elements, place) {
+BlockReader::BlockReader(const Value::List& elements, const std::string& location, std::string_view name)
+    : BlockReader(elements, location) {
     if (m_name != name) {
-        throw DesktopError(ErrorCode::InvalidArgument, place + ": " +
+        throw DesktopError(ErrorCode::InvalidArgument, location + ": " +
                                                            Quoted(std::string(nameMark) + std::string(name)) +
                                                            " is needed, not " + Quoted(std::string(nameMark) + m_name));
     }
 }
 
-std::string BlockReader::PlaceOf(std::string_view key) const {
+std::string BlockReader::LocationOf(std::string_view key) const {
     return Quoted(key) + " of " + Quoted(std::string(nameMark) + m_name);
 }
 
@@ -64,49 +64,49 @@ const Value& BlockReader::ValueOf(std::string_view key) {
                                                            " is needed, here stands " + Shown(found));
     }
     if (AtEnd()) {
-        throw DesktopError(ErrorCode::IncompleteArray, PlaceOf(key) + ": the value is missing");
+        throw DesktopError(ErrorCode::IncompleteArray, LocationOf(key) + ": the value is missing");
     }
     return m_elements[m_next++];
 }
 
 const std::string& BlockReader::Text(std::string_view key) {
-    return RequireText(ValueOf(key), PlaceOf(key));
+    return RequireText(ValueOf(key), LocationOf(key));
 }
 
 bool BlockReader::Flag(std::string_view key) {
-    return RequireFlag(ValueOf(key), PlaceOf(key));
+    return RequireFlag(ValueOf(key), LocationOf(key));
 }
 
 double BlockReader::Number(std::string_view key) {
-    return RequireNumber(ValueOf(key), PlaceOf(key));
+    return RequireNumber(ValueOf(key), LocationOf(key));
 }
 
 std::vector<std::string> BlockReader::Texts(std::string_view key) {
-    return RequireTexts(ValueOf(key), PlaceOf(key));
+    return RequireTexts(ValueOf(key), LocationOf(key));
 }
 
 const Value::List& BlockReader::List(std::string_view key) {
-    return RequireList(ValueOf(key), PlaceOf(key));
+    return RequireList(ValueOf(key), LocationOf(key));
 }
 
 void BlockReader::Literal(std::string_view key, const char* text) {
     const std::string& found = Text(key);
     if (found != text) {
         throw DesktopError(ErrorCode::BadArgumentValue,
-                           PlaceOf(key) + " must be " + Quoted(text) + ", not " + Quoted(found));
+                           LocationOf(key) + " must be " + Quoted(text) + ", not " + Quoted(found));
     }
 }
 
 void BlockReader::Literal(std::string_view key, bool flag) {
     if (Flag(key) != flag) {
-        throw DesktopError(ErrorCode::BadArgumentValue, PlaceOf(key) + " must be " + (flag ? "true" : "false"));
+        throw DesktopError(ErrorCode::BadArgumentValue, LocationOf(key) + " must be " + (flag ? "true" : "false"));
     }
 }
 
 void BlockReader::Literal(std::string_view key, double number) {
     const double found = Number(key);
     if (found != number) {
-        throw DesktopError(ErrorCode::BadArgumentValue, PlaceOf(key) + " must be " + model::FormatNumber(number) +
+        throw DesktopError(ErrorCode::BadArgumentValue, LocationOf(key) + " must be " + model::FormatNumber(number) +
                                                             ", not " + model::FormatNumber(found));
     }
 }
@@ -114,14 +114,14 @@ void BlockReader::Literal(std::string_view key, double number) {
 BlockReader BlockReader::Block(std::string_view name) {
     const std::string expected = std::string(nameMark) + std::string(name);
     const Value& element = NextElement(expected);
-    const std::string place = Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next);
-    return BlockReader(RequireList(element, place), place, name);
+    const std::string location = Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next);
+    return BlockReader(RequireList(element, location), location, name);
 }
 
 BlockReader BlockReader::Block() {
     const Value& element = NextElement(nameMark);
-    const std::string place = Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next);
-    return BlockReader(RequireList(element, place), place);
+    const std::string location = Quoted(std::string(nameMark) + m_name) + ", element " + std::to_string(m_next);
+    return BlockReader(RequireList(element, location), location);
 }
 
 const std::string& BlockReader::BareText() {

@@ -17,10 +17,10 @@ namespace vantor::commands {
 class BlockReader {
 public:
     /// Reads the block's head and remembers its name.
-    BlockReader(const Value::List& elements, const std::string& place);
+    BlockReader(const Value::List& elements, const std::string& location);
 
     /// Reads a block that has to have this name.
-    BlockReader(const Value::List& elements, const std::string& place, std::string_view name);
+    BlockReader(const Value::List& elements, const std::string& location, std::string_view name);
 
     const std::string& Name() const { return m_name; }
 
@@ -50,7 +50,7 @@ public:
     void End() const;
 
     /// "\"Axis:=\" of \"NAME:Torque_Rotor_X\"".
-    std::string PlaceOf(std::string_view key) const;
+    std::string LocationOf(std::string_view key) const;
 
 private:
     const Value& ValueOf(std::string_view key);

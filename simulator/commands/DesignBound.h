@@ -10,15 +10,15 @@ namespace vantor::commands {
 /// An object that belongs to a design.
 class DesignBound : public ProjectBound {
 public:
-    DesignBound(const MethodTable& methods, SessionPointer session, DesignPlace place)
-        : ProjectBound(methods, std::move(session), std::move(place.project)), m_design(std::move(place.design)) {}
+    DesignBound(const MethodTable& methods, SessionPointer session, DesignReference design)
+        : ProjectBound(methods, std::move(session), std::move(design.project)), m_design(std::move(design.design)) {}
 
 protected:
     /// The design.
     /// @throws model::DesktopError (ObjectDeleted) when its project has been closed.
     model::Design& RequireDesign() const;
 
-    DesignPlace Place() const { return {SharedProject(), m_design}; }
+    DesignReference SharedDesign() const { return {SharedProject(), m_design}; }
 
     /// Notes a change of what is solved: the solution is no longer that of the model.
     void MarkModelChanged() const;

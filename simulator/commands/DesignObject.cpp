@@ -47,8 +47,8 @@ Variable ReadChangedVariable(BlockReader entry) {
 /// A design.
 class DesignObject : public DesignBound {
 public:
-    DesignObject(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    DesignObject(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -79,14 +79,14 @@ private:
         arguments.End();
         RequireOneOf(name, {"3D Modeler"}, "argument 1");
         RequireDesign();
-        return MakeEditor(SharedSession(), Place());
+        return MakeEditor(SharedSession(), SharedDesign());
     }
 
     Value GetModule(Arguments& arguments) {
         const std::string& name = arguments.Text();
         arguments.End();
         RequireDesign();
-        using Maker = Value::Object (*)(SessionPointer, DesignPlace);
+        using Maker = Value::Object (*)(SessionPointer, DesignReference);
         static const std::vector<std::pair<std::string, Maker>> modules = {
             {"AnalysisSetup", MakeSetupModule},        {"OutputVariable", MakeOutputVariableModule},
             {"VeltrixParameterSetup", MakeLoadModule}, {"ReportSetup", MakeReportModule},
@@ -94,7 +94,7 @@ private:
         };
         for (const auto& [moduleName, make] : modules) {
             if (moduleName == name) {
-                return make(SharedSession(), Place());
+                return make(SharedSession(), SharedDesign());
             }
         }
         throw DesktopError(ErrorCode::ModuleNotFound, "there is no module " + Quoted(name));
@@ -111,8 +111,8 @@ private:
         arguments.End();
         RequireDesign();
         RequireOneOf(name, {"Paravant", "Results"}, "argument 1");
-        return name == "Paravant" ? MakeParametricSetups(SharedSession(), Place())
-                                  : MakeResults(SharedSession(), Place());
+        return name == "Paravant" ? MakeParametricSetups(SharedSession(), SharedDesign())
+                                  : MakeResults(SharedSession(), SharedDesign());
     }
 
     Value GetProperties(Arguments& arguments) {
@@ -187,8 +187,8 @@ const ScriptObject::MethodTable DesignObject::methods = {
 
 } // namespace
 
-Value::Object MakeDesign(SessionPointer session, DesignPlace place) {
-    return std::make_shared<DesignObject>(std::move(session), std::move(place));
+Value::Object MakeDesign(SessionPointer session, DesignReference design) {
+    return std::make_shared<DesignObject>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

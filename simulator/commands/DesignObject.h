@@ -1,12 +1,12 @@
 #pragma once
 
-#include "simulator/commands/DesignPlace.h"
+#include "simulator/commands/DesignReference.h"
 #include "simulator/commands/Session.h"
 #include "simulator/commands/Value.h"
 
 namespace vantor::commands {
 
 /// A design.
-Value::Object MakeDesign(SessionPointer session, DesignPlace place);
+Value::Object MakeDesign(SessionPointer session, DesignReference design);
 
 } // namespace vantor::commands

@@ -87,7 +87,7 @@ bool ReadMaterialFlags(BlockReader& block) {
 }
 
 /// "(143 175 143)".
-void CheckColor(const std::string& color, const std::string& place) {
+void CheckColor(const std::string& color, const std::string& location) {
     const bool enclosed = color.size() > 2 && color.front() == '(' && color.back() == ')';
     const auto parts = model::Split(enclosed ? color.substr(1, color.size() - 2) : "", ' ');
     bool valid = enclosed && parts.size() == 3;
@@ -96,14 +96,15 @@ void CheckColor(const std::string& color, const std::string& place) {
         valid = valid && model::ParseNumber(part, value) && value >= 0.0 && value <= 255.0;
     }
     if (!valid) {
-        FailBadValue(place + ": a color is written as in \"(143 175 143)\", not " + Quoted(color));
+        FailBadValue(location + ": a color is written as in \"(143 175 143)\", not " + Quoted(color));
     }
 }
 
 /// The 3D modeler of a design.
 class Editor : public DesignBound {
 public:
-    Editor(SessionPointer session, DesignPlace place) : DesignBound(methods, std::move(session), std::move(place)) {}
+    Editor(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -121,7 +122,7 @@ private:
         if (!RequireModeler().IsRegion(name)) {
             RequireModeler().RequireObject(name);
         }
-        return MakeGeometryHandle(SharedSession(), Place(), name);
+        return MakeGeometryHandle(SharedSession(), SharedDesign(), name);
     }
 
     Value SetModelUnits(Arguments& arguments) {
@@ -188,18 +189,18 @@ private:
     void ReadRegionAttributes(BlockReader block, model::Region& region) const {
         region.name = block.Text("Name:=");
         if (region.name.empty()) {
-            FailBadValue(block.PlaceOf("Name:=") + ": a region needs a name");
+            FailBadValue(block.LocationOf("Name:=") + ": a region needs a name");
         }
         block.Text("Flags:=");
         region.color = block.Text("Color:=");
-        CheckColor(region.color, block.PlaceOf("Color:="));
+        CheckColor(region.color, block.LocationOf("Color:="));
         region.transparency = block.Number("Transparency:=");
         if (region.transparency < 0.0 || region.transparency > 1.0) {
-            FailBadValue(block.PlaceOf("Transparency:=") + " must lie between 0 and 1");
+            FailBadValue(block.LocationOf("Transparency:=") + " must lie between 0 and 1");
         }
         block.Literal("PartCoordinateSystem:=", model::globalFrame);
         block.Literal("UDMId:=", "");
-        region.material = RequireQuoted(block.Text("MaterialValue:="), block.PlaceOf("MaterialValue:="));
+        region.material = RequireQuoted(block.Text("MaterialValue:="), block.LocationOf("MaterialValue:="));
         CheckRegionMaterial(region.material);
         block.Literal("SurfaceMaterialValue:=", "\"\"");
         region.solveInside = ReadMaterialFlags(block);
@@ -261,7 +262,7 @@ private:
         const auto names = ReadSelections(arguments.List(), RequireModeler());
         BlockReader block(arguments.List(), "argument 2", "RotateParameters");
         const std::string& axis = block.Text("RotateAxis:=");
-        RequireOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("RotateAxis:="));
+        RequireOneOf(axis, {"X", "Y", "Z"}, block.LocationOf("RotateAxis:="));
         const std::string& angleText = block.Text("RotateAngle:=");
         block.End();
         arguments.End();
@@ -285,7 +286,7 @@ private:
         selections.End();
         BlockReader attributes(arguments.List(), "argument 2", "Attributes");
         const std::string name =
-            RequireQuoted(attributes.Text("MaterialValue:="), attributes.PlaceOf("MaterialValue:="));
+            RequireQuoted(attributes.Text("MaterialValue:="), attributes.LocationOf("MaterialValue:="));
         const bool solveInside = ReadMaterialFlags(attributes);
         arguments.End();
         object.material = RequireProjectMaterial(name).name;
@@ -319,8 +320,8 @@ const ScriptObject::MethodTable Editor::methods = {
 
 } // namespace
 
-Value::Object MakeEditor(SessionPointer session, DesignPlace place) {
-    return std::make_shared<Editor>(std::move(session), std::move(place));
+Value::Object MakeEditor(SessionPointer session, DesignReference design) {
+    return std::make_shared<Editor>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

@@ -15,8 +15,8 @@ using model::Quoted;
 /// The module "FieldsReporter".
 class FieldsModule : public DesignBound {
 public:
-    FieldsModule(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    FieldsModule(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -47,7 +47,7 @@ private:
         block.Literal("UserSpecifyName:=", 0.0);
         block.Literal("UserSpecifyFolder:=", 0.0);
         plot.quantity = block.Text("QuantityName:=");
-        RequireOneOf(plot.quantity, {"H_Vector", "B_Vector"}, block.PlaceOf("QuantityName:="));
+        RequireOneOf(plot.quantity, {"H_Vector", "B_Vector"}, block.LocationOf("QuantityName:="));
         plot.folder = block.Text("PlotFolder:=");
         block.Flag("StreamlinePlot:=");
         block.Flag("AdjacentSidePlot:=");
@@ -64,7 +64,7 @@ private:
     }
 
     std::vector<std::string> ReadGeometry(const Value::List& elements) const {
-        const std::string place = "\"PlotGeomInfo:=\"";
+        const std::string location = "\"PlotGeomInfo:=\"";
         Arguments fields(elements);
         try {
             const double kinds = fields.Number();
@@ -81,7 +81,7 @@ private:
             }
             return objects;
         } catch (const DesktopError& error) {
-            throw DesktopError(error.Code(), place + ": " + error.what());
+            throw DesktopError(error.Code(), location + ": " + error.what());
         }
     }
 
@@ -115,8 +115,8 @@ const ScriptObject::MethodTable FieldsModule::methods = {
 
 } // namespace
 
-Value::Object MakeFieldsModule(SessionPointer session, DesignPlace place) {
-    return std::make_shared<FieldsModule>(std::move(session), std::move(place));
+Value::Object MakeFieldsModule(SessionPointer session, DesignReference design) {
+    return std::make_shared<FieldsModule>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

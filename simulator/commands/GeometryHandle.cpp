@@ -12,8 +12,8 @@ using model::Quoted;
 /// A solid or the region, as a list of properties.
 class GeometryHandle : public DesignBound {
 public:
-    GeometryHandle(SessionPointer session, DesignPlace place, std::string name)
-        : DesignBound(methods, std::move(session), std::move(place)), m_name(std::move(name)) {}
+    GeometryHandle(SessionPointer session, DesignReference design, std::string name)
+        : DesignBound(methods, std::move(session), std::move(design)), m_name(std::move(name)) {}
 
 private:
     static const MethodTable methods;
@@ -125,8 +125,8 @@ const ScriptObject::MethodTable GeometryHandle::methods = {
 
 } // namespace
 
-Value::Object MakeGeometryHandle(SessionPointer session, DesignPlace place, std::string name) {
-    return std::make_shared<GeometryHandle>(std::move(session), std::move(place), std::move(name));
+Value::Object MakeGeometryHandle(SessionPointer session, DesignReference design, std::string name) {
+    return std::make_shared<GeometryHandle>(std::move(session), std::move(design), std::move(name));
 }
 
 } // namespace vantor::commands

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/commands/DesignPlace.h"
+#include "simulator/commands/DesignReference.h"
 #include "simulator/commands/Session.h"
 #include "simulator/commands/Value.h"
 
@@ -9,6 +9,6 @@
 namespace vantor::commands {
 
 /// A solid or the region of a design, as a list of properties.
-Value::Object MakeGeometryHandle(SessionPointer session, DesignPlace place, std::string name);
+Value::Object MakeGeometryHandle(SessionPointer session, DesignReference design, std::string name);
 
 } // namespace vantor::commands

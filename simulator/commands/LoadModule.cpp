@@ -15,8 +15,8 @@ using model::Quoted;
 /// The module "VeltrixParameterSetup".
 class LoadModule : public DesignBound {
 public:
-    LoadModule(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    LoadModule(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -44,7 +44,7 @@ private:
         block.Literal("Is Virtual:=", true);
         load.isPositive = block.Flag("Is Positive:=");
         const std::string& axis = block.Text("Axis:=");
-        RequireOneOf(axis, {"X", "Y", "Z"}, block.PlaceOf("Axis:="));
+        RequireOneOf(axis, {"X", "Y", "Z"}, block.LocationOf("Axis:="));
         load.axis = axis.front();
         load.objects = ReadObjects(block);
         block.End();
@@ -56,7 +56,7 @@ private:
     std::string ReadFrameName(BlockReader& block, const char* key) const {
         const std::string& frame = block.Text(key);
         if (!RequireDesign().modeler.HasFrame(frame)) {
-            FailBadValue(block.PlaceOf(key) + ": there is no coordinate system " + Quoted(frame));
+            FailBadValue(block.LocationOf(key) + ": there is no coordinate system " + Quoted(frame));
         }
         return frame;
     }
@@ -64,13 +64,13 @@ private:
     std::vector<std::string> ReadObjects(BlockReader& block) const {
         std::vector<std::string> objects = block.Texts("Objects:=");
         if (objects.empty()) {
-            FailBadValue(block.PlaceOf("Objects:=") + ": at least one object is needed");
+            FailBadValue(block.LocationOf("Objects:=") + ": at least one object is needed");
         }
         std::set<std::string> seen;
         for (const auto& object : objects) {
             RequireDesign().modeler.RequireObject(object);
             if (!seen.insert(object).second) {
-                FailBadValue(block.PlaceOf("Objects:=") + ": the object " + Quoted(object) + " stands there twice");
+                FailBadValue(block.LocationOf("Objects:=") + ": the object " + Quoted(object) + " stands there twice");
             }
         }
         return objects;
@@ -95,8 +95,8 @@ const ScriptObject::MethodTable LoadModule::methods = {
 
 } // namespace
 
-Value::Object MakeLoadModule(SessionPointer session, DesignPlace place) {
-    return std::make_shared<LoadModule>(std::move(session), std::move(place));
+Value::Object MakeLoadModule(SessionPointer session, DesignReference design) {
+    return std::make_shared<LoadModule>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/commands/DesignPlace.h"
+#include "simulator/commands/DesignReference.h"
 #include "simulator/commands/Session.h"
 #include "simulator/commands/Value.h"
 

@@ -13,8 +13,8 @@ using model::Quoted;
 /// The module "OutputVariable".
 class OutputVariableModule : public DesignBound {
 public:
-    OutputVariableModule(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    OutputVariableModule(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -74,8 +74,8 @@ const ScriptObject::MethodTable OutputVariableModule::methods = {
 
 } // namespace
 
-Value::Object MakeOutputVariableModule(SessionPointer session, DesignPlace place) {
-    return std::make_shared<OutputVariableModule>(std::move(session), std::move(place));
+Value::Object MakeOutputVariableModule(SessionPointer session, DesignReference design) {
+    return std::make_shared<OutputVariableModule>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "simulator/commands/DesignPlace.h"
+#include "simulator/commands/DesignReference.h"
 #include "simulator/commands/Session.h"
 #include "simulator/commands/Value.h"
 
 namespace vantor::commands {
 
 /// The module "OutputVariable".
-Value::Object MakeOutputVariableModule(SessionPointer session, DesignPlace place);
+Value::Object MakeOutputVariableModule(SessionPointer session, DesignReference design);
 
 } // namespace vantor::commands

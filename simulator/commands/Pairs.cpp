@@ -12,18 +12,18 @@ using model::DesktopError;
 using model::ErrorCode;
 using model::Quoted;
 
-std::vector<std::pair<std::string, const Value*>> ReadPairs(const Value::List& elements, const std::string& place) {
+std::vector<std::pair<std::string, const Value*>> ReadPairs(const Value::List& elements, const std::string& location) {
     constexpr std::string_view mark = ":=";
     std::vector<std::pair<std::string, const Value*>> pairs;
     for (std::size_t i = 0; i < elements.size(); i += 2) {
-        const std::string elementPlace = place + ", element " + std::to_string(i + 1);
-        const std::string& key = RequireText(elements[i], elementPlace);
+        const std::string elementLocation = location + ", element " + std::to_string(i + 1);
+        const std::string& key = RequireText(elements[i], elementLocation);
         if (key.size() < mark.size() || key.compare(key.size() - mark.size(), mark.size(), mark) != 0) {
             throw DesktopError(ErrorCode::InvalidArgument,
-                               elementPlace + ": a key that ends in \":=\" is needed, not " + Quoted(key));
+                               elementLocation + ": a key that ends in \":=\" is needed, not " + Quoted(key));
         }
         if (i + 1 == elements.size()) {
-            throw DesktopError(ErrorCode::IncompleteArray, place + ": the value of " + Quoted(key) + " is missing");
+            throw DesktopError(ErrorCode::IncompleteArray, location + ": the value of " + Quoted(key) + " is missing");
         }
         pairs.emplace_back(key.substr(0, key.size() - mark.size()), &elements[i + 1]);
     }

@@ -15,8 +15,8 @@ constexpr const char* parametricSetup = "parametric setup";
 /// The child "Paravant": the parametric setups.
 class ParametricSetups : public DesignBound {
 public:
-    ParametricSetups(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    ParametricSetups(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -94,13 +94,13 @@ private:
             model::ParametricSetup::Sweep sweep;
             sweep.variable = entry.Text("Variable:=");
             if (!RequireDesign().variables.Has(sweep.variable)) {
-                FailBadValue(entry.PlaceOf("Variable:=") + ": there is no variable " + Quoted(sweep.variable));
+                FailBadValue(entry.LocationOf("Variable:=") + ": there is no variable " + Quoted(sweep.variable));
             }
             sweep.data = entry.Text("Data:=");
             try {
                 model::Evaluate(sweep.data, lookup);
             } catch (const model::ExpressionError& error) {
-                FailBadValue(entry.PlaceOf("Data:=") + ": " + error.what());
+                FailBadValue(entry.LocationOf("Data:=") + ": " + error.what());
             }
             sweep.offset = entry.Flag("OffsetF1:=");
             sweep.synchronize = entry.Number("Synchronize:=");
@@ -115,7 +115,7 @@ private:
         while (!block.AtEnd()) {
             rows.push_back(block.Texts("add:="));
             if (rows.back().size() != columns) {
-                FailBadValue(block.PlaceOf("add:=") + ", row " + std::to_string(rows.size()) + ": " +
+                FailBadValue(block.LocationOf("add:=") + ", row " + std::to_string(rows.size()) + ": " +
                              std::to_string(columns) + " values are needed, here are " +
                              std::to_string(rows.back().size()));
             }
@@ -133,8 +133,8 @@ const ScriptObject::MethodTable ParametricSetups::methods = {
 
 } // namespace
 
-Value::Object MakeParametricSetups(SessionPointer session, DesignPlace place) {
-    return std::make_shared<ParametricSetups>(std::move(session), std::move(place));
+Value::Object MakeParametricSetups(SessionPointer session, DesignReference design) {
+    return std::make_shared<ParametricSetups>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

@@ -22,8 +22,8 @@ using model::Quoted;
 /// The module "ReportSetup".
 class ReportModule : public DesignBound {
 public:
-    ReportModule(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    ReportModule(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -72,9 +72,9 @@ private:
         return {};
     }
 
-    void RequireVariable(const std::string& name, const std::string& place) const {
+    void RequireVariable(const std::string& name, const std::string& location) const {
         if (!RequireDesign().variables.Has(name)) {
-            FailBadValue(place + ": there is no variable " + Quoted(name));
+            FailBadValue(location + ": there is no variable " + Quoted(name));
         }
     }
 
@@ -82,14 +82,14 @@ private:
         std::vector<std::pair<std::string, std::vector<std::string>>> families;
         std::set<std::string> seen;
         for (const auto& [variable, value] : ReadPairs(elements, "argument 6")) {
-            const std::string place = "argument 6, " + Quoted(variable + ":=");
-            RequireVariable(variable, place);
+            const std::string location = "argument 6, " + Quoted(variable + ":=");
+            RequireVariable(variable, location);
             if (!seen.insert(variable).second) {
-                FailBadValue(place + " stands there twice");
+                FailBadValue(location + " stands there twice");
             }
-            families.emplace_back(variable, RequireTexts(*value, place));
+            families.emplace_back(variable, RequireTexts(*value, location));
             if (families.back().second.empty()) {
-                FailBadValue(place + ": \"All\", \"Nominal\" or values are needed");
+                FailBadValue(location + ": \"All\", \"Nominal\" or values are needed");
             }
         }
         return families;
@@ -161,8 +161,8 @@ const ScriptObject::MethodTable ReportModule::methods = {
 
 } // namespace
 
-Value::Object MakeReportModule(SessionPointer session, DesignPlace place) {
-    return std::make_shared<ReportModule>(std::move(session), std::move(place));
+Value::Object MakeReportModule(SessionPointer session, DesignReference design) {
+    return std::make_shared<ReportModule>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

@@ -8,7 +8,8 @@ namespace {
 /// The child "Results": the names of the reports.
 class Results : public DesignBound {
 public:
-    Results(SessionPointer session, DesignPlace place) : DesignBound(methods, std::move(session), std::move(place)) {}
+    Results(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -20,8 +21,8 @@ const ScriptObject::MethodTable Results::methods = {
 
 } // namespace
 
-Value::Object MakeResults(SessionPointer session, DesignPlace place) {
-    return std::make_shared<Results>(std::move(session), std::move(place));
+Value::Object MakeResults(SessionPointer session, DesignReference design) {
+    return std::make_shared<Results>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

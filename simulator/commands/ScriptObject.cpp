@@ -18,8 +18,8 @@ std::optional<int> ScriptObject::FindMethod(const std::string& name) const {
     return std::nullopt;
 }
 
-Value ScriptObject::Invoke(int method, const std::vector<Value>& arguments) {
-    const Method& entry = m_methods.at(static_cast<std::size_t>(method));
+Value ScriptObject::Invoke(int methodIndex, const std::vector<Value>& arguments) {
+    const Method& entry = m_methods.at(static_cast<std::size_t>(methodIndex));
     const auto fail = [&](ErrorCode code, const std::string& reason) -> DesktopError {
         const std::string text = std::string(entry.name) + ": " + model::ErrorText(code) + ": " + reason;
         Report(model::Severity::Error, text);

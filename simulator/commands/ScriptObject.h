@@ -42,15 +42,15 @@ public:
     ScriptObject(const ScriptObject&) = delete;
     ScriptObject& operator=(const ScriptObject&) = delete;
 
-    /// The place of a method in the table; nothing for an unknown name.
+    /// The index of a method in the table; nothing for an unknown name.
     std::optional<int> FindMethod(const std::string& name) const;
 
-    /// Number of methods; valid places are 0 to count - 1.
+    /// Number of methods; valid indices are 0 to count - 1.
     int MethodCount() const { return static_cast<int>(m_methods.size()); }
 
     /// Runs a method. A failure is added to the desktop's messages as an error and thrown on.
     /// @throws model::DesktopError, whose text names method, code and reason.
-    Value Invoke(int method, const std::vector<Value>& arguments);
+    Value Invoke(int methodIndex, const std::vector<Value>& arguments);
 
     /// FindMethod and Invoke in one.
     /// @pre the method exists.

@@ -14,16 +14,16 @@ namespace {
 using model::Quoted;
 
 /// A number of passes: whole, 1 or more.
-int RequirePasses(double value, const std::string& place) {
+int RequirePasses(double value, const std::string& location) {
     if (value < 1.0 || value > 1000.0 || value != std::floor(value)) {
-        FailBadValue(place + " must be a whole number from 1 to 1000, not " + model::FormatNumber(value));
+        FailBadValue(location + " must be a whole number from 1 to 1000, not " + model::FormatNumber(value));
     }
     return static_cast<int>(value);
 }
 
-double RequirePercent(double value, const std::string& place) {
+double RequirePercent(double value, const std::string& location) {
     if (!(value > 0.0) || value > 100.0) {
-        FailBadValue(place + " must be more than 0 and at most 100, not " + model::FormatNumber(value));
+        FailBadValue(location + " must be more than 0 and at most 100, not " + model::FormatNumber(value));
     }
     return value;
 }
@@ -31,8 +31,8 @@ double RequirePercent(double value, const std::string& place) {
 /// The module "AnalysisSetup".
 class SetupModule : public DesignBound {
 public:
-    SetupModule(SessionPointer session, DesignPlace place)
-        : DesignBound(methods, std::move(session), std::move(place)) {}
+    SetupModule(SessionPointer session, DesignReference design)
+        : DesignBound(methods, std::move(session), std::move(design)) {}
 
 private:
     static const MethodTable methods;
@@ -47,8 +47,8 @@ private:
             FailBadValue("argument 2: a setup needs a name");
         }
         setup.enabled = block.Flag("Enabled:=");
-        setup.maximumPasses = RequirePasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
-        setup.percentError = RequirePercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
+        setup.maximumPasses = RequirePasses(block.Number("MaximumPasses:="), block.LocationOf("MaximumPasses:="));
+        setup.percentError = RequirePercent(block.Number("PercentError:="), block.LocationOf("PercentError:="));
         block.End();
         arguments.End();
         if (model::FindByName(RequireDesign().setups, setup.name) != nullptr) {
@@ -66,10 +66,10 @@ private:
         model::AnalysisSetup setup = present;
         setup.enabled = block.Flag("Enabled:=");
         if (block.NextIs("MaximumPasses:=")) {
-            setup.maximumPasses = RequirePasses(block.Number("MaximumPasses:="), block.PlaceOf("MaximumPasses:="));
+            setup.maximumPasses = RequirePasses(block.Number("MaximumPasses:="), block.LocationOf("MaximumPasses:="));
         }
         if (block.NextIs("PercentError:=")) {
-            setup.percentError = RequirePercent(block.Number("PercentError:="), block.PlaceOf("PercentError:="));
+            setup.percentError = RequirePercent(block.Number("PercentError:="), block.LocationOf("PercentError:="));
         }
         if (!block.AtEnd()) {
             setup.expressionCache = ReadExpressionCache(block.Block("ExpressionCache"));
@@ -107,8 +107,8 @@ const ScriptObject::MethodTable SetupModule::methods = {
 
 } // namespace
 
-Value::Object MakeSetupModule(SessionPointer session, DesignPlace place) {
-    return std::make_shared<SetupModule>(std::move(session), std::move(place));
+Value::Object MakeSetupModule(SessionPointer session, DesignReference design) {
+    return std::make_shared<SetupModule>(std::move(session), std::move(design));
 }
 
 } // namespace vantor::commands

@@ -61,7 +61,8 @@ JsonReader JsonDocument::Root() const {
 }
 
 void JsonReader::Fail(const std::string& reason) const {
-    throw DesktopError(ErrorCode::ReadFile, *m_fileName + ": " + (m_place.empty() ? "" : m_place + ": ") + reason);
+    throw DesktopError(ErrorCode::ReadFile,
+                       *m_fileName + ": " + (m_location.empty() ? "" : m_location + ": ") + reason);
 }
 
 bool JsonReader::Has(const std::string& key) const {
@@ -76,7 +77,7 @@ JsonReader JsonReader::At(const std::string& key) const {
     if (found == m_value->end()) {
         Fail(Quoted(key) + " is missing");
     }
-    return JsonReader(*found, m_place.empty() ? key : m_place + "." + key, *m_fileName);
+    return JsonReader(*found, m_location.empty() ? key : m_location + "." + key, *m_fileName);
 }
 
 std::vector<JsonReader> JsonReader::Elements() const {
@@ -86,7 +87,7 @@ std::vector<JsonReader> JsonReader::Elements() const {
     std::vector<JsonReader> elements;
     elements.reserve(m_value->size());
     for (std::size_t i = 0; i < m_value->size(); ++i) {
-        elements.emplace_back((*m_value)[i], m_place + "[" + std::to_string(i) + "]", *m_fileName);
+        elements.emplace_back((*m_value)[i], m_location + "[" + std::to_string(i) + "]", *m_fileName);
     }
     return elements;
 }

@@ -9,14 +9,14 @@
 
 namespace vantor::model {
 
-/// A value inside a JSON file that knows its place, so that every complaint names file and place:
+/// A value inside a JSON file that knows its location, so that every complaint names file and location:
 /// `motor.json: designs[0].name: a text is needed`.
 ///
 /// Complaints are DesktopError (ReadFile). Readers refer to their document and must not outlive it.
 class JsonReader {
 public:
-    JsonReader(const nlohmann::json& value, std::string place, const std::string& fileName)
-        : m_value(&value), m_place(std::move(place)), m_fileName(&fileName) {}
+    JsonReader(const nlohmann::json& value, std::string location, const std::string& fileName)
+        : m_value(&value), m_location(std::move(location)), m_fileName(&fileName) {}
 
     bool Has(const std::string& key) const;
     JsonReader At(const std::string& key) const;
@@ -53,7 +53,7 @@ public:
 
 private:
     const nlohmann::json* m_value;
-    std::string m_place;
+    std::string m_location;
     const std::string* m_fileName;
 };
 

@@ -28,7 +28,7 @@ using MaterialTable = std::map<std::string, Material>;
 MaterialTable BuiltInMaterials();
 
 /// Reads user materials: {"materials": [{"name", "relativePermeability", "coercivityMagnitude", "components"}]}.
-/// @throws DesktopError (ReadFile) naming file and place for anything that is missing, unknown or out of range.
+/// @throws DesktopError (ReadFile) naming file and location for anything that is missing, unknown or out of range.
 std::vector<Material> ReadMaterialsFile(const std::filesystem::path& path);
 
 /// As ReadMaterialsFile, from text; `fileName` is for messages.

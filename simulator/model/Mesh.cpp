@@ -164,14 +164,14 @@ void CheckCavities(const Mesh& mesh, const Shells& shells) {
 Mesh Welded(const Mesh& mesh) {
     Mesh welded;
     welded.triangles.reserve(mesh.triangles.size());
-    std::unordered_map<std::array<double, 3>, int, PointHash> places;
+    std::unordered_map<std::array<double, 3>, int, PointHash> vertexAt;
     for (const auto& triangle : mesh.triangles) {
         std::array<int, 3> corners{};
         for (std::size_t k = 0; k < 3; ++k) {
             const Eigen::Vector3d& v = mesh.vertices[static_cast<std::size_t>(triangle[k])];
-            // Adding zero turns a negative zero into a positive one: both are one place.
-            const std::array<double, 3> place = {v.x() + 0.0, v.y() + 0.0, v.z() + 0.0};
-            const auto inserted = places.emplace(place, static_cast<int>(welded.vertices.size()));
+            // Adding zero turns a negative zero into a positive one: both are one position.
+            const std::array<double, 3> position = {v.x() + 0.0, v.y() + 0.0, v.z() + 0.0};
+            const auto inserted = vertexAt.emplace(position, static_cast<int>(welded.vertices.size()));
             if (inserted.second) {
                 welded.vertices.push_back(v);
             }

@@ -26,7 +26,7 @@ private:
     int m_triangle;
 };
 
-/// The mesh with vertices at exactly equal places made one, and unused vertices dropped.
+/// The mesh with vertices at exactly equal positions made one, and unused vertices dropped.
 /// Triangles keep their order and number.
 Mesh Welded(const Mesh& mesh);
 

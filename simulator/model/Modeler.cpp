@@ -82,7 +82,7 @@ std::vector<std::string> Modeler::Import(const ImportedGeometry& geometry, bool 
         }
     }
     for (auto& object : additions) {
-        m_objectPlaces.emplace(object.name, m_objects.size());
+        m_objectIndices.emplace(object.name, m_objects.size());
         m_objects.push_back(std::move(object));
     }
     return kept;
@@ -100,8 +100,8 @@ std::vector<std::string> Modeler::Names() const {
 }
 
 const GeometryObject* Modeler::FindObject(const std::string& name) const {
-    const auto place = m_objectPlaces.find(name);
-    return place == m_objectPlaces.end() ? nullptr : &m_objects[place->second];
+    const auto found = m_objectIndices.find(name);
+    return found == m_objectIndices.end() ? nullptr : &m_objects[found->second];
 }
 
 GeometryObject& Modeler::RequireObject(const std::string& name) {
@@ -282,9 +282,9 @@ void Modeler::Restore(const std::string& units, std::vector<GeometryObject> obje
                       std::vector<CoordinateSystem> systems, std::optional<Region> region, std::string workingFrame) {
     SetUnits(units, false);
     m_objects = std::move(objects);
-    m_objectPlaces.clear();
+    m_objectIndices.clear();
     for (std::size_t i = 0; i < m_objects.size(); ++i) {
-        m_objectPlaces.emplace(m_objects[i].name, i);
+        m_objectIndices.emplace(m_objects[i].name, i);
     }
     m_coordinateSystems = std::move(systems);
     m_region = std::move(region);

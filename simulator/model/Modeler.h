@@ -134,7 +134,7 @@ private:
     std::string m_units = "mm";
     double m_metresPerUnit = 1e-3;
     std::vector<GeometryObject> m_objects;
-    std::map<std::string, std::size_t> m_objectPlaces;
+    std::map<std::string, std::size_t> m_objectIndices;
     std::vector<CoordinateSystem> m_coordinateSystems;
     std::optional<Region> m_region;
     std::string m_workingFrame = globalFrame;

@@ -13,7 +13,7 @@ std::string WriteProject(const Project& project);
 
 /// Reads what WriteProject wrote. Nothing of a bad file is taken over.
 /// @param fileName for messages.
-/// @throws DesktopError (ReadFile) naming file and place.
+/// @throws DesktopError (ReadFile) naming file and location.
 std::shared_ptr<Project> ReadProject(const std::string& content, const std::string& fileName);
 
 /// Opens a project file; the project is named after it.

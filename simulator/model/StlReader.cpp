@@ -33,20 +33,20 @@ bool IsBinary(const std::string& source) {
            source.size() == binaryHeader + ReadCount(source) * std::size_t{binaryFacet};
 }
 
-ImportedSolid Checked(ImportedSolid solid, const std::vector<std::size_t>& places, const std::string& fileName,
-                      const char* placeWord, std::vector<std::string>& warnings) {
+ImportedSolid Checked(ImportedSolid solid, const std::vector<std::size_t>& locations, const std::string& fileName,
+                      const char* locationWord, std::vector<std::string>& warnings) {
     solid.mesh = Welded(solid.mesh);
     try {
         if (MakeSolid(solid.mesh)) {
             warnings.push_back(fileName + ": object " + Quoted(solid.name) + " was inside out and has been turned");
         }
     } catch (const MeshError& error) {
-        std::string place;
+        std::string location;
         if (error.Triangle() >= 0) {
-            place = std::string(", ") + placeWord + " " +
-                    std::to_string(places.at(static_cast<std::size_t>(error.Triangle())));
+            location = std::string(", ") + locationWord + " " +
+                       std::to_string(locations.at(static_cast<std::size_t>(error.Triangle())));
         }
-        throw GeometryFileError(fileName + place + ": object " + Quoted(solid.name) + ": " + error.what());
+        throw GeometryFileError(fileName + location + ": object " + Quoted(solid.name) + ": " + error.what());
     }
     return solid;
 }
@@ -59,7 +59,7 @@ void AddTriangle(Mesh& mesh, const std::array<Eigen::Vector3d, 3>& corners) {
 
 ImportedGeometry ReadBinary(const std::string& source, const std::string& fileName, const std::string& defaultName) {
     ImportedSolid solid{defaultName, {}, {}};
-    std::vector<std::size_t> places;
+    std::vector<std::size_t> locations;
     const std::size_t count = ReadCount(source);
     for (std::size_t facet = 0; facet < count; ++facet) {
         const char* bytes = source.data() + binaryHeader + facet * binaryFacet + 12;
@@ -70,10 +70,10 @@ ImportedGeometry ReadBinary(const std::string& source, const std::string& fileNa
             }
         }
         AddTriangle(solid.mesh, corners);
-        places.push_back(facet + 1);
+        locations.push_back(facet + 1);
     }
     ImportedGeometry geometry;
-    geometry.solids.push_back(Checked(std::move(solid), places, fileName, "facet", geometry.warnings));
+    geometry.solids.push_back(Checked(std::move(solid), locations, fileName, "facet", geometry.warnings));
     return geometry;
 }
 
@@ -169,17 +169,17 @@ ImportedSolid ReadTextSolid(WordReader& reader, const std::string& fileName, con
     reader.Expect("solid");
     const std::string name = reader.RestOfLine();
     ImportedSolid solid{name.empty() ? defaultName : name, {}, {}};
-    std::vector<std::size_t> places;
+    std::vector<std::size_t> locations;
     for (;;) {
         const std::string_view word = reader.Next();
         if (word == "endsolid") {
             reader.RestOfLine();
-            return Checked(std::move(solid), places, fileName, "line", warnings);
+            return Checked(std::move(solid), locations, fileName, "line", warnings);
         }
         if (word != "facet") {
             reader.Fail("\"facet\" or \"endsolid\" is missing; here stands " + Quoted(word.substr(0, 40)));
         }
-        places.push_back(reader.Line());
+        locations.push_back(reader.Line());
         ReadFacet(reader, solid.mesh);
     }
 }

@@ -18,11 +18,11 @@ DesktopError Bad(const std::string& detail) {
 } // namespace
 
 const std::string& Variables::RequireValue(const std::string& name) const {
-    const auto place = m_places.find(name);
-    if (place == m_places.end()) {
+    const auto index = m_indices.find(name);
+    if (index == m_indices.end()) {
         throw Bad("there is no variable " + Quoted(name));
     }
-    return m_variables[place->second].value;
+    return m_variables[index->second].value;
 }
 
 void Variables::Add(const std::vector<Variable>& additions) {
@@ -32,7 +32,7 @@ void Variables::Add(const std::vector<Variable>& additions) {
             throw Bad("a variable cannot be named " + Quoted(variable.name) +
                       ": names are letters, digits and underscores, and begin with no digit");
         }
-        if (!changed.m_places.emplace(variable.name, changed.m_variables.size()).second) {
+        if (!changed.m_indices.emplace(variable.name, changed.m_variables.size()).second) {
             throw Bad("the variable " + Quoted(variable.name) + " exists already");
         }
         changed.m_variables.push_back(variable);
@@ -44,11 +44,11 @@ void Variables::Add(const std::vector<Variable>& additions) {
 void Variables::Change(const std::vector<Variable>& changes) {
     Variables changed = *this;
     for (const auto& variable : changes) {
-        const auto place = changed.m_places.find(variable.name);
-        if (place == changed.m_places.end()) {
+        const auto index = changed.m_indices.find(variable.name);
+        if (index == changed.m_indices.end()) {
             throw Bad("there is no variable " + Quoted(variable.name) + " to change");
         }
-        changed.m_variables[place->second].value = variable.value;
+        changed.m_variables[index->second].value = variable.value;
     }
     changed.CheckAll(changes);
     *this = std::move(changed);
@@ -80,8 +80,8 @@ NameLookup Variables::Lookup() const {
 
 std::optional<Quantity> Variables::EvaluateNested(const std::string& name, std::vector<std::string>& chain,
                                                   std::map<std::string, Quantity>& known) const {
-    const auto place = m_places.find(name);
-    if (place == m_places.end()) {
+    const auto index = m_indices.find(name);
+    if (index == m_indices.end()) {
         return std::nullopt;
     }
     if (const auto value = known.find(name); value != known.end()) {
@@ -95,7 +95,7 @@ std::optional<Quantity> Variables::EvaluateNested(const std::string& name, std::
                               " variables refer to each other in a chain");
     }
     chain.push_back(name);
-    const Quantity value = model::Evaluate(m_variables[place->second].value, [&](const std::string& other) {
+    const Quantity value = model::Evaluate(m_variables[index->second].value, [&](const std::string& other) {
         return EvaluateNested(other, chain, known);
     });
     chain.pop_back();

@@ -17,7 +17,7 @@ public:
         std::string value; ///< expression
     };
 
-    bool Has(const std::string& name) const { return m_places.count(name) != 0; }
+    bool Has(const std::string& name) const { return m_indices.count(name) != 0; }
     const std::vector<Variable>& All() const { return m_variables; }
 
     /// The expression of a variable.
@@ -46,7 +46,7 @@ private:
     void CheckAll(const std::vector<Variable>& touched) const;
 
     std::vector<Variable> m_variables;
-    std::map<std::string, std::size_t> m_places;
+    std::map<std::string, std::size_t> m_indices;
 };
 
 } // namespace vantor::model

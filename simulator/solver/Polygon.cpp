@@ -30,7 +30,7 @@ bool LexicographicallyLess(const Eigen::Vector3d& a, const Eigen::Vector3d& b) {
     return std::lexicographical_compare(a.data(), a.data() + 3, b.data(), b.data() + 3);
 }
 
-/// For each vertex the first one at the same place.
+/// For each vertex the first one at the same position.
 std::vector<Corner> WeldCorners(const std::vector<Eigen::Vector3d>& vertices) {
     std::vector<Corner> order(vertices.size());
     std::iota(order.begin(), order.end(), Corner{0});
@@ -235,9 +235,9 @@ void SetMassPoints(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertice
         const double reach = std::sqrt(2 * std::max(0.0, principal.eigenvalues()[i]));
         const Eigen::Vector2d v = reach * principal.eigenvectors().col(i);
         const Eigen::Vector3d offset = v.x() * polygon.xAxis + v.y() * polygon.yAxis;
-        const std::size_t place = 2 * static_cast<std::size_t>(i);
-        polygon.massPoints[place] = polygon.centre + offset;
-        polygon.massPoints[place + 1] = polygon.centre - offset;
+        const std::size_t index = 2 * static_cast<std::size_t>(i);
+        polygon.massPoints[index] = polygon.centre + offset;
+        polygon.massPoints[index + 1] = polygon.centre - offset;
     }
 }
 

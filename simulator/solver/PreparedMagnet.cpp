@@ -106,9 +106,9 @@ void SetMoments(PreparedMagnet& magnet, const Eigen::Vector3d& magnetisation) {
     for (int i = 0; i < 3; ++i) {
         const double reach = std::sqrt(3 * std::max(0.0, principal.eigenvalues()[i]));
         const Eigen::Vector3d along = reach * principal.eigenvectors().col(i);
-        const std::size_t place = 2 * static_cast<std::size_t>(i);
-        magnet.massPoints[place] = magnet.centre + along;
-        magnet.massPoints[place + 1] = magnet.centre - along;
+        const std::size_t index = 2 * static_cast<std::size_t>(i);
+        magnet.massPoints[index] = magnet.centre + along;
+        magnet.massPoints[index + 1] = magnet.centre - along;
     }
 }
 

@@ -9,7 +9,7 @@ namespace vantor::commands {
 using ProjectPointer = std::shared_ptr<model::Project>;
 
 /// A design together with the project that it stands in.
-struct DesignPlace {
+struct DesignReference {
     ProjectPointer project;
     std::shared_ptr<model::Design> design;
 };
