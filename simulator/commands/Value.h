@@ -24,7 +24,8 @@ public:
 
     /// A whole number and the automation type that it came in.
     struct Integer {
-        enum class Type : std::uint16_t { Short = 2, Long = 3, Int = 22 }; ///< VT_I2, VT_I4, VT_INT
+        /// VT_I2, VT_I4, VT_INT.
+        enum class Type : std::uint16_t { Short = 2, Long = 3, Int = 22 };
         std::int32_t value = 0;
         Type type = Type::Long;
     };

@@ -35,10 +35,13 @@ struct LoadParameter {
 
     Kind kind = Kind::Force;
     std::string name;
-    std::string frame; ///< components are in its axes, torque is about its origin
+    /// Components are in its axes, torque is about its origin.
+    std::string frame;
     bool isVirtual = true;
-    bool isPositive = true; ///< torque only
-    char axis = 'X';        ///< torque only
+    /// Torque only.
+    bool isPositive = true;
+    /// Torque only.
+    char axis = 'X';
     std::vector<std::string> objects;
 };
 
@@ -104,12 +107,15 @@ struct FieldPlot {
 /// What a solve left behind.
 struct Solution {
     std::string setup;
-    bool current = false; ///< false as soon as the model has changed since
+    /// False as soon as the model has changed since.
+    bool current = false;
     bool converged = false;
     double percentError = 0.0;
     int passes = 0;
-    std::map<std::string, std::string> variables; ///< values that were solved
-    std::map<std::string, Quantity> quantities;   ///< "Force_Rotor.Force_x" and its like, SI units
+    /// Values that were solved.
+    std::map<std::string, std::string> variables;
+    /// "Force_Rotor.Force_x" and its like, SI units.
+    std::map<std::string, Quantity> quantities;
 };
 
 /// A field model.

@@ -41,13 +41,17 @@ private:
 /// A project and the file it is kept in.
 struct Project {
     std::string name;
-    std::filesystem::path file; ///< empty until it is saved for the first time
+    /// Empty until it is saved for the first time.
+    std::filesystem::path file;
     std::vector<std::shared_ptr<Design>> designs;
     std::string activeDesign;
-    MaterialTable materials; ///< the project's own definitions
-    bool changed = false;    ///< since it was saved or opened
+    /// The project's own definitions.
+    MaterialTable materials;
+    /// Changed since it was saved or opened.
+    bool changed = false;
     bool closed = false;
-    std::weak_ptr<void> changedBy; ///< the client that made the unsaved changes
+    /// The client that made the unsaved changes.
+    std::weak_ptr<void> changedBy;
 
     std::shared_ptr<Design> FindDesign(const std::string& designName) const;
 
@@ -60,7 +64,8 @@ struct Desktop {
     MaterialTable library;
     std::vector<std::shared_ptr<Project>> projects;
     MessageList messages;
-    std::map<std::string, std::string> options; ///< registry key to value
+    /// Registry key to value.
+    std::map<std::string, std::string> options;
 
     /// The open project that is kept in this file, or null.
     std::shared_ptr<Project> FindByFile(const std::filesystem::path& file) const;

@@ -12,7 +12,8 @@ namespace vantor::model {
 /// A solid of a geometry file, checked and closed, in the file's own length unit.
 struct ImportedSolid {
     std::string name;
-    std::string material; ///< Empty when the file names none.
+    /// Empty when the file names none.
+    std::string material;
     Mesh mesh;
 };
 

@@ -11,8 +11,10 @@ namespace vantor::model {
 
 /// What a permanent magnet adds to a material.
 struct Coercivity {
-    double magnitude = 0.0;             ///< A/m
-    std::array<double, 3> components{}; ///< direction in the object's orientation frame; only the direction counts
+    /// A/m.
+    double magnitude = 0.0;
+    /// Direction in the object's orientation frame; only the direction counts.
+    std::array<double, 3> components{};
 };
 
 struct Material {

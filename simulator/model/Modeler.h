@@ -33,12 +33,15 @@ struct CoordinateSystem {
 struct GeometryObject {
     std::string name;
     std::string material = "vacuum";
-    Mesh mesh; ///< metres, in the axes of `coordinateSystem`
+    /// Metres, in the axes of `coordinateSystem`.
+    Mesh mesh;
     std::string coordinateSystem = globalFrame;
-    std::string orientation = globalFrame; ///< frame in which the material's direction is meant
+    /// Frame in which the material's direction is meant.
+    std::string orientation = globalFrame;
     bool solveInside = true;
     bool isModel = true;
-    std::uint64_t importFingerprint = 0; ///< of the mesh as it was imported
+    /// Fingerprint of the mesh as it was imported.
+    std::uint64_t importFingerprint = 0;
 };
 
 /// The padded box around everything.

@@ -138,7 +138,8 @@ struct Part {
     std::string material;
     bool severalMaterials = false;
     std::vector<std::array<int, 3>> triangles;
-    std::vector<std::size_t> lines; ///< of each triangle
+    /// The line of each triangle.
+    std::vector<std::size_t> lines;
 };
 
 /// Receives the loader's events in the order of the file.

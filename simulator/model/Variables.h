@@ -14,7 +14,8 @@ class Variables {
 public:
     struct Variable {
         std::string name;
-        std::string value; ///< expression
+        /// The expression.
+        std::string value;
     };
 
     bool Has(const std::string& name) const { return m_indices.count(name) != 0; }

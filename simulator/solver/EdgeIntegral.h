@@ -17,9 +17,11 @@ namespace vantor::solver {
 struct EdgePiece {
     enum class Owner : unsigned char { Source, Target };
     Owner owner = Owner::Source;
-    unsigned char rule = 0; ///< 0: 3 points, 1: 7 points, 2: 15 points
+    /// 0: 3 points, 1: 7 points, 2: 15 points.
+    unsigned char rule = 0;
     std::size_t edge = 0;
-    double from = 0, to = 0; ///< along the edge, metres
+    /// Along the edge, metres.
+    double from = 0, to = 0;
 };
 
 /// The highest rule; a piece that needs more is halved.

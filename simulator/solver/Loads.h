@@ -28,10 +28,14 @@ struct Wrench {
 struct Interaction {
     Wrench wrench;
     double forceError = 0;
-    double torqueError = 0;       ///< about the origin of coordinates
-    double sourceTorqueError = 0; ///< about the source body's centre
-    double targetTorqueError = 0; ///< about the target body's centre
-    bool exhausted = false;       ///< the error is rounding: more points won't help
+    /// About the origin of coordinates.
+    double torqueError = 0;
+    /// About the source body's centre.
+    double sourceTorqueError = 0;
+    /// About the target body's centre.
+    double targetTorqueError = 0;
+    /// The error is rounding: more points won't help.
+    bool exhausted = false;
 
     Interaction& operator+=(const Interaction& other) {
         wrench += other.wrench;

@@ -39,24 +39,34 @@ struct Body {
 
 /// When to stop, and how many threads to use. The result does not depend on the number of threads, to the last bit.
 struct Options {
-    double percentError = 0.5; ///< wanted error of every body's force and torque, percent; > 0
-    int maximumPasses = 15;    ///< refinement passes after which to stop in any case; >= 1
-    int threads = 0;           ///< 0: as many as the machine has
+    /// Wanted error of every body's force and torque, percent; > 0.
+    double percentError = 0.5;
+    /// Refinement passes after which to stop in any case; >= 1.
+    int maximumPasses = 15;
+    /// 0: as many as the machine has.
+    int threads = 0;
 };
 
 /// Load on one body.
 struct Load {
-    Eigen::Vector3d force = Eigen::Vector3d::Zero();  ///< N
-    Eigen::Vector3d torque = Eigen::Vector3d::Zero(); ///< N m, about the GLOBAL origin
-    double forceError = 0;                            ///< estimate of |error of force|, N
-    double torqueError = 0;                           ///< estimate of |error of torque|, N m
+    /// N.
+    Eigen::Vector3d force = Eigen::Vector3d::Zero();
+    /// N m, about the GLOBAL origin.
+    Eigen::Vector3d torque = Eigen::Vector3d::Zero();
+    /// Estimate of |error of force|, N.
+    double forceError = 0;
+    /// Estimate of |error of torque|, N m.
+    double torqueError = 0;
 };
 
 /// What one refinement pass reached.
 struct Pass {
-    int number = 0;              ///< 1, 2, ...
-    double percentError = 0;     ///< largest error estimate over all bodies, force and torque
-    std::size_t evaluations = 0; ///< field evaluations made in this pass
+    /// 1, 2, ...
+    int number = 0;
+    /// Largest error estimate over all bodies, force and torque.
+    double percentError = 0;
+    /// Field evaluations made in this pass.
+    std::size_t evaluations = 0;
 };
 
 /// Loads (one per body, in the bodies' order) and how they came about. `converged` says whether the last pass met

@@ -11,8 +11,10 @@ namespace vantor::solver {
 /// A directed piece of a polygon's outline; the polygon lies to its left, seen from where the normal points to.
 struct Edge {
     Eigen::Vector3d start;
-    Eigen::Vector3d direction; ///< unit
-    Eigen::Vector3d outward;   ///< unit, in the polygon's plane, away from the polygon
+    /// Unit vector.
+    Eigen::Vector3d direction;
+    /// Unit vector in the polygon's plane, away from the polygon.
+    Eigen::Vector3d outward;
     double length = 0;
 
     Eigen::Vector3d At(double t) const { return start + t * direction; }
@@ -20,19 +22,24 @@ struct Edge {
 
 /// An edge in the polygon's own plane coordinates (origin in its centre): all that the closed forms read.
 struct PlaneEdge {
-    double x, y;   ///< start
-    double tx, ty; ///< unit direction; (ty, -tx) points outward
+    /// Start of the edge.
+    double x, y;
+    /// Unit direction; (ty, -tx) points outward.
+    double tx, ty;
     double length;
 };
 
 /// A flat polygon, of any number of outlines, given by its edges in no special order.
 struct Polygon {
-    Eigen::Vector3d centre; ///< centroid of the area
+    /// Centroid of the area.
+    Eigen::Vector3d centre;
     Eigen::Vector3d xAxis, yAxis, normal;
     double area = 0;
-    double radius = 0; ///< of the circle about the centre that holds all corners
+    /// Radius of the circle about the centre that holds all corners.
+    double radius = 0;
     std::vector<Edge> edges;
-    std::vector<PlaneEdge> planeEdges; ///< the same edges in the same order
+    /// The same edges in the same order.
+    std::vector<PlaneEdge> planeEdges;
     /// Four points of equal weight with the area, the centroid and the second moments of the polygon.
     std::array<Eigen::Vector3d, 4> massPoints;
 };

@@ -19,10 +19,14 @@ Eigen::Vector3d ChargeField(const Polygon& polygon, const Eigen::Vector3d& x);
 
 /// The integrals that a point on an edge of another polygon asks for.
 struct PolygonIntegrals {
-    double potential = 0;    ///< of 1/R
-    Eigen::Vector3d first;   ///< of y/R
-    double flux = 0;         ///< of y.w/R^3
-    Eigen::Vector3d tension; ///< of y (y.w)/R^3
+    /// Integral of 1/R.
+    double potential = 0;
+    /// Integral of y/R.
+    Eigen::Vector3d first;
+    /// Integral of y.w/R^3.
+    double flux = 0;
+    /// Integral of y (y.w)/R^3.
+    Eigen::Vector3d tension;
 };
 
 /// @param w  the vector that the last two integrals are contracted with

@@ -8,18 +8,25 @@ namespace vantor::solver {
 
 struct ChargedFace {
     Polygon polygon;
-    double charge = 0; ///< A/m: magnetisation along the outward normal
+    /// A/m: magnetisation along the outward normal.
+    double charge = 0;
 };
 
 struct PreparedMagnet {
     std::size_t body = 0;
-    std::string label; ///< for messages: magnet and body by name
-    TriangleMesh mesh; ///< without the triangles that have no area
+    /// For messages: magnet and body by name.
+    std::string label;
+    /// Without the triangles that have no area.
+    TriangleMesh mesh;
     std::vector<ChargedFace> faces;
-    Eigen::Vector3d moment = Eigen::Vector3d::Zero(); ///< A m^2: magnetisation times volume
-    Eigen::Vector3d centre = Eigen::Vector3d::Zero(); ///< centroid of the volume
-    double radius = 0;                                ///< of the sphere about the centre that holds the mesh
-    double outlineCharge = 0;                         ///< A: sum of the faces' outlines times their charges' sizes
+    /// A m^2: magnetisation times volume.
+    Eigen::Vector3d moment = Eigen::Vector3d::Zero();
+    /// Centroid of the volume.
+    Eigen::Vector3d centre = Eigen::Vector3d::Zero();
+    /// Radius of the sphere about the centre that holds the mesh.
+    double radius = 0;
+    /// A: sum of the faces' outlines times their charges' sizes.
+    double outlineCharge = 0;
     /// Six points of equal weight with the volume's centroid and second moments.
     std::array<Eigen::Vector3d, 6> massPoints;
     Eigen::AlignedBox3d box;

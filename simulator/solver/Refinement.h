@@ -15,17 +15,23 @@ namespace vantor::solver {
 /// One summand. Indices that a kind doesn't need stay 0.
 struct Term {
     enum class Kind : unsigned char {
-        FarMagnets, ///< two magnets as dipoles
-        FarFaces,   ///< a face of the source and all distant faces of the target as charges
-        FarPair,    ///< one face of each as charges
-        Piece       ///< a piece of an edge of one face, for one face of each
+        /// Two magnets as dipoles.
+        FarMagnets,
+        /// A face of the source and all distant faces of the target as charges.
+        FarFaces,
+        /// One face of each as charges.
+        FarPair,
+        /// A piece of an edge of one face, for one face of each.
+        Piece
     };
     Kind kind = Kind::FarMagnets;
-    std::size_t source = 0, target = 0; ///< magnets
+    /// Magnets.
+    std::size_t source = 0, target = 0;
     std::size_t sourceFace = 0, targetFace = 0;
     EdgePiece piece;
     Interaction interaction;
-    double parentShare = std::numeric_limits<double>::infinity(); ///< share in the error of the term it replaced
+    /// Share in the error of the term it replaced.
+    double parentShare = std::numeric_limits<double>::infinity();
 };
 
 class Refinement {
@@ -45,8 +51,10 @@ private:
     /// What a body's load is measured against, and what its terms' errors sum to.
     struct Judgement {
         Eigen::Vector3d centre = Eigen::Vector3d::Zero();
-        double leastForce = 0, leastTorque = 0; ///< a hundredth of the dipole scales
-        double force = 0, torque = 0;           ///< the load's size, or the least one
+        /// A hundredth of the dipole scales.
+        double leastForce = 0, leastTorque = 0;
+        /// The load's size, or the least one.
+        double force = 0, torque = 0;
         double forceError = 0, torqueError = 0;
     };
 
@@ -73,7 +81,8 @@ private:
     const Options& m_options;
     std::vector<Judgement> m_bodies;
     std::vector<Term> m_terms;
-    std::size_t m_evaluated = 0; ///< terms before this one hold their interaction
+    /// Terms before this one hold their interaction.
+    std::size_t m_evaluated = 0;
     std::vector<Load> m_loads;
     int m_pass = 0;
 };

@@ -123,7 +123,8 @@ protected:
         return SUCCEEDED(CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId));
     }
 
-    inline static bool wasRegistered = false; ///< other tests rely on it then
+    /// Other tests rely on it then.
+    inline static bool wasRegistered = false;
 
     void SetUp() override {
         // The class object appears a moment after the process.

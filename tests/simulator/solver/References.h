@@ -10,7 +10,8 @@ namespace references {
 
 struct Load {
     Eigen::Vector3d force = Eigen::Vector3d::Zero();
-    Eigen::Vector3d torque = Eigen::Vector3d::Zero(); ///< about the origin
+    /// About the origin.
+    Eigen::Vector3d torque = Eigen::Vector3d::Zero();
     Load& operator+=(const Load& other);
 };
 

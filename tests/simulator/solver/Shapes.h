@@ -18,7 +18,8 @@ struct Block {
 /// An upright prism over a regular polygon about the z axis, with a bore of the same kind when innerRadius > 0.
 struct Prism {
     Eigen::Vector3d centre = Eigen::Vector3d::Zero();
-    double radius = 1, innerRadius = 0, height = 1; ///< radii of the corners
+    /// Radii of the corners.
+    double radius = 1, innerRadius = 0, height = 1;
     int sides = 16;
     Eigen::Vector3d magnetisation = Eigen::Vector3d::UnitZ();
 };
