@@ -1,35 +1,8 @@
 #pragma once
 
-#include "simulator/model/Desktop.h"
-#include "simulator/solver/Magnetostatics.h"
-
-#include <functional>
-#include <string>
-#include <vector>
+#include "simulator/analysis/FieldModel.h"
 
 namespace vantor::analysis {
-
-/// Receives what is to be said about a solve.
-using ReportFunction = std::function<void(model::Severity severity, const std::string& text)>;
-
-/// The magnets of a design as bodies: one for each set of objects that a force or torque is defined on, and one for the
-/// magnets that no load is defined on.
-struct FieldModel {
-    std::vector<solver::Body> bodies;
-    /// For each load of the design the index of its body.
-    std::vector<std::size_t> bodyOfLoad;
-};
-
-/// Evaluates frames, materials and meshes with these variables.
-///
-/// The magnetisation of a magnet is relative permeability times coercivity along the unit vector of the material's
-/// components, in the axes of the object's orientation frame.
-/// @param report receives warnings about materials that are not solved as they are.
-/// @throws model::DesktopError (SolverData) for loads whose objects overlap in part, and materials without direction;
-///         model::ExpressionError for frames that cannot be evaluated.
-FieldModel BuildFieldModel(const model::Project& project, const model::MaterialTable& library,
-                           const model::Design& design, const model::Variables& variables,
-                           const ReportFunction& report);
 
 /// Solves a setup and stores the solution in the design.
 /// @param report receives passes (info), what is not solved as it is, missing convergence (warning), and the reason of

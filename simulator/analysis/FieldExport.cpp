@@ -1,6 +1,6 @@
 #include "simulator/analysis/FieldExport.h"
 
-#include "simulator/analysis/Analysis.h"
+#include "simulator/analysis/FieldModel.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Text.h"
 

@@ -2,6 +2,8 @@
 
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
+#include "simulator/model/ObjReader.h"
+#include "simulator/model/StlReader.h"
 #include "simulator/model/Text.h"
 
 #include <algorithm>

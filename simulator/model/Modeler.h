@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/model/GeometryFile.h"
+#include "simulator/model/ImportedGeometry.h"
 #include "simulator/model/Mesh.h"
 #include "simulator/model/Variables.h"
 

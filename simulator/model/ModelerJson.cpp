@@ -1,4 +1,5 @@
-#include "simulator/model/ProjectJson.h"
+#include "simulator/model/ModelerJson.h"
+
 #include "simulator/model/Text.h"
 
 #include <algorithm>

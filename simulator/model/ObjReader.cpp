@@ -1,5 +1,7 @@
-#include "simulator/model/GeometryFile.h"
+#include "simulator/model/ObjReader.h"
+
 #include "simulator/model/Text.h"
+#include "simulator/model/Triangulation.h"
 
 #define TINYOBJLOADER_USE_DOUBLE
 #include <algorithm>

@@ -1,8 +1,9 @@
 #include "simulator/model/ProjectFile.h"
 
+#include "simulator/model/DesignJson.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
-#include "simulator/model/ProjectJson.h"
+#include "simulator/model/MaterialsJson.h"
 #include "simulator/model/Text.h"
 
 #include <nlohmann/json.hpp>

@@ -1,4 +1,5 @@
-#include "simulator/model/GeometryFile.h"
+#include "simulator/model/StlReader.h"
+
 #include "simulator/model/Text.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #include "simulator/solver/PolygonIntegrals.h"
 #include "simulator/solver/PreparedMagnet.h"
 #include "simulator/solver/Refinement.h"
+#include "simulator/solver/Separation.h"
 
 #include <cmath>
 

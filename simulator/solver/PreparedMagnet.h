@@ -41,7 +41,4 @@ std::vector<PreparedMagnet> PrepareMagnets(const std::vector<Body>& bodies, cons
 /// @throws SolveError  coordinates that are not finite
 Eigen::Vector3d MiddleOf(const std::vector<Body>& bodies);
 
-/// @throws SolveError  two magnets of different bodies touch, overlap, or lie inside one another
-void CheckSeparation(const std::vector<PreparedMagnet>& magnets);
-
 } // namespace vantor::solver

@@ -1,7 +1,6 @@
-// Magnets of different bodies must keep apart: charge on a touching face would see its own infinite edge field, and
-// magnets that overlap are no physical arrangement.
+#include "simulator/solver/Separation.h"
+
 #include "simulator/solver/PolygonIntegrals.h"
-#include "simulator/solver/PreparedMagnet.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // An OBJ text either gives closed solids or a complaint.
-#include "simulator/model/GeometryFile.h"
+#include "simulator/model/ObjReader.h"
 
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
 // An STL file either gives closed solids or a complaint.
-#include "simulator/model/GeometryFile.h"
+#include "simulator/model/StlReader.h"
 
 #include <cstdlib>
 

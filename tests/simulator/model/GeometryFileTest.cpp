@@ -1,5 +1,7 @@
 #include "simulator/model/GeometryFile.h"
 
+#include "simulator/model/ObjReader.h"
+#include "simulator/model/StlReader.h"
 #include "tests/simulator/model/Shapes.h"
 
 #include <cstring>

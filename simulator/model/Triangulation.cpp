@@ -1,4 +1,6 @@
-#include "simulator/model/GeometryFile.h"
+#include "simulator/model/Triangulation.h"
+
+#include "simulator/model/Mesh.h"
 
 #include <Eigen/Geometry>
 
