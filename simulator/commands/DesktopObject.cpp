@@ -110,18 +110,18 @@ private:
     Value GetRegistryString(Arguments& arguments) {
         const std::string& key = arguments.Text();
         arguments.End();
-        return Option(key);
+        return RequireOption(key);
     }
 
     Value SetRegistryString(Arguments& arguments) {
         const std::string& key = arguments.Text();
-        std::string& option = Option(key);
+        std::string& option = RequireOption(key);
         option = arguments.Text();
         arguments.End();
         return {};
     }
 
-    std::string& Option(const std::string& key) const {
+    std::string& RequireOption(const std::string& key) const {
         const auto option = TheDesktop().options.find(key);
         if (option == TheDesktop().options.end()) {
             throw DesktopError(ErrorCode::BadArgumentValue,
