@@ -1,7 +1,9 @@
 // The library's whole session against the recording desktop, with and without the trace in between: the desktop sees
 // the same calls, and the host the same results and files, also when calls fail.
+
 #include "tests/fault/WholeSession.h"
 
+#include "tests/support/Transcript.h"
 #include "trace/core/Session.h"
 #include "trace/server/Tracer.h"
 
@@ -108,7 +110,7 @@ Seen RunSession(const std::optional<PlannedFault>& planned, kinora::trace::Trace
 }
 
 void ExpectSame(const Seen& traced, const Seen& plain) {
-    EXPECT_EQ(traced.transcript, plain.transcript);
+    EXPECT_TRANSCRIPT(traced.transcript, plain.transcript);
     EXPECT_EQ(traced.outcomes, plain.outcomes);
     EXPECT_TRUE(traced.results == plain.results);
     EXPECT_EQ(traced.owned, plain.owned);
