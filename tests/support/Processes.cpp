@@ -31,18 +31,43 @@ HANDLE Start(std::wstring commandLine) {
     return process.hProcess;
 }
 
-/// Wine keeps offering a server that was killed until the service that knows it starts anew.
+/// Ends a service and waits until it has ended, five seconds at most.
+void StopService(const wchar_t* name) {
+    const SC_HANDLE manager = OpenSCManagerW(nullptr, nullptr, SC_MANAGER_CONNECT);
+    const SC_HANDLE service = OpenServiceW(manager, name, SERVICE_STOP | SERVICE_QUERY_STATUS);
+    SERVICE_STATUS status{};
+    ControlService(service, SERVICE_CONTROL_STOP, &status);
+    for (int wait = 0; wait < 250 && status.dwCurrentState != SERVICE_STOPPED; ++wait) {
+        std::this_thread::sleep_for(20ms);
+        QueryServiceStatus(service, &status);
+    }
+    CloseServiceHandle(service);
+    CloseServiceHandle(manager);
+}
+
+/// Wine keeps offering a server that was killed until the service that knows it starts anew, as it does when it is
+/// wanted.
 void ForgetDeadServers() {
     if (IsWine()) {
-        RunProgram(L"net stop rpcss");
+        StopService(L"rpcss");
     }
 }
 
+/// In the steps of `CoCreateInstance`, which lets go of the class factory as soon as the object is there. Wine's server
+/// side then waits for the end of the call that made the object; when that call ends between the look at it and the
+/// wait, nobody ends the wait, and the client stands still. So the factory is let go of when the call is long over.
 HRESULT CreateSimulator(IDispatch** application) {
     CLSID classId{};
     CLSIDFromProgID(L"Pellux.VantorDesktop.Simulator", &classId);
-    return CoCreateInstance(classId, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                            reinterpret_cast<void**>(application));
+    IClassFactory* factory = nullptr;
+    HRESULT outcome =
+        CoGetClassObject(classId, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+    if (SUCCEEDED(outcome)) {
+        outcome = factory->CreateInstance(nullptr, IID_IDispatch, reinterpret_cast<void**>(application));
+        std::this_thread::sleep_for(100ms);
+        factory->Release();
+    }
+    return outcome;
 }
 
 } // namespace
