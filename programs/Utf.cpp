@@ -3,34 +3,47 @@
 #include <windows.h>
 
 namespace kinora::programs {
+namespace {
 
-std::string Utf8FromWide(std::wstring_view text) {
-    if (text.empty()) {
-        return {};
-    }
-    const int wideLength = static_cast<int>(text.size());
-    // UTF-8 takes at most three bytes for each UTF-16 unit: short texts need no second pass.
-    char small[384];
-    if (text.size() <= sizeof(small) / 3) {
-        const int size =
-            WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, small, sizeof(small), nullptr, nullptr);
-        return std::string(small, static_cast<std::size_t>(size));
-    }
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, nullptr, 0, nullptr, nullptr);
+std::string Narrowed(std::wstring_view text, UINT codePage, DWORD flags) {
+    const int length = static_cast<int>(text.size());
+    const int size = WideCharToMultiByte(codePage, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
     std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), wideLength, result.data(), size, nullptr, nullptr);
+    WideCharToMultiByte(codePage, flags, text.data(), length, result.data(), size, nullptr, nullptr);
     return result;
 }
 
-std::wstring WideFromUtf8(std::string_view text) {
-    if (text.empty()) {
-        return {};
-    }
+std::wstring Widened(std::string_view text, UINT codePage) {
     const int length = static_cast<int>(text.size());
-    const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), length, nullptr, 0);
+    const int size = MultiByteToWideChar(codePage, 0, text.data(), length, nullptr, 0);
     std::wstring result(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), length, result.data(), size);
+    MultiByteToWideChar(codePage, 0, text.data(), length, result.data(), size);
     return result;
+}
+
+} // namespace
+
+std::string Utf8FromWide(std::wstring_view text) {
+    // UTF-8 takes at most three bytes for each UTF-16 unit: short texts need no second pass.
+    char small[384];
+    if (text.size() > sizeof(small) / 3) {
+        return Narrowed(text, CP_UTF8, 0);
+    }
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), small, sizeof(small),
+                                         nullptr, nullptr);
+    return std::string(small, static_cast<std::size_t>(size));
+}
+
+std::wstring WideFromUtf8(std::string_view text) {
+    return Widened(text, CP_UTF8);
+}
+
+std::string AnsiFromWide(std::wstring_view text) {
+    return Narrowed(text, CP_ACP, WC_NO_BEST_FIT_CHARS);
+}
+
+std::wstring WideFromAnsi(std::string_view text) {
+    return Widened(text, CP_ACP);
 }
 
 } // namespace kinora::programs

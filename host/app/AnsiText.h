@@ -4,9 +4,6 @@
 
 namespace kinora::host {
 
-/// Arguments and paths of Windows as UTF-8.
-std::string Utf8FromWide(const std::wstring& text);
-
 /// Text for the interface: UTF-8 in, the system's ANSI code page out.
 /// @throws InputError  a character has no counterpart in the code page
 std::string AnsiFromUtf8(const std::string& text);

@@ -1,3 +1,5 @@
+#include "programs/Main.h"
+
 #include "host/app/AnsiText.h"
 #include "host/app/BusyFilter.h"
 #include "host/app/CommandLine.h"
@@ -7,8 +9,6 @@
 #include "report/core/Report.h"
 #include "scenario/ScenarioReader.h"
 #include "scenario/Text.h"
-
-#include <windows.h>
 
 #include <cstdlib>
 #include <fmt/format.h>
@@ -97,13 +97,14 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     if (end == RunEnd::Complete)
         return ExitStatus::Done;
     PrintError("The run stopped before its end; --resume goes on with it.\n");
-    return ExitStatus::RunFailed;
+    return ExitStatus::Failed;
 }
 
 ExitStatus Execute(const CommandLine& arguments) {
     const Scenario scenario = Prepare(arguments);
-    if (!arguments.dryRun)
+    if (!arguments.dryRun) {
         return RunScenario(arguments, scenario);
+    }
     for (const std::string& warning : scenario.warnings) {
         PrintError("warning: " + warning + "\n");
     }
@@ -111,31 +112,22 @@ ExitStatus Execute(const CommandLine& arguments) {
     return ExitStatus::Done;
 }
 
+ExitStatus ExecuteWords(std::vector<std::string> words) {
+    const CommandLine arguments = ReadCommandLine(std::move(words));
+    if (!arguments.helpText.empty()) {
+        Print(arguments.helpText);
+        return ExitStatus::Done;
+    }
+    try {
+        return Execute(arguments);
+    } catch (const OperationFailed& failure) {
+        PrintError(FailureText(failure));
+        return ExitStatus::Failed;
+    }
+}
+
 } // namespace
 
 int wmain(int count, wchar_t** values) {
-    SetConsoleOutputCP(CP_UTF8);
-    std::vector<std::string> words;
-    for (int i = 1; i < count; ++i)
-        words.push_back(Utf8FromWide(values[i]));
-    ExitStatus status = ExitStatus::RunFailed;
-    try {
-        const CommandLine arguments = ReadCommandLine(words);
-        if (!arguments.helpText.empty()) {
-            Print(arguments.helpText);
-            return static_cast<int>(ExitStatus::Done);
-        }
-        status = Execute(arguments);
-    } catch (const OperationFailed& failure) {
-        PrintError(FailureText(failure));
-    } catch (const HostError& error) {
-        PrintError(fmt::format("error: {}\n", error.what()));
-        status = error.Status();
-    } catch (const std::exception& error) {
-        PrintError(fmt::format("error: the run failed unexpectedly: {}\n", error.what()));
-    } catch (...) {
-        // The platform's own error type, raised when memory for a text is lacking.
-        PrintError("error: the run failed unexpectedly; is the system out of memory?\n");
-    }
-    return static_cast<int>(status);
+    return kinora::programs::RunMain(count, values, "the run", ExecuteWords);
 }

@@ -62,12 +62,12 @@ scenario::ExitStatus RunTool(const std::vector<std::string>& words) {
         else
             Print(stdout, arguments.helpText);
         return scenario::ExitStatus::Done;
-    } catch (const scenario::HostError& error) {
+    } catch (const programs::ProgramError& error) {
         Print(stderr, fmt::format("error: {}\n", error.what()));
         return error.Status();
     } catch (const std::exception& error) {
         Print(stderr, fmt::format("error: {}\n", error.what()));
-        return scenario::ExitStatus::RunFailed;
+        return scenario::ExitStatus::Failed;
     }
 }
 

@@ -126,7 +126,7 @@ TEST_F(Tool, NamesAScenarioThatIsWrong) {
 }
 
 TEST_F(Tool, NamesAFolderThatIsNotThere) {
-    EXPECT_EQ(Run({Log(), "--out", scenario::Utf8FromPath(m_folder / "no" / "page.html")}), ExitStatus::RunFailed);
+    EXPECT_EQ(Run({Log(), "--out", scenario::Utf8FromPath(m_folder / "no" / "page.html")}), ExitStatus::Failed);
     EXPECT_THAT(m_errors, HasSubstr("cannot be written"));
 }
 

@@ -1,6 +1,7 @@
 #include "host/app/CommandLine.h"
 
 #include "host/app/AnsiText.h"
+#include "programs/Utf.h"
 #include "scenario/Errors.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +45,7 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
 TEST(AnsiText, GoesThereAndBack) {
     EXPECT_EQ(Utf8FromAnsi(AnsiFromUtf8("C:/Spule 5/rotor")), "C:/Spule 5/rotor");
     EXPECT_EQ(AnsiFromUtf8(""), "");
-    EXPECT_EQ(Utf8FromWide(L"\u00e9\u65e5"), "\xc3\xa9\xe6\x97\xa5");
+    EXPECT_EQ(programs::Utf8FromWide(L"\u00e9\u65e5"), "\xc3\xa9\xe6\x97\xa5");
 }
 
 TEST(AnsiText, RefusesWhatTheCodePageLacks) {
