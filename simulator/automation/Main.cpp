@@ -72,12 +72,39 @@ std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line)
     return desktop;
 }
 
+/// Keeps the factory's interface ready for calls. Wine otherwise readies it for every client anew, takes that back when the
+/// client lets go, and may then wait without end for a call that is over already: the launch would stand still.
+class StandingFactory {
+public:
+    explicit StandingFactory(IClassFactory* factory) {
+        if (SUCCEEDED(CreateStreamOnHGlobal(nullptr, TRUE, &m_stream)) &&
+            FAILED(CoMarshalInterface(m_stream, IID_IClassFactory, factory, MSHCTX_LOCAL, nullptr,
+                                      MSHLFLAGS_TABLESTRONG))) {
+            m_stream->Release();
+            m_stream = nullptr;
+        }
+    }
+    ~StandingFactory() {
+        if (!m_stream) {
+            return;
+        }
+        m_stream->Seek({}, STREAM_SEEK_SET, nullptr);
+        CoReleaseMarshalData(m_stream);
+        m_stream->Release();
+    }
+    StandingFactory(const StandingFactory&) = delete;
+    StandingFactory& operator=(const StandingFactory&) = delete;
+
+private:
+    IStream* m_stream = nullptr;
+};
+
 /// The door through which new clients come.
 class ClientDoor {
 public:
     explicit ClientDoor(IClassFactory* factory)
-        : m_status(CoRegisterClassObject(automation::simulatorClassId, factory, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE,
-                                         &m_cookie)),
+        : m_standing(factory), m_status(CoRegisterClassObject(automation::simulatorClassId, factory,
+                                                              CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &m_cookie)),
           m_isOpen(SUCCEEDED(m_status)) {}
     ~ClientDoor() { Close(); }
     ClientDoor(const ClientDoor&) = delete;
@@ -93,6 +120,7 @@ public:
     }
 
 private:
+    StandingFactory m_standing;
     DWORD m_cookie = 0;
     const HRESULT m_status;
     std::atomic<bool> m_isOpen;
