@@ -7,7 +7,7 @@
 namespace Dispatch {
 namespace {
 
-// The longest argument list is that of "CreateReport".
+/// The longest argument list is that of "CreateReport".
 constexpr std::size_t mostArguments = 7;
 
 bool FindMethod(IDispatch* object, const wchar_t* methodName, DISPID& id) {
@@ -37,8 +37,9 @@ bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CV
     // The block looks at the arguments, last first; the caller's braces own and clear them.
     std::array<VARIANT, mostArguments> block; // NOLINT(*-member-init): only the places that are filled are read
     auto next = block.begin();
-    for (auto argument = std::rbegin(arguments); argument != std::rend(arguments); ++argument)
+    for (auto argument = std::rbegin(arguments); argument != std::rend(arguments); ++argument) {
         *next++ = argument->Get();
+    }
     DISPPARAMS parameters = {block.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
     if (Invoke(object, methodName, DISPATCH_METHOD, parameters, *result.Receive())) {
         return true;

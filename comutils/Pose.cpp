@@ -17,8 +17,9 @@ std::string AngleText(double radians) {
 } // namespace
 
 Angles AnglesOf(const double (&rotation)[9]) {
-    if (rotation[0] == 0.0 && rotation[3] == 0.0)
+    if (rotation[0] == 0.0 && rotation[3] == 0.0) {
         return {0.0, halfPi, std::atan2(rotation[1], rotation[4])};
+    }
     return {std::atan2(rotation[3], rotation[0]), std::asin(-rotation[6]), std::atan2(rotation[7], rotation[8])};
 }
 

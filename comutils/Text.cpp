@@ -9,7 +9,7 @@
 namespace Text {
 namespace {
 
-// Long enough for any double: DBL_MAX has 309 digits before the point, and six follow it.
+/// Long enough for any double: DBL_MAX has 309 digits before the point, and six follow it.
 constexpr std::size_t longestNumber = std::numeric_limits<double>::max_exponent10 + 16;
 
 void AppendNumber(std::string& text, double number, std::chars_format format) {
@@ -18,12 +18,13 @@ void AppendNumber(std::string& text, double number, std::chars_format format) {
     text.append(buffer, end);
 }
 
-// Every ANSI code page keeps the seven-bit characters, so that those need no table.
+/// Every ANSI code page keeps the seven-bit characters, so that those need no table.
 template <class Character>
 bool IsAscii(std::basic_string_view<Character> text) {
     unsigned seen = 0;
-    for (const Character character : text)
+    for (const Character character : text) {
         seen |= static_cast<std::make_unsigned_t<Character>>(character);
+    }
     return seen < 0x80;
 }
 
@@ -42,8 +43,9 @@ void Widen(std::string_view text, UINT codePage, wchar_t* target, int length) {
 
 BSTR AllocateBstr(std::size_t length) {
     const BSTR text = SysAllocStringLen(nullptr, static_cast<UINT>(length));
-    if (!text)
+    if (!text) {
         throw _com_error(E_OUTOFMEMORY);
+    }
     return text;
 }
 

@@ -27,8 +27,9 @@ CValue::CValue(double number) noexcept : CValue() {
 
 CValue::CValue(std::initializer_list<CValue> elements) : CValue() {
     CListBuilder list(elements.size());
-    for (const CValue& element : elements)
+    for (const CValue& element : elements) {
         list.Add(Attach(element.Take()));
+    }
     *this = list.Finish();
 }
 
@@ -57,8 +58,9 @@ HRESULT CValue::CopyFrom(const VARIANT& source) noexcept {
 CValue CValue::Copy(const VARIANT& source) {
     CValue copy;
     const HRESULT outcome = copy.CopyFrom(source);
-    if (FAILED(outcome))
+    if (FAILED(outcome)) {
         throw _com_error(outcome);
+    }
     return copy;
 }
 
@@ -115,8 +117,9 @@ CListBuilder::~CListBuilder() {
 }
 
 void CListBuilder::Add(CValue value) {
-    if (m_next)
+    if (m_next) {
         *m_next++ = value.Detach();
+    }
 }
 
 CValue CListBuilder::OfCopies(const std::vector<VARIANT>& values) {
@@ -132,8 +135,9 @@ CValue CListBuilder::OfCopies(const std::vector<VARIANT>& values) {
 }
 
 CValue CListBuilder::Finish() {
-    if (!m_array)
+    if (!m_array) {
         return CValue();
+    }
     VARIANT list{};
     list.vt = listType;
     list.parray = std::exchange(m_array, nullptr);

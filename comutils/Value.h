@@ -71,13 +71,14 @@ public:
     IDispatch* DetachObject() noexcept;
 
 private:
-    // Most values have been moved on before they end; those need no call into the platform.
+    /// Most values have been moved on before they end; those need no call into the platform.
     void Clear() noexcept {
-        if (m_value.vt != VT_EMPTY)
+        if (m_value.vt != VT_EMPTY) {
             VariantClear(&m_value);
+        }
     }
 
-    // Braces hand over their elements as constants; they move on into the array all the same.
+    /// Braces hand over their elements as constants; they move on into the array all the same.
     VARIANT Take() const noexcept;
 
     mutable VARIANT m_value;
@@ -103,8 +104,9 @@ public:
     template <class Texts>
     static CValue OfTexts(const Texts& texts) {
         CListBuilder list(texts.size());
-        for (const auto& text : texts)
+        for (const auto& text : texts) {
             list.Add(text);
+        }
         return list.Finish();
     }
 

@@ -36,18 +36,21 @@ namespace {
 using Transform = IKinoraVeltrixInterface::Transform;
 using Result = IKinoraVeltrixInterface::Result;
 
-// Severities of messages as the desktop counts them.
+/// Severities of messages as the desktop counts them.
 constexpr int allMessages = 0;
 constexpr int warning = 1;
 
 void WriteLogHeader(CCsvFile& log, const std::vector<Transform>& transforms) {
     log << "Step," << Names::timeVariable;
     for (const Transform& transform : transforms) {
-        for (const char* ending : {Names::x, Names::y, Names::z, Names::phi, Names::theta, Names::psi})
+        for (const char* ending : {Names::x, Names::y, Names::z, Names::phi, Names::theta, Names::psi}) {
             log << "," << transform.name << ending;
-        for (const std::string& load : {Names::Force(transform.name), Names::Torque(transform.name)})
-            for (const char* ending : Names::axes)
+        }
+        for (const std::string& load : {Names::Force(transform.name), Names::Torque(transform.name)}) {
+            for (const char* ending : Names::axes) {
                 log << "," << load << ending;
+            }
+        }
     }
     log.EndLine();
 }
@@ -71,8 +74,9 @@ public:
 
     void Refill(const std::string& report, const std::string& body, QuantityName quantity, const char* unit,
                 const double (&load)[3]) {
-        if (!Exists(report))
+        if (!Exists(report)) {
             ReportCommands::CreateEmptyReport(m_module, report, m_setup, m_localVariables);
+        }
         const std::string path = m_folder + "/" + report + ".csv";
         AppendData(path, body, quantity, unit, load);
         ReportCommands::ClearAndImport(m_module, report, path);
@@ -92,8 +96,9 @@ private:
         CCsvFile data(path);
         if (data.IsNew()) {
             data << Names::timeVariable << " [s]";
-            for (int axis = 0; axis < 3; ++axis)
+            for (int axis = 0; axis < 3; ++axis) {
                 data << "," << quantity(body, axis) << " [" << unit << "]";
+            }
             data.EndLine();
         }
         data << m_time << load;
@@ -114,9 +119,11 @@ std::vector<std::string> StepRow(const std::string& timeText, std::vector<std::a
     std::vector<std::string> row;
     row.reserve(1 + 6 * poses.size());
     row.push_back(timeText);
-    for (auto& pose : poses)
-        for (auto& [name, value] : pose)
+    for (auto& pose : poses) {
+        for (auto& [name, value] : pose) {
             row.push_back(std::move(value));
+        }
+    }
     return row;
 }
 
@@ -130,30 +137,37 @@ bool ReportsWanted(IDispatch* desktop) {
 
 bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& transforms,
                                      std::vector<Result>& results, int& status) {
-    if (!m_pProject || !m_pDesign)
+    if (!m_pProject || !m_pDesign) {
         return false;
+    }
     Step step = {time, time == 0.0, {}, {}, {}, {}, {}};
-    if (!ReadStepNames(step))
+    if (!ReadStepNames(step)) {
         return false;
-    if (m_pDesktop)
+    }
+    if (m_pDesktop) {
         DesktopCommands::ClearMessages(m_pDesktop, step.projectName, step.designName, allMessages);
+    }
     CountStep(step);
-    if (!DesignVariableCommands::GetVariables(m_pDesign, step.localVariables))
+    if (!DesignVariableCommands::GetVariables(m_pDesign, step.localVariables)) {
         return false;
-    if (!MoveBodies(step, transforms) || !AddParametricSetup(step.isFirst))
+    }
+    if (!MoveBodies(step, transforms) || !AddParametricSetup(step.isFirst)) {
         return false;
+    }
     step.setup = SetupCommands::GetFirstSetup(m_pDesign);
-    if (step.setup.empty() || !SetupCommands::Analyze(m_pDesign, step.setup, status))
+    if (step.setup.empty() || !SetupCommands::Analyze(m_pDesign, step.setup, status)) {
         return false;
+    }
 
     std::string logPath;
     try {
         return RecordResults(step, transforms, results, logPath);
     } catch (...) {
         // The solve is done and its results count; whatever went wrong here is a warning to the desktop's user.
-        if (m_pDesktop)
+        if (m_pDesktop) {
             DesktopCommands::AddMessage(m_pDesktop, step.projectName, step.designName, warning,
                                         "Kinora-Veltrix Coupling log path is not valid: " + logPath);
+        }
         return true;
     }
 }
@@ -179,10 +193,11 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
     const std::string timeText = Text::Fixed(step.time) + "s";
     std::vector<DesignVariableCommands::Update> updates;
     updates.reserve(1 + 6 * transforms.size());
-    if (Names::Contains(step.localVariables, Names::timeVariable))
+    if (Names::Contains(step.localVariables, Names::timeVariable)) {
         updates.emplace_back(Names::timeVariable, timeText);
-    else
+    } else {
         SetVariableValue(Names::timeVariable, timeText, true);
+    }
 
     std::vector<std::array<Pose::Variable, 6>> poses;
     poses.reserve(transforms.size());
@@ -190,14 +205,16 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
         poses.push_back(Pose::Variables(transform));
         for (const auto& [name, value] : poses.back()) {
             updates.emplace_back(name, value);
-            if (step.isFirst)
+            if (step.isFirst) {
                 m_stepEntries.push_back(name);
+            }
         }
     }
     // Of two bodies with one name the first one moves.
     DesignVariableCommands::Sort(updates);
-    if (!updates.empty() && !DesignVariableCommands::ChangeVariables(m_pDesign, updates))
+    if (!updates.empty() && !DesignVariableCommands::ChangeVariables(m_pDesign, updates)) {
         return false;
+    }
     m_stepRows.push_back(StepRow(timeText, poses));
     return true;
 }
@@ -215,24 +232,28 @@ bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<T
         log.Open(path);
     }
     logPath = std::move(path);
-    if (log.IsNew())
+    if (log.IsNew()) {
         WriteLogHeader(log, transforms);
+    }
     log << std::to_string(m_stepCount) << "," << step.time;
 
     CValue reportNames = ReportCommands::GetReportNames(m_pDesign);
     const CObject module = DesignCommands::GetModule(m_pDesign, Names::reportModule);
-    if (!module)
+    if (!module) {
         return false;
+    }
     CStepReports reports(module.get(), folder, step.time, step.setup, step.localVariables, std::move(reportNames));
     for (const Transform& transform : transforms) {
         const std::string& body = transform.name;
         Result result;
-        if (!OutputVariableCommands::ReadLoads(m_pDesign, body, step.setup, result))
+        if (!OutputVariableCommands::ReadLoads(m_pDesign, body, step.setup, result)) {
             return false;
+        }
         results.push_back(result);
         LogBody(log, transform, result);
-        if (!ReportsWanted(m_pDesktop))
+        if (!ReportsWanted(m_pDesktop)) {
             continue;
+        }
         reports.Refill(Names::Force(body), body, Names::ForceQuantity, Names::newtonUnit, result.force);
         reports.Refill(Names::Torque(body), body, Names::TorqueQuantity, Names::torqueUnit, result.torque);
     }

@@ -12,8 +12,9 @@ bool CCsvFile::Open(const std::string& path) {
 }
 
 CCsvFile::~CCsvFile() {
-    if (m_file == INVALID_HANDLE_VALUE)
+    if (m_file == INVALID_HANDLE_VALUE) {
         return;
+    }
     DWORD written = 0;
     // A full disk costs lines, not the run.
     (void)WriteFile(m_file, m_text.data(), static_cast<DWORD>(m_text.size()), &written, nullptr);
@@ -31,8 +32,9 @@ CCsvFile& CCsvFile::operator<<(double number) {
 }
 
 CCsvFile& CCsvFile::operator<<(const double (&numbers)[3]) {
-    for (const double number : numbers)
+    for (const double number : numbers) {
         *this << "," << number;
+    }
     return *this;
 }
 

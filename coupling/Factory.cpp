@@ -3,8 +3,9 @@
 IKinoraVeltrixInterface* GetKinoraVeltrixFactoryInterface() {
     // Never destroyed: a host may hold the pointer until the process ends.
     static IKinoraVeltrixInterface* object = nullptr;
-    if (!object)
+    if (!object) {
         object = new CKinoraVeltrixCoupling();
+    }
     return object;
 }
 

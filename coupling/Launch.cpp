@@ -21,8 +21,9 @@ std::string DesktopProgId() {
 
 CLSID DesktopClass() {
     CLSID desktopClass;
-    if (FAILED(CLSIDFromProgID(Text::ToWide(DesktopProgId()).c_str(), &desktopClass)))
+    if (FAILED(CLSIDFromProgID(Text::ToWide(DesktopProgId()).c_str(), &desktopClass))) {
         throw LaunchDesktopExeption("Please check your QUORIX Vantor Desktop installation.");
+    }
     return desktopClass;
 }
 
@@ -30,17 +31,19 @@ IDispatch* CreateApplication(const CLSID& desktopClass) {
     IDispatch* application = nullptr;
     const HRESULT outcome =
         CoCreateInstance(desktopClass, nullptr, CLSCTX_SERVER, IID_IDispatch, reinterpret_cast<void**>(&application));
-    if (FAILED(outcome) || !application)
+    if (FAILED(outcome) || !application) {
         throw LaunchDesktopExeption(
             "QUORIX Vantor Desktop failed to launch. Please check your license or other configuration.");
+    }
     return application;
 }
 
 } // namespace
 
 bool CKinoraVeltrixCoupling::LaunchDesktop() {
-    if (m_pApplication)
+    if (m_pApplication) {
         return true;
+    }
     const CLSID desktopClass = DesktopClass();
     // Fails harmlessly on a thread that is initialised already.
     (void)CoInitialize(nullptr);
@@ -58,8 +61,9 @@ bool CKinoraVeltrixCoupling::LaunchWhenNeeded() {
 }
 
 bool CKinoraVeltrixCoupling::QuitApplication() {
-    if (m_pProject && !(SaveProject() && CloseProject()))
+    if (m_pProject && !(SaveProject() && CloseProject())) {
         return false;
+    }
     if (m_pDesktop) {
         DesktopCommands::QuitApplication(m_pDesktop);
     }

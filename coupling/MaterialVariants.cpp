@@ -27,10 +27,12 @@ bool ReadComponents(IDispatch* material, double (&components)[3]) {
 
 /// Writes the components that differ from those that the clone has from its source.
 bool WriteComponents(IDispatch* clone, const double (&wanted)[3], const double (&stored)[3]) {
-    for (int component = 0; component < 3; ++component)
+    for (int component = 0; component < 3; ++component) {
         if (wanted[component] != stored[component] &&
-            !ObjectCommands::SetPropValue(clone, ComponentProperty(component), wanted[component]))
+            !ObjectCommands::SetPropValue(clone, ComponentProperty(component), wanted[component])) {
             return false;
+        }
+    }
     return true;
 }
 
@@ -39,24 +41,29 @@ bool WriteComponents(IDispatch* clone, const double (&wanted)[3], const double (
 bool CKinoraVeltrixCoupling::AssignMaterial(const ModelBuild& model, const std::string& object,
                                             const Material& wanted) {
     IDispatch* editor = model.editor.get();
-    if (m_plainMaterials.count(wanted.name))
+    if (m_plainMaterials.count(wanted.name)) {
         return MaterialCommands::AssignMaterial(editor, object, wanted.name);
-    if (m_materialClones.count(wanted.name))
+    }
+    if (m_materialClones.count(wanted.name)) {
         return AssignVariant(model, object, wanted);
+    }
 
-    if (!MaterialCommands::AssignMaterial(editor, object, wanted.name))
+    if (!MaterialCommands::AssignMaterial(editor, object, wanted.name)) {
         return false;
+    }
     const CObject material = ObjectCommands::GetChildObject(model.materials.get(), wanted.name);
-    if (!material)
+    if (!material) {
         return false;
+    }
     if (!Names::Contains(ObjectCommands::GetPropNames(material.get()), Names::coercivity)) {
         m_plainMaterials.insert(wanted.name);
         return true;
     }
     MaterialVariant base = {wanted.name, {}};
     // Components that are no texts cannot be compared: the object keeps the material, and the next one asks again.
-    if (!ReadComponents(material.get(), base.components))
+    if (!ReadComponents(material.get(), base.components)) {
         return true;
+    }
     m_materialClones.emplace(wanted.name, MaterialVariants{base});
     return AssignVariant(model, object, wanted);
 }
@@ -67,17 +74,20 @@ bool CKinoraVeltrixCoupling::AssignVariant(const ModelBuild& model, const std::s
     const auto known = std::find_if(variants.begin(), variants.end(), [&](const MaterialVariant& variant) {
         return std::equal(std::begin(direction), std::end(direction), std::begin(variant.components));
     });
-    if (known != variants.end())
+    if (known != variants.end()) {
         return MaterialCommands::AssignMaterial(model.editor.get(), object, known->name);
+    }
 
     const MaterialVariant& base = variants.front();
     MaterialVariant variant = {wanted.name + "_" + std::to_string(variants.size()), {}};
     std::copy(std::begin(direction), std::end(direction), std::begin(variant.components));
-    if (!MaterialCommands::CloneMaterial(model.definitions.get(), base.name, variant.name))
+    if (!MaterialCommands::CloneMaterial(model.definitions.get(), base.name, variant.name)) {
         return false;
+    }
     const CObject clone = ObjectCommands::GetChildObject(model.materials.get(), variant.name);
-    if (!clone || !WriteComponents(clone.get(), direction, base.components))
+    if (!clone || !WriteComponents(clone.get(), direction, base.components)) {
         return false;
+    }
     variants.push_back(variant);
     return MaterialCommands::AssignMaterial(model.editor.get(), object, variant.name);
 }

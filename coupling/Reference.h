@@ -6,7 +6,8 @@
 
 /// Lets go of an automation object that a plain member holds, and empties the member.
 inline void ReleaseReference(IDispatch*& object) {
-    if (object)
+    if (object) {
         object->Release();
+    }
     object = nullptr;
 }

@@ -5,8 +5,8 @@
 
 namespace {
 
-// The desktop's own texts, word for word: 0x0000 to 0x000D are argument and array errors, 0x0200 to 0x022F errors of
-// the desktop and its projects. "nor found" (0x0222) is its spelling.
+/// The desktop's own texts, word for word: 0x0000 to 0x000D are argument and array errors, 0x0200 to 0x022F errors of
+/// the desktop and its projects. "nor found" (0x0222) is its spelling.
 const std::map<std::int32_t, std::string> scriptErrors = {
     {0x0000, "0x0000: Normal execution"},
     {0x0001, "0x0001: Invalid script argument"},

@@ -4,7 +4,7 @@
 
 namespace kinora::scenario {
 
-// What is wrong with a scenario ends a program as anything else does.
+/// What is wrong with a scenario ends a program as anything else does.
 using programs::ExitStatus;
 using programs::InputError;
 using programs::RunError;

@@ -28,7 +28,7 @@ struct BinaryFunction {
 
 constexpr std::array<Constant, 4> constants = {{{"pi", pi}, {"deg", pi / 180.0}, {"mm", 0.001}, {"g", 9.80665}}};
 
-// Lambdas pick the overload for double on every standard library.
+/// Lambdas pick the overload for double on every standard library.
 const std::array<UnaryFunction, 11> unaryFunctions = {{
     {"sin", [](double x) { return std::sin(x); }},
     {"cos", [](double x) { return std::cos(x); }},
@@ -51,9 +51,11 @@ const std::array<BinaryFunction, 3> binaryFunctions = {{
 
 template <class Table>
 const typename Table::value_type* Find(const Table& table, std::string_view name) {
-    for (const auto& entry : table)
-        if (entry.name == name)
+    for (const auto& entry : table) {
+        if (entry.name == name) {
             return &entry;
+        }
+    }
     return nullptr;
 }
 
@@ -68,8 +70,9 @@ public:
     std::vector<Expression::Instruction> Parse() {
         Sum();
         SkipBlanks();
-        if (m_at < m_text.size())
+        if (m_at < m_text.size()) {
             Fail(fmt::format("\"{}\" is not expected", m_text[m_at]));
+        }
         return std::move(m_program);
     }
 
@@ -81,37 +84,42 @@ private:
     }
 
     void SkipBlanks() {
-        while (m_at < m_text.size() && std::isspace(static_cast<unsigned char>(m_text[m_at])) != 0)
+        while (m_at < m_text.size() && std::isspace(static_cast<unsigned char>(m_text[m_at])) != 0) {
             ++m_at;
+        }
     }
 
     bool Take(char wanted) {
         SkipBlanks();
-        if (m_at == m_text.size() || m_text[m_at] != wanted)
+        if (m_at == m_text.size() || m_text[m_at] != wanted) {
             return false;
+        }
         ++m_at;
         return true;
     }
 
     void Require(char wanted) {
-        if (!Take(wanted))
+        if (!Take(wanted)) {
             Fail(fmt::format("\"{}\" is missing", wanted));
+        }
     }
 
     void Emit(Operation operation, double number = 0.0) { m_program.push_back({operation, number, nullptr, nullptr}); }
 
     void Sum() {
         // A bound on the nesting keeps hostile input from exhausting the stack.
-        if (++m_depth > 200)
+        if (++m_depth > 200) {
             Fail("too deeply nested");
+        }
         Product();
         for (;;) {
-            if (Take('+'))
+            if (Take('+')) {
                 Product(), Emit(Operation::Add);
-            else if (Take('-'))
+            } else if (Take('-')) {
                 Product(), Emit(Operation::Subtract);
-            else
+            } else {
                 break;
+            }
         }
         --m_depth;
     }
@@ -119,34 +127,39 @@ private:
     void Product() {
         Signed();
         for (;;) {
-            if (Take('*'))
+            if (Take('*')) {
                 Signed(), Emit(Operation::Multiply);
-            else if (Take('/'))
+            } else if (Take('/')) {
                 Signed(), Emit(Operation::Divide);
-            else
+            } else {
                 break;
+            }
         }
     }
 
     void Signed() {
         bool negative = false;
         for (;;) {
-            if (Take('-'))
+            if (Take('-')) {
                 negative = !negative;
-            else if (!Take('+'))
+            } else if (!Take('+')) {
                 break;
+            }
         }
         Power();
-        if (negative)
+        if (negative) {
             Emit(Operation::Negate);
+        }
     }
 
     void Power() {
         Primary();
-        if (!Take('^'))
+        if (!Take('^')) {
             return;
-        if (++m_depth > 200)
+        }
+        if (++m_depth > 200) {
             Fail("too deeply nested");
+        }
         Signed();
         --m_depth;
         Emit(Operation::Power);
@@ -158,21 +171,24 @@ private:
             Require(')');
             return;
         }
-        if (m_at == m_text.size())
+        if (m_at == m_text.size()) {
             Fail("it ends too early");
+        }
         const auto first = static_cast<unsigned char>(m_text[m_at]);
-        if (std::isdigit(first) != 0 || first == '.')
+        if (std::isdigit(first) != 0 || first == '.') {
             Number();
-        else if (std::isalpha(first) != 0)
+        } else if (std::isalpha(first) != 0) {
             Name();
-        else
+        } else {
             Fail(fmt::format("\"{}\" is not expected", m_text[m_at]));
+        }
     }
 
     std::size_t TakeDigits() {
         const std::size_t start = m_at;
-        while (m_at < m_text.size() && std::isdigit(static_cast<unsigned char>(m_text[m_at])) != 0)
+        while (m_at < m_text.size() && std::isdigit(static_cast<unsigned char>(m_text[m_at])) != 0) {
             ++m_at;
+        }
         return m_at - start;
     }
 
@@ -183,32 +199,40 @@ private:
             ++m_at;
             digits += TakeDigits();
         }
-        if (digits == 0)
+        if (digits == 0) {
             Fail("a number needs digits");
+        }
         if (m_at < m_text.size() && (m_text[m_at] == 'e' || m_text[m_at] == 'E')) {
             ++m_at;
-            if (m_at < m_text.size() && (m_text[m_at] == '+' || m_text[m_at] == '-'))
+            if (m_at < m_text.size() && (m_text[m_at] == '+' || m_text[m_at] == '-')) {
                 ++m_at;
-            if (TakeDigits() == 0)
+            }
+            if (TakeDigits() == 0) {
                 Fail("the exponent needs digits");
+            }
         }
         double value = 0.0;
-        if (std::from_chars(m_text.data() + start, m_text.data() + m_at, value).ec != std::errc())
+        if (std::from_chars(m_text.data() + start, m_text.data() + m_at, value).ec != std::errc()) {
             Fail("the number is too large or too small");
+        }
         Emit(Operation::Number, value);
     }
 
     void Name() {
         const std::size_t start = m_at;
-        while (m_at < m_text.size() && std::isalnum(static_cast<unsigned char>(m_text[m_at])) != 0)
+        while (m_at < m_text.size() && std::isalnum(static_cast<unsigned char>(m_text[m_at])) != 0) {
             ++m_at;
+        }
         const std::string_view name = m_text.substr(start, m_at - start);
-        if (const auto* constant = Find(constants, name))
+        if (const auto* constant = Find(constants, name)) {
             return Emit(Operation::Number, constant->value);
-        if (name == "t" && m_variables != Expression::Variables::None)
+        }
+        if (name == "t" && m_variables != Expression::Variables::None) {
             return Emit(Operation::Time);
-        if (name == "q" && m_variables == Expression::Variables::TimeAndCoordinate)
+        }
+        if (name == "q" && m_variables == Expression::Variables::TimeAndCoordinate) {
             return Emit(Operation::Coordinate);
+        }
         if (const auto* function = Find(unaryFunctions, name)) {
             Require('(');
             Sum();

@@ -20,8 +20,9 @@ struct LineCounter {
     void Read(char character) {
         beforeLast = last;
         last = next;
-        if (character == '\n')
+        if (character == '\n') {
             ++next;
+        }
     }
 };
 
@@ -66,7 +67,7 @@ public:
     bool boolean(bool) override { return Value(m_counter.last); }
     bool string(string_t&) override { return Value(m_counter.last); }
     bool binary(binary_t&) override { return Value(m_counter.last); }
-    // A number ends only at the character after it, which the parser has read already.
+    /// A number ends only at the character after it, which the parser has read already.
     bool number_integer(number_integer_t) override { return Value(m_counter.beforeLast); }
     bool number_unsigned(number_unsigned_t) override { return Value(m_counter.beforeLast); }
     bool number_float(number_float_t, const string_t&) override { return Value(m_counter.beforeLast); }
@@ -78,9 +79,10 @@ public:
 
     bool key(string_t& name) override {
         Level& level = m_levels.back();
-        if (!level.keys.insert(name).second)
+        if (!level.keys.insert(name).second) {
             throw InputError(fmt::format("{}:{}: {}: the key \"{}\" stands twice; remove one.", m_fileName,
                                          m_counter.last, level.pointer.empty() ? "/" : level.pointer, name));
+        }
         level.key = name;
         return true;
     }
@@ -103,8 +105,9 @@ private:
 
     /// Pointer of the value that comes now.
     std::string NextPointer() {
-        if (m_levels.empty())
+        if (m_levels.empty()) {
             return {};
+        }
         Level& level = m_levels.back();
         return PointerTo(level.pointer, level.isArray ? std::to_string(level.index++) : level.key);
     }
@@ -113,8 +116,9 @@ private:
         return true;
     }
     bool Enter(bool isArray) {
-        if (m_levels.size() > 100)
+        if (m_levels.size() > 100) {
             throw InputError(fmt::format("{}:{}: too deeply nested.", m_fileName, m_counter.last));
+        }
         const std::string pointer = NextPointer();
         locations.lines[pointer] = m_counter.last;
         m_levels.push_back({pointer, isArray, 0, {}, {}});
@@ -135,10 +139,12 @@ private:
 int JsonLocations::LineOf(std::string pointer) const {
     for (;;) {
         const auto found = lines.find(pointer);
-        if (found != lines.end())
+        if (found != lines.end()) {
             return found->second;
-        if (pointer.empty())
+        }
+        if (pointer.empty()) {
             return 1;
+        }
         pointer.erase(pointer.rfind('/'));
     }
 }
@@ -146,12 +152,13 @@ int JsonLocations::LineOf(std::string pointer) const {
 std::string PointerTo(const std::string& parent, const std::string& key) {
     std::string pointer = parent + "/";
     for (const char character : key) {
-        if (character == '~')
+        if (character == '~') {
             pointer += "~0";
-        else if (character == '/')
+        } else if (character == '/') {
             pointer += "~1";
-        else
+        } else {
             pointer += character;
+        }
     }
     return pointer;
 }

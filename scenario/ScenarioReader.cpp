@@ -42,8 +42,9 @@ public:
     std::size_t Size() const { return m_value->size(); }
     std::vector<std::string> Keys() const {
         std::vector<std::string> keys;
-        for (const auto& [key, value] : m_value->items())
+        for (const auto& [key, value] : m_value->items()) {
             keys.push_back(key);
+        }
         return keys;
     }
 
@@ -51,8 +52,9 @@ public:
     bool Flag() const { return m_value->get<bool>(); }
 
     Expression Formula(Expression::Variables variables) const {
-        if (m_value->is_number())
+        if (m_value->is_number()) {
             return Expression(m_value->get<double>());
+        }
         try {
             return Expression::Parse(Text(), variables);
         } catch (const std::invalid_argument& error) {
@@ -62,15 +64,17 @@ public:
 
     double Number() const {
         const double value = Formula(Expression::Variables::None).Evaluate(0.0);
-        if (!std::isfinite(value))
+        if (!std::isfinite(value)) {
             Fail("the value is not a finite number.");
+        }
         return value;
     }
     double NumberOr(const char* key, double fallback) const { return Has(key) ? At(key).Number() : fallback; }
     double NotNegativeOr(const char* key, double fallback) const {
         const double value = NumberOr(key, fallback);
-        if (value < 0.0)
+        if (value < 0.0) {
             At(key).Fail(fmt::format("{} is negative; it must be 0 or more.", value));
+        }
         return value;
     }
 
@@ -79,8 +83,9 @@ public:
     Vector Direction() const {
         const Vector vector = Triple();
         const double length = vector.norm();
-        if (!(length > 0.0))
+        if (!(length > 0.0)) {
             Fail("a direction must not be 0, 0, 0.");
+        }
         return vector / length;
     }
 
@@ -102,9 +107,10 @@ class UniqueNames {
 public:
     explicit UniqueNames(const char* kind) : m_kind(kind) {}
     void Add(const Node& node) {
-        if (!m_names.emplace(LowerCase(node.Text()), node.Text()).second)
+        if (!m_names.emplace(LowerCase(node.Text()), node.Text()).second) {
             node.Fail(fmt::format("another {} is called \"{}\" already (upper and lower case count as the same).",
                                   m_kind, m_names.at(LowerCase(node.Text()))));
+        }
     }
 
 private:
@@ -115,8 +121,9 @@ private:
 Body ReadBody(const Node& node) {
     Body body;
     body.name = node.At("name").Text();
-    for (std::size_t i = 0; i < node.At("objects").Size(); ++i)
+    for (std::size_t i = 0; i < node.At("objects").Size(); ++i) {
         body.objects.push_back(node.At("objects").At(i).Text());
+    }
     body.X_WB0.p_WB_W = node.TripleOr("position", Vector::Zero());
     if (node.Has("rotation")) {
         const Node rotation = node.At("rotation");
@@ -125,8 +132,9 @@ Body ReadBody(const Node& node) {
     body.mass = node.NotNegativeOr("mass", 0.0);
     body.p_BC_B = node.TripleOr("centreOfMass", Vector::Zero());
     body.principalInertia_B = node.TripleOr("inertia", Vector::Zero());
-    if (body.principalInertia_B.minCoeff() < 0.0)
+    if (body.principalInertia_B.minCoeff() < 0.0) {
         node.At("inertia").Fail("moments of inertia must be 0 or more.");
+    }
     return body;
 }
 
@@ -141,8 +149,9 @@ std::vector<Body> ReadBodies(const Node& node) {
         const Node objects = item.At("objects");
         for (std::size_t k = 0; k < objects.Size(); ++k) {
             const auto [owner, isNew] = owners.emplace(objects.At(k).Text(), bodies.back().name);
-            if (!isNew)
+            if (!isNew) {
                 objects.At(k).Fail(fmt::format("the object belongs to body \"{}\" already.", owner->second));
+            }
         }
     }
     return bodies;
@@ -152,9 +161,10 @@ MotionTable ReadTable(const Node& node) {
     MotionTable table;
     for (std::size_t i = 0; i < node.Size(); ++i) {
         const double time = node.At(i).At(0).Number();
-        if (!table.rows.empty() && time <= table.rows.back().first)
+        if (!table.rows.empty() && time <= table.rows.back().first) {
             node.At(i).Fail(
                 fmt::format("time {} s does not come after {} s; times must ascend.", time, table.rows.back().first));
+        }
         table.rows.emplace_back(time, node.At(i).At(1).Number());
     }
     return table;
@@ -165,8 +175,9 @@ Stops ReadStops(const Node& node) {
     stops.min = node.NumberOr("min", stops.min);
     stops.max = node.NumberOr("max", stops.max);
     stops.restitution = node.NumberOr("restitution", 0.0);
-    if (!(stops.min < stops.max))
+    if (!(stops.min < stops.max)) {
         node.Fail(fmt::format("min ({}) must be less than max ({}).", stops.min, stops.max));
+    }
     return stops;
 }
 
@@ -181,12 +192,15 @@ FreeMotion ReadFreeMotion(const Node& node) {
     }
     motion.damping = node.NotNegativeOr("damping", 0.0);
     motion.friction = node.NotNegativeOr("friction", 0.0);
-    if (node.Has("stops"))
+    if (node.Has("stops")) {
         motion.stops = ReadStops(node.At("stops"));
-    if (motion.start < motion.stops.min || motion.start > motion.stops.max)
+    }
+    if (motion.start < motion.stops.min || motion.start > motion.stops.max) {
         node.At("stops").Fail(fmt::format("the coordinate starts at {}, outside the stops.", motion.start));
-    if (node.Has("load"))
+    }
+    if (node.Has("load")) {
         motion.load = node.At("load").Formula(Expression::Variables::TimeAndCoordinate);
+    }
     return motion;
 }
 
@@ -201,31 +215,35 @@ public:
         joint.name = node.At("name").Text();
         joint.type = node.At("type").Text() == "slider" ? JointType::Slider : JointType::Hinge;
         joint.axis_W = node.At("axis").Direction();
-        if (node.Has("point") && joint.type == JointType::Slider)
+        if (node.Has("point") && joint.type == JointType::Slider) {
             node.At("point").Fail("only a hinge has a point on its axis; remove it.");
+        }
         joint.p_WJ_W = node.TripleOr("point", Vector::Zero());
         ReadMembers(node.At("bodies"), joint);
-        if (node.Has("prescribed"))
+        if (node.Has("prescribed")) {
             joint.motion = ReadPrescribed(node.At("prescribed"));
-        else
+        } else {
             joint.motion = ReadFreeMotion(node.At("free"));
+        }
         CheckInertia(node, joint);
         return joint;
     }
 
 private:
     static PrescribedMotion ReadPrescribed(const Node& node) {
-        if (node.Has("table"))
+        if (node.Has("table")) {
             return PrescribedMotion(ReadTable(node.At("table")));
+        }
         return PrescribedMotion(node.At("expression").Formula(Expression::Variables::Time));
     }
 
     void ReadMembers(const Node& node, Joint& joint) {
         for (std::size_t i = 0; i < node.Size(); ++i) {
             const std::size_t body = BodyIndex(node.At(i));
-            if (!m_jointOfBody[body].empty())
+            if (!m_jointOfBody[body].empty()) {
                 node.At(i).Fail(fmt::format("body \"{}\" hangs on joint \"{}\" already.", m_bodies[body].name,
                                             m_jointOfBody[body]));
+            }
             m_jointOfBody[body] = joint.name;
             joint.bodies.push_back(body);
         }
@@ -234,8 +252,9 @@ private:
     std::size_t BodyIndex(const Node& node) const {
         std::vector<std::string> names;
         for (std::size_t i = 0; i < m_bodies.size(); ++i) {
-            if (m_bodies[i].name == node.Text())
+            if (m_bodies[i].name == node.Text()) {
                 return i;
+            }
             names.push_back(m_bodies[i].name);
         }
         node.Fail(fmt::format("there is no body \"{}\".{}", node.Text(), Suggestion(node.Text(), names)));
@@ -244,12 +263,14 @@ private:
     /// A free joint without inertia has no equation of motion.
     void CheckInertia(const Node& node, const Joint& joint) const {
         const auto* motion = std::get_if<FreeMotion>(&joint.motion);
-        if (motion == nullptr || motion->addedInertia > 0.0)
+        if (!motion || motion->addedInertia > 0.0) {
             return;
+        }
         for (const std::size_t index : joint.bodies) {
             const Body& body = m_bodies[index];
-            if (joint.type == JointType::Slider && body.mass > 0.0)
+            if (joint.type == JointType::Slider && body.mass > 0.0) {
                 return;
+            }
             const auto& [p_WB_W, R_WB] = body.X_WB0;
             const Vector axis_B = R_WB.transpose() * joint.axis_W;
             const Vector p_JC_W = p_WB_W + R_WB * body.p_BC_B - joint.p_WJ_W;
@@ -275,8 +296,9 @@ std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Nod
         IKinoraVeltrixInterface::Material material;
         material.name = item.At("name").Text();
         const Vector direction = item.TripleOr("direction", Vector::UnitX());
-        for (int i = 0; i < 3; ++i)
+        for (int i = 0; i < 3; ++i) {
             material.coercivityDirection[i] = direction[i];
+        }
         materials.emplace(object, material);
     }
     return materials;
@@ -317,27 +339,33 @@ Stepping ReadStepping(const Node& node) {
     Stepping stepping;
     stepping.stepSeconds = node.At("step").Number();
     const double end = node.At("end").Number();
-    if (!(stepping.stepSeconds > 0.0))
+    if (!(stepping.stepSeconds > 0.0)) {
         node.At("step").Fail("the step must be more than 0 s.");
-    if (end < 0.0)
+    }
+    if (end < 0.0) {
         node.At("end").Fail("the end must be 0 s or later.");
+    }
     const double steps = end / stepping.stepSeconds;
     const double whole = std::round(steps);
-    if (whole > 1e8)
+    if (whole > 1e8) {
         node.At("step").Fail("that is more than a hundred million steps.");
-    if (std::fabs(steps - whole) > 1e-6)
+    }
+    if (std::fabs(steps - whole) > 1e-6) {
         node.At("end").Fail(fmt::format("{} s is not a whole number of steps of {} s; the nearest is {} s.", end,
                                         stepping.stepSeconds, std::fmax(1.0, whole) * stepping.stepSeconds));
+    }
     stepping.steps = static_cast<int>(whole);
     return stepping;
 }
 
 DesktopSettings ReadDesktop(const Node& node) {
     DesktopSettings desktop;
-    if (node.Has("version"))
+    if (node.Has("version")) {
         desktop.version = node.At("version").Text();
-    if (node.Has("atEnd") && node.At("atEnd").Text() == "release")
+    }
+    if (node.Has("atEnd") && node.At("atEnd").Text() == "release") {
         desktop.atEnd = AtEnd::Release;
+    }
     desktop.busyTimeoutSeconds = node.NumberOr("busyTimeout", desktop.busyTimeoutSeconds);
     return desktop;
 }
@@ -346,36 +374,44 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
     scenario.outputFolder = folder / "output";
     if (node.Has("output")) {
         const Node output = node.At("output");
-        if (output.Has("folder"))
+        if (output.Has("folder")) {
             scenario.outputFolder = folder / PathFromUtf8(output.At("folder").Text());
-        if (output.Has("csv"))
+        }
+        if (output.Has("csv")) {
             scenario.csvFile = PathFromUtf8(output.At("csv").Text());
+        }
     }
     scenario.projectFile = PathFromUtf8(node.At("project").At("file").Text());
-    if (scenario.projectFile.stem().empty() || !scenario.projectFile.has_filename())
+    if (scenario.projectFile.stem().empty() || !scenario.projectFile.has_filename()) {
         node.At("project").At("file").Fail("that is not the name of a file.");
+    }
     scenario.overwrite = node.At("project").Has("overwrite") && node.At("project").At("overwrite").Flag();
     scenario.geometryFile = folder / PathFromUtf8(node.At("geometry").At("file").Text());
     scenario.units = node.At("geometry").At("units").Text();
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(scenario.geometryFile, ignored))
+    if (!std::filesystem::is_regular_file(scenario.geometryFile, ignored)) {
         node.At("geometry").At("file").Fail(fmt::format("there is no file {}.", Utf8FromPath(scenario.geometryFile)));
+    }
 }
 
 Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
     Scenario scenario;
-    if (root.Has("title"))
+    if (root.Has("title")) {
         scenario.title = root.At("title").Text();
-    if (root.Has("desktop"))
+    }
+    if (root.Has("desktop")) {
         scenario.desktop = ReadDesktop(root.At("desktop"));
+    }
     ReadFiles(root, folder, scenario);
-    if (root.Has("materials"))
+    if (root.Has("materials")) {
         scenario.materials = ReadMaterials(root.At("materials"));
+    }
     scenario.bodies = ReadBodies(root.At("bodies"));
     if (root.Has("joints")) {
         JointReader reader(scenario.bodies);
-        for (std::size_t i = 0; i < root.At("joints").Size(); ++i)
+        for (std::size_t i = 0; i < root.At("joints").Size(); ++i) {
             scenario.joints.push_back(reader.Read(root.At("joints").At(i)));
+        }
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
     scenario.stepping = ReadStepping(root.At("solver"));

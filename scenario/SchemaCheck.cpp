@@ -30,15 +30,18 @@ bool StartsWith(const std::string& text, const char* start) {
 /// The validator's context ("<root>", "[bodies]", "[0]") without its brackets.
 Context PathOf(const Context& context) {
     Context path;
-    for (const std::string& element : context)
-        if (element.size() >= 2 && element.front() == '[')
+    for (const std::string& element : context) {
+        if (element.size() >= 2 && element.front() == '[') {
             path.push_back(element.substr(1, element.size() - 2));
+        }
+    }
     return path;
 }
 
 const json& Resolve(const json& schema, const json& node) {
-    if (node.contains("$ref"))
+    if (node.contains("$ref")) {
         return schema.at(json::json_pointer(node["$ref"].get<std::string>().substr(1)));
+    }
     return node;
 }
 
@@ -46,37 +49,41 @@ const json& Resolve(const json& schema, const json& node) {
 json SchemaAt(const json& schema, const Context& path) {
     json node = schema;
     for (const std::string& key : path) {
-        if (node.contains("properties") && node["properties"].contains(key))
+        if (node.contains("properties") && node["properties"].contains(key)) {
             node = json(Resolve(schema, node["properties"][key]));
-        else if (node.contains("items"))
+        } else if (node.contains("items")) {
             node = json(Resolve(schema, node["items"]));
-        else if (node.contains("additionalProperties") && node["additionalProperties"].is_object())
+        } else if (node.contains("additionalProperties") && node["additionalProperties"].is_object()) {
             node = json(Resolve(schema, node["additionalProperties"]));
-        else
+        } else {
             return json();
+        }
     }
     return node;
 }
 
 json ValueAt(const json& document, const Context& path) {
     const json* value = &document;
-    for (const std::string& key : path)
+    for (const std::string& key : path) {
         value = value->is_array() ? &value->at(std::stoul(key)) : &value->at(key);
+    }
     return *value;
 }
 
 std::vector<std::string> KeysOf(const json& object) {
     std::vector<std::string> keys;
-    for (const auto& [key, value] : object.items())
+    for (const auto& [key, value] : object.items()) {
         keys.push_back(key);
+    }
     return keys;
 }
 
 /// "a", "b" or "c" from a list of texts.
 std::string Alternatives(const json& texts) {
     std::string list;
-    for (std::size_t i = 0; i < texts.size(); ++i)
+    for (std::size_t i = 0; i < texts.size(); ++i) {
         list += (i == 0 ? "" : i + 1 == texts.size() ? " or " : ", ") + texts[i].dump();
+    }
     return list;
 }
 
@@ -101,26 +108,32 @@ std::string TypeText(const json& value, const json& schemaNode) {
 
 std::string OneOfText(const json& schemaNode) {
     json keys = json::array();
-    for (const json& branch : schemaNode.at("oneOf"))
+    for (const json& branch : schemaNode.at("oneOf")) {
         keys.push_back(branch.at("required").at(0));
+    }
     return fmt::format("exactly one of {} is wanted.", Alternatives(keys));
 }
 
 /// The validator's finding in words that name values and alternatives.
 std::string Explain(const std::string& description, const json& value, const json& schemaNode) {
-    if (StartsWith(description, "Object contains a property"))
+    if (StartsWith(description, "Object contains a property")) {
         return UnknownKeyText(description, schemaNode);
-    if (StartsWith(description, "Failed to match against any enum"))
+    }
+    if (StartsWith(description, "Failed to match against any enum")) {
         return EnumText(value, schemaNode);
-    if (StartsWith(description, "Value type not permitted"))
+    }
+    if (StartsWith(description, "Value type not permitted")) {
         return TypeText(value, schemaNode);
-    if (StartsWith(description, "Failed to match regex"))
+    }
+    if (StartsWith(description, "Failed to match regex")) {
         return fmt::format(
             "{} holds a character that names may not have; names build variables, formulas and files: use "
             "letters, digits and underscores, a letter first.",
             value.dump());
-    if (description.find("oneOf") != std::string::npos || description.find("exactly one") != std::string::npos)
+    }
+    if (description.find("oneOf") != std::string::npos || description.find("exactly one") != std::string::npos) {
         return OneOfText(schemaNode);
+    }
     if (StartsWith(description, "Missing required property")) {
         const std::size_t open = description.find('\'');
         return fmt::format("the key \"{}\" is missing.",
@@ -137,8 +150,9 @@ std::vector<Finding> Causes(const valijson::ValidationResults& results, const js
         const Context path = PathOf(error.context);
         if (StartsWith(error.description, "Failed to validate against child schema")) {
             // What a branch of an alternative lacks says less than the alternative itself.
-            while (causes.size() > branchStart && causes.back().path == path)
+            while (causes.size() > branchStart && causes.back().path == path) {
                 causes.pop_back();
+            }
             continue;
         }
         const bool isAlternative = error.description.find("oneOf") != std::string::npos ||
@@ -148,8 +162,9 @@ std::vector<Finding> Causes(const valijson::ValidationResults& results, const js
             continue;
         }
         causes.push_back({path, Explain(error.description, ValueAt(document, path), SchemaAt(schema, path))});
-        if (isAlternative)
+        if (isAlternative) {
             branchStart = causes.size();
+        }
     }
     return causes;
 }
@@ -166,13 +181,15 @@ void CheckAgainstSchema(const json& document, const JsonLocations& locations, co
     valijson::Validator validator(valijson::Validator::kStrongTypes);
     valijson::ValidationResults results;
     const valijson::adapters::NlohmannJsonAdapter documentAdapter(document);
-    if (validator.validate(schema, documentAdapter, &results))
+    if (validator.validate(schema, documentAdapter, &results)) {
         return;
+    }
     std::string text;
     for (const Finding& finding : Causes(results, document, schemaDocument)) {
         std::string pointer;
-        for (const std::string& key : finding.path)
+        for (const std::string& key : finding.path) {
             pointer = PointerTo(pointer, key);
+        }
         text += fmt::format("{}{}:{}: {}: {}", text.empty() ? "" : "\n", fileName, locations.LineOf(pointer),
                             pointer.empty() ? "/" : pointer, finding.text);
     }

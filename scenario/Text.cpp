@@ -50,8 +50,9 @@ std::string Suggestion(std::string_view name, const std::vector<std::string>& ca
 std::string ReadFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     std::string content((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    if (!stream.is_open() || stream.bad())
+    if (!stream.is_open() || stream.bad()) {
         throw InputError(fmt::format("{}: cannot be read; check that the file exists.", Utf8FromPath(file)));
+    }
     return content;
 }
 
@@ -63,13 +64,15 @@ void ReplaceFile(const std::filesystem::path& file, const std::string& content) 
         std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
         stream << content;
         stream.close();
-        if (!stream)
+        if (!stream) {
             throw RunError(
                 fmt::format("{}: cannot be written; check the folder and the space left.", Utf8FromPath(temporary)));
+        }
     }
     std::filesystem::rename(temporary, file, error);
-    if (error)
+    if (error) {
         throw RunError(fmt::format("{}: cannot be replaced ({}).", Utf8FromPath(file), error.message()));
+    }
 }
 
 std::filesystem::path PathFromUtf8(const std::string& text) {

@@ -85,7 +85,7 @@ void OffsetCubes() {
 }
 
 void PerpendicularCubes() {
-    for (const double gap : {0.01, 0.1, 1.0})
+    for (const double gap : {0.01, 0.1, 1.0}) {
         for (const bool torque : {false, true}) {
             const Block source = Cube(Vector3d::Zero(), alongZ);
             const Block target = Cube({0.3 * edge, 0.2 * edge, edge * (1 + gap)}, {1e6, 0, 0});
@@ -93,10 +93,11 @@ void PerpendicularCubes() {
                    target.centre},
                   Bodies(source, target), Integrated(source, target));
         }
+    }
 }
 
 void TurnedCubes() {
-    for (const double degrees : {0.001, 1.0, 10.0, 20.0, 30.0, 40.0, 45.0})
+    for (const double degrees : {0.001, 1.0, 10.0, 20.0, 30.0, 40.0, 45.0}) {
         for (const bool torque : {false, true}) {
             const Block source = Cube(Vector3d::Zero(), alongZ);
             Block target = Cube({0.2 * edge, 0.1 * edge, 1.5 * edge}, alongZ);
@@ -106,6 +107,7 @@ void TurnedCubes() {
                    target.centre},
                   Bodies(source, target), Integrated(source, target));
         }
+    }
 }
 
 void RoundMagnets() {
@@ -122,7 +124,7 @@ void RoundMagnets() {
         Print({"24-sided cylinders on one axis", "gap / radius", gap, false, target.centre},
               {BodyOf("source", cylinder), BodyOf("target", target)}, references::CurrentLoad(cylinder, target));
     }
-    for (const double height : {0.2, 0.6, 1.5})
+    for (const double height : {0.2, 0.6, 1.5}) {
         for (const bool torque : {false, true}) {
             Prism target = cylinder;
             target.centre = edge * Vector3d(0.3, 0.1, height);
@@ -130,10 +132,11 @@ void RoundMagnets() {
                    target.centre},
                   {BodyOf("source", ring), BodyOf("target", target)}, references::CurrentLoad(ring, target));
         }
+    }
 }
 
 void DistantCubes() {
-    for (const double distance : {20.0, 50.0, 100.0})
+    for (const double distance : {20.0, 50.0, 100.0}) {
         for (const bool torque : {false, true}) {
             const Block source = Cube(Vector3d::Zero(), {3e5, -2e5, 9e5});
             const Block target = Cube(edge * distance * Vector3d(0.3, 0.5, 0.9).normalized(), {-4e5, 7e5, 5e5});
@@ -143,6 +146,7 @@ void DistantCubes() {
                   references::DipoleLoad(source.centre, volume * source.magnetisation, target.centre,
                                          volume * target.magnetisation));
         }
+    }
 }
 
 constexpr int couplingBlocks = 8;
@@ -158,7 +162,7 @@ std::vector<Block> Upper(double angle) {
 /// Turning by one block and swapping poles changes nothing, so one block stands for all.
 void Coupling() {
     const std::vector<references::Sheet> lower = references::SheetsOf(Lower());
-    for (const double degrees : {1.0, 2.5, 5.0, 7.5, 10.0, 12.5, 15.0, 17.5, 20.0, 22.0})
+    for (const double degrees : {1.0, 2.5, 5.0, 7.5, 10.0, 12.5, 15.0, 17.5, 20.0, 22.0}) {
         for (const bool torque : {false, true}) {
             const std::vector<Block> upper = Upper(degrees * pi / 180);
             const references::Load one = references::SheetLoad(lower, references::SheetsOf(upper[0]), 1e-6);
@@ -168,6 +172,7 @@ void Coupling() {
             Print({"axial coupling of 8 and 8 blocks", "angle / degrees", degrees, torque, Vector3d::Zero()},
                   {BodyOf("lower", Lower()), BodyOf("upper", upper)}, all);
         }
+    }
 }
 
 int Table() {
@@ -204,15 +209,19 @@ double PlainForce(double gap, int n) {
     const std::array<FacePair, 3> pairs{{{gap, -1}, {gap + 1, 2}, {gap + 2, -1}}};
     const double step = edge / n;
     double sum = 0;
-    for (const FacePair& pair : pairs)
-        for (int i = 0; i < n; ++i)
-            for (int j = 0; j < n; ++j)
-                for (int k = 0; k < n; ++k)
+    for (const FacePair& pair : pairs) {
+        for (int i = 0; i < n; ++i) {
+            for (int j = 0; j < n; ++j) {
+                for (int k = 0; k < n; ++k) {
                     for (int l = 0; l < n; ++l) {
                         const double x = (i - k) * step, y = (j - l) * step, z = edge * pair.distance;
                         const double squared = x * x + y * y + z * z;
                         sum += pair.factor * z / (squared * std::sqrt(squared));
                     }
+                }
+            }
+        }
+    }
     const double charge = alongZ.z() * step * step;
     return 1e-7 * charge * charge * sum;
 }
@@ -222,8 +231,9 @@ int PlainDivision(double gap) {
     const double exact =
         references::AkounYonnetForce(Cube(Vector3d::Zero(), alongZ), Cube({0, 0, edge * (1 + gap)}, alongZ)).z();
     int n = 2;
-    while (std::abs(PlainForce(gap, n) - exact) > 1e-3 * std::abs(exact))
+    while (std::abs(PlainForce(gap, n) - exact) > 1e-3 * std::abs(exact)) {
         n = n + std::max(1, n / 4);
+    }
     return n;
 }
 
@@ -261,10 +271,12 @@ int Speed() {
 
 int main(int count, char** arguments) {
     try {
-        if (count == 2 && std::strcmp(arguments[1], "table") == 0)
+        if (count == 2 && std::strcmp(arguments[1], "table") == 0) {
             return Table();
-        if (count == 2 && std::strcmp(arguments[1], "speed") == 0)
+        }
+        if (count == 2 && std::strcmp(arguments[1], "speed") == 0) {
             return Speed();
+        }
     } catch (const std::exception& error) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;

@@ -34,7 +34,7 @@ struct Method {
     Give give;
 };
 
-// In the order of their names; the place in the table is the method's id.
+/// In the order of their names; the place in the table is the method's id.
 constexpr Method methods[] = {
     {L"AddMessage", Give::Nothing},
     {L"Analyze", Give::Solved},
@@ -74,8 +74,9 @@ void GiveTexts(VARIANT& result, const std::vector<std::wstring>& texts) {
     result.vt = VT_ARRAY | VT_VARIANT;
     result.parray = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(texts.size()));
     auto* element = static_cast<VARIANT*>(result.parray->pvData);
-    for (const std::wstring& text : texts)
+    for (const std::wstring& text : texts) {
         GiveText(*element++, text);
+    }
 }
 
 /// Application, desktop, project, design, modules and children are one object: it knows all their methods.
@@ -102,8 +103,9 @@ public:
         const auto method =
             std::lower_bound(std::begin(methods), std::end(methods), names[0],
                              [](const Method& row, const wchar_t* name) { return std::wcscmp(row.name, name) < 0; });
-        if (method == std::end(methods) || std::wcscmp(method->name, names[0]) != 0)
+        if (method == std::end(methods) || std::wcscmp(method->name, names[0]) != 0) {
             return DISP_E_UNKNOWNNAME;
+        }
         ids[0] = static_cast<DISPID>(method - std::begin(methods));
         return S_OK;
     }
@@ -111,21 +113,27 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO*,
                                      UINT*) override {
         const Method& method = methods[id];
-        if (observer)
+        if (observer) {
             observer(this, method.name, *arguments);
-        if (std::wcscmp(method.name, L"BenchConfigure") == 0)
+        }
+        if (std::wcscmp(method.name, L"BenchConfigure") == 0) {
             return ConfigureByScript(*arguments);
-        if (result)
+        }
+        if (result) {
             Answer(method.give, *result);
+        }
         return S_OK;
     }
 
 private:
     static HRESULT ConfigureByScript(const DISPPARAMS& arguments) {
         VARIANT texts[3] = {};
-        for (UINT place = 0; place < 3; ++place)
-            if (arguments.cArgs != 3 || FAILED(VariantChangeType(&texts[place], &arguments.rgvarg[place], 0, VT_BSTR)))
+        for (UINT place = 0; place < 3; ++place) {
+            if (arguments.cArgs != 3 ||
+                FAILED(VariantChangeType(&texts[place], &arguments.rgvarg[place], 0, VT_BSTR))) {
                 return DISP_E_BADPARAMCOUNT;
+            }
+        }
         BenchConfigure(texts[2].bstrVal, std::stoi(texts[1].bstrVal), texts[0].bstrVal);
         std::for_each(std::begin(texts), std::end(texts), [](VARIANT& text) { VariantClear(&text); });
         return S_OK;
@@ -196,10 +204,11 @@ bool WriteDefault(const std::wstring& key, const std::wstring& value) {
 
 bool BenchRegister(bool install) {
     const std::wstring classKey = std::wstring(L"CLSID\\") + classText;
-    if (!install)
+    if (!install) {
         return RegDeleteTreeW(HKEY_LOCAL_MACHINE, (L"Software\\Classes\\" + classKey).c_str()) == ERROR_SUCCESS &&
                RegDeleteTreeW(HKEY_LOCAL_MACHINE, (std::wstring(L"Software\\Classes\\") + progId).c_str()) ==
                    ERROR_SUCCESS;
+    }
     wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(thisModule, path, MAX_PATH);
     return WriteDefault(std::wstring(progId) + L"\\CLSID", classText) &&
@@ -210,8 +219,9 @@ void BenchConfigure(const wchar_t* folder, int bodies, const wchar_t* reports) {
     answers = {folder, reports, {L"SimTime"}, {L"KinoraHistory"}};
     for (int body = 0; body < bodies; ++body) {
         const std::wstring name = L"B" + std::to_wstring(body);
-        for (const wchar_t* ending : {L"_X", L"_Y", L"_Z", L"_Phi", L"_Theta", L"_Psi"})
+        for (const wchar_t* ending : {L"_X", L"_Y", L"_Z", L"_Phi", L"_Theta", L"_Psi"}) {
             answers.variables.push_back(name + ending);
+        }
         answers.reportNames.push_back(L"Force_" + name);
         answers.reportNames.push_back(L"Torque_" + name);
     }
@@ -230,7 +240,8 @@ STDAPI DllCanUnloadNow() {
 }
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void*) {
-    if (reason == DLL_PROCESS_ATTACH)
+    if (reason == DLL_PROCESS_ATTACH) {
         thisModule = module;
+    }
     return TRUE;
 }

@@ -9,9 +9,11 @@ namespace {
 std::size_t BusyBytes(HANDLE heap) {
     std::size_t bytes = 0;
     PROCESS_HEAP_ENTRY entry = {};
-    while (HeapWalk(heap, &entry))
-        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY)
+    while (HeapWalk(heap, &entry)) {
+        if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
             bytes += entry.cbData;
+        }
+    }
     return bytes;
 }
 

@@ -21,8 +21,9 @@ constexpr std::size_t recordedSteps = 10000;
 std::size_t liveInHistoryCall = 0;
 
 void LookAtHistoryCall(IDispatch*, const wchar_t* method, const DISPPARAMS&) {
-    if (std::wcscmp(method, L"EditSetup") == 0)
+    if (std::wcscmp(method, L"EditSetup") == 0) {
         liveInHistoryCall = LiveBytes();
+    }
 }
 
 /// A step is at its largest when the history, all of it built, is on its way.
@@ -43,8 +44,9 @@ std::size_t HistoryArgumentBytes(Session& session) {
 } // namespace
 
 int main() try {
-    if (!BenchRegister(true))
+    if (!BenchRegister(true)) {
         throw std::runtime_error("the bench desktop could not be registered");
+    }
     {
         Session session(bodies, recordedSteps, "Automatically");
         const std::size_t peak = PeakOfStep(session), argument = HistoryArgumentBytes(session);

@@ -9,8 +9,9 @@ using Values = std::vector<_variant_t>;
 
 _variant_t Array(const Values& values) {
     SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(values.size()));
-    for (LONG place = 0; place < static_cast<LONG>(values.size()); ++place)
+    for (LONG place = 0; place < static_cast<LONG>(values.size()); ++place) {
         SafeArrayPutElement(array, &place, const_cast<_variant_t*>(&values[static_cast<std::size_t>(place)]));
+    }
     VARIANT list = {};
     list.vt = VT_ARRAY | VT_VARIANT;
     list.parray = array;
@@ -19,8 +20,9 @@ _variant_t Array(const Values& values) {
 
 _variant_t Texts(const std::vector<std::wstring>& texts) {
     Values values;
-    for (const std::wstring& text : texts)
+    for (const std::wstring& text : texts) {
         values.push_back(text.c_str());
+    }
     return Array(values);
 }
 
@@ -37,8 +39,9 @@ std::wstring Text(double number, const wchar_t* unit) {
 
 _variant_t ChangeProperty(const std::vector<std::wstring>& names, const std::vector<std::wstring>& values) {
     Values properties = {L"NAME:ChangedProps"};
-    for (std::size_t index = 0; index < names.size(); ++index)
+    for (std::size_t index = 0; index < names.size(); ++index) {
         properties.push_back(Texts({L"NAME:" + names[index], L"Value:=", values[index]}));
+    }
     const _variant_t tab =
         Array({L"NAME:LocalVariableTab", Texts({L"NAME:PropServers", L"LocalVariables"}), Array(properties)});
     return Array({L"NAME:AllTabs", tab});
@@ -46,9 +49,10 @@ _variant_t ChangeProperty(const std::vector<std::wstring>& names, const std::vec
 
 _variant_t History(const std::vector<std::wstring>& names, const std::vector<std::vector<std::wstring>>& rows) {
     Values sweeps = {L"NAME:Sweeps"};
-    for (std::size_t column = 0; column < names.size(); ++column)
+    for (std::size_t column = 0; column < names.size(); ++column) {
         sweeps.push_back(Array({L"NAME:SweepDefinition", L"Variable:=", names[column].c_str(), L"Data:=",
                                 rows.front()[column].c_str(), L"OffsetF1:=", false, L"Synchronize:=", 0.0}));
+    }
     Values operations = {L"NAME:Sweep Operations"};
     for (std::size_t row = 1; row < rows.size(); ++row) {
         operations.push_back(L"add:=");
@@ -81,9 +85,11 @@ _variant_t CallMethod(const _variant_t& object, const wchar_t* method, const std
 CopyingStep::CopyingStep(Objects objects, std::vector<std::wstring> bodies, std::size_t recordedSteps,
                          std::filesystem::path log)
     : m_objects(std::move(objects)), m_bodies(std::move(bodies)), m_names({L"SimTime"}), m_log(std::move(log)) {
-    for (const std::wstring& body : m_bodies)
-        for (const wchar_t* ending : {L"_Phi", L"_Psi", L"_Theta", L"_X", L"_Y", L"_Z"})
+    for (const std::wstring& body : m_bodies) {
+        for (const wchar_t* ending : {L"_Phi", L"_Psi", L"_Theta", L"_X", L"_Y", L"_Z"}) {
             m_names.push_back(body + ending);
+        }
+    }
     m_rows.assign(recordedSteps, NextRow());
 }
 
@@ -91,8 +97,9 @@ CopyingStep::Row CopyingStep::NextRow() {
     ++m_step;
     Row row = {Text(0.01 * m_step, L"s")};
     for (std::size_t body = 0; body < m_bodies.size(); ++body) {
-        for (const wchar_t* unit : {L"Rad", L"Rad", L"Rad", L"Meter", L"Meter"})
+        for (const wchar_t* unit : {L"Rad", L"Rad", L"Rad", L"Meter", L"Meter"}) {
             row.push_back(Text(0.0, unit));
+        }
         row.push_back(Text(0.013 * static_cast<double>(body) + 0.0001 * m_step, L"Meter"));
     }
     return row;
@@ -126,14 +133,17 @@ void CopyingStep::Record() {
     CallMethod(design, L"GetModule", {L"ReportSetup"});
     for (const std::wstring& body : m_bodies) {
         const _variant_t variables = CallMethod(design, L"GetModule", {L"OutputVariable"});
-        for (int pose = 0; pose < 6; ++pose)
+        for (int pose = 0; pose < 6; ++pose) {
             log << ',' << 0.0123456;
-        for (const wchar_t* load : {L"Force_", L"Torque_"})
-            for (const wchar_t* axis : {L"_X", L"_Y", L"_Z"})
+        }
+        for (const wchar_t* load : {L"Force_", L"Torque_"}) {
+            for (const wchar_t* axis : {L"_X", L"_Y", L"_Z"}) {
                 log << ','
                     << static_cast<double>(CallMethod(
                            variables, L"GetOutputVariableValue",
                            {(load + body + axis).c_str(), L"", L"Setup1 : LastAdaptive", L"Magnetostatic", Array({})}));
+            }
+        }
         CallMethod(desktop, L"GetRegistryString",
                    {L"Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve"});
     }

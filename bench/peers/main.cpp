@@ -27,16 +27,18 @@ _variant_t Create(const wchar_t* progId) {
     IDispatch* object = nullptr;
     if (FAILED(CLSIDFromProgID(progId, &desktopClass)) ||
         FAILED(CoCreateInstance(desktopClass, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                                reinterpret_cast<void**>(&object))))
+                                reinterpret_cast<void**>(&object)))) {
         throw std::runtime_error("the desktop could not be created");
+    }
     return _variant_t(object, false);
 }
 
 std::vector<std::wstring> BenchBodies(int count) {
     std::vector<std::wstring> names;
     names.reserve(static_cast<std::size_t>(count));
-    for (int body = 0; body < count; ++body)
+    for (int body = 0; body < count; ++body) {
         names.push_back(L"B" + std::to_wstring(body));
+    }
     return names;
 }
 
@@ -49,8 +51,9 @@ double ScriptSeconds(const std::string& script, const std::string& target, std::
     FILE* output = _popen(command.c_str(), "r");
     double milliseconds = 0.0;
     const int read = output ? std::fscanf(output, "%lf", &milliseconds) : 0;
-    if (!output || _pclose(output) != 0 || read != 1)
+    if (!output || _pclose(output) != 0 || read != 1) {
         throw std::runtime_error("the script did not run: " + command);
+    }
     return milliseconds / 1000.0;
 }
 
@@ -92,8 +95,9 @@ double CopyingSeconds(const std::filesystem::path& path, std::size_t recordedSte
 json CompareOutOfProcess(const std::string& script, const std::string& geometry, std::size_t recordedSteps) {
     SimulatedRun run(geometry);
     const _variant_t desktop = SimulatedDesktop();
-    for (std::size_t step = 0; step < recordedSteps; ++step)
+    for (std::size_t step = 0; step < recordedSteps; ++step) {
         run.Step();
+    }
     const double library = Medians({[&] { run.Step(); }}).front();
     run.Save();
     const double copying = CopyingSeconds(run.Project(), recordedSteps);
@@ -104,13 +108,16 @@ json CompareOutOfProcess(const std::string& script, const std::string& geometry,
 } // namespace
 
 int main(int argc, char** argv) try {
-    if (argc != 3)
+    if (argc != 3) {
         throw std::runtime_error("usage: bench_peers STEP.VBS GEOMETRY");
-    if (!BenchRegister(true))
+    }
+    if (!BenchRegister(true)) {
         throw std::runtime_error("the bench desktop could not be registered");
+    }
     json report;
-    for (const std::size_t recordedSteps : {1u, 100u, 1000u})
+    for (const std::size_t recordedSteps : {1u, 100u, 1000u}) {
         report["peers"].push_back(Compare(argv[1], 10, recordedSteps));
+    }
     BenchRegister(false);
     report["outOfProcess"].push_back(CompareOutOfProcess(argv[1], argv[2], 100));
     std::cout << report.dump(2) << std::endl;

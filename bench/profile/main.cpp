@@ -17,18 +17,21 @@ namespace {
 double SecondsOfOne(const std::function<void()>& work, double leastSeconds) {
     double total = 0.0;
     int count = 0;
-    for (; total < leastSeconds; ++count)
+    for (; total < leastSeconds; ++count) {
         total += SecondsOf(work);
+    }
     return total / count;
 }
 
 } // namespace
 
 int main(int argc, char** argv) try {
-    if (argc != 6)
+    if (argc != 6) {
         throw std::runtime_error("usage: bench_profile step|floor BODIES RECORDED_STEPS REPORTS SECONDS");
-    if (!BenchRegister(true))
+    }
+    if (!BenchRegister(true)) {
         throw std::runtime_error("the bench desktop could not be registered");
+    }
     {
         Session session(std::atoi(argv[2]), static_cast<std::size_t>(std::atoi(argv[3])), argv[4]);
         Floor::Recording recording;

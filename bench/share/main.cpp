@@ -22,19 +22,22 @@ constexpr std::size_t steps = 100;
 double SimulatedStepSeconds(const std::string& geometry) {
     SimulatedRun run(geometry);
     std::vector<double> times;
-    for (std::size_t step = 0; step < steps; ++step)
+    for (std::size_t step = 0; step < steps; ++step) {
         times.push_back(SecondsOf([&] { run.Step(); }));
+    }
     return Median(times);
 }
 
 } // namespace
 
 int main(int argc, char** argv) try {
-    if (argc != 2)
+    if (argc != 2) {
         throw std::runtime_error("usage: bench_share GEOMETRY");
+    }
     const double outOfProcess = SimulatedStepSeconds(argv[1]);
-    if (!BenchRegister(true))
+    if (!BenchRegister(true)) {
         throw std::runtime_error("the bench desktop could not be registered");
+    }
     double inProcess = 0.0;
     {
         Session session(2, steps / 2, "Automatically");

@@ -13,8 +13,9 @@ Counters OfProcess(HANDLE process) {
     Counters counters;
     PROCESS_MEMORY_COUNTERS memory = {};
     memory.cb = sizeof memory;
-    if (GetProcessMemoryInfo(process, &memory, sizeof memory))
+    if (GetProcessMemoryInfo(process, &memory, sizeof memory)) {
         counters.privateBytes = memory.PagefileUsage;
+    }
     counters.handles = OpenHandles(GetProcessId(process));
     return counters;
 }
@@ -24,9 +25,11 @@ DWORD ProcessId(const std::wstring& fileName) {
     PROCESSENTRY32W entry = {};
     entry.dwSize = sizeof entry;
     DWORD id = 0;
-    for (BOOL more = Process32FirstW(snapshot, &entry); more && id == 0; more = Process32NextW(snapshot, &entry))
-        if (fileName == entry.szExeFile)
+    for (BOOL more = Process32FirstW(snapshot, &entry); more && id == 0; more = Process32NextW(snapshot, &entry)) {
+        if (fileName == entry.szExeFile) {
             id = entry.th32ProcessID;
+        }
+    }
     CloseHandle(snapshot);
     return id;
 }
@@ -39,8 +42,9 @@ Counters OfThisProcess() {
 
 Counters OfProgram(const std::wstring& fileName) {
     const HANDLE process = OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, ProcessId(fileName));
-    if (!process)
+    if (!process) {
         return {};
+    }
     const Counters counters = OfProcess(process);
     CloseHandle(process);
     return counters;

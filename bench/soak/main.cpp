@@ -26,12 +26,13 @@ using Group = IKinoraVeltrixInterface::Group;
 constexpr int bodies = 5;
 constexpr int windows = 10;
 
-// A recorded row holds the time and six values a body. The texts are short enough to lie in their strings.
+/// A recorded row holds the time and six values a body. The texts are short enough to lie in their strings.
 constexpr std::size_t rowBytes = sizeof(std::vector<std::string>) + (1 + 6 * bodies) * sizeof(std::string);
 
 void Require(bool done, const char* what) {
-    if (!done)
+    if (!done) {
         throw std::runtime_error(std::string(what) + " failed");
+    }
 }
 
 class Run {
@@ -106,8 +107,9 @@ struct Sight {
 
 Sight RunWindow(Run& run, int first, int last) {
     std::vector<double> times;
-    for (int step = first; step < last; ++step)
+    for (int step = first; step < last; ++step) {
         times.push_back(SecondsOf([&] { run.Step(step); }));
+    }
     return {last, Median(times), LiveBytes(), OfThisProcess(), OfProgram(L"vantor-sim.exe"), run.Files()};
 }
 
@@ -151,10 +153,11 @@ void Print(const std::vector<Sight>& sights) {
         std::printf("| %d | %.2f | %.2f | %zu | %ld | %.1f | %.2f | ", sight.steps, Predicted(sights.front(), sight),
                     Growth(sights.front(), sight), sight.own.handles, sight.files,
                     sight.stepSeconds / sights.front().stepSeconds, sight.stepSeconds / line.At(sight));
-        if (sight.desktop.handles == 0)
+        if (sight.desktop.handles == 0) {
             std::printf("in the same process |\n");
-        else
+        } else {
             std::printf("%.1f, %zu |\n", Mega(sight.desktop.privateBytes), sight.desktop.handles);
+        }
     }
 }
 
@@ -171,19 +174,22 @@ bool Holds(const std::vector<Sight>& sights) {
 
 int main(int argc, char** argv) try {
     const int steps = argc > 1 ? std::atoi(argv[1]) : 0;
-    if (steps < 10 * windows || argc > 3)
+    if (steps < 10 * windows || argc > 3) {
         throw std::runtime_error("usage: bench_soak STEPS [GEOMETRY], with at least 100 steps");
+    }
     Require(BenchRegister(true), "registering the bench desktop");
     std::vector<Sight> sights;
     {
         Run run(argc == 3 ? argv[2] : nullptr);
-        for (int window = 0; window < windows; ++window)
+        for (int window = 0; window < windows; ++window) {
             sights.push_back(RunWindow(run, steps / windows * window, steps / windows * (window + 1)));
+        }
     }
     BenchRegister(false);
     Print(sights);
-    if (!Holds(sights))
+    if (!Holds(sights)) {
         throw std::runtime_error("something grows that the history does not explain; see the table");
+    }
     return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "error: %s\n", error.what());

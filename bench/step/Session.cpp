@@ -12,8 +12,8 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-// The history is private. An explicit instantiation may name it, and a long history cannot be had otherwise in the time
-// of a benchmark: recording 10,000 steps sends half of 10,000 times 10,000 rows.
+/// The history is private. An explicit instantiation may name it, and a long history cannot be had otherwise in the
+/// time of a benchmark: recording 10,000 steps sends half of 10,000 times 10,000 rows.
 Rows& HistoryOf(CKinoraVeltrixCoupling& coupling);
 template <Rows CKinoraVeltrixCoupling::*Member>
 struct Reach {
@@ -22,15 +22,17 @@ struct Reach {
 template struct Reach<&CKinoraVeltrixCoupling::m_stepRows>;
 
 void Require(bool done, const char* what) {
-    if (!done)
+    if (!done) {
         throw std::runtime_error(std::string("bench session: ") + what + " failed");
+    }
 }
 
 std::string LastLine(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string line, last;
-    while (std::getline(file, line))
+    while (std::getline(file, line)) {
         last = line;
+    }
     return last + "\n";
 }
 
@@ -78,8 +80,9 @@ void Session::WriteHistory() {
 }
 
 void Session::CollectFiles() {
-    for (const auto& entry : std::filesystem::directory_iterator(m_folder / "Bench.reports"))
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder / "Bench.reports")) {
         m_files.push_back({entry.path(), LastLine(entry.path())});
+    }
 }
 
 void Session::AppendToFiles() const {

@@ -6,8 +6,9 @@
 namespace {
 
 void Require(bool done, const char* what) {
-    if (!done)
+    if (!done) {
         throw std::runtime_error(std::string("simulated run: ") + what + " failed");
+    }
 }
 
 } // namespace

@@ -18,13 +18,16 @@ double Median(std::vector<double> values) {
 
 std::vector<double> Medians(const std::vector<std::function<void()>>& contenders) {
     double once = 0;
-    for (const auto& contender : contenders)
+    for (const auto& contender : contenders) {
         once += SecondsOf(contender);
+    }
     const int repetitions = std::clamp(static_cast<int>(1.0 / once), 5, 200);
     std::vector<std::vector<double>> times(contenders.size());
-    for (int repetition = 0; repetition < repetitions; ++repetition)
-        for (std::size_t index = 0; index < contenders.size(); ++index)
+    for (int repetition = 0; repetition < repetitions; ++repetition) {
+        for (std::size_t index = 0; index < contenders.size(); ++index) {
             times[index].push_back(SecondsOf(contenders[index]));
+        }
+    }
     std::vector<double> medians;
     std::transform(times.begin(), times.end(), std::back_inserter(medians), Median);
     return medians;

@@ -44,16 +44,19 @@ json HistoryAgainstFloor(int bodies, std::size_t recordedSteps) {
 } // namespace
 
 int main() try {
-    if (!BenchRegister(true))
+    if (!BenchRegister(true)) {
         throw std::runtime_error("the bench desktop could not be registered");
+    }
     json report;
-    for (const int bodies : {1, 10, 100})
-        for (const std::size_t recordedSteps : {1u, 100u, 1000u, 10000u})
+    for (const int bodies : {1, 10, 100}) {
+        for (const std::size_t recordedSteps : {1u, 100u, 1000u, 10000u}) {
             for (const char* reports : {"Never", "Automatically"}) {
                 std::fprintf(stderr, "%d bodies, %u recorded steps, %s\n", bodies, static_cast<unsigned>(recordedSteps),
                              reports);
                 report["step"].push_back(StepAgainstFloor(bodies, recordedSteps, reports));
             }
+        }
+    }
     report["history"] = HistoryAgainstFloor(10, 10000);
     BenchRegister(false);
     std::cout << report.dump(2) << std::endl;

@@ -11,8 +11,9 @@ namespace kinora::host {
 
 ComScope::ComScope() {
     const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    if (FAILED(result))
+    if (FAILED(result)) {
         throw scenario::RunError(fmt::format("COM cannot be initialised ({:#x}).", static_cast<unsigned>(result)));
+    }
 }
 
 ComScope::~ComScope() {
@@ -27,8 +28,9 @@ BusyFilter::BusyFilter(BusyWait wait) : m_wait(std::move(wait)) {
 BusyFilter::~BusyFilter() {
     IMessageFilter* self = nullptr;
     (void)CoRegisterMessageFilter(m_previous, &self);
-    if (m_previous != nullptr)
+    if (m_previous) {
         m_previous->Release();
+    }
 }
 
 HRESULT BusyFilter::QueryInterface(REFIID wanted, void** object) {

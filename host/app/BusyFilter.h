@@ -29,7 +29,7 @@ public:
 
 private:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID wanted, void** object) override;
-    // It lives on the stack; nobody's reference keeps it.
+    /// It lives on the stack; nobody's reference keeps it.
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
     DWORD STDMETHODCALLTYPE HandleInComingCall(DWORD type, HTASK caller, DWORD elapsedMs,

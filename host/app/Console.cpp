@@ -14,8 +14,9 @@ namespace {
 std::atomic<bool> interrupted{false};
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
         return FALSE;
+    }
     // The first one is answered by the run itself, the second by the system.
     return interrupted.exchange(true) ? FALSE : TRUE;
 }
@@ -24,8 +25,9 @@ int TerminalWidth() {
     HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
     CONSOLE_SCREEN_BUFFER_INFO info = {};
     DWORD mode = 0;
-    if (!GetConsoleMode(output, &mode) || !GetConsoleScreenBufferInfo(output, &info))
+    if (!GetConsoleMode(output, &mode) || !GetConsoleScreenBufferInfo(output, &info)) {
         return 0;
+    }
     return info.srWindow.Right - info.srWindow.Left;
 }
 
@@ -57,15 +59,17 @@ Console::~Console() {
 }
 
 void Console::EndBar() {
-    if (m_isBarShown)
+    if (m_isBarShown) {
         Print("\n");
+    }
     m_isBarShown = false;
 }
 
 void Console::OnPhase(const std::string& text) {
     EndBar();
-    if (m_talk != Talk::Quiet)
+    if (m_talk != Talk::Quiet) {
         Print(text + "\n");
+    }
     // The first step's share of the time begins when the last phase before it ends.
     m_start = std::chrono::steady_clock::now();
 }
@@ -77,11 +81,13 @@ void Console::OnWarning(const std::string& text) {
 }
 
 void Console::OnStep(const StepRecord& record) {
-    if (m_firstStep < 0)
+    if (m_firstStep < 0) {
         m_firstStep = record.step;
+    }
     m_records.push_back(record);
-    if (m_talk == Talk::Quiet)
+    if (m_talk == Talk::Quiet) {
         return;
+    }
     if (m_width == 0 || m_talk == Talk::Verbose) {
         Print(StepLine(m_scenario, record) + "\n");
         return;

@@ -23,20 +23,24 @@ constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
 /// The command line wins over the environment, and that over the scenario.
 void ChooseDesktop(const CommandLine& arguments, Scenario& scenario) {
     const char* fromEnvironment = std::getenv(versionVariable);
-    if (!arguments.desktopVersion.empty())
+    if (!arguments.desktopVersion.empty()) {
         scenario.desktop.version = arguments.desktopVersion;
-    else if (fromEnvironment != nullptr)
+    } else if (fromEnvironment) {
         scenario.desktop.version = fromEnvironment;
-    if (!scenario.desktop.version.empty())
+    }
+    if (!scenario.desktop.version.empty()) {
         _putenv_s(versionVariable, AnsiFromUtf8(scenario.desktop.version).c_str());
+    }
 }
 
 Scenario Prepare(const CommandLine& arguments) {
     Scenario scenario = ReadScenario(PathFromUtf8(arguments.scenarioFile));
-    if (!arguments.outputFolder.empty())
+    if (!arguments.outputFolder.empty()) {
         scenario.outputFolder = PathFromUtf8(arguments.outputFolder);
-    if (!arguments.csvFile.empty())
+    }
+    if (!arguments.csvFile.empty()) {
         scenario.csvFile = std::filesystem::absolute(PathFromUtf8(arguments.csvFile));
+    }
     scenario.overwrite = scenario.overwrite || arguments.overwrite;
     ChooseDesktop(arguments, scenario);
     return scenario;
@@ -54,8 +58,9 @@ RunOptions OptionsFrom(const CommandLine& arguments) {
 }
 
 void PrintResults(const Scenario& scenario, const Console& console, Talk talk) {
-    if (console.Records().empty())
+    if (console.Records().empty()) {
         return;
+    }
     constexpr std::size_t tableRows = 40;
     if (talk != Talk::Quiet) {
         Print("\nLoads on the bodies, in the axes of their coordinate systems\n");
@@ -74,8 +79,9 @@ void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, con
     sources.scenarioFile = PathFromUtf8(arguments.scenarioFile);
     sources.states = files.csv;
     sources.generator = "kinora-run " KINORA_VERSION;
-    for (const std::string& warning : console.Warnings())
+    for (const std::string& warning : console.Warnings()) {
         sources.notices.push_back({kinora::report::Severity::Warning, warning});
+    }
     const std::filesystem::path page = kinora::report::DefaultPageFile(sources.log);
     kinora::report::WriteReport(sources, kinora::report::FindTemplate(), page);
     Print(fmt::format("report        {}\n", Utf8FromPath(page)));
@@ -92,10 +98,12 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     const RunEnd end = run.Run();
     console.EndBar();
     PrintResults(scenario, console, arguments.talk);
-    if (arguments.report)
+    if (arguments.report) {
         WriteReportPage(arguments, scenario, console);
-    if (end == RunEnd::Complete)
+    }
+    if (end == RunEnd::Complete) {
         return ExitStatus::Done;
+    }
     PrintError("The run stopped before its end; --resume goes on with it.\n");
     return ExitStatus::Failed;
 }

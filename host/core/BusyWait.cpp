@@ -15,8 +15,9 @@ BusyWait::BusyWait(double limitSeconds, std::function<void(const std::string&)> 
 
 std::optional<std::uint32_t> BusyWait::OnRejected(std::uint32_t elapsedMs) {
     const bool isNewCall = elapsedMs < m_lastElapsedMs;
-    if (isNewCall)
+    if (isNewCall) {
         m_nextNoticeMs = 0;
+    }
     m_lastElapsedMs = elapsedMs;
     const double elapsedSeconds = elapsedMs / 1000.0;
     if (elapsedSeconds >= m_limitSeconds) {

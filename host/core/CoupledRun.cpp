@@ -30,9 +30,11 @@ std::vector<std::string> LaunchAdvice() {
 
 std::string ObjectNames(const Scenario& scenario) {
     std::string names;
-    for (const Body& body : scenario.bodies)
-        for (const std::string& object : body.objects)
+    for (const Body& body : scenario.bodies) {
+        for (const std::string& object : body.objects) {
             names += (names.empty() ? "" : ", ") + object;
+        }
+    }
     return names;
 }
 
@@ -65,8 +67,9 @@ RunEnd CoupledRun::Run() {
     }
     try {
         OpenModel();
-        if (m_files.csv)
+        if (m_files.csv) {
             m_csv = std::make_unique<StatesCsv>(*m_files.csv, m_scenario, m_resumedStep);
+        }
         const RunEnd end = Advance(firstStep);
         Finish();
         return end;
@@ -85,33 +88,39 @@ void CoupledRun::PrepareFolder() const {
     const bool exists = std::filesystem::exists(m_files.project, error);
     const std::string name = Utf8FromPath(m_files.project);
     if (m_options.resume) {
-        if (!exists)
+        if (!exists) {
             throw InputError(fmt::format("{}: there is no project to resume; start without --resume.", name));
+        }
         return;
     }
-    if (exists && !m_scenario.overwrite)
+    if (exists && !m_scenario.overwrite) {
         throw InputError(fmt::format("{}: the project exists already; --overwrite replaces it, --resume goes on with "
                                      "it, --out writes elsewhere.",
                                      name));
-    if (exists && !std::filesystem::remove(m_files.project, error))
+    }
+    if (exists && !std::filesystem::remove(m_files.project, error)) {
         throw InputError(fmt::format("{}: cannot be replaced ({}); is it open elsewhere?", name, error.message()));
+    }
     std::filesystem::create_directories(m_files.project.parent_path(), error);
-    if (error)
+    if (error) {
         throw InputError(fmt::format("{}: the folder cannot be made ({}).", Utf8FromPath(m_files.project.parent_path()),
                                      error.message()));
+    }
     // A state of an earlier run must not be taken for this one's.
     std::filesystem::remove(m_files.state, error);
 }
 
 void CoupledRun::OpenModel() {
-    if (m_options.resume)
+    if (m_options.resume) {
         OpenProject();
-    else
+    } else {
         CreateProject();
+    }
     BuildMagnetics();
     m_listener.OnPhase("Saving the model");
-    if (!m_coupling.SaveProject())
+    if (!m_coupling.SaveProject()) {
         Fail("SaveProject", "the desktop did not save the new model", {"Check the folder and the space left."});
+    }
 }
 
 /// False for a desktop that is not installed: waiting does not help there.
@@ -128,8 +137,9 @@ bool CoupledRun::Launching(Operation operation) {
             m_isLaunched = true;
             return isDone;
         } catch (const LaunchDesktopExeption& error) {
-            if (!MayLaunchAgain(error, tries))
+            if (!MayLaunchAgain(error, tries)) {
                 throw OperationFailed(fmt::format("LaunchDesktop failed: {}", error.what()), LaunchAdvice());
+            }
             m_listener.OnWarning(fmt::format("{} Trying again.", error.what()));
             std::this_thread::sleep_for(m_options.launchPause);
         } catch (...) {
@@ -149,11 +159,12 @@ void CoupledRun::CreateProject() {
     const std::string narrowGeometry = Narrow(geometry);
     const std::string units = m_options.toNarrow(m_scenario.units);
     const bool isCreated = Launching([&] { return m_coupling.CreateProject(narrowProject, narrowGeometry, units); });
-    if (!isCreated)
+    if (!isCreated) {
         Fail("CreateProject", fmt::format("project {}, geometry {}", Utf8FromPath(project), Utf8FromPath(geometry)),
              {"Check that the desktop can write the project's folder and that no such project is open in it.",
               "Check that the desktop can import the geometry file.",
               fmt::format("Check that \"{}\" is a length unit of the desktop.", m_scenario.units)});
+    }
 }
 
 void CoupledRun::OpenProject() {
@@ -161,9 +172,10 @@ void CoupledRun::OpenProject() {
     const std::filesystem::path project = std::filesystem::absolute(m_files.project);
     const std::string narrowProject = Narrow(project);
     const bool isOpen = Launching([&] { return m_coupling.OpenProject(narrowProject, designName); });
-    if (!isOpen)
+    if (!isOpen) {
         Fail("OpenProject", fmt::format("project {}, design {}", Utf8FromPath(project), designName),
              {"Check that the project was made by this program and is not open elsewhere."});
+    }
 }
 
 void CoupledRun::BuildMagnetics() {
@@ -173,8 +185,9 @@ void CoupledRun::BuildMagnetics() {
         IKinoraVeltrixInterface::Group group;
         // Always the drawn pose: the desktop moves the imported objects from it into the body's own frame.
         group.transform = ToTransform(body.name, body.X_WB0);
-        for (const std::string& object : body.objects)
+        for (const std::string& object : body.objects) {
             group.objects.push_back(m_options.toNarrow(object));
+        }
         groups.push_back(std::move(group));
     }
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
@@ -183,22 +196,25 @@ void CoupledRun::BuildMagnetics() {
         narrow.name = m_options.toNarrow(material.name);
         materials.emplace(m_options.toNarrow(object), narrow);
     }
-    if (!m_coupling.InitMagneticObjects(groups, materials))
+    if (!m_coupling.InitMagneticObjects(groups, materials)) {
         Fail("InitMagneticObjects", fmt::format("{} bodies", groups.size()),
              {fmt::format("Check that the geometry file has these objects: {}.", ObjectNames(m_scenario)),
               "Check that the desktop knows the materials named in the scenario.",
               "Check that no body is named like a variable or function of the desktop."});
+    }
 }
 
 RunEnd CoupledRun::Advance(int firstStep) {
     const int lastStep = m_scenario.stepping.steps;
     for (int step = firstStep; step <= lastStep; ++step) {
-        if (step > 0)
+        if (step > 0) {
             m_mechanism.Move(m_scenario.stepping.TimeOf(step));
+        }
         Solve(step);
         const bool isLimit = m_options.stepLimit >= 0 && step - firstStep + 1 >= m_options.stepLimit;
-        if (step < lastStep && (isLimit || m_options.isInterrupted()))
+        if (step < lastStep && (isLimit || m_options.isInterrupted())) {
             return RunEnd::Interrupted;
+        }
     }
     return RunEnd::Complete;
 }
@@ -218,34 +234,38 @@ void CoupledRun::Solve(int step) {
         const char* meaning = status != 0 ? m_options.scriptErrorText(status) : nullptr;
         Fail("Analyze",
              fmt::format("step {} at {} s{}", step, record.time,
-                         meaning != nullptr ? fmt::format(", {}", meaning)
-                         : status != 0      ? fmt::format(", solver status {:#x}", static_cast<unsigned>(status))
-                                            : std::string()),
+                         meaning       ? fmt::format(", {}", meaning)
+                         : status != 0 ? fmt::format(", solver status {:#x}", static_cast<unsigned>(status))
+                                       : std::string()),
              {"Look at the poses of this step: do bodies touch or overlap?",
               "Open the project in the desktop and solve it there."});
     }
-    if (record.results.size() < transforms.size())
+    if (record.results.size() < transforms.size()) {
         Fail("Analyze",
              fmt::format("step {} at {} s was solved, but only {} of {} bodies got a result", step, record.time,
                          record.results.size(), transforms.size()),
              {fmt::format("The step's files could not be written: check {} (is a file open elsewhere, is the folder "
                           "read-only, is the disk full?).",
                           Utf8FromPath(m_files.reportsFolder))});
+    }
     std::vector<Load> loads;
-    for (std::size_t body = 0; body < transforms.size(); ++body)
+    for (std::size_t body = 0; body < transforms.size(); ++body) {
         loads.push_back(ToLoad(record.results[body], record.poses[body].R_WB));
+    }
     m_mechanism.ApplyLoads(loads);
     record.joints = m_mechanism.Joints();
-    if (m_csv)
+    if (m_csv) {
         m_csv->Append(record);
+    }
     WriteState(m_files.state, m_scenario, record);
     m_listener.OnStep(record);
 }
 
 void CoupledRun::WarnOfOrientation(const Pose& X_WB, std::size_t body, double time) {
     const double deviation = FrameDeviation(X_WB.R_WB);
-    if (deviation <= m_warnedDeviation[body])
+    if (deviation <= m_warnedDeviation[body]) {
         return;
+    }
     // Once more only when it has become much worse.
     m_warnedDeviation[body] = 2.0 * deviation;
     m_listener.OnWarning(
@@ -258,23 +278,27 @@ void CoupledRun::WarnOfOrientation(const Pose& X_WB, std::size_t body, double ti
 void CoupledRun::Finish() {
     m_csv.reset();
     m_listener.OnPhase("Saving and closing the project");
-    if (!m_coupling.SaveProject())
+    if (!m_coupling.SaveProject()) {
         Fail("SaveProject", Utf8FromPath(m_files.project), {"Check the folder and the space left."});
-    if (!m_coupling.CloseProject())
+    }
+    if (!m_coupling.CloseProject()) {
         Fail("CloseProject", Utf8FromPath(m_files.project), {"Close the project in the desktop."});
+    }
     LetGoOfDesktop();
 }
 
 void CoupledRun::LetGoOfDesktop() {
     // A desktop whose project refuses to close is not quit over its head; letting go always works.
-    if (m_scenario.desktop.atEnd == AtEnd::Release || !m_coupling.QuitApplication())
+    if (m_scenario.desktop.atEnd == AtEnd::Release || !m_coupling.QuitApplication()) {
         m_coupling.ReleaseApplication();
+    }
     m_isLaunched = false;
 }
 
 void CoupledRun::CloseAfterFailure() noexcept {
-    if (!m_isLaunched)
+    if (!m_isLaunched) {
         return;
+    }
     try {
         // Whatever can still be saved is; the failure itself is what will be reported.
         (void)m_coupling.SaveProject();
@@ -290,22 +314,25 @@ void CoupledRun::Fail(const std::string& operation, const std::string& detail, s
 }
 
 void CoupledRun::CollectMessages(OperationFailed& failure) const {
-    if (!m_isLaunched)
+    if (!m_isLaunched) {
         return;
+    }
     std::vector<std::string> known;
     for (const Severity severity : {Severity::Fatal, Severity::Error, Severity::Warning, Severity::Info}) {
         std::vector<std::string> texts;
-        if (!m_coupling.GetMessages(texts, severity))
+        if (!m_coupling.GetMessages(texts, severity)) {
             return;
+        }
         // A desktop may answer with the more severe ones as well.
         std::vector<std::string> before = known;
         known = texts;
         for (const std::string& text : texts) {
             const auto repeated = std::find(before.begin(), before.end(), text);
-            if (repeated != before.end())
+            if (repeated != before.end()) {
                 before.erase(repeated);
-            else
+            } else {
                 failure.messages.emplace_back(severity, m_options.fromNarrow(text));
+            }
         }
     }
 }

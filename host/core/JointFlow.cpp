@@ -36,8 +36,9 @@ Stretch FlowOneWay(double speed, double push, double inertia, double damping, do
 
 /// Time after which the speed is zero; infinite when the push does not brake.
 double TimeToStandstill(double speed, double push, double inertia, double damping) {
-    if (Sign(speed) * push >= 0.0)
+    if (Sign(speed) * push >= 0.0) {
         return std::numeric_limits<double>::infinity();
+    }
     const double ratio = -speed / push;
     return damping > 0.0 ? inertia / damping * std::log1p(ratio * damping) : inertia * ratio;
 }
@@ -51,8 +52,9 @@ SpeedFlow FlowSpeed(double speed, double force, double inertia, double damping, 
     // At most two stretches: to standstill, and away from it.
     while (left > 0.0) {
         const bool standsStill = flow.speed == 0.0;
-        if (standsStill && std::fabs(force) <= friction)
+        if (standsStill && std::fabs(force) <= friction) {
             break;
+        }
         const double direction = standsStill ? Sign(force) : Sign(flow.speed);
         const double push = force - friction * direction;
         const double standstill = standsStill ? std::numeric_limits<double>::infinity()
@@ -92,8 +94,9 @@ Drift FlowCoordinate(const JointState& start, double inertia, const Stops& stops
 }
 
 bool RestsAtStop(const JointState& state, double force, const Stops& stops) {
-    if (state.speed != 0.0)
+    if (state.speed != 0.0) {
         return false;
+    }
     return (state.coordinate <= stops.min && force <= 0.0) || (state.coordinate >= stops.max && force >= 0.0);
 }
 

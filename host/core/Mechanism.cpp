@@ -11,18 +11,21 @@ namespace kinora::host {
 using namespace scenario;
 
 Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario) {
-    for (const Joint& joint : scenario.joints)
+    for (const Joint& joint : scenario.joints) {
         m_lumped.push_back(Lump(joint));
-    for (const Body& body : scenario.bodies)
+    }
+    for (const Body& body : scenario.bodies) {
         m_poses.push_back(body.X_WB0);
+    }
     m_records.resize(scenario.joints.size());
     m_previousCoordinates.resize(scenario.joints.size(), 0.0);
 }
 
 Mechanism::Lumped Mechanism::Lump(const Joint& joint) const {
     Lumped lumped;
-    if (const auto* motion = std::get_if<FreeMotion>(&joint.motion))
+    if (const auto* motion = std::get_if<FreeMotion>(&joint.motion)) {
         lumped.inertia = motion->addedInertia;
+    }
     Vector moment_W = Vector::Zero();
     for (const std::size_t index : joint.bodies) {
         const Body& body = m_scenario.bodies[index];
@@ -38,8 +41,9 @@ Mechanism::Lumped Mechanism::Lump(const Joint& joint) const {
         const double distance = (p_WC_W - joint.p_WJ_W).cross(joint.axis_W).norm();
         lumped.inertia += axis_B.cwiseAbs2().dot(body.principalInertia_B) + body.mass * distance * distance;
     }
-    if (lumped.mass > 0.0)
+    if (lumped.mass > 0.0) {
         lumped.p_WC_W = moment_W / lumped.mass;
+    }
     return lumped;
 }
 
@@ -54,17 +58,19 @@ Pose Mechanism::PoseAt(const Joint& joint, const Pose& X_WB0, double coordinate)
 
 void Mechanism::MoveBodies(std::size_t joint) {
     const Joint& description = m_scenario.joints[joint];
-    for (const std::size_t body : description.bodies)
+    for (const std::size_t body : description.bodies) {
         m_poses[body] = PoseAt(description, m_scenario.bodies[body].X_WB0, m_records[joint].state.coordinate);
+    }
 }
 
 double Mechanism::PrescribedCoordinate(const Joint& joint, double time) {
     const double coordinate = std::get<PrescribedMotion>(joint.motion).Evaluate(time);
-    if (!std::isfinite(coordinate))
+    if (!std::isfinite(coordinate)) {
         throw RunError(
             fmt::format("The prescribed coordinate of joint \"{}\" is not a finite number at {} s; check its "
                         "expression.",
                         joint.name, time));
+    }
     return coordinate;
 }
 
@@ -144,8 +150,9 @@ void Mechanism::FlowHalfStep(std::size_t joint) {
     const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
     JointRecord& record = m_records[joint];
     const double force = DrivingForce(joint);
-    if (RestsAtStop(record.state, force, motion.stops))
+    if (RestsAtStop(record.state, force, motion.stops)) {
         return;
+    }
     const SpeedFlow flow = FlowSpeed(record.state.speed, force, m_lumped[joint].inertia, motion.damping,
                                      motion.friction, 0.5 * m_stepSeconds);
     record.state.speed = flow.speed;
@@ -187,24 +194,30 @@ void Mechanism::ApplyLoads(const std::vector<Load>& loads) {
         const double coordinate = record.state.coordinate;
         const double path = coordinate - m_previousCoordinates[joint];
         const double fieldForce = FieldForce(description, loads);
-        if (!std::isfinite(fieldForce))
+        if (!std::isfinite(fieldForce)) {
             throw RunError(fmt::format("The field's force on joint \"{}\" is not a finite number at {} s; look at the "
                                        "desktop's results.",
                                        description.name, m_time));
-        if (!isStart)
+        }
+        if (!isStart) {
             record.energy.fieldWork += 0.5 * (record.fieldForce + fieldForce) * path;
+        }
         record.fieldForce = fieldForce;
-        if (!description.IsFree())
+        if (!description.IsFree()) {
             continue;
+        }
         const double load = std::get<FreeMotion>(description.motion).load.Evaluate(m_time, coordinate);
-        if (!std::isfinite(load))
+        if (!std::isfinite(load)) {
             throw RunError(fmt::format("The load on joint \"{}\" is not a finite number at {} s; check its expression.",
                                        description.name, m_time));
-        if (!isStart)
+        }
+        if (!isStart) {
             record.energy.loadWork += 0.5 * (record.load + load) * path;
+        }
         record.load = load;
-        if (!isStart)
+        if (!isStart) {
             FlowHalfStep(joint);
+        }
         UpdateStoredEnergy(joint);
     }
 }

@@ -14,8 +14,9 @@ RunFiles FilesOf(const scenario::Scenario& scenario) {
     files.reportsFolder = base / named(".reports");
     files.couplingLog = files.reportsFolder / named(".coupling.csv");
     files.state = base / named(".state.json");
-    if (scenario.csvFile)
+    if (scenario.csvFile) {
         files.csv = scenario.outputFolder / *scenario.csvFile;
+    }
     return files;
 }
 

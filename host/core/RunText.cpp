@@ -43,41 +43,50 @@ std::string Present(const Scenario& scenario, const StepRecord& record) {
         text += fmt::format("  {} ({:.4g}, {:.4g}, {:.4g}) N", scenario.bodies[i].name, ShownNewtons(force[0]),
                             ShownNewtons(force[1]), ShownNewtons(force[2]));
     }
-    for (std::size_t i = 0; i < record.joints.size(); ++i)
+    for (std::size_t i = 0; i < record.joints.size(); ++i) {
         text += fmt::format("  {} {:.4g} {}", scenario.joints[i].name,
                             LengthOrAngle(scenario.joints[i], record.joints[i].state.coordinate),
                             LengthOrAngleUnit(scenario.joints[i]));
+    }
     return text;
 }
 
 std::string Duration(double seconds) {
     const auto whole = static_cast<long long>(std::ceil(std::fmax(0.0, seconds)));
-    if (whole < 60)
+    if (whole < 60) {
         return fmt::format("{} s", whole);
-    if (whole < 3600)
+    }
+    if (whole < 3600) {
         return fmt::format("{}:{:02} min", whole / 60, whole % 60);
+    }
     return fmt::format("{}:{:02} h", whole / 3600, whole / 60 % 60);
 }
 
 std::string FreeMotionText(const FreeMotion& motion) {
     std::string text = fmt::format("free, starts at {:g} with speed {:g}", motion.start, motion.speed);
-    if (motion.addedInertia > 0.0)
+    if (motion.addedInertia > 0.0) {
         text += fmt::format(", added inertia {:g}", motion.addedInertia);
-    if (motion.spring.stiffness > 0.0)
+    }
+    if (motion.spring.stiffness > 0.0) {
         text += fmt::format(", spring {:g} relaxed at {:g}", motion.spring.stiffness, motion.spring.rest);
-    if (motion.damping > 0.0)
+    }
+    if (motion.damping > 0.0) {
         text += fmt::format(", damping {:g}", motion.damping);
-    if (motion.friction > 0.0)
+    }
+    if (motion.friction > 0.0) {
         text += fmt::format(", friction {:g}", motion.friction);
-    if (std::isfinite(motion.stops.min) || std::isfinite(motion.stops.max))
+    }
+    if (std::isfinite(motion.stops.min) || std::isfinite(motion.stops.max)) {
         text += fmt::format(", stops {:g} to {:g}", motion.stops.min, motion.stops.max);
+    }
     return text + fmt::format(", load {}", motion.load.Formula());
 }
 
 std::string JointText(const Scenario& scenario, const Joint& joint) {
     std::string bodies;
-    for (const std::size_t body : joint.bodies)
+    for (const std::size_t body : joint.bodies) {
         bodies += (bodies.empty() ? "" : ", ") + scenario.bodies[body].name;
+    }
     const std::string through =
         joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.p_WJ_W));
     const std::string motion = joint.IsFree() ? FreeMotionText(std::get<FreeMotion>(joint.motion))
@@ -110,8 +119,9 @@ std::string Ordinal(std::size_t number) {
 
 std::size_t NameWidth(const Scenario& scenario) {
     std::size_t width = 4;
-    for (const Body& body : scenario.bodies)
+    for (const Body& body : scenario.bodies) {
         width = std::max(width, body.name.size());
+    }
     return width;
 }
 
@@ -142,8 +152,9 @@ std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& r
                     nameWidth, "Fx N", "Fy N", "Fz N", "Tx mN m", "Ty mN m", "Tz mN m");
     const std::size_t stride = std::max<std::size_t>(1, (records.size() + maxRows - 1) / maxRows);
     for (std::size_t i = 0; i < records.size(); ++i) {
-        if (i % stride != 0 && i + 1 != records.size())
+        if (i % stride != 0 && i + 1 != records.size()) {
             continue;
+        }
         const StepRecord& record = records[i];
         for (std::size_t body = 0; body < record.results.size(); ++body) {
             const auto& [force, torque] = record.results[body];
@@ -154,24 +165,27 @@ std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& r
                             ShownMillinewtonMetres(torque[1]), ShownMillinewtonMetres(torque[2]));
         }
     }
-    if (stride > 1)
+    if (stride > 1) {
         table += fmt::format("(every {} of {} steps; all of them are in the coupling log)\n", Ordinal(stride),
                              records.size());
+    }
     return table;
 }
 
 std::string EnergyTable(const Scenario& scenario, const StepRecord& last) {
     std::string rows;
     for (std::size_t i = 0; i < scenario.joints.size(); ++i) {
-        if (!scenario.joints[i].IsFree())
+        if (!scenario.joints[i].IsFree()) {
             continue;
+        }
         const EnergyAccount& energy = last.joints[i].energy;
         rows += fmt::format("{:<12} {:>12.5g} {:>12.5g} {:>12.5g} {:>12.5g} {:>12.3g}\n", scenario.joints[i].name,
                             energy.kinetic + energy.potential - energy.initial, energy.fieldWork, energy.loadWork,
                             energy.dissipated, energy.Imbalance());
     }
-    if (rows.empty())
+    if (rows.empty()) {
         return {};
+    }
     return fmt::format(
         "Energy, J: gain of kinetic and potential energy + dissipated = field work + load work + imbalance\n"
         "{:<12} {:>12} {:>12} {:>12} {:>12} {:>12}\n{}",
@@ -183,14 +197,16 @@ std::string FileList(const Scenario& scenario) {
     std::string list;
     const auto add = [&list](const char* what, const std::filesystem::path& path) {
         std::error_code ignored;
-        if (std::filesystem::exists(path, ignored))
+        if (std::filesystem::exists(path, ignored)) {
             list += fmt::format("{:<13} {}\n", what, Utf8FromPath(std::filesystem::absolute(path).lexically_normal()));
+        }
     };
     add("project", files.project);
     add("coupling log", files.couplingLog);
     add("reports", files.reportsFolder);
-    if (files.csv)
+    if (files.csv) {
         add("states", *files.csv);
+    }
     return list;
 }
 
@@ -204,8 +220,9 @@ std::string ModelText(const Scenario& scenario) {
     for (const Body& body : scenario.bodies) {
         text +=
             fmt::format("  \"{}\" at {} m, mass {:g} kg, objects:", body.name, Numbers(body.X_WB0.p_WB_W), body.mass);
-        for (const std::string& object : body.objects)
+        for (const std::string& object : body.objects) {
             text += " " + object;
+        }
         text += "\n";
     }
     text += "materials\n";
@@ -215,23 +232,28 @@ std::string ModelText(const Scenario& scenario) {
                             Numbers({direction[0], direction[1], direction[2]}));
     }
     text += scenario.joints.empty() ? "" : "joints\n";
-    for (const Joint& joint : scenario.joints)
+    for (const Joint& joint : scenario.joints) {
         text += JointText(scenario, joint);
-    if (!scenario.gravity_W.isZero())
+    }
+    if (!scenario.gravity_W.isZero()) {
         text += fmt::format("gravity {} m/s^2\n", Numbers(scenario.gravity_W));
+    }
     return text + fmt::format("{} steps of {:g} s, 0 to {:g} s\n", scenario.stepping.steps,
                               scenario.stepping.stepSeconds, scenario.stepping.TimeOf(scenario.stepping.steps));
 }
 
 std::string FailureText(const OperationFailed& failure) {
     std::string text = fmt::format("error: {}\n", failure.what());
-    if (!failure.messages.empty())
+    if (!failure.messages.empty()) {
         text += "The desktop says:\n";
-    for (const auto& [severity, message] : failure.messages)
+    }
+    for (const auto& [severity, message] : failure.messages) {
         text += fmt::format("  {}: {}\n", SeverityName(severity), message);
+    }
     text += "What to try:\n";
-    for (const std::string& advice : failure.Advice())
+    for (const std::string& advice : failure.Advice()) {
         text += fmt::format("  - {}\n", advice);
+    }
     return text;
 }
 

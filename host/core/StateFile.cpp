@@ -44,9 +44,10 @@ JointRecord FromJson(const json& value) {
 }
 
 SavedState FromDocument(const json& document, const Scenario& scenario) {
-    if (document.at("stepSeconds").get<double>() != scenario.stepping.stepSeconds)
+    if (document.at("stepSeconds").get<double>() != scenario.stepping.stepSeconds) {
         throw InputError(fmt::format("the run was made with a step of {} s, the scenario says {} s.",
                                      document.at("stepSeconds").get<double>(), scenario.stepping.stepSeconds));
+    }
     SavedState state;
     state.step = document.at("step").get<int>();
     const json& joints = document.at("joints");
@@ -55,8 +56,9 @@ SavedState FromDocument(const json& document, const Scenario& scenario) {
         sameJoints = joints.at(i).at("name").get<std::string>() == scenario.joints[i].name;
         state.joints.push_back(FromJson(joints.at(i)));
     }
-    if (!sameJoints)
+    if (!sameJoints) {
         throw InputError("the run was made with other joints than the scenario has.");
+    }
     return state;
 }
 
@@ -64,8 +66,9 @@ SavedState FromDocument(const json& document, const Scenario& scenario) {
 
 void WriteState(const std::filesystem::path& file, const Scenario& scenario, const StepRecord& record) {
     json joints = json::array();
-    for (std::size_t i = 0; i < record.joints.size(); ++i)
+    for (std::size_t i = 0; i < record.joints.size(); ++i) {
         joints.push_back(ToJson(scenario.joints[i].name, record.joints[i]));
+    }
     const json document = {{"step", record.step},
                            {"time", record.time},
                            {"stepSeconds", scenario.stepping.stepSeconds},
@@ -75,9 +78,10 @@ void WriteState(const std::filesystem::path& file, const Scenario& scenario, con
 
 SavedState ReadState(const std::filesystem::path& file, const Scenario& scenario) {
     std::error_code ignored;
-    if (!std::filesystem::exists(file, ignored))
+    if (!std::filesystem::exists(file, ignored)) {
         throw InputError(
             fmt::format("{}: there is no run to resume here; start one without --resume.", Utf8FromPath(file)));
+    }
     try {
         return FromDocument(json::parse(ReadFile(file)), scenario);
     } catch (const InputError& error) {

@@ -15,17 +15,20 @@ namespace {
 
 std::string Header(const Scenario& scenario) {
     std::string header = "Step,Time [s]";
-    for (const Body& body : scenario.bodies)
+    for (const Body& body : scenario.bodies) {
         for (const char* column : {"X [m]", "Y [m]", "Z [m]", "Force_x [N]", "Force_y [N]", "Force_z [N]",
-                                   "Torque_x [mN m]", "Torque_y [mN m]", "Torque_z [mN m]"})
+                                   "Torque_x [mN m]", "Torque_y [mN m]", "Torque_z [mN m]"}) {
             header += fmt::format(",{}.{}", body.name, column);
+        }
+    }
     for (const Joint& joint : scenario.joints) {
         const bool isSlider = joint.type == JointType::Slider;
         const char* force = isSlider ? "N" : "N m";
         header += fmt::format(",{0}.Coordinate [{1}],{0}.Speed [{1}/s],{0}.Field force [{2}],{0}.Load [{2}]",
                               joint.name, isSlider ? "m" : "rad", force);
-        for (const char* column : {"Kinetic", "Potential", "Field work", "Load work", "Dissipated", "Imbalance"})
+        for (const char* column : {"Kinetic", "Potential", "Field work", "Load work", "Dissipated", "Imbalance"}) {
             header += fmt::format(",{}.{} [J]", joint.name, column);
+        }
     }
     return header + "\n";
 }
@@ -33,16 +36,18 @@ std::string Header(const Scenario& scenario) {
 /// The lines of an earlier run up to a step, the header first; empty when there is no such file.
 std::string KeptLines(const std::filesystem::path& file, int lastStep) {
     std::error_code ignored;
-    if (lastStep < 0 || !std::filesystem::exists(file, ignored))
+    if (lastStep < 0 || !std::filesystem::exists(file, ignored)) {
         return {};
+    }
     std::istringstream lines(ReadFile(file));
     std::string kept;
     std::string line;
     for (bool isHeader = true; std::getline(lines, line); isHeader = false) {
         int step = 0;
         const bool isRow = std::from_chars(line.data(), line.data() + line.size(), step).ec == std::errc();
-        if (isHeader || (isRow && step <= lastStep))
+        if (isHeader || (isRow && step <= lastStep)) {
             kept += line + "\n";
+        }
     }
     return kept;
 }
@@ -53,9 +58,10 @@ StatesCsv::StatesCsv(const std::filesystem::path& file, const Scenario& scenario
     const std::string kept = KeptLines(file, lastStep);
     m_stream.open(file, std::ios::binary | std::ios::trunc);
     m_stream << (kept.empty() ? Header(scenario) : kept) << std::flush;
-    if (!m_stream)
+    if (!m_stream) {
         throw RunError(
             fmt::format("{}: cannot be written; close it elsewhere and check the folder.", Utf8FromPath(m_file)));
+    }
 }
 
 void StatesCsv::Append(const StepRecord& record) {
@@ -74,8 +80,9 @@ void StatesCsv::Append(const StepRecord& record) {
                             energy.dissipated, energy.Imbalance());
     }
     m_stream << line << '\n' << std::flush;
-    if (!m_stream)
+    if (!m_stream) {
         throw RunError(fmt::format("{}: cannot be written; is the disk full?", Utf8FromPath(m_file)));
+    }
 }
 
 } // namespace kinora::host

@@ -11,8 +11,9 @@ std::string Base64(std::string_view bytes) {
             return i + k < bytes.size() ? static_cast<unsigned int>(static_cast<unsigned char>(bytes[i + k])) : 0U;
         };
         const unsigned int group = (byte(0) << 16U) | (byte(1) << 8U) | byte(2);
-        for (std::size_t k = 0; k < 4; ++k)
+        for (std::size_t k = 0; k < 4; ++k) {
             text += i + k <= bytes.size() ? alphabet[(group >> (18U - 6U * static_cast<unsigned int>(k))) & 63U] : '=';
+        }
     }
     return text;
 }

@@ -24,8 +24,9 @@ struct Faults {
     std::size_t count = 0;
     std::string first;
     void Add(const std::string& location) {
-        if (count++ == 0)
+        if (count++ == 0) {
             first = location;
+        }
     }
 };
 
@@ -34,8 +35,9 @@ std::vector<std::string_view> Cells(std::string_view line) {
     for (;;) {
         const std::size_t comma = line.find(',');
         cells.push_back(line.substr(0, comma));
-        if (comma == std::string_view::npos)
+        if (comma == std::string_view::npos) {
             return cells;
+        }
         line.remove_prefix(comma + 1);
     }
 }
@@ -45,21 +47,26 @@ class RowReader {
 public:
     RowReader(const LogHeader& header, CouplingLog& log) : m_header(header), m_log(log) {
         log.bodies.resize(header.bodies.size());
-        for (std::size_t body = 0; body < header.bodies.size(); ++body)
+        for (std::size_t body = 0; body < header.bodies.size(); ++body) {
             log.bodies[body].name = header.bodies[body];
+        }
         for (const ColumnTarget& target : header.targets) {
-            if (target.kind == Kind::Step)
+            if (target.kind == Kind::Step) {
                 log.steps.emplace();
-            if (target.kind == Kind::Time)
+            }
+            if (target.kind == Kind::Time) {
                 log.times.emplace();
-            if (target.kind == Kind::Body)
+            }
+            if (target.kind == Kind::Body) {
                 log.bodies[target.body].columns[target.column].emplace();
+            }
         }
     }
 
     void Take(std::string_view line, std::size_t number, bool hasEnd) {
-        if (line.empty())
+        if (line.empty()) {
             return;
+        }
         std::vector<std::string_view> cells = Cells(line);
         const std::size_t width = m_header.targets.size();
         if (!hasEnd) {
@@ -67,12 +74,13 @@ public:
                  number, cells.size(), width);
             return;
         }
-        if (cells.size() > width && !TakeLastStep(cells))
+        if (cells.size() > width && !TakeLastStep(cells)) {
             m_long.Add(fmt::format("line {}", number));
-        else if (cells.size() < width)
+        } else if (cells.size() < width) {
             m_short.Add(fmt::format("line {}", number));
-        else
+        } else {
             Add(cells, number);
+        }
     }
 
     void Finish() {
@@ -83,8 +91,9 @@ public:
                     "{} began with the rest of a failed step; the whole step behind it was kept. The first: {}.",
                     "line", "lines");
         TellCounted(m_notFinite, "{} not a finite number and shown as a gap, the first: {}.", "value is", "values are");
-        if (m_log.times)
+        if (m_log.times) {
             CheckTimes(*m_log.times);
+        }
     }
 
 private:
@@ -94,17 +103,19 @@ private:
     }
 
     void TellCounted(const Faults& faults, const char* format, const char* one, const char* several) {
-        if (faults.count > 0)
+        if (faults.count > 0) {
             Tell(Severity::Warning, format, fmt::format("{} {}", faults.count, faults.count == 1 ? one : several),
                  faults.first);
+        }
     }
 
     /// A failed step's line has no end, and the next step's line continues it: its step number is glued to the failed
     /// one's last value. Leaves the cells of the last, whole step.
     bool TakeLastStep(std::vector<std::string_view>& cells) {
         const std::size_t width = m_header.targets.size();
-        if (m_header.targets[0].kind != Kind::Step)
+        if (m_header.targets[0].kind != Kind::Step) {
             return false;
+        }
         cells.erase(cells.begin(), cells.end() - static_cast<std::ptrdiff_t>(width));
         // Each failed step has counted too.
         const std::string_view glued = cells[0];
@@ -130,10 +141,12 @@ private:
                 return;
             }
         }
-        if (isMended)
+        if (isMended) {
             m_mended.Add(fmt::format("line {}", number));
-        for (std::size_t i = 0; i < cells.size(); ++i)
+        }
+        for (std::size_t i = 0; i < cells.size(); ++i) {
             Store(m_header.targets[i], ParseNumber(cells[i]), cells[i], number);
+        }
         ++m_log.rows;
     }
 
@@ -147,9 +160,10 @@ private:
             m_log.times->push_back(value);
             break;
         case Kind::Body:
-            if (std::isnan(value))
+            if (std::isnan(value)) {
                 m_notFinite.Add(fmt::format("{} in line {}, \"{}\"",
                                             ColumnLabel(m_header.bodies[target.body], target.column), number, text));
+            }
             m_log.bodies[target.body].columns[target.column]->push_back(value);
             break;
         case Kind::Unknown:
@@ -169,11 +183,12 @@ private:
             }
             repeated += times[row] == times[row - 1] ? 1 : 0;
         }
-        if (repeated > 0)
+        if (repeated > 0) {
             Tell(Severity::Info,
                  "{} steps have the time of the step before: the log keeps six digits. Chart over the step to tell "
                  "them apart.",
                  repeated);
+        }
     }
 
     const LogHeader& m_header;
@@ -187,20 +202,26 @@ private:
 void TellMissing(const LogHeader& header, CouplingLog& log) {
     for (const LogBody& body : log.bodies) {
         std::string missing;
-        for (int column = 0; column < bodyColumnCount; ++column)
-            if (!body.columns[static_cast<std::size_t>(column)])
+        for (int column = 0; column < bodyColumnCount; ++column) {
+            if (!body.columns[static_cast<std::size_t>(column)]) {
                 missing += (missing.empty() ? "" : ", ") + ColumnLabel(body.name, static_cast<BodyColumn>(column));
-        if (!missing.empty())
+            }
+        }
+        if (!missing.empty()) {
             log.notices.push_back(
                 {Severity::Warning, fmt::format("Body \"{}\" lacks these columns: {}.", body.name, missing)});
+        }
     }
-    for (const std::string& label : header.unknown)
+    for (const std::string& label : header.unknown) {
         log.notices.push_back(
             {Severity::Warning, fmt::format("The column \"{}\" is unknown and was left out.", label)});
-    if (!log.steps)
+    }
+    if (!log.steps) {
         log.notices.push_back({Severity::Warning, "The log has no column \"Step\": rows are counted instead."});
-    if (!log.times)
+    }
+    if (!log.times) {
         log.notices.push_back({Severity::Warning, "The log has no column \"SimTime\": there are no times to show."});
+    }
 }
 
 /// Two columns for one quantity would mix in one.
@@ -210,15 +231,17 @@ void CheckDoubles(const LogHeader& header, const std::string& fileName) {
     bool hasTime = false;
     for (const ColumnTarget& target : header.targets) {
         bool fresh = true;
-        if (target.kind == Kind::Step)
+        if (target.kind == Kind::Step) {
             fresh = !std::exchange(hasStep, true);
-        else if (target.kind == Kind::Time)
+        } else if (target.kind == Kind::Time) {
             fresh = !std::exchange(hasTime, true);
-        else if (target.kind == Kind::Body)
+        } else if (target.kind == Kind::Body) {
             fresh = !std::exchange(seen[target.body][target.column], true);
-        if (!fresh)
+        }
+        if (!fresh) {
             throw scenario::InputError(
                 fmt::format("{}: the header names a column twice; this is no coupling log.", fileName));
+        }
     }
 }
 
@@ -227,8 +250,9 @@ bool IsLog(const LogHeader& header) {
     std::vector<int> columns(header.bodies.size());
     for (const ColumnTarget& target : header.targets) {
         const bool isHead = target.kind == Kind::Step || target.kind == Kind::Time;
-        if (isHead || (target.kind == Kind::Body && ++columns[target.body] == bodyColumnCount))
+        if (isHead || (target.kind == Kind::Body && ++columns[target.body] == bodyColumnCount)) {
             return true;
+        }
     }
     return false;
 }
@@ -240,10 +264,12 @@ std::string_view WithoutReturn(std::string_view line) {
 } // namespace
 
 double ParseNumber(std::string_view text) {
-    while (!text.empty() && text.front() == ' ')
+    while (!text.empty() && text.front() == ' ') {
         text.remove_prefix(1);
-    while (!text.empty() && text.back() == ' ')
+    }
+    while (!text.empty() && text.back() == ' ') {
         text.remove_suffix(1);
+    }
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     const bool isNumber = error == std::errc() && end == text.data() + text.size() && !text.empty();
@@ -259,13 +285,15 @@ CouplingLog ParseCouplingLog(const std::string& text, const std::string& fileNam
     const std::string source = ToUtf8(text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text);
     const std::size_t headerEnd = std::min(source.find('\n'), source.size());
     const LogHeader header = ParseLogHeader(WithoutReturn(std::string_view(source).substr(0, headerEnd)));
-    if (!IsLog(header) || source.find('\0') != std::string::npos)
+    if (!IsLog(header) || source.find('\0') != std::string::npos) {
         throw scenario::InputError(
             fmt::format("{}: this is no coupling log: its first line does not begin with \"Step,SimTime\".", fileName));
+    }
     CheckDoubles(header, fileName);
     RowReader reader(header, log);
-    if (headerEnd == source.size())
+    if (headerEnd == source.size()) {
         log.notices.push_back({Severity::Warning, "The log ends in its first line, which may be incomplete."});
+    }
     TellMissing(header, log);
     std::size_t number = 1;
     for (std::size_t begin = headerEnd + 1; begin < source.size();) {
@@ -274,8 +302,9 @@ CouplingLog ParseCouplingLog(const std::string& text, const std::string& fileNam
         begin = end + 1;
     }
     reader.Finish();
-    if (log.rows == 0)
+    if (log.rows == 0) {
         log.notices.push_back({Severity::Error, "The log has no complete step."});
+    }
     return log;
 }
 

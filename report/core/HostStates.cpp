@@ -32,8 +32,9 @@ void ForEachPart(std::string_view text, char separator, Take take) {
 Table ReadTable(std::string_view text) {
     Table table;
     ForEachPart(text, '\n', [&table](std::string_view line) {
-        if (!line.empty() && line.back() == '\r')
+        if (!line.empty() && line.back() == '\r') {
             line.remove_suffix(1);
+        }
         if (table.heads.empty()) {
             ForEachPart(line, ',', [&table](std::string_view cell) { table.heads.emplace_back(cell); });
             return;
@@ -41,8 +42,9 @@ Table ReadTable(std::string_view text) {
         Column row;
         ForEachPart(line, ',', [&row](std::string_view cell) { row.push_back(ParseNumber(cell)); });
         // A line that was cut off tells nothing reliable.
-        if (row.size() == table.heads.size())
+        if (row.size() == table.heads.size()) {
             table.rows.push_back(std::move(row));
+        }
     });
     return table;
 }
@@ -51,8 +53,9 @@ Table ReadTable(std::string_view text) {
 bool ParseHead(const std::string& head, StateSeries& series) {
     const std::size_t bracket = head.rfind(" [");
     const std::size_t dot = head.rfind('.', bracket);
-    if (bracket == std::string::npos || dot == std::string::npos || dot > bracket || head.back() != ']')
+    if (bracket == std::string::npos || dot == std::string::npos || dot > bracket || head.back() != ']') {
         return false;
+    }
     series.group = head.substr(0, dot);
     series.name = head.substr(dot + 1, bracket - dot - 1);
     series.unit = head.substr(bracket + 2, head.size() - bracket - 3);
@@ -67,19 +70,22 @@ std::vector<std::ptrdiff_t> MatchTimes(const Column& times, const Table& table) 
     std::size_t next = 0;
     for (std::size_t row = 0; row < times.size(); ++row) {
         const double slack = tolerance * std::fabs(times[row]);
-        while (next < table.rows.size() && table.rows[next][1] < times[row] - slack)
+        while (next < table.rows.size() && table.rows[next][1] < times[row] - slack) {
             ++next;
-        if (next < table.rows.size() && std::fabs(table.rows[next][1] - times[row]) <= slack)
+        }
+        if (next < table.rows.size() && std::fabs(table.rows[next][1] - times[row]) <= slack) {
             matches[row] = static_cast<std::ptrdiff_t>(next++);
+        }
     }
     return matches;
 }
 
 Column Pick(const Table& table, std::size_t column, const std::vector<std::ptrdiff_t>& matches) {
     Column values;
-    for (const std::ptrdiff_t match : matches)
+    for (const std::ptrdiff_t match : matches) {
         values.push_back(match < 0 ? std::numeric_limits<double>::quiet_NaN()
                                    : table.rows[static_cast<std::size_t>(match)][column]);
+    }
     return values;
 }
 
@@ -87,10 +93,11 @@ Column Pick(const Table& table, std::size_t column, const std::vector<std::ptrdi
 
 HostStates ParseHostStates(const std::string& text, const std::string& fileName, const CouplingLog& log) {
     const Table table = ReadTable(ToUtf8(text));
-    if (table.heads.size() < 2 || table.heads[0] != "Step" || table.heads[1] != "Time [s]")
+    if (table.heads.size() < 2 || table.heads[0] != "Step" || table.heads[1] != "Time [s]") {
         throw scenario::InputError(fmt::format(
             "{}: this is not the state file of a run: its first line does not begin with \"Step,Time [s]\".",
             fileName));
+    }
     HostStates states;
     if (!log.times) {
         states.notices.push_back(
@@ -99,16 +106,18 @@ HostStates ParseHostStates(const std::string& text, const std::string& fileName,
     }
     const std::vector<std::ptrdiff_t> matches = MatchTimes(*log.times, table);
     const auto missing = std::count(matches.begin(), matches.end(), -1);
-    if (missing == 0 && log.rows > 0)
+    if (missing == 0 && log.rows > 0) {
         states.times = Pick(table, 1, matches);
-    else if (log.rows > 0)
+    } else if (log.rows > 0) {
         states.notices.push_back(
             {Severity::Warning,
              fmt::format("{} of {} steps of the log are not in the host's states, {}.", missing, log.rows, fileName)});
+    }
     for (std::size_t column = 2; column < table.heads.size(); ++column) {
         StateSeries series;
-        if (!ParseHead(table.heads[column], series))
+        if (!ParseHead(table.heads[column], series)) {
             continue;
+        }
         series.values = Pick(table, column, matches);
         states.series.push_back(std::move(series));
     }

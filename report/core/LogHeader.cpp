@@ -21,8 +21,9 @@ bool EndsWith(std::string_view text, std::string_view end) {
 /// All labels of a body, as they stand in the header.
 std::string LabelsOf(std::string_view body) {
     std::string labels;
-    for (int column = 0; column < bodyColumnCount; ++column)
+    for (int column = 0; column < bodyColumnCount; ++column) {
         labels += (column == 0 ? "" : ",") + ColumnLabel(body, static_cast<BodyColumn>(column));
+    }
     return labels;
 }
 
@@ -33,11 +34,13 @@ public:
 
     LogHeader Read() {
         for (bool isMore = true; isMore;) {
-            if (!TakeBody())
+            if (!TakeBody()) {
                 TakeLabel(m_rest.substr(0, m_rest.find(',')));
+            }
             isMore = !m_rest.empty();
-            if (isMore)
+            if (isMore) {
                 m_rest.remove_prefix(1); // the comma
+            }
         }
         return std::move(m_header);
     }
@@ -51,12 +54,14 @@ private:
             const std::string labels = LabelsOf(name);
             const bool isBody =
                 StartsWith(m_rest, labels) && (m_rest.size() == labels.size() || m_rest[labels.size()] == ',');
-            if (!isBody)
+            if (!isBody) {
                 continue;
+            }
             const std::size_t body = m_header.bodies.size();
             m_header.bodies.emplace_back(name);
-            for (int column = 0; column < bodyColumnCount; ++column)
+            for (int column = 0; column < bodyColumnCount; ++column) {
                 m_header.targets.push_back({ColumnTarget::Kind::Body, body, static_cast<BodyColumn>(column)});
+            }
             m_rest.remove_prefix(labels.size());
             return true;
         }
@@ -66,12 +71,13 @@ private:
     void TakeLabel(std::string_view label) {
         m_rest.remove_prefix(label.size());
         ColumnTarget target;
-        if (label == "Step")
+        if (label == "Step") {
             target.kind = ColumnTarget::Kind::Step;
-        else if (label == "SimTime")
+        } else if (label == "SimTime") {
             target.kind = ColumnTarget::Kind::Time;
-        else if (!FindColumn(label, target))
+        } else if (!FindColumn(label, target)) {
             m_header.unknown.emplace_back(label);
+        }
         m_header.targets.push_back(target);
     }
 
@@ -81,8 +87,9 @@ private:
         for (int column = bodyColumnCount - 1; column >= 0; --column) {
             const auto i = static_cast<std::size_t>(column);
             const std::size_t frame = prefixes[i].size() + suffixes[i].size();
-            if (!StartsWith(label, prefixes[i]) || !EndsWith(label, suffixes[i]) || label.size() <= frame)
+            if (!StartsWith(label, prefixes[i]) || !EndsWith(label, suffixes[i]) || label.size() <= frame) {
                 continue;
+            }
             target = {ColumnTarget::Kind::Body, BodyIndex(label.substr(prefixes[i].size(), label.size() - frame)),
                       static_cast<BodyColumn>(column)};
             return true;
@@ -92,8 +99,9 @@ private:
 
     std::size_t BodyIndex(std::string_view name) {
         const auto found = std::find(m_header.bodies.begin(), m_header.bodies.end(), name);
-        if (found != m_header.bodies.end())
+        if (found != m_header.bodies.end()) {
             return static_cast<std::size_t>(found - m_header.bodies.begin());
+        }
         m_header.bodies.emplace_back(name);
         return m_header.bodies.size() - 1;
     }

@@ -33,8 +33,9 @@ std::string BytesOf(const Column& values) {
         const auto number = static_cast<Number>(value);
         Bits bits = 0;
         std::memcpy(&bits, &number, sizeof(bits));
-        for (unsigned int i = 0; i < sizeof(bits); ++i)
+        for (unsigned int i = 0; i < sizeof(bits); ++i) {
             bytes += static_cast<char>(static_cast<unsigned char>((bits >> (8U * i)) & 0xFFU));
+        }
     }
     return bytes;
 }
@@ -49,12 +50,15 @@ json Pack(const Column& values) {
     // So short a column is better readable as numbers.
     constexpr std::size_t shortColumn = 4;
     const bool isConstant = std::all_of(values.begin(), values.end(), [&](double v) { return v == values[0]; });
-    if (values.size() > shortColumn && isConstant)
+    if (values.size() > shortColumn && isConstant) {
         return {{"constant", values[0]}};
-    if (values.size() <= shortColumn)
+    }
+    if (values.size() <= shortColumn) {
         return values;
-    if (std::all_of(values.begin(), values.end(), FitsSingle))
+    }
+    if (std::all_of(values.begin(), values.end(), FitsSingle)) {
         return {{"float32", Base64(BytesOf<float, std::uint32_t>(values))}};
+    }
     return {{"float64", Base64(BytesOf<double, std::uint64_t>(values))}};
 }
 
@@ -68,8 +72,9 @@ json Numbers(const scenario::Vector& vector) {
 }
 
 const scenario::Body* FindBody(const scenario::Scenario* scenario, const std::string& name) {
-    if (scenario == nullptr)
+    if (!scenario) {
         return nullptr;
+    }
     const auto found = std::find_if(scenario->bodies.begin(), scenario->bodies.end(),
                                     [&name](const scenario::Body& body) { return body.name == name; });
     return found == scenario->bodies.end() ? nullptr : &*found;
@@ -98,8 +103,9 @@ json BodyData(const LogBody& body, const scenario::Scenario* scenario) {
 
 bool HasExtension(const std::filesystem::path& file, const std::string& extension) {
     std::string own = scenario::Utf8FromPath(file.extension());
-    for (char& character : own)
+    for (char& character : own) {
         character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    }
     return own == extension;
 }
 
@@ -107,10 +113,11 @@ json GeometryData(const PageContext& context) {
     const scenario::Scenario& scenario = *context.scenario;
     json data = {{"name", scenario::Utf8FromPath(scenario.geometryFile.filename())},
                  {"metresPerUnit", MetresPerUnit(scenario.units)}};
-    if (HasExtension(scenario.geometryFile, ".stl"))
+    if (HasExtension(scenario.geometryFile, ".stl")) {
         data["stl"] = Base64(context.geometry);
-    else
+    } else {
         data["obj"] = ToUtf8(context.geometry);
+    }
     return data;
 }
 
@@ -130,19 +137,21 @@ json ObjectData(const CouplingLog& log, const scenario::Scenario& scenario) {
     for (const scenario::Body& body : scenario.bodies) {
         const auto logged = std::find_if(log.bodies.begin(), log.bodies.end(),
                                          [&body](const LogBody& other) { return other.name == body.name; });
-        for (const std::string& object : body.objects)
+        for (const std::string& object : body.objects) {
             add(object, logged == log.bodies.end() ? json() : json(logged - log.bodies.begin()));
+        }
     }
     return objects;
 }
 
 json NoticeData(const std::vector<Notice>& notices) {
     json data = json::array();
-    for (const auto& [severity, text] : notices)
+    for (const auto& [severity, text] : notices) {
         data.push_back({{"severity", severity == Severity::Error     ? "error"
                                      : severity == Severity::Warning ? "warning"
                                                                      : "info"},
                         {"text", ToUtf8(text)}});
+    }
     return data;
 }
 
@@ -151,10 +160,11 @@ std::string WithoutMarkup(const std::string& text) {
     std::string result;
     result.reserve(text.size());
     for (const char character : text) {
-        if (character == '<' || character == '>' || character == '&')
+        if (character == '<' || character == '>' || character == '&') {
             result += fmt::format("\\u{:04x}", static_cast<unsigned int>(character));
-        else
+        } else {
             result += character;
+        }
     }
     return result;
 }
@@ -162,8 +172,9 @@ std::string WithoutMarkup(const std::string& text) {
 /// A prescribed joint is driven by whatever it takes, which the host's account of energies leaves out.
 bool IsMeaningful(const StateSeries& series, const scenario::Scenario* scenario) {
     const bool isAccount = series.unit == "J" || series.name == "Load";
-    if (scenario == nullptr || !isAccount)
+    if (!scenario || !isAccount) {
         return true;
+    }
     const auto joint = std::find_if(scenario->joints.begin(), scenario->joints.end(),
                                     [&series](const scenario::Joint& other) { return other.name == series.group; });
     return joint == scenario->joints.end() || joint->IsFree();
@@ -173,14 +184,16 @@ bool IsMeaningful(const StateSeries& series, const scenario::Scenario* scenario)
 std::pair<std::size_t, double> LargestDeviation(const LogBody& body, std::size_t rows) {
     std::size_t worst = 0;
     double largest = 0.0;
-    if (!body.columns[Phi] || !body.columns[Theta] || !body.columns[Psi])
+    if (!body.columns[Phi] || !body.columns[Theta] || !body.columns[Psi]) {
         return {worst, largest};
+    }
     for (std::size_t row = 0; row < rows; ++row) {
         const double phi = (*body.columns[Phi])[row];
         const double theta = (*body.columns[Theta])[row];
         // Equal angles give equal frames; the usual case must be quick.
-        if (phi == theta)
+        if (phi == theta) {
             continue;
+        }
         const scenario::Matrix R_WB = scenario::FromAngles({phi, theta, (*body.columns[Psi])[row]});
         const double deviation = scenario::FrameDeviation(R_WB);
         if (deviation > largest) {
@@ -218,21 +231,26 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
                  {"rows", log.rows},
                  {"bodies", json::array()},
                  {"notices", NoticeData(context.notices)}};
-    if (log.steps)
+    if (log.steps) {
         data["step"] = Pack(*log.steps);
-    if (states.times)
+    }
+    if (states.times) {
         data["time"] = PackExact(*states.times);
-    else if (log.times)
+    } else if (log.times) {
         data["time"] = PackExact(*log.times);
-    for (const LogBody& body : log.bodies)
+    }
+    for (const LogBody& body : log.bodies) {
         data["bodies"].push_back(BodyData(body, context.scenario));
-    for (const StateSeries& series : states.series)
-        if (IsMeaningful(series, context.scenario))
+    }
+    for (const StateSeries& series : states.series) {
+        if (IsMeaningful(series, context.scenario)) {
             data["series"].push_back({{"name", series.name},
                                       {"group", series.group},
                                       {"unit", series.unit},
                                       {"values", Pack(series.values)}});
-    if (context.scenario != nullptr) {
+        }
+    }
+    if (context.scenario) {
         data["title"] = ToUtf8(context.scenario->title);
         data["scenario"] = ToUtf8(context.scenarioName);
         if (!context.geometry.empty() && MetresPerUnit(context.scenario->units) > 0.0) {
@@ -245,27 +263,32 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
 
 std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* scenario) {
     std::vector<Notice> notices;
-    if (scenario != nullptr) {
-        for (const scenario::Body& body : scenario->bodies)
+    if (scenario) {
+        for (const scenario::Body& body : scenario->bodies) {
             if (std::none_of(log.bodies.begin(), log.bodies.end(),
-                             [&](const LogBody& b) { return b.name == body.name; }))
+                             [&](const LogBody& b) { return b.name == body.name; })) {
                 notices.push_back(
                     {Severity::Warning, fmt::format("The log has no body \"{}\" of the scenario; does the "
                                                     "scenario belong to this log?",
                                                     body.name)});
-        if (MetresPerUnit(scenario->units) <= 0.0)
+            }
+        }
+        if (MetresPerUnit(scenario->units) <= 0.0) {
             notices.push_back({Severity::Warning, fmt::format("The length unit \"{}\" of the geometry is unknown: the "
                                                               "replay shows frames only.",
                                                               scenario->units)});
+        }
     }
     for (const LogBody& body : log.bodies) {
-        if (scenario != nullptr && FindBody(scenario, body.name) == nullptr)
+        if (scenario && !FindBody(scenario, body.name)) {
             notices.push_back({Severity::Warning, fmt::format("The scenario has no body \"{}\" of the log; the replay "
                                                               "shows its frame only.",
                                                               body.name)});
+        }
         const auto [row, deviation] = LargestDeviation(body, log.rows);
-        if (deviation > tolerableDeviation)
+        if (deviation > tolerableDeviation) {
             notices.push_back(DeviationNotice(body, log, row, deviation));
+        }
     }
     return notices;
 }

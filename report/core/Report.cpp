@@ -44,9 +44,10 @@ std::string ReadGeometry(const scenario::Scenario& scenario, std::vector<Notice>
 
 std::string FillTemplate(std::string page, const std::string& data, const std::string& templateName) {
     const std::size_t at = page.find(marker);
-    if (at == std::string::npos || page.find(marker, at + 1) != std::string::npos)
+    if (at == std::string::npos || page.find(marker, at + 1) != std::string::npos) {
         throw scenario::InputError(
             fmt::format("{}: this is not the template of a report; install the program anew.", templateName));
+    }
     return page.replace(at, std::string(marker).size(), data);
 }
 
@@ -66,8 +67,9 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
     context.notices = sources.notices;
     append(context.notices, log.notices);
     append(context.notices, CheckRun(log, sources.scenario));
-    if (sources.scenario != nullptr)
+    if (sources.scenario) {
         context.geometry = ReadGeometry(*sources.scenario, context.notices);
+    }
     HostStates states;
     if (sources.states) {
         states = ParseHostStates(scenario::ReadFile(*sources.states), scenario::Utf8FromPath(*sources.states), log);
@@ -84,8 +86,9 @@ std::filesystem::path DefaultPageFile(const std::filesystem::path& log) {
 }
 
 std::optional<std::filesystem::path> FindStates(const std::filesystem::path& log, const scenario::Scenario& scenario) {
-    if (!scenario.csvFile)
+    if (!scenario.csvFile) {
         return std::nullopt;
+    }
     const std::filesystem::path file = ProjectFolder(log) / *scenario.csvFile;
     std::error_code ignored;
     return std::filesystem::is_regular_file(file, ignored) ? std::optional(file) : std::nullopt;
@@ -95,11 +98,12 @@ std::filesystem::path FindTemplate() {
     std::filesystem::path file =
         (programs::ProgramFile().parent_path().parent_path() / "share" / "kinora" / "report.html").lexically_normal();
     std::error_code ignored;
-    if (!std::filesystem::is_regular_file(file, ignored))
+    if (!std::filesystem::is_regular_file(file, ignored)) {
         throw scenario::InputError(
             fmt::format("{}: the template of the reports is missing; install the program anew, or "
                         "build it with KINORA_BUILD_REPORT.",
                         scenario::Utf8FromPath(file)));
+    }
     return file;
 }
 

@@ -11,14 +11,18 @@ namespace {
 std::size_t CharacterLength(std::string_view text) {
     const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const unsigned char lead = byte(0);
-    if (lead < 0x80)
+    if (lead < 0x80) {
         return 1;
+    }
     const std::size_t length = lead >= 0xC2 && lead < 0xE0 ? 2 : lead >= 0xE0 && lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
-    if (lead < 0xC2 || length == 0 || text.size() < length)
+    if (lead < 0xC2 || length == 0 || text.size() < length) {
         return 0;
-    for (std::size_t i = 1; i < length; ++i)
-        if ((byte(i) & 0xC0U) != 0x80U)
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0U) != 0x80U) {
             return 0;
+        }
+    }
     // Overlong forms, surrogates and what lies beyond the last character.
     const bool isWrong = (lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
                          (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F);
@@ -28,8 +32,9 @@ std::size_t CharacterLength(std::string_view text) {
 bool IsUtf8(std::string_view text) {
     while (!text.empty()) {
         const std::size_t length = CharacterLength(text);
-        if (length == 0)
+        if (length == 0) {
             return false;
+        }
         text.remove_prefix(length);
     }
     return true;
@@ -58,8 +63,9 @@ void Append(std::string& text, unsigned int character) {
 } // namespace
 
 std::string ToUtf8(std::string text) {
-    if (IsUtf8(text))
+    if (IsUtf8(text)) {
         return text;
+    }
     std::string result;
     for (const char character : text) {
         const auto byte = static_cast<unsigned char>(character);

@@ -10,7 +10,8 @@ int wmain(int count, wchar_t** values) {
 int main(int count, char** values) {
 #endif
     std::vector<std::string> words;
-    for (int i = 1; i < count; ++i)
+    for (int i = 1; i < count; ++i) {
         words.push_back(kinora::scenario::Utf8FromPath(values[i]));
+    }
     return static_cast<int>(kinora::report::RunTool(words));
 }

@@ -39,15 +39,17 @@ void WritePage(const CommandLine& arguments) {
         sources.scenario = &scenario;
         sources.states = FindStates(sources.log, scenario);
     }
-    if (!arguments.statesFile.empty())
+    if (!arguments.statesFile.empty()) {
         sources.states = scenario::PathFromUtf8(arguments.statesFile);
+    }
     const std::filesystem::path page =
         arguments.pageFile.empty() ? DefaultPageFile(sources.log) : scenario::PathFromUtf8(arguments.pageFile);
     const std::filesystem::path pageTemplate =
         arguments.templateFile.empty() ? FindTemplate() : scenario::PathFromUtf8(arguments.templateFile);
     const WrittenReport written = WriteReport(sources, pageTemplate, page);
-    for (const Notice& notice : written.notices)
+    for (const Notice& notice : written.notices) {
         Print(stderr, fmt::format("{}: {}\n", SeverityName(notice.severity), notice.text));
+    }
     Print(stdout, fmt::format("report {} ({} steps, {} bodies, {:.1f} MB)\n", scenario::Utf8FromPath(page),
                               written.rows, written.bodies, static_cast<double>(written.bytes) / 1e6));
 }
@@ -57,10 +59,11 @@ void WritePage(const CommandLine& arguments) {
 scenario::ExitStatus RunTool(const std::vector<std::string>& words) {
     try {
         const CommandLine arguments = ReadCommandLine(words);
-        if (arguments.helpText.empty())
+        if (arguments.helpText.empty()) {
             WritePage(arguments);
-        else
+        } else {
             Print(stdout, arguments.helpText);
+        }
         return scenario::ExitStatus::Done;
     } catch (const programs::ProgramError& error) {
         Print(stderr, fmt::format("error: {}\n", error.what()));

@@ -92,7 +92,7 @@ private:
         solver::Body others{"magnets without a load", {}};
         for (const auto& object : m_design.modeler.Objects()) {
             const model::Material* material = MagnetMaterial(object);
-            if (material == nullptr) {
+            if (!material) {
                 continue;
             }
             const auto body = m_bodyOfObject.find(object.name);
@@ -110,7 +110,7 @@ private:
             return nullptr;
         }
         const model::Material* material = m_project.FindMaterial(object.material, m_library);
-        if (material == nullptr) {
+        if (!material) {
             m_remarks.unknown.insert(object.material);
             return nullptr;
         }

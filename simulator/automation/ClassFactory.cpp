@@ -17,11 +17,11 @@ public:
     explicit ClassFactory(Server& server) : m_server(server) {}
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** result) override {
-        if (result == nullptr) {
+        if (!result) {
             return E_POINTER;
         }
         *result = nullptr;
-        if (outer != nullptr) {
+        if (outer) {
             return CLASS_E_NOAGGREGATION;
         }
         if (m_server.ItsLifetime().IsQuitting()) {

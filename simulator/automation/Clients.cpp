@@ -17,7 +17,7 @@ unsigned long CallingProcess() {
     // By way of void*: the compiler warns about a direct cast between function types.
     const auto inquire = reinterpret_cast<Inquire>(reinterpret_cast<void*>(found));
     unsigned long process = 0;
-    if (inquire == nullptr || inquire(nullptr, &process) != RPC_S_OK || process == GetCurrentProcessId()) {
+    if (!inquire || inquire(nullptr, &process) != RPC_S_OK || process == GetCurrentProcessId()) {
         return 0;
     }
     return process;
@@ -34,7 +34,7 @@ Clients::~Clients() {
 void Clients::Watch(const void* client) {
     const unsigned long process = CallingProcess();
     const HANDLE handle = process != 0 ? OpenProcess(SYNCHRONIZE, FALSE, process) : nullptr;
-    if (handle == nullptr) {
+    if (!handle) {
         return;
     }
     const std::lock_guard<std::mutex> lock(m_mutex);

@@ -36,7 +36,7 @@ BSTR NewTextOrNull(const std::string& text) noexcept {
 
 /// Fills the exception record that the caller may have passed.
 HRESULT Raise(EXCEPINFO* exception, const DesktopError& error) {
-    if (exception != nullptr) {
+    if (exception) {
         *exception = EXCEPINFO{};
         exception->scode = ScriptErrorResult(error.Code());
         exception->bstrSource = NewTextOrNull("Pellux.VantorDesktop.Simulator");
@@ -55,7 +55,7 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        if (count == nullptr) {
+        if (!count) {
             return E_POINTER;
         }
         *count = 0;
@@ -63,7 +63,7 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** info) override {
-        if (info != nullptr) {
+        if (info) {
             *info = nullptr;
         }
         return DISP_E_BADINDEX;
@@ -73,7 +73,7 @@ public:
         if (!IsEqualIID(iid, IID_NULL)) {
             return DISP_E_UNKNOWNINTERFACE;
         }
-        if (names == nullptr || ids == nullptr || count == 0) {
+        if (!names || !ids || count == 0) {
             return E_INVALIDARG;
         }
         for (UINT i = 0; i < count; ++i) {
@@ -99,7 +99,7 @@ public:
         if (id < 1 || id > m_object->MethodCount() || (flags & DISPATCH_METHOD) == 0) {
             return DISP_E_MEMBERNOTFOUND;
         }
-        if (parameters == nullptr) {
+        if (!parameters) {
             return E_POINTER;
         }
         if (parameters->cNamedArgs != 0) {
@@ -142,7 +142,7 @@ private:
             const std::lock_guard<std::mutex> lock(m_server.CommandMutex());
             value = m_object->Invoke(method, arguments);
         }
-        if (result != nullptr) {
+        if (result) {
             VariantFromValue(
                 value, [this](const Value::Object& object) { return MakeDispatchObject(m_server, object); }, *result);
         }

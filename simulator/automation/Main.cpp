@@ -72,8 +72,8 @@ std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line)
     return desktop;
 }
 
-/// Keeps the factory's interface ready for calls. Wine otherwise readies it for every client anew, takes that back when the
-/// client lets go, and may then wait without end for a call that is over already: the launch would stand still.
+/// Keeps the factory's interface ready for calls. Wine otherwise readies it for every client anew, takes that back when
+/// the client lets go, and may then wait without end for a call that is over already: the launch would stand still.
 class StandingFactory {
 public:
     explicit StandingFactory(IClassFactory* factory) {

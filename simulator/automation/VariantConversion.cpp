@@ -29,7 +29,7 @@ Value ReadText(BSTR text) {
 }
 
 Value ReadArray(SAFEARRAY* array, int depth) {
-    if (array == nullptr) {
+    if (!array) {
         return {};
     }
     if (SafeArrayGetDim(array) != 1) {
@@ -109,7 +109,7 @@ Value Read(const VARIANT& variant, int depth) {
 BSTR NewText(const std::string& text) {
     const std::wstring wide = WideFromUtf8(text);
     const BSTR result = SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
-    if (result == nullptr) {
+    if (!result) {
         throw std::bad_alloc();
     }
     return result;
@@ -117,7 +117,7 @@ BSTR NewText(const std::string& text) {
 
 void WriteList(const Value::List& list, const MakeDispatch& makeDispatch, VARIANT& variant) {
     SAFEARRAY* array = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(list.size()));
-    if (array == nullptr) {
+    if (!array) {
         throw std::bad_alloc();
     }
     variant.vt = VT_ARRAY | VT_VARIANT;

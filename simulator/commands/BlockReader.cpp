@@ -25,7 +25,7 @@ std::string Shown(const Value& value) {
 
 BlockReader::BlockReader(const Value::List& elements, const std::string& location) : m_elements(elements) {
     const std::string* head = elements.empty() ? nullptr : elements[0].AsText();
-    if (head == nullptr || head->compare(0, nameMark.size(), nameMark) != 0) {
+    if (!head || head->compare(0, nameMark.size(), nameMark) != 0) {
         throw DesktopError(ErrorCode::MissingArgument,
                            location + ": the array must begin with \"NAME:\"" +
                                (elements.empty() ? std::string(", but it has no elements")
@@ -58,7 +58,7 @@ const Value& BlockReader::NextElement(std::string_view expected) {
 
 const Value& BlockReader::ValueOf(std::string_view key) {
     const Value& found = NextElement(key);
-    if (found.AsText() == nullptr || *found.AsText() != key) {
+    if (!found.AsText() || *found.AsText() != key) {
         throw DesktopError(ErrorCode::InvalidArgument, Quoted(std::string(nameMark) + m_name) + ", element " +
                                                            std::to_string(m_next) + ": " + Quoted(key) +
                                                            " is needed, here stands " + Shown(found));

@@ -155,7 +155,7 @@ private:
         const std::string& name = arguments.Text();
         arguments.End();
         const model::AnalysisSetup* setup = model::FindByName(RequireDesign().setups, name);
-        if (setup == nullptr) {
+        if (!setup) {
             FailBadValue("there is no setup " + Quoted(name) +
                          "; the setups are: " + model::QuotedList(model::NamesOf(RequireDesign().setups)));
         }

@@ -166,7 +166,7 @@ private:
         for (const auto& solid : geometry.solids) {
             const bool isKept = std::find(kept.begin(), kept.end(), solid.name) != kept.end();
             if (useMaterials && !isKept && !solid.material.empty() &&
-                RequireProject().FindMaterial(solid.material, TheDesktop().library) == nullptr) {
+                !RequireProject().FindMaterial(solid.material, TheDesktop().library)) {
                 Report(model::Severity::Warning, "Import: object " + Quoted(solid.name) + " keeps its material " +
                                                      Quoted(solid.material) + ", which the library does not know");
             }

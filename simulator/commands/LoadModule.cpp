@@ -80,7 +80,7 @@ private:
         if (!model::IsIdentifier(load.name)) {
             FailBadValue("a force or torque cannot be named " + Quoted(load.name));
         }
-        if (model::FindByName(RequireDesign().loads, load.name) != nullptr) {
+        if (model::FindByName(RequireDesign().loads, load.name)) {
             FailBadValue("a force or torque named " + Quoted(load.name) + " exists already");
         }
         RequireDesign().loads.push_back(load);

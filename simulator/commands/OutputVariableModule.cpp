@@ -31,7 +31,7 @@ private:
         if (!model::IsIdentifier(variable.name)) {
             FailBadValue("an output variable cannot be named " + Quoted(variable.name));
         }
-        if (model::FindByName(RequireDesign().outputVariables, variable.name) != nullptr) {
+        if (model::FindByName(RequireDesign().outputVariables, variable.name)) {
             FailBadValue("an output variable named " + Quoted(variable.name) + " exists already");
         }
         model::RequireSetupOfSolution(RequireDesign(), variable.solution);
@@ -49,7 +49,7 @@ private:
         arguments.EmptyList();
         arguments.End();
         const model::OutputVariable* variable = model::FindByName(RequireDesign().outputVariables, name);
-        if (variable == nullptr) {
+        if (!variable) {
             FailBadValue("there is no output variable " + Quoted(name));
         }
         model::RequireSetupOfSolution(RequireDesign(), solution);

@@ -25,7 +25,7 @@ private:
         arguments.Literal("OptiParametric");
         model::ParametricSetup setup = ReadSetup(BlockReader(arguments.List(), "argument 2"));
         arguments.End();
-        if (setup.name.empty() || model::FindByName(RequireDesign().parametricSetups, setup.name) != nullptr) {
+        if (setup.name.empty() || model::FindByName(RequireDesign().parametricSetups, setup.name)) {
             FailBadValue("a parametric setup named " + Quoted(setup.name) + " exists already, or the name is empty");
         }
         RequireDesign().parametricSetups.push_back(std::move(setup));
@@ -79,7 +79,7 @@ private:
 
     void WarnAboutMissingSetups(const model::ParametricSetup& setup) const {
         for (const auto& name : setup.analysisSetups) {
-            if (model::FindByName(RequireDesign().setups, name) == nullptr) {
+            if (!model::FindByName(RequireDesign().setups, name)) {
                 Report(model::Severity::Warning, "the parametric setup " + Quoted(setup.name) + " names the setup " +
                                                      Quoted(name) + ", which does not exist");
             }

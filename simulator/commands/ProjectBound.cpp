@@ -24,7 +24,7 @@ void ProjectBound::MarkChanged() const {
 model::Material& ProjectBound::RequireProjectMaterial(const std::string& name) const {
     model::Project& project = RequireProject();
     const model::Material* material = project.FindMaterial(name, TheDesktop().library);
-    if (material == nullptr) {
+    if (!material) {
         throw DesktopError(ErrorCode::InvalidDefinition,
                            "there is no material " + Quoted(name) + " in the project and in the library");
     }

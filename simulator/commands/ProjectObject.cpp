@@ -191,7 +191,7 @@ private:
         if (RequireProject().materials.count(name) != 0) {
             throw DesktopError(ErrorCode::InvalidDefinition, "the project has a material " + Quoted(name) + " already");
         }
-        if (RequireProject().FindMaterial(name, TheDesktop().library) == nullptr) {
+        if (!RequireProject().FindMaterial(name, TheDesktop().library)) {
             RequireProject().materials.emplace(name, model::Material{name, 1.0, std::nullopt});
             Report(model::Severity::Warning,
                    "AddMaterial: " + Quoted(name) + " is not in the library and is defined as a non-magnetic material");

@@ -105,7 +105,7 @@ private:
         RequireVariable(report.xComponent, "argument 7, \"X Component:=\"");
         report.yComponents = RequireTexts(*pairs[1].second, "argument 7, \"Y Component:=\"");
         for (const auto& name : report.yComponents) {
-            if (model::FindByName(RequireDesign().outputVariables, name) == nullptr) {
+            if (!model::FindByName(RequireDesign().outputVariables, name)) {
                 FailBadValue("argument 7, \"Y Component:=\": there is no output variable " + Quoted(name));
             }
         }
@@ -123,7 +123,7 @@ private:
         const auto pairs = ReadPairs(list, "argument 1");
         for (const auto& [name, traces] : pairs) {
             for (const auto& trace : RequireTexts(*traces, "argument 1, " + Quoted(name + ":="))) {
-                if (model::FindByName(RequireReport(name).traces, trace) == nullptr) {
+                if (!model::FindByName(RequireReport(name).traces, trace)) {
                     FailBadValue("the report " + Quoted(name) + " has no trace " + Quoted(trace));
                 }
             }
@@ -142,7 +142,7 @@ private:
         model::Report& report = RequireReport(name);
         std::vector<model::Trace> traces = model::ReadTraceFile(model::PathFromUtf8(file));
         for (const auto& trace : traces) {
-            if (model::FindByName(report.traces, trace.name) != nullptr) {
+            if (model::FindByName(report.traces, trace.name)) {
                 FailBadValue("the report " + Quoted(name) + " has a trace " + Quoted(trace.name) + " already");
             }
         }

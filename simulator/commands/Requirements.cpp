@@ -37,11 +37,11 @@ bool RequireFlag(const Value& value, const std::string& location) {
 
 double RequireNumber(const Value& value, const std::string& location) {
     const Value::Integer* integer = value.AsInteger();
-    if (integer != nullptr && integer->type == Value::Integer::Type::Short) {
+    if (integer && integer->type == Value::Integer::Type::Short) {
         return integer->value;
     }
     const double* number = value.AsNumber();
-    if (number == nullptr) {
+    if (!number) {
         WrongType(value, location, "a number (VT_R8)", ErrorCode::NonNumericArgument);
     }
     if (!std::isfinite(*number)) {
@@ -52,7 +52,7 @@ double RequireNumber(const Value& value, const std::string& location) {
 
 int RequireInteger(const Value& value, const std::string& location) {
     const Value::Integer* integer = value.AsInteger();
-    if (integer == nullptr || integer->type == Value::Integer::Type::Long) {
+    if (!integer || integer->type == Value::Integer::Type::Long) {
         WrongType(value, location, "a whole number (VT_INT)", ErrorCode::NonNumericArgument);
     }
     return integer->value;
@@ -70,7 +70,7 @@ std::vector<std::string> RequireTexts(const Value& value, const std::string& loc
     std::vector<std::string> texts;
     texts.reserve(list.size());
     for (const auto& element : list) {
-        if (element.AsText() == nullptr) {
+        if (!element.AsText()) {
             WrongType(element, location + ", element " + std::to_string(texts.size() + 1), "a text (VT_BSTR)");
         }
         texts.push_back(*element.AsText());

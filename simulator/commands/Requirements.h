@@ -34,7 +34,7 @@ std::vector<std::string> RequireTexts(const Value& value, const std::string& loc
 template <typename Element>
 Element& RequireNamed(std::vector<Element>& elements, const std::string& name, const char* kind) {
     Element* const element = model::FindByName(elements, name);
-    if (element == nullptr) {
+    if (!element) {
         FailBadValue(std::string("there is no ") + kind + " " + model::Quoted(name));
     }
     return *element;

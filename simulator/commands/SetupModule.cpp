@@ -51,7 +51,7 @@ private:
         setup.percentError = RequirePercent(block.Number("PercentError:="), block.LocationOf("PercentError:="));
         block.End();
         arguments.End();
-        if (model::FindByName(RequireDesign().setups, setup.name) != nullptr) {
+        if (model::FindByName(RequireDesign().setups, setup.name)) {
             FailBadValue("a setup named " + Quoted(setup.name) + " exists already");
         }
         RequireDesign().setups.push_back(setup);

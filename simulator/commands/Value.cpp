@@ -12,10 +12,10 @@ Value Value::Texts(const std::vector<std::string>& texts) {
 }
 
 std::string Value::Kind() const {
-    if (AsFlag() != nullptr) {
+    if (AsFlag()) {
         return "a flag (VT_BOOL)";
     }
-    if (AsNumber() != nullptr) {
+    if (AsNumber()) {
         return "a number (VT_R8)";
     }
     if (const Integer* integer = AsInteger()) {
@@ -28,13 +28,13 @@ std::string Value::Kind() const {
             return "a whole number (VT_INT)";
         }
     }
-    if (AsText() != nullptr) {
+    if (AsText()) {
         return "a text (VT_BSTR)";
     }
-    if (AsList() != nullptr) {
+    if (AsList()) {
         return "an array (VT_ARRAY|VT_VARIANT)";
     }
-    if (AsObject() != nullptr) {
+    if (AsObject()) {
         return "an object (VT_DISPATCH)";
     }
     if (const Foreign* foreign = AsForeign()) {

@@ -16,7 +16,7 @@ std::optional<Dimension> LoadQuantity(const Design& design, const std::string& n
     }
     const LoadParameter* load = FindByName(design.loads, name.substr(0, point));
     const std::string quantity = name.substr(point + 1);
-    if (load == nullptr) {
+    if (!load) {
         return std::nullopt;
     }
     if (load->kind == LoadParameter::Kind::Torque) {

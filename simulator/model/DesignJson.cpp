@@ -27,7 +27,7 @@ std::vector<Element> ListFromJson(const JsonReader& json, Read read) {
     std::vector<Element> elements;
     for (const auto& entry : json.Elements()) {
         Element element = read(entry);
-        if (FindByName(elements, element.name) != nullptr) {
+        if (FindByName(elements, element.name)) {
             entry.At("name").Fail("a second element named " + Quoted(element.name));
         }
         elements.push_back(std::move(element));

@@ -73,7 +73,7 @@ std::vector<std::string> Modeler::Import(const ImportedGeometry& geometry, bool 
             throw Bad("an object named " + Quoted(object.name) + " exists already");
         }
         const GeometryObject* existing = FindObject(object.name);
-        if (existing == nullptr) {
+        if (!existing) {
             additions.push_back(std::move(object));
         } else if (existing->importFingerprint == object.importFingerprint) {
             kept.push_back(object.name);
@@ -110,7 +110,7 @@ GeometryObject& Modeler::RequireObject(const std::string& name) {
 
 const GeometryObject& Modeler::RequireObject(const std::string& name) const {
     const GeometryObject* object = FindObject(name);
-    if (object == nullptr) {
+    if (!object) {
         throw DesktopError(ErrorCode::InvalidToolObject, "there is no object " + Quoted(name));
     }
     return *object;

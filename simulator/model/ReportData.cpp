@@ -42,7 +42,7 @@ std::vector<Trace> TracesOfLabels(const std::string& line, const std::string& fi
     std::vector<Trace> traces;
     for (std::size_t i = 1; i < fields.size(); ++i) {
         const Label label = ParseLabel(fields[i], fileName);
-        if (FindByName(traces, label.name) != nullptr) {
+        if (FindByName(traces, label.name)) {
             Fail(fileName, 1, "a second column labelled " + Quoted(label.name));
         }
         traces.push_back({label.name, label.unit, x.name, x.unit, {}, {}});

@@ -115,7 +115,7 @@ FieldPlot FieldPlotFromJson(const JsonReader& json) {
 
 template <typename Element>
 void AddUnique(std::vector<Element>& elements, Element element, const JsonReader& json) {
-    if (FindByName(elements, element.name) != nullptr) {
+    if (FindByName(elements, element.name)) {
         json.At("name").Fail("a second element named " + Quoted(element.name));
     }
     elements.push_back(std::move(element));

@@ -14,9 +14,9 @@ struct RulePoint {
     double at, weight, coarseWeight;
 };
 
-// Gauss rule of 3 points with that of 1 point inside.
+/// Gauss rule of 3 points with that of 1 point inside.
 constexpr std::array<RulePoint, 2> points3{{{0.7745966692414833770, 5.0 / 9, 0}, {0, 8.0 / 9, 2}}};
-// Gauss-Kronrod rules (A. S. Kronrod, "Nodes and weights of quadrature formulas", 1965).
+/// Gauss-Kronrod rules (A. S. Kronrod, "Nodes and weights of quadrature formulas", 1965).
 constexpr std::array<RulePoint, 4> points7{{{0.9604912687080202834, 0.1046562260264672652, 0},
                                             {0.7745966692414833770, 0.2684880898683334407, 5.0 / 9},
                                             {0.4342437493468025580, 0.4013974147759622229, 0},
@@ -78,8 +78,9 @@ private:
         const double cosine = edge.direction.dot(other.direction);
         const Eigen::Vector3d common = edge.direction.cross(other.direction);
         const double squaredSine = common.squaredNorm();
-        if (squaredSine < 1e-20)
+        if (squaredSine < 1e-20) {
             return;
+        }
         const Eigen::Vector3d offset = edge.start - other.start;
         const double onOther = other.direction.dot(offset), onEdge = edge.direction.dot(offset);
         const double along = (cosine * onOther - onEdge) / squaredSine;
@@ -87,8 +88,9 @@ private:
         const double aside = std::abs(offset.dot(common)) / squaredSine;
         // Abreast of the lines' closest points, where that lies on the other edge: only there is it singular.
         const double margin = std::abs(cosine) * aside;
-        if (otherAlong >= -margin && otherAlong <= other.length + margin)
+        if (otherAlong >= -margin && otherAlong <= other.length + margin) {
             m_points.push_back({along, aside});
+        }
     }
 
     std::vector<Singularity> m_points;

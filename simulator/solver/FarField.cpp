@@ -73,9 +73,11 @@ bool FarApart(const Polygon& a, const Polygon& b) {
 Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& target, const BodyCentres& centres) {
     Interaction result;
     const Vector3d sourceShare = source.moment / 6, targetShare = target.moment / 6;
-    for (const Vector3d& from : source.massPoints)
-        for (const Vector3d& to : target.massPoints)
+    for (const Vector3d& from : source.massPoints) {
+        for (const Vector3d& to : target.massPoints) {
             result.wrench += DipoleWrench(from, sourceShare, to, targetShare);
+        }
+    }
     const double closeness = (source.radius + target.radius) / (source.centre - target.centre).norm();
     const Wrench leading = DipoleWrench(source.centre, source.moment, target.centre, target.moment);
     SetErrors(result, closeness * (result.wrench - leading), centres);
@@ -89,9 +91,11 @@ Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& t
 Interaction FarInteraction(const Polygon& source, const Polygon& target, const BodyCentres& centres) {
     Interaction result;
     const double charges = source.area * target.area;
-    for (const Vector3d& from : source.massPoints)
-        for (const Vector3d& to : target.massPoints)
+    for (const Vector3d& from : source.massPoints) {
+        for (const Vector3d& to : target.massPoints) {
             result.wrench += ChargeWrench(from, to, charges / 16);
+        }
+    }
     const double distance = (source.centre - target.centre).norm();
     const double closeness = (source.radius + target.radius) / distance;
     SetErrors(result, closeness * (result.wrench - ChargeWrench(source.centre, target.centre, charges)), centres);

@@ -11,15 +11,18 @@ namespace vantor::solver {
 namespace {
 
 void CheckOptions(const Options& options) {
-    if (!std::isfinite(options.percentError) || options.percentError <= 0)
+    if (!std::isfinite(options.percentError) || options.percentError <= 0) {
         throw SolveError("The percent error " + std::to_string(options.percentError) +
                          " is no goal to solve for; give a positive number.");
-    if (options.maximumPasses < 1)
+    }
+    if (options.maximumPasses < 1) {
         throw SolveError("The maximum number of passes is " + std::to_string(options.maximumPasses) +
                          "; it must be at least 1.");
-    if (options.threads < 0)
+    }
+    if (options.threads < 0) {
         throw SolveError("The number of threads is " + std::to_string(options.threads) +
                          "; give 0 for as many as the machine has.");
+    }
 }
 
 } // namespace
@@ -42,8 +45,9 @@ Solution Solve(const std::vector<Body>& bodies, const Options& options) {
     for (Load& load : solution.loads) {
         load.torque += origin.cross(load.force);
         load.torqueError += origin.norm() * load.forceError;
-        if (!load.force.allFinite() || !load.torque.allFinite())
+        if (!load.force.allFinite() || !load.torque.allFinite()) {
             throw SolveError("The loads are beyond what numbers can hold; check the bodies' sizes and magnetisations.");
+        }
     }
     return solution;
 }
@@ -66,9 +70,11 @@ Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
     constexpr double solidAngleOfAll = 12.566370614359172954;
     const Eigen::Vector3d x = point - m_implementation->origin;
     Eigen::Vector3d field = Eigen::Vector3d::Zero();
-    for (const PreparedMagnet& magnet : m_implementation->magnets)
-        for (const ChargedFace& face : magnet.faces)
+    for (const PreparedMagnet& magnet : m_implementation->magnets) {
+        for (const ChargedFace& face : magnet.faces) {
             field += face.charge / solidAngleOfAll * ChargeField(face.polygon, x);
+        }
+    }
     return field;
 }
 

@@ -20,16 +20,19 @@ public:
     void Run(unsigned threads) {
         std::vector<std::thread> others;
         try {
-            while (others.size() + 1 < threads)
+            while (others.size() + 1 < threads) {
                 others.emplace_back([this] { Work(); });
+            }
         } catch (const std::system_error&) {
             // Fewer threads than wished for do the same work.
         }
         Work();
-        for (std::thread& other : others)
+        for (std::thread& other : others) {
             other.join();
-        if (m_error)
+        }
+        if (m_error) {
             std::rethrow_exception(m_error);
+        }
     }
 
 private:
@@ -38,12 +41,14 @@ private:
 
     void Work() {
         try {
-            for (std::size_t begin = TakeRange(); begin < m_count; begin = TakeRange())
+            for (std::size_t begin = TakeRange(); begin < m_count; begin = TakeRange()) {
                 m_work(begin, std::min(begin + rangeSize, m_count));
+            }
         } catch (...) {
             const std::lock_guard<std::mutex> lock(m_errorMutex);
-            if (!m_error)
+            if (!m_error) {
                 m_error = std::current_exception();
+            }
             m_next = m_count;
         }
     }

@@ -35,8 +35,9 @@ std::vector<Corner> WeldCorners(const std::vector<Eigen::Vector3d>& vertices) {
     std::vector<Corner> order(vertices.size());
     std::iota(order.begin(), order.end(), Corner{0});
     std::sort(order.begin(), order.end(), [&](Corner a, Corner b) {
-        if (vertices[a] == vertices[b])
+        if (vertices[a] == vertices[b]) {
             return a < b;
+        }
         return LexicographicallyLess(vertices[a], vertices[b]);
     });
     std::vector<Corner> welded(vertices.size());
@@ -52,17 +53,20 @@ std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d
     std::vector<Facet> facets;
     for (const auto& triangle : mesh.triangles) {
         Facet facet;
-        for (std::size_t i = 0; i < 3; ++i)
+        for (std::size_t i = 0; i < 3; ++i) {
             facet.corners[i] = welded[static_cast<std::size_t>(triangle[i])];
+        }
         const Eigen::Vector3d& a = mesh.vertices[facet.corners[0]];
         const Eigen::Vector3d doubleArea =
             (mesh.vertices[facet.corners[1]] - a).cross(mesh.vertices[facet.corners[2]] - a);
         facet.area = doubleArea.norm() / 2;
-        if (!(facet.area > 0))
+        if (!(facet.area > 0)) {
             continue;
+        }
         facet.normal = doubleArea / (2 * facet.area);
-        if (std::abs(facet.normal.dot(magnetisation)) > chargeTolerance * magnetisation.stableNorm())
+        if (std::abs(facet.normal.dot(magnetisation)) > chargeTolerance * magnetisation.stableNorm()) {
             facets.push_back(facet);
+        }
     }
     // Large facets first: they know their plane best, so the small ones are measured against them.
     std::stable_sort(facets.begin(), facets.end(), [](const Facet& a, const Facet& b) { return a.area > b.area; });
@@ -84,12 +88,16 @@ public:
     FlatGroups(const std::vector<Eigen::Vector3d>& vertices, const std::vector<Facet>& facets)
         : m_vertices(vertices), m_facets(facets), m_taken(facets.size(), false),
           m_distanceTolerance(planeTolerance * SizeOf(vertices)) {
-        for (std::size_t i = 0; i < facets.size(); ++i)
-            for (std::size_t j = 0; j < 3; ++j)
+        for (std::size_t i = 0; i < facets.size(); ++i) {
+            for (std::size_t j = 0; j < 3; ++j) {
                 m_facetAt.emplace(DirectedEdge{facets[i].corners[j], facets[i].corners[(j + 1) % 3]}, i);
-        for (std::size_t i = 0; i < facets.size(); ++i)
-            if (!m_taken[i])
+            }
+        }
+        for (std::size_t i = 0; i < facets.size(); ++i) {
+            if (!m_taken[i]) {
                 m_groups.push_back(GrowFrom(i));
+            }
+        }
     }
     const std::vector<std::vector<std::size_t>>& Groups() const { return m_groups; }
 
@@ -101,18 +109,20 @@ private:
             const auto corners = m_facets[group[next]].corners;
             for (std::size_t j = 0; j < 3; ++j) {
                 const auto [first, last] = m_facetAt.equal_range({corners[(j + 1) % 3], corners[j]});
-                for (auto neighbour = first; neighbour != last; ++neighbour)
+                for (auto neighbour = first; neighbour != last; ++neighbour) {
                     if (!m_taken[neighbour->second] && InPlaneOf(m_facets[seed], m_facets[neighbour->second])) {
                         m_taken[neighbour->second] = true;
                         group.push_back(neighbour->second);
                     }
+                }
             }
         }
         return group;
     }
     bool InPlaneOf(const Facet& seed, const Facet& facet) const {
-        if (seed.normal.dot(facet.normal) <= 0 || seed.normal.cross(facet.normal).norm() > planeTolerance)
+        if (seed.normal.dot(facet.normal) <= 0 || seed.normal.cross(facet.normal).norm() > planeTolerance) {
             return false;
+        }
         return std::all_of(facet.corners.begin(), facet.corners.end(), [&](Corner corner) {
             const Eigen::Vector3d offset = m_vertices[corner] - m_vertices[seed.corners[0]];
             return std::abs(offset.dot(seed.normal)) <= m_distanceTolerance;
@@ -130,18 +140,21 @@ private:
 /// The directed edges that no other facet of the group runs along the other way.
 std::vector<DirectedEdge> Outline(const std::vector<Facet>& facets, const std::vector<std::size_t>& group) {
     std::map<DirectedEdge, int> count;
-    for (const std::size_t index : group)
+    for (const std::size_t index : group) {
         for (std::size_t j = 0; j < 3; ++j) {
             const Corner from = facets[index].corners[j], to = facets[index].corners[(j + 1) % 3];
             const auto opposite = count.find({to, from});
-            if (opposite != count.end() && opposite->second > 0)
+            if (opposite != count.end() && opposite->second > 0) {
                 --opposite->second;
-            else
+            } else {
                 ++count[{from, to}];
+            }
         }
+    }
     std::vector<DirectedEdge> outline;
-    for (const auto& [edge, times] : count)
+    for (const auto& [edge, times] : count) {
         outline.insert(outline.end(), static_cast<std::size_t>(times), edge);
+    }
     return outline;
 }
 
@@ -156,22 +169,26 @@ std::vector<DirectedEdge> JoinStraight(const std::vector<Eigen::Vector3d>& verti
     std::vector<bool> gone(outline.size(), false);
     for (auto& [corner, out] : leaving) {
         auto& in = arriving[corner];
-        if (out.size() != 1 || in.size() != 1 || in[0] == out[0])
+        if (out.size() != 1 || in.size() != 1 || in[0] == out[0]) {
             continue;
+        }
         const Eigen::Vector3d before = vertices[corner] - vertices[outline[in[0]].first];
         const Eigen::Vector3d after = vertices[outline[out[0]].second] - vertices[corner];
         const double lengths = before.norm() * after.norm();
-        if (before.dot(after) <= 0 || before.cross(after).norm() > planeTolerance * lengths)
+        if (before.dot(after) <= 0 || before.cross(after).norm() > planeTolerance * lengths) {
             continue;
+        }
         outline[in[0]].second = outline[out[0]].second;
         gone[out[0]] = true;
         auto& atEnd = arriving[outline[in[0]].second];
         std::replace(atEnd.begin(), atEnd.end(), out[0], in[0]);
     }
     std::vector<DirectedEdge> joined;
-    for (std::size_t i = 0; i < outline.size(); ++i)
-        if (!gone[i])
+    for (std::size_t i = 0; i < outline.size(); ++i) {
+        if (!gone[i]) {
             joined.push_back(outline[i]);
+        }
+    }
     return joined;
 }
 
@@ -183,8 +200,9 @@ void SetPlane(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices, co
         const Facet& facet = facets[index];
         normal += facet.area * facet.normal;
         polygon.area += facet.area;
-        for (const Corner corner : facet.corners)
+        for (const Corner corner : facet.corners) {
             moment += facet.area / 3 * (vertices[corner] - reference);
+        }
     }
     polygon.normal = normal.normalized();
     polygon.centre = reference + moment / polygon.area;
@@ -206,8 +224,9 @@ void SetEdges(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
     for (const auto& [from, to] : outline) {
         const Eigen::Vector2d start = inPlane(from), end = inPlane(to);
         const double length = (end - start).norm();
-        if (!(length > 0))
+        if (!(length > 0)) {
             continue;
+        }
         const Eigen::Vector2d along = (end - start) / length;
         polygon.radius = std::max(polygon.radius, start.norm());
         polygon.planeEdges.push_back({start.x(), start.y(), along.x(), along.y(), length});
@@ -245,8 +264,9 @@ void SetMassPoints(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertice
 
 std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {
     const std::vector<Facet> facets = ChargedFacets(mesh, magnetisation);
-    if (facets.empty())
+    if (facets.empty()) {
         return {};
+    }
     std::vector<Polygon> polygons;
     const FlatGroups groups(mesh.vertices, facets);
     for (const std::vector<std::size_t>& group : groups.Groups()) {

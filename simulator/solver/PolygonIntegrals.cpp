@@ -62,13 +62,15 @@ public:
         const double sine =
             view.aside * (view.squaredDistance * (view.to - view.from) + absoluteHeight * view.CrossedEnds());
         const double size = std::abs(cosine) + std::abs(sine);
-        if (!(size > 0))
+        if (!(size > 0)) {
             return;
+        }
         const double real = (m_real * cosine - m_imaginary * sine) / size;
         const double imaginary = (m_real * sine + m_imaginary * cosine) / size;
         const bool wasUpper = m_imaginary >= 0, isUpper = imaginary >= 0;
-        if (wasUpper == (sine >= 0) && wasUpper != isUpper)
+        if (wasUpper == (sine >= 0) && wasUpper != isUpper) {
             m_turns += wasUpper ? 1 : -1;
+        }
         m_real = real;
         m_imaginary = imaginary;
         if (std::abs(real) + std::abs(imaginary) < 1e-100) {
@@ -100,8 +102,9 @@ Eigen::Vector3d InSpace(const Polygon& polygon, double x, double y, double z) {
 double SolidAngle(const Polygon& polygon, const Eigen::Vector3d& x) {
     const LocalPoint point(polygon, x);
     AngleSum angles;
-    for (const PlaneEdge& edge : polygon.planeEdges)
+    for (const PlaneEdge& edge : polygon.planeEdges) {
         angles.Add(EdgeView(edge, point), std::abs(point.height));
+    }
     return WithSignOf(angles.Total(), point.height);
 }
 

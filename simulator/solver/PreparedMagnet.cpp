@@ -16,19 +16,25 @@ std::string LabelOf(const Body& body, const Magnet& magnet) {
 }
 
 void CheckValues(const Magnet& magnet, const std::string& label) {
-    if (!magnet.magnetisation.allFinite())
+    if (!magnet.magnetisation.allFinite()) {
         throw SolveError("The magnetisation of " + label + " is not finite; give three finite numbers in A/m.");
-    for (std::size_t i = 0; i < magnet.mesh.vertices.size(); ++i)
-        if (!magnet.mesh.vertices[i].allFinite())
+    }
+    for (std::size_t i = 0; i < magnet.mesh.vertices.size(); ++i) {
+        if (!magnet.mesh.vertices[i].allFinite()) {
             throw SolveError("Vertex " + std::to_string(i) + " of " + label +
                              " is not finite; check its geometry and the placement of the body.");
+        }
+    }
     const auto count = static_cast<long long>(magnet.mesh.vertices.size());
-    for (std::size_t i = 0; i < magnet.mesh.triangles.size(); ++i)
-        for (const int corner : magnet.mesh.triangles[i])
-            if (corner < 0 || corner >= count)
+    for (std::size_t i = 0; i < magnet.mesh.triangles.size(); ++i) {
+        for (const int corner : magnet.mesh.triangles[i]) {
+            if (corner < 0 || corner >= count) {
                 throw SolveError("Triangle " + std::to_string(i) + " of " + label + " names vertex " +
                                  std::to_string(corner) + ", but the mesh has " + std::to_string(count) +
                                  " vertices; check its geometry.");
+            }
+        }
+    }
 }
 
 /// The three corners of a triangle.
@@ -40,12 +46,14 @@ std::array<Eigen::Vector3d, 3> CornersOf(const TriangleMesh& mesh, const std::ar
 TriangleMesh WithoutFlatTriangles(const TriangleMesh& mesh, const Eigen::Vector3d& origin) {
     TriangleMesh result;
     result.vertices.reserve(mesh.vertices.size());
-    for (const Eigen::Vector3d& vertex : mesh.vertices)
+    for (const Eigen::Vector3d& vertex : mesh.vertices) {
         result.vertices.push_back(vertex - origin);
+    }
     for (const auto& triangle : mesh.triangles) {
         const auto [a, b, c] = CornersOf(result, triangle);
-        if ((b - a).cross(c - a).squaredNorm() > 0)
+        if ((b - a).cross(c - a).squaredNorm() > 0) {
             result.triangles.push_back(triangle);
+        }
     }
     return result;
 }
@@ -79,28 +87,34 @@ VolumeMoments MomentsOf(const TriangleMesh& mesh, const Eigen::Vector3d& referen
 }
 
 void CheckClosed(const VolumeMoments& moments, const std::string& label) {
-    if (moments.areaVector.norm() > openMeshTolerance * moments.area)
+    if (moments.areaVector.norm() > openMeshTolerance * moments.area) {
         throw SolveError("The mesh of " + label +
                          " is not closed; close its holes and orient all its triangles alike.");
-    if (!(moments.volume > 0))
+    }
+    if (!(moments.volume > 0)) {
         throw SolveError("The mesh of " + label +
                          " encloses no volume or is turned inside out; its triangles must run counter-clockwise seen "
                          "from outside.");
+    }
 }
 
 void SetMoments(PreparedMagnet& magnet, const Eigen::Vector3d& magnetisation) {
-    for (const auto& triangle : magnet.mesh.triangles)
-        for (const Eigen::Vector3d& corner : CornersOf(magnet.mesh, triangle))
+    for (const auto& triangle : magnet.mesh.triangles) {
+        for (const Eigen::Vector3d& corner : CornersOf(magnet.mesh, triangle)) {
             magnet.box.extend(corner);
+        }
+    }
     const Eigen::Vector3d reference = magnet.box.center();
     const VolumeMoments moments = MomentsOf(magnet.mesh, reference);
     CheckClosed(moments, magnet.label);
     const Eigen::Vector3d offset = moments.first / moments.volume;
     magnet.centre = reference + offset;
     magnet.moment = moments.volume * magnetisation;
-    for (const Eigen::Vector3d& vertex : magnet.mesh.vertices)
-        if (magnet.box.contains(vertex))
+    for (const Eigen::Vector3d& vertex : magnet.mesh.vertices) {
+        if (magnet.box.contains(vertex)) {
             magnet.radius = std::max(magnet.radius, (vertex - magnet.centre).norm());
+        }
+    }
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> principal(moments.second / moments.volume -
                                                                    offset * offset.transpose());
     for (int i = 0; i < 3; ++i) {
@@ -116,14 +130,16 @@ std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, co
     PreparedMagnet prepared;
     prepared.label = LabelOf(body, magnet);
     CheckValues(magnet, prepared.label);
-    if (magnet.magnetisation.isZero(0) || magnet.mesh.triangles.empty())
+    if (magnet.magnetisation.isZero(0) || magnet.mesh.triangles.empty()) {
         return std::nullopt;
+    }
     prepared.mesh = WithoutFlatTriangles(magnet.mesh, origin);
     SetMoments(prepared, magnet.magnetisation);
     for (Polygon& polygon : ChargedPolygons(prepared.mesh, magnet.magnetisation)) {
         const double charge = magnet.magnetisation.dot(polygon.normal);
-        for (const Edge& edge : polygon.edges)
+        for (const Edge& edge : polygon.edges) {
             prepared.outlineCharge += std::abs(charge) * edge.length;
+        }
         prepared.faces.push_back({std::move(polygon), charge});
     }
     return prepared;
@@ -133,23 +149,27 @@ std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, co
 
 std::vector<PreparedMagnet> PrepareMagnets(const std::vector<Body>& bodies, const Eigen::Vector3d& origin) {
     std::vector<PreparedMagnet> magnets;
-    for (std::size_t i = 0; i < bodies.size(); ++i)
-        for (const Magnet& magnet : bodies[i].magnets)
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        for (const Magnet& magnet : bodies[i].magnets) {
             if (std::optional<PreparedMagnet> prepared = Prepare(bodies[i], magnet, origin)) {
                 prepared->body = i;
                 magnets.push_back(std::move(*prepared));
             }
+        }
+    }
     return magnets;
 }
 
 Eigen::Vector3d MiddleOf(const std::vector<Body>& bodies) {
     Eigen::AlignedBox3d box;
-    for (const Body& body : bodies)
+    for (const Body& body : bodies) {
         for (const Magnet& magnet : body.magnets) {
             CheckValues(magnet, LabelOf(body, magnet));
-            for (const Eigen::Vector3d& vertex : magnet.mesh.vertices)
+            for (const Eigen::Vector3d& vertex : magnet.mesh.vertices) {
                 box.extend(vertex);
+            }
         }
+    }
     return box.isEmpty() ? Eigen::Vector3d(Eigen::Vector3d::Zero()) : Eigen::Vector3d(box.center());
 }
 

@@ -36,19 +36,25 @@ Refinement::Refinement(const std::vector<PreparedMagnet>& magnets, const std::ve
     : m_magnets(magnets), m_options(options), m_bodies(bodies.size()), m_loads(bodies.size()) {
     SetCentres();
     SetScales();
-    for (std::size_t i = 0; i < magnets.size(); ++i)
-        for (std::size_t j = i + 1; j < magnets.size(); ++j)
-            if (magnets[i].body != magnets[j].body)
+    for (std::size_t i = 0; i < magnets.size(); ++i) {
+        for (std::size_t j = i + 1; j < magnets.size(); ++j) {
+            if (magnets[i].body != magnets[j].body) {
                 Start(i, j);
+            }
+        }
+    }
 }
 
 void Refinement::SetCentres() {
     std::vector<Eigen::AlignedBox3d> boxes(m_bodies.size());
-    for (const PreparedMagnet& magnet : m_magnets)
+    for (const PreparedMagnet& magnet : m_magnets) {
         boxes[magnet.body].extend(magnet.box);
-    for (std::size_t i = 0; i < boxes.size(); ++i)
-        if (!boxes[i].isEmpty())
+    }
+    for (std::size_t i = 0; i < boxes.size(); ++i) {
+        if (!boxes[i].isEmpty()) {
             m_bodies[i].centre = boxes[i].center();
+        }
+    }
 }
 
 void Refinement::SetScales() {
@@ -56,8 +62,9 @@ void Refinement::SetScales() {
         Judgement& body = m_bodies[magnet.body];
         const double lever = (magnet.centre - body.centre).norm();
         for (const PreparedMagnet& other : m_magnets) {
-            if (other.body == magnet.body)
+            if (other.body == magnet.body) {
                 continue;
+            }
             const DipoleScale scale = ScaleOf(magnet, other);
             body.leastForce += leastLoad * scale.force;
             body.leastTorque += leastLoad * (scale.torque + lever * scale.force);
@@ -90,8 +97,9 @@ void Refinement::AddFaces(std::size_t source, std::size_t target, unsigned char 
             const bool far = !few && FarApart(sourceFaces[i].polygon, targetFaces[j].polygon);
             anyFar = anyFar || far;
             term.targetFace = j;
-            if (!far)
+            if (!far) {
                 AddPieces(term, leastRule);
+            }
         }
         if (anyFar) {
             term.kind = Term::Kind::FarFaces;
@@ -147,14 +155,16 @@ void Refinement::ReplaceFarFaces(Term next) {
     const double average = next.parentShare / static_cast<double>(targetFaces.size());
     next.kind = Term::Kind::FarPair;
     for (next.targetFace = 0; next.targetFace < targetFaces.size(); ++next.targetFace) {
-        if (!FarApart(sourceFace, targetFaces[next.targetFace].polygon))
+        if (!FarApart(sourceFace, targetFaces[next.targetFace].polygon)) {
             continue;
+        }
         // Known to be too coarse, a pair with much of the error needs no pass to find out.
         next.interaction = Evaluated(next);
-        if (Share(next) > average)
+        if (Share(next) > average) {
             AddPieces(next, leastRuleOfFarFaces);
-        else
+        } else {
             m_terms.push_back(next);
+        }
     }
 }
 
@@ -165,10 +175,12 @@ BodyCentres Refinement::CentresFor(const Term& term) const {
 Interaction Refinement::Evaluated(const Term& term) const {
     const PreparedMagnet& source = m_magnets[term.source];
     const PreparedMagnet& target = m_magnets[term.target];
-    if (term.kind == Term::Kind::FarMagnets)
+    if (term.kind == Term::Kind::FarMagnets) {
         return FarInteraction(source, target, CentresFor(term));
-    if (term.kind == Term::Kind::FarFaces)
+    }
+    if (term.kind == Term::Kind::FarFaces) {
         return EvaluatedFarFaces(term);
+    }
     const ChargedFace& from = source.faces[term.sourceFace];
     const ChargedFace& to = target.faces[term.targetFace];
     const Interaction ofUnitCharges = term.kind == Term::Kind::FarPair
@@ -180,9 +192,11 @@ Interaction Refinement::Evaluated(const Term& term) const {
 Interaction Refinement::EvaluatedFarFaces(const Term& term) const {
     const ChargedFace& from = m_magnets[term.source].faces[term.sourceFace];
     Interaction sum;
-    for (const ChargedFace& to : m_magnets[term.target].faces)
-        if (FarApart(from.polygon, to.polygon))
+    for (const ChargedFace& to : m_magnets[term.target].faces) {
+        if (FarApart(from.polygon, to.polygon)) {
             sum += to.charge * FarInteraction(from.polygon, to.polygon, CentresFor(term));
+        }
+    }
     return fieldConstant * from.charge * sum;
 }
 
@@ -201,8 +215,9 @@ std::size_t Refinement::Evaluations(const Term& term) const {
 }
 
 std::size_t Refinement::Cost(const Term& term) const {
-    if (term.kind != Term::Kind::Piece)
+    if (term.kind != Term::Kind::Piece) {
         return Evaluations(term);
+    }
     const bool onSource = term.piece.owner == EdgePiece::Owner::Source;
     const Polygon& other = onSource ? m_magnets[term.target].faces[term.targetFace].polygon
                                     : m_magnets[term.source].faces[term.sourceFace].polygon;
@@ -221,8 +236,9 @@ Pass Refinement::Evaluate() {
     const unsigned wanted = m_options.threads > 0 ? static_cast<unsigned>(m_options.threads) : available;
     const unsigned threads = cost < workForThreads ? 1u : wanted;
     ForRanges(m_terms.size() - m_evaluated, threads, [this](std::size_t begin, std::size_t end) {
-        for (std::size_t i = m_evaluated + begin; i < m_evaluated + end; ++i)
+        for (std::size_t i = m_evaluated + begin; i < m_evaluated + end; ++i) {
             m_terms[i].interaction = Evaluated(m_terms[i]);
+        }
     });
     m_evaluated = m_terms.size();
     SumUp();
@@ -232,8 +248,9 @@ Pass Refinement::Evaluate() {
 
 void Refinement::SumUp() {
     m_loads.assign(m_loads.size(), Load());
-    for (Judgement& body : m_bodies)
+    for (Judgement& body : m_bodies) {
         body.forceError = body.torqueError = 0;
+    }
     const auto add = [this](std::size_t body, double sign, const Interaction& interaction, double torqueError) {
         m_loads[body].force += sign * interaction.wrench.force;
         m_loads[body].torque += sign * interaction.wrench.torque;
@@ -256,8 +273,9 @@ void Refinement::SumUp() {
 
 double Refinement::PercentError() const {
     double largest = 0;
-    for (const Judgement& body : m_bodies)
+    for (const Judgement& body : m_bodies) {
         largest = std::max({largest, Ratio(body.forceError, body.force), Ratio(body.torqueError, body.torque)});
+    }
     return 100 * largest;
 }
 
@@ -284,8 +302,9 @@ std::vector<bool> Refinement::TermsToReplace(const std::vector<double>& share) c
     std::vector<double> kept(m_bodies.size(), 0);
     std::vector<bool> leaves(m_terms.size(), false);
     for (const std::size_t i : order) {
-        if (AtItsLimit(m_terms[i], share[i]))
+        if (AtItsLimit(m_terms[i], share[i])) {
             continue;
+        }
         double& source = kept[m_magnets[m_terms[i].source].body];
         double& target = kept[m_magnets[m_terms[i].target].body];
         leaves[i] = std::max(source, target) + share[i] > budget;
@@ -299,23 +318,27 @@ void Refinement::ReplaceTerms(const std::vector<double>& share, const std::vecto
     std::vector<Term> old;
     old.swap(m_terms);
     m_terms.reserve(old.size());
-    for (std::size_t i = 0; i < old.size(); ++i)
+    for (std::size_t i = 0; i < old.size(); ++i) {
         if (!leaves[i]) {
             old[i].interaction.exhausted = AtItsLimit(old[i], share[i]);
             m_terms.push_back(old[i]);
         }
+    }
     m_evaluated = m_terms.size();
-    for (std::size_t i = 0; i < old.size(); ++i)
-        if (leaves[i])
+    for (std::size_t i = 0; i < old.size(); ++i) {
+        if (leaves[i]) {
             Replace(old[i], share[i]);
+        }
+    }
 }
 
 bool Refinement::Refine() {
     std::vector<double> share(m_terms.size());
     std::transform(m_terms.begin(), m_terms.end(), share.begin(), [this](const Term& term) { return Share(term); });
     const std::vector<bool> leaves = TermsToReplace(share);
-    if (std::find(leaves.begin(), leaves.end(), true) == leaves.end())
+    if (std::find(leaves.begin(), leaves.end(), true) == leaves.end()) {
         return false;
+    }
     ReplaceTerms(share, leaves);
     return true;
 }

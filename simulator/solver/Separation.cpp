@@ -27,8 +27,9 @@ std::vector<Triangle> TrianglesNear(const TriangleMesh& mesh, const Eigen::Align
             triangle.corners[i] = mesh.vertices[static_cast<std::size_t>(indices[i])];
             triangle.box.extend(triangle.corners[i]);
         }
-        if (triangle.box.intersects(region))
+        if (triangle.box.intersects(region)) {
             result.push_back(triangle);
+        }
     }
     return result;
 }
@@ -61,8 +62,9 @@ std::optional<double> HeightOver(const Triangle& triangle, const Vector3d& point
     const auto leftOf = [&](const Vector3d& from, const Vector3d& to) {
         return (to - from).cross(point - from).dot(normal) >= 0;
     };
-    if (!leftOf(a, b) || !leftOf(b, c) || !leftOf(c, a))
+    if (!leftOf(a, b) || !leftOf(b, c) || !leftOf(c, a)) {
         return std::nullopt;
+    }
     return (point - a).dot(normal) / normal.norm();
 }
 
@@ -70,8 +72,9 @@ bool SegmentMeets(const Triangle& triangle, const Vector3d& from, const Vector3d
     const auto& [a, b, c] = triangle.corners;
     const Vector3d normal = (b - a).cross(c - a);
     const double start = (from - a).dot(normal), end = (to - a).dot(normal);
-    if ((start > 0) == (end > 0) || start == end)
+    if ((start > 0) == (end > 0) || start == end) {
         return false;
+    }
     return HeightOver(triangle, from + start / (start - end) * (to - from)).has_value();
 }
 
@@ -79,20 +82,25 @@ bool SegmentMeets(const Triangle& triangle, const Vector3d& from, const Vector3d
 bool CornersOrEdgesMeet(const Triangle& a, const Triangle& b, double tolerance) {
     for (std::size_t i = 0; i < 3; ++i) {
         const std::optional<double> height = HeightOver(b, a.corners[i]);
-        if ((height && std::abs(*height) <= tolerance) || SegmentMeets(b, a.corners[i], a.corners[(i + 1) % 3]))
+        if ((height && std::abs(*height) <= tolerance) || SegmentMeets(b, a.corners[i], a.corners[(i + 1) % 3])) {
             return true;
+        }
     }
     return false;
 }
 
 bool Meet(const Triangle& a, const Triangle& b, double tolerance) {
-    if (CornersOrEdgesMeet(a, b, tolerance) || CornersOrEdgesMeet(b, a, tolerance))
+    if (CornersOrEdgesMeet(a, b, tolerance) || CornersOrEdgesMeet(b, a, tolerance)) {
         return true;
-    for (std::size_t i = 0; i < 3; ++i)
-        for (std::size_t j = 0; j < 3; ++j)
+    }
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t j = 0; j < 3; ++j) {
             if (SquaredDistanceOfSegments(a.corners[i], a.corners[(i + 1) % 3], b.corners[j], b.corners[(j + 1) % 3]) <=
-                tolerance * tolerance)
+                tolerance * tolerance) {
                 return true;
+            }
+        }
+    }
     return false;
 }
 
@@ -101,9 +109,11 @@ bool SurfacesMeet(const PreparedMagnet& a, const PreparedMagnet& b, double toler
     const std::vector<Triangle> ofA = TrianglesNear(a.mesh, common), ofB = TrianglesNear(b.mesh, common);
     for (const Triangle& first : ofA) {
         const Eigen::AlignedBox3d near = Grown(first.box, tolerance);
-        for (const Triangle& second : ofB)
-            if (near.intersects(second.box) && Meet(first, second, tolerance))
+        for (const Triangle& second : ofB) {
+            if (near.intersects(second.box) && Meet(first, second, tolerance)) {
                 return true;
+            }
+        }
     }
     return false;
 }
@@ -117,23 +127,27 @@ double SolidAngleOf(const std::array<Vector3d, 3>& corners, const Vector3d& poin
 
 /// For magnets whose surfaces keep apart: one point decides.
 bool Inside(const PreparedMagnet& inner, const PreparedMagnet& outer) {
-    if (!outer.box.contains(inner.box))
+    if (!outer.box.contains(inner.box)) {
         return false;
+    }
     const auto corner = static_cast<std::size_t>(inner.mesh.triangles.front()[0]);
     double angle = 0;
-    for (const Triangle& triangle : TrianglesNear(outer.mesh, outer.box))
+    for (const Triangle& triangle : TrianglesNear(outer.mesh, outer.box)) {
         angle += SolidAngleOf(triangle.corners, inner.mesh.vertices[corner]);
+    }
     constexpr double halfOfAll = 6.283185307179586;
     return std::abs(angle) > halfOfAll;
 }
 
 void CheckPair(const PreparedMagnet& a, const PreparedMagnet& b) {
     const double tolerance = contactTolerance * (a.radius + b.radius);
-    if (!Grown(a.box, tolerance).intersects(b.box))
+    if (!Grown(a.box, tolerance).intersects(b.box)) {
         return;
-    if (SurfacesMeet(a, b, tolerance))
+    }
+    if (SurfacesMeet(a, b, tolerance)) {
         throw SolveError("The surfaces of " + a.label + " and " + b.label +
                          " touch or cut each other; leave a gap between bodies.");
+    }
     if (Inside(a, b) || Inside(b, a)) {
         const bool aInB = Inside(a, b);
         throw SolveError((aInB ? a : b).label + " lies inside " + (aInB ? b : a).label + "; move one of them out.");
@@ -143,10 +157,13 @@ void CheckPair(const PreparedMagnet& a, const PreparedMagnet& b) {
 } // namespace
 
 void CheckSeparation(const std::vector<PreparedMagnet>& magnets) {
-    for (std::size_t i = 0; i < magnets.size(); ++i)
-        for (std::size_t j = i + 1; j < magnets.size(); ++j)
-            if (magnets[i].body != magnets[j].body)
+    for (std::size_t i = 0; i < magnets.size(); ++i) {
+        for (std::size_t j = i + 1; j < magnets.size(); ++j) {
+            if (magnets[i].body != magnets[j].body) {
                 CheckPair(magnets[i], magnets[j]);
+            }
+        }
+    }
 }
 
 } // namespace vantor::solver

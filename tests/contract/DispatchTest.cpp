@@ -471,7 +471,7 @@ INSTANTIATE_TEST_SUITE_P(All, WrapperContract, testing::ValuesIn(wrappers), [](c
     return std::string(wrapper.param.method) + std::to_string(wrapper.index);
 });
 
-/// Wrappers that do not look at the result: the desktop may answer anything, and it is cleared.
+// Wrappers that do not look at the result: the desktop may answer anything, and it is cleared.
 class ResultIgnoringWrapper : public WrapperContract {};
 
 TEST_P(ResultIgnoringWrapper, ClearsWhateverComesBack) {

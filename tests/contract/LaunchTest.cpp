@@ -371,7 +371,7 @@ TEST(Quit, FailureOfTheDesktopToQuitIsIgnored) {
     }
 }
 
-/// A host's own class between the library and itself.
+// A host's own class between the library and itself.
 class OverridingCoupling : public CKinoraVeltrixCoupling {
 public:
     bool SaveProject() override {

@@ -145,7 +145,7 @@ TEST_F(Model, GeometrySucceedsWithoutFitAll) {
 
 // The driver, whole: what makes a model of one magnet, part by part.
 
-/// Before anything is made: what there is, and the setup.
+// Before anything is made: what there is, and the setup.
 const std::string existingDesign = R"~(
     design.GetProperties("LocalVariableTab", "LocalVariables")
     design.GetModule("AnalysisSetup")                     # makes sure of a setup
@@ -156,7 +156,7 @@ const std::string existingDesign = R"~(
     design.SetActiveEditor("3D Modeler")
 )~";
 
-/// The initial variables.
+// The initial variables.
 const std::string initialVariables = R"~(
     design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
         ["NAME:NewProps", ["NAME:RegionPaddingX", "PropType:=", "VariableProp", "UserDef:=", true,
@@ -184,7 +184,7 @@ const std::string initialVariables = R"~(
             "UseMaterialAppearance:=", false, "IsLightweight:=", false])
 )~";
 
-/// The magnet wants another direction than its material has: it gets a clone.
+// The magnet wants another direction than its material has: it gets a clone.
 const std::string clonedMaterial = R"~(
     project.GetChildObject("Materials")
     project.GetDefinitionManager()
@@ -210,7 +210,7 @@ const std::string clonedMaterial = R"~(
             "IsLightweight:=", false])
 )~";
 
-/// Every material in use is a definition of the project.
+// Every material in use is a definition of the project.
 const std::string materialsInUse = R"~(
     project.GetChildObject("Materials")
     Materials.GetChildNames()
@@ -218,7 +218,7 @@ const std::string materialsInUse = R"~(
     Magnet.GetPropValue("Material")
 )~";
 
-/// The body: variables, frames, placement.
+// The body: variables, frames, placement.
 const std::string placedBody = R"~(
     design.ChangeProperty(["NAME:AllTabs", ["NAME:LocalVariableTab", ["NAME:PropServers", "LocalVariables"],
         ["NAME:NewProps", ["NAME:Rotor_Phi", "PropType:=", "VariableProp", "UserDef:=", true,
@@ -272,7 +272,7 @@ const std::string placedBody = R"~(
         ["NAME:SetWCS Parameter", "Working Coordinate System:=", "Global", "RegionDepCSOk:=", true])
 )~";
 
-/// Its loads and what reads them.
+// Its loads and what reads them.
 const std::string loadsAndReaders = R"~(
     editor.GetChildObject("Magnet")
     Magnet.GetPropValue("Material")
@@ -299,7 +299,7 @@ const std::string loadsAndReaders = R"~(
         "Setup1 : LastAdaptive", "Magnetostatic", [])
 )~";
 
-/// The history with its initial row.
+// The history with its initial row.
 const std::string historyWithItsFirstRow = R"~(
     design.GetChildObject("Paravant")
     Paravant.GetChildNames()
@@ -328,7 +328,7 @@ const std::string historyWithItsFirstRow = R"~(
             ["NAME:Goals"]])
 )~";
 
-/// Reports and the field plot.
+// Reports and the field plot.
 const std::string reportsAndFieldPlot = R"~(
     design.GetProperties("LocalVariableTab", "LocalVariables")
     design.GetModule("ReportSetup")

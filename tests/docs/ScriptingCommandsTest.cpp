@@ -59,15 +59,18 @@ protected:
     std::string text = introduction;
 };
 
-/// The session's own folder has another name in every run.
+// The session's own folder has another name in every run.
 std::string WithoutFolder(std::string text, const std::wstring& folder) {
     const std::string shown = fake::ToUtf8(folder);
     std::string escaped;
-    for (const char character : shown)
+    for (const char character : shown) {
         escaped += character == '\\' ? std::string("\\\\") : std::string(1, character);
-    for (const std::string& found : {escaped, shown})
-        for (std::size_t at = text.find(found); at != std::string::npos; at = text.find(found))
+    }
+    for (const std::string& found : {escaped, shown}) {
+        for (std::size_t at = text.find(found); at != std::string::npos; at = text.find(found)) {
             text.replace(at, found.size(), "C:\\\\runs");
+        }
+    }
     return text;
 }
 
@@ -113,7 +116,8 @@ TEST_F(ScriptingCommands, PageIsWhatTheLibrarySends) {
     Section("QuitApplication", "With `SaveProject` and `CloseProject` at its begin.", coupling.QuitApplication());
 
     text = WithoutFolder(text, folder.Path());
-    if (std::getenv("KINORA_WRITE_DOCS"))
+    if (std::getenv("KINORA_WRITE_DOCS")) {
         std::ofstream(page, std::ios::binary) << text;
+    }
     EXPECT_EQ(ReadPage(), text) << "run it with KINORA_WRITE_DOCS=1 to bring the page up to date";
 }

@@ -79,8 +79,9 @@ TEST_F(CouplingFiles, ReportFilesHaveTheirHeadersAndTimes) {
                                    "[mNewtonMeter],Torque_lower_Z.Torque [mNewtonMeter]\r\n0,"));
     const std::vector<std::string> lines = Lines(force);
     ASSERT_EQ(lines.size(), 22u);
-    for (int step = 0; step <= 20; ++step)
+    for (int step = 0; step <= 20; ++step) {
         EXPECT_THAT(lines[static_cast<std::size_t>(step) + 1], StartsWith(Number(0.05 * step) + ","));
+    }
 }
 
 TEST_F(CouplingFiles, LogAndReportsAgree) {
@@ -104,8 +105,9 @@ bool ListDesigns(IKinoraVeltrixInterface& coupling, const std::string& project, 
         try {
             return coupling.GetVeltrixDesigns(project, designs);
         } catch (const LaunchDesktopExeption&) {
-            if (tries == 5)
+            if (tries == 5) {
                 throw;
+            }
             Sleep(1000);
         }
     }

@@ -39,10 +39,12 @@ TEST_P(ExampleRun, GivesTheExpectedResult) {
     EXPECT_EQ(Column(folder / example.states, "Time [s]").size(), expected.size());
     ASSERT_EQ(actual.size(), expected.size());
     double largest = 0.0;
-    for (const double value : expected)
+    for (const double value : expected) {
         largest = std::fmax(largest, std::fabs(value));
-    for (std::size_t i = 0; i < expected.size(); ++i)
+    }
+    for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_NEAR(actual[i], expected[i], example.tolerance * largest) << "step " << i;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(

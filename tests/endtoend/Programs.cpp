@@ -26,8 +26,9 @@ public:
     HANDLE Get() const { return m_handle; }
     HANDLE* Receive() { return &m_handle; }
     void Close() {
-        if (m_handle != nullptr)
+        if (m_handle) {
             CloseHandle(m_handle);
+        }
         m_handle = nullptr;
     }
 
@@ -37,8 +38,9 @@ private:
 
 std::wstring CommandLineOf(const std::filesystem::path& program, const std::vector<std::wstring>& arguments) {
     std::wstring line = L"\"" + program.wstring() + L"\"";
-    for (const std::wstring& argument : arguments)
+    for (const std::wstring& argument : arguments) {
         line += L" \"" + argument + L"\"";
+    }
     return line;
 }
 
@@ -58,8 +60,9 @@ public:
         startup.hStdError = output.Get();
         PROCESS_INFORMATION process = {};
         std::wstring line = CommandLineOf(program, arguments);
-        if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process))
+        if (!CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process)) {
             throw std::runtime_error("the program does not start");
+        }
         CloseHandle(process.hThread);
         *m_process.Receive() = process.hProcess;
     }
@@ -121,8 +124,9 @@ std::vector<std::string> Lines(const std::string& text) {
     std::istringstream stream(text);
     std::vector<std::string> lines;
     for (std::string line; std::getline(stream, line);) {
-        if (!line.empty() && line.back() == '\r')
+        if (!line.empty() && line.back() == '\r') {
             line.pop_back();
+        }
         lines.push_back(line);
     }
     return lines;
@@ -139,8 +143,9 @@ std::vector<double> Column(const std::filesystem::path& file, const std::string&
                 wanted = index;
                 break;
             }
-            if (index == wanted)
+            if (index == wanted) {
                 values.push_back(std::strtod(cell.c_str(), nullptr));
+            }
         }
         if (wanted == std::string::npos) {
             ADD_FAILURE() << file.u8string() << " has no column \"" << header << "\"";

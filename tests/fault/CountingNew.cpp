@@ -30,7 +30,7 @@ void* Allocate(std::size_t size) {
         return nullptr;
     }
     auto* const header = static_cast<Header*>(std::malloc(sizeof(Header) + size));
-    if (header == nullptr) {
+    if (!header) {
         return nullptr;
     }
     *header = {size, isLibrarys};
@@ -41,14 +41,14 @@ void* Allocate(std::size_t size) {
 
 void* AllocateOrThrow(std::size_t size) {
     void* const block = Allocate(size);
-    if (block == nullptr) {
+    if (!block) {
         throw std::bad_alloc();
     }
     return block;
 }
 
 void Free(void* block) {
-    if (block == nullptr) {
+    if (!block) {
         return;
     }
     Header* const header = static_cast<Header*>(block) - 1;

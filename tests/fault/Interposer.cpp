@@ -64,7 +64,7 @@ HRESULT Interposer::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPP
         m_meter.beforeInvocation(m_meter.calls);
     }
     const HRESULT outcome = m_target->Invoke(id, iid, locale, flags, parameters, result, exception, argumentError);
-    if (SUCCEEDED(outcome) && result != nullptr && result->vt == VT_DISPATCH && result->pdispVal != nullptr) {
+    if (SUCCEEDED(outcome) && result && result->vt == VT_DISPATCH && result->pdispVal) {
         result->pdispVal = new Interposer(result->pdispVal, m_meter);
     }
     return outcome;

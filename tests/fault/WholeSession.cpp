@@ -68,7 +68,7 @@ WholeSession::~WholeSession() {
 
 void WholeSession::End() {
     Desktop().world.ClearFaults();
-    if (m_coupling != nullptr && Desktop().application.References() > 0) {
+    if (m_coupling && Desktop().application.References() > 0) {
         m_coupling->ReleaseApplication();
     }
     m_coupling.reset();

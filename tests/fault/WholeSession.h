@@ -69,7 +69,7 @@ private:
     void MakeInputs();
 
     Size m_size;
-    // Made before the session, so that an operation allocates nothing but what the library allocates.
+    /// Made before the session, so that an operation allocates nothing but what the library allocates.
     std::vector<IKinoraVeltrixInterface::Group> m_groups;
     std::map<std::string, IKinoraVeltrixInterface::Material> m_materials;
     std::vector<std::vector<IKinoraVeltrixInterface::Transform>> m_poses;

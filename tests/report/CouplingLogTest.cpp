@@ -20,8 +20,9 @@ CouplingLog Parse(const std::string& text) {
 
 std::string NoticesOf(const CouplingLog& log) {
     std::string all;
-    for (const Notice& notice : log.notices)
+    for (const Notice& notice : log.notices) {
         all += notice.text + "\n";
+    }
     return all;
 }
 
@@ -62,8 +63,9 @@ TEST(CouplingLog, KeepsNamesAsTheyStand) {
     const std::vector<std::string> names = {"<script>alert(1)</script>", "a,b", "Force_a", "x_X,", "\"q\" & 'r'"};
     const CouplingLog log = Parse(HeadLine(names) + "\n");
     ASSERT_EQ(log.bodies.size(), names.size());
-    for (std::size_t i = 0; i < names.size(); ++i)
+    for (std::size_t i = 0; i < names.size(); ++i) {
         EXPECT_EQ(log.bodies[i].name, names[i]);
+    }
 }
 
 TEST(CouplingLog, KeepsTwoBodiesOfOneNameApart) {
@@ -122,8 +124,9 @@ TEST(CouplingLog, LeavesOutLinesWithTooManyValues) {
 TEST(CouplingLog, ShowsWhatIsNotAFiniteNumberAsAGap) {
     const CouplingLog log = Parse(HeadLine({"a"}) + "\n0,0,1,2,3,4,5,6,nan,-nan(ind),inf,1.#QNAN,abc,\n");
     EXPECT_EQ(log.rows, 1u);
-    for (int column = ForceX; column <= TorqueZ; ++column)
+    for (int column = ForceX; column <= TorqueZ; ++column) {
         EXPECT_TRUE(std::isnan(log.bodies[0].columns[static_cast<std::size_t>(column)]->at(0)));
+    }
     EXPECT_THAT(NoticesOf(log),
                 HasSubstr("6 values are not a finite number and shown as a gap, the first: Force_a_X in "
                           "line 2, \"nan\"."));
@@ -176,8 +179,9 @@ TEST(CouplingLog, RefusesWhatIsNoLog) {
 
 TEST(CouplingLog, ReadsNumbersStrictly) {
     EXPECT_EQ(ParseNumber(" -1.5e-07 "), -1.5e-7);
-    for (const char* text : {"", " ", "1,5", "0x10", "1e999", "12a", "--1"})
+    for (const char* text : {"", " ", "1,5", "0x10", "1e999", "12a", "--1"}) {
         EXPECT_TRUE(std::isnan(ParseNumber(text))) << text;
+    }
 }
 
 } // namespace

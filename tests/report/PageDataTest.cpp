@@ -17,8 +17,9 @@ using testing::Not;
 
 CouplingLog LogOf(const std::string& body, int rows) {
     std::string text = HeadLine({body}) + "\n";
-    for (int row = 0; row < rows; ++row)
+    for (int row = 0; row < rows; ++row) {
         text += StepLine(row, std::to_string(row) + ".5", row + 1) + "\n";
+    }
     return ParseCouplingLog(text, "run.coupling.csv");
 }
 
@@ -44,8 +45,9 @@ TEST(PageData, HoldsNoCharacterThatCouldLeaveItsElement) {
     context.project = "<b>&amp;";
     context.notices = {{Severity::Warning, "<img src=x onerror=alert(1)>"}};
     const std::string data = MakePageData(log, {}, context);
-    for (const char character : data)
+    for (const char character : data) {
         EXPECT_TRUE(character >= ' ' && character <= '~') << static_cast<int>(character);
+    }
     EXPECT_EQ(data.find_first_of("<>&"), std::string::npos);
     const json read = json::parse(data);
     EXPECT_EQ(read["bodies"][0]["name"], log.bodies[0].name);
@@ -113,10 +115,12 @@ TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
     loose.name = "loose";
     scenario.joints = {driven, loose};
     HostStates states;
-    for (const char* joint : {"driven", "loose"})
+    for (const char* joint : {"driven", "loose"}) {
         for (const auto& [name, unit] :
-             {std::pair("Coordinate", "m"), std::pair("Load", "N"), std::pair("Kinetic", "J")})
+             {std::pair("Coordinate", "m"), std::pair("Load", "N"), std::pair("Kinetic", "J")}) {
             states.series.push_back({joint, name, unit, {0.0, 1.0}});
+        }
+    }
     PageContext context;
     context.scenario = &scenario;
     const json data = json::parse(MakePageData(LogOf("a", 2), states, context));

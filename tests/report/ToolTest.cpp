@@ -28,7 +28,7 @@ constexpr const char* scenarioText = R"({
   "output": { "csv": "states.csv" }
 })";
 
-/// A run's folder as the host leaves it, in a folder whose name is not ASCII.
+// A run's folder as the host leaves it, in a folder whose name is not ASCII.
 class Tool : public testing::Test {
 protected:
     void SetUp() override {
@@ -49,8 +49,9 @@ protected:
     }
 
     ExitStatus Run(std::vector<std::string> words, bool withTemplate = true) {
-        if (withTemplate)
+        if (withTemplate) {
             words.insert(words.end(), {"--template", scenario::Utf8FromPath(m_folder / "template.html")});
+        }
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         const ExitStatus status = RunTool(words);

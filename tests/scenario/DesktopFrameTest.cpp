@@ -15,8 +15,9 @@ TEST(Transform, HoldsTheBodysAxesAsRows) {
     EXPECT_EQ(transform.name, "rotor");
     EXPECT_EQ(transform.translation[2], 3.0);
     const double expected[9] = {0, 1, 0, -1, 0, 0, 0, 0, 1};
-    for (int i = 0; i < 9; ++i)
+    for (int i = 0; i < 9; ++i) {
         EXPECT_NEAR(transform.rotation[i], expected[i], 1e-15) << i;
+    }
 }
 
 TEST(Angles, TakeAnOrientationApartAsTheLibraryDoes) {

@@ -77,8 +77,9 @@ TEST(Expression, SaysWhatIsWrongAndWhere) {
 TEST(Expression, RefusesEndlessNesting) {
     EXPECT_THAT(ErrorOf(std::string(100000, '(')), testing::HasSubstr("too deeply nested"));
     std::string tower = "2";
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 100000; ++i) {
         tower += "^2";
+    }
     EXPECT_THAT(ErrorOf(tower), testing::HasSubstr("too deeply nested"));
     EXPECT_DOUBLE_EQ(Value((std::string(99999, '-') + "1").c_str()), -1.0);
 }

@@ -176,7 +176,7 @@ void FakeDesktop::DefineEditor() {
     editor.On("GetRelativeCoordinateSystems", [this](const Arguments&) { return Texts(coordinateSystems); });
     editor.On("CreateRelativeCS", [this](const Arguments& arguments) {
         const Value* const name = arguments.size() < 2 ? nullptr : FindKey(arguments[1], L"Name:=");
-        coordinateSystems.push_back(name == nullptr ? std::wstring() : name->text);
+        coordinateSystems.push_back(!name ? std::wstring() : name->text);
         return Nothing();
     });
     DefineChildren(editor);

@@ -223,7 +223,7 @@ TEST(FakeDesktop, RemembersVariablesThatWereCreated) {
 
 TEST(MemoryGuard, SeesAByteWrittenBehindABlockWhenTheHeapIsChecked) {
     const char* const checks = std::getenv("WINEDEBUG");
-    if (checks == nullptr || std::strstr(checks, "+heap") == nullptr) {
+    if (!checks || !std::strstr(checks, "+heap")) {
         GTEST_SKIP() << "the heap is checked in the tests of the preset mingw-debug only";
     }
     auto* const block = static_cast<volatile char*>(HeapAlloc(GetProcessHeap(), 0, 13));

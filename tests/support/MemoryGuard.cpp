@@ -33,7 +33,7 @@ public:
     }
     void* STDMETHODCALLTYPE PostAlloc(void* block) override {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (block != nullptr && IsWatchedThread()) {
+        if (block && IsWatchedThread()) {
             const InsideDesktop notTheLibrary; // what the spy itself allocates
             m_blocks[block] = m_size;
         }
@@ -114,7 +114,7 @@ void SwitchTextCacheOff() {
     using SetOaNoCacheFunction = void(WINAPI*)();
     const HMODULE library = GetModuleHandleW(L"oleaut32.dll");
     const FARPROC function = library == nullptr ? nullptr : GetProcAddress(library, "SetOaNoCache");
-    if (function != nullptr) {
+    if (function) {
         reinterpret_cast<SetOaNoCacheFunction>(reinterpret_cast<void*>(function))();
     }
 }

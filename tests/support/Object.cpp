@@ -101,7 +101,7 @@ HRESULT Object::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID loca
     Check(locale == systemDefaultLocale, method, "looked up with a locale other than 0x0800");
     const Fault* const fault = m_world.BeginCall();
     const bool isUnknown = m_methods.count(method) == 0;
-    if (isUnknown || (fault != nullptr && FAILED(fault->lookup))) {
+    if (isUnknown || (fault && FAILED(fault->lookup))) {
         m_world.m_entries.push_back({Entry::Kind::NameUnknown, m_path, method, {}});
         return isUnknown ? DISP_E_UNKNOWNNAME : fault->lookup;
     }
@@ -125,9 +125,9 @@ HRESULT Object::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAM
     Check(IsEqualIID(iid, IID_NULL) != 0, lookup.method, "invoked with an interface id other than IID_NULL");
     Check(locale == systemDefaultLocale, lookup.method, "invoked with a locale other than 0x0800");
     Check(flags == DISPATCH_METHOD, lookup.method, "invoked with flags other than DISPATCH_METHOD");
-    Check(exception == nullptr && argumentError == nullptr, lookup.method, "invoked with error out-parameters");
+    Check(!exception && !argumentError, lookup.method, "invoked with error out-parameters");
     Check(parameters->cNamedArgs == 0, lookup.method, "invoked with named arguments");
-    Check(result != nullptr && IsZeroed(*result), lookup.method, "invoked without a result VARIANT of zeros");
+    Check(result && IsZeroed(*result), lookup.method, "invoked without a result VARIANT of zeros");
     const Arguments arguments = InScriptOrder(*parameters);
     const std::size_t entry = std::min(lookup.entry, m_world.m_entries.size());
     Record(lookup, arguments);
@@ -138,7 +138,7 @@ HRESULT Object::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAM
     if (FAILED(answer.code) && entry < m_world.m_entries.size()) {
         m_world.m_entries[entry].kind = Entry::Kind::CallFailed;
     }
-    if (answer.fill && result != nullptr) {
+    if (answer.fill && result) {
         answer.fill(*result);
     }
     return answer.code;
@@ -161,7 +161,7 @@ Entry& Object::Record(const Lookup& lookup, Arguments arguments) {
 Answer Object::AnswerTo(const Lookup& lookup, const Arguments& arguments) {
     Method& method = m_methods[lookup.method];
     const auto special = method.special.find(++method.calls);
-    if (lookup.fault != nullptr) {
+    if (lookup.fault) {
         if (SUCCEEDED(lookup.fault->answer.code) && method.handler) {
             method.handler(arguments);
         }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The system's list of all handles, as the driver kit documents it.
+/// The system's list of all handles, as the driver kit documents it.
 struct HandleEntry {
     void* object;
     std::uintptr_t processId;

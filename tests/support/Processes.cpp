@@ -78,7 +78,7 @@ ChildProcess::ChildProcess(std::wstring commandLine) : m_process(Start(std::move
 
 ChildProcess::~ChildProcess() {
     Kill();
-    if (m_process != nullptr) {
+    if (m_process) {
         CloseHandle(m_process);
     }
 }
@@ -96,7 +96,7 @@ void ChildProcess::Kill() const {
 
 DWORD ChildProcess::ExitCode() const {
     DWORD code = noExitCode;
-    if (m_process != nullptr) {
+    if (m_process) {
         GetExitCodeProcess(m_process, &code);
     }
     return code;
@@ -161,7 +161,7 @@ void SimulatorServer::Restart(bool isAfterAFailure) {
         ForgetDeadServers();
     }
     const HANDLE simulator = Start(L"\"" + Path() + L"\" -Embedding");
-    if (simulator != nullptr) {
+    if (simulator) {
         CloseHandle(simulator);
     }
     std::this_thread::sleep_for(300ms);

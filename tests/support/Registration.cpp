@@ -84,7 +84,7 @@ Registration::~Registration() {
             registrations.erase(registrations.begin() + static_cast<std::ptrdiff_t>(index));
         }
     }
-    if (m_root != nullptr) {
+    if (m_root) {
         Unregister(m_root);
     }
 }
@@ -114,7 +114,7 @@ HRESULT Registration::CreateInstance(IUnknown* outer, REFIID iid, void** object)
     ++m_creations;
     m_askedForDispatchOnly = m_askedForDispatchOnly && outer == nullptr && IsEqualIID(iid, IID_IDispatch);
     *object = nullptr;
-    if (FAILED(m_refusal) || m_application == nullptr) {
+    if (FAILED(m_refusal) || !m_application) {
         return m_refusal;
     }
     return m_application->QueryInterface(iid, object);
@@ -123,7 +123,7 @@ HRESULT Registration::CreateInstance(IUnknown* outer, REFIID iid, void** object)
 VersionVariable::VersionVariable(const char* version) {
     const char* const before = std::getenv(versionVariable);
     m_before = before == nullptr ? "" : before;
-    _putenv_s(versionVariable, version == nullptr ? "" : version);
+    _putenv_s(versionVariable, !version ? "" : version);
 }
 
 VersionVariable::~VersionVariable() {
@@ -132,7 +132,7 @@ VersionVariable::~VersionVariable() {
 
 } // namespace fake
 
-// Exported by exports.def: the test program is the in-process server of its own classes.
+/// Exported by exports.def: the test program is the in-process server of its own classes.
 STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object) {
     return fake::ClassFactory::Find(classId, iid, object);
 }

@@ -271,7 +271,7 @@ public:
                 m_object->Release();
             }
         }
-        if (fetched != nullptr) {
+        if (fetched) {
             *fetched = given;
         }
         return given == count ? S_OK : S_FALSE;

@@ -136,7 +136,7 @@ TEST_F(TraceRegistration, IsTakenBackWholeAndAlone) {
 
 TEST_F(TraceRegistration, IsTheUsersOwnWhereTheMachinesDoesNotCount) {
     const HKEY machine = OpenMachine();
-    if (machine == nullptr) {
+    if (!machine) {
         GTEST_SKIP() << "needs the right to write the machine's classes";
     }
     {

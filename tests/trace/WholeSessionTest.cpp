@@ -81,7 +81,7 @@ Seen RunSession(const std::optional<PlannedFault>& planned, kinora::trace::Trace
     double load = 0.1;
     session.Desktop().loads = [&load](const std::wstring&) { return load = -1.37 * load + 0.01; };
     IDispatch* wrapper = nullptr;
-    if (tracer != nullptr) {
+    if (tracer) {
         wrapper = tracer->WrapperOf(&session.Desktop().application, "application");
         session.Offer(wrapper);
     }
@@ -97,7 +97,7 @@ Seen RunSession(const std::optional<PlannedFault>& planned, kinora::trace::Trace
     seen.calls = world.Entries().size();
     world.ClearFaults();
     session.Coupling().ReleaseApplication();
-    if (wrapper != nullptr) {
+    if (wrapper) {
         EXPECT_EQ(session.Owned(), "1000");
         wrapper->Release();
         EXPECT_EQ(tracer->Wrappers(), 0U);

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The texts in the order of their codes: argument errors from 0x0000, the desktop's own from 0x0200.
+/// The texts in the order of their codes: argument errors from 0x0000, the desktop's own from 0x0200.
 const std::vector<std::string> argumentErrors = {
     "Normal execution",
     "Invalid script argument",
@@ -95,6 +95,7 @@ TEST(ScriptErrors, HasAllRows) {
 }
 
 TEST(ScriptErrors, OtherCodesHaveNoText) {
-    for (const std::int32_t code : {-1, 0x000E, 0x01FF, 0x0230, 0x7FFFFFFF})
+    for (const std::int32_t code : {-1, 0x000E, 0x01FF, 0x0230, 0x7FFFFFFF}) {
         EXPECT_EQ(GetKinoraVeltrixScriptErrorText(code), nullptr) << code;
+    }
 }

@@ -42,13 +42,14 @@ TEST(Text, WidensEveryByteAsTheAnsiCodePageDoes) {
 
 TEST(Text, SevenBitCharactersAreThemselvesInEveryAnsiCodePage) {
     for (const UINT codePage :
-         {874u, 932u, 936u, 949u, 950u, 1250u, 1251u, 1252u, 1253u, 1254u, 1255u, 1256u, 1257u, 1258u})
+         {874u, 932u, 936u, 949u, 950u, 1250u, 1251u, 1252u, 1253u, 1254u, 1255u, 1256u, 1257u, 1258u}) {
         for (int character = 0; character < 128; ++character) {
             const std::string narrow(1, static_cast<char>(character));
             const std::wstring wide(1, static_cast<wchar_t>(character));
             EXPECT_EQ(fake::Widen(narrow, codePage), wide) << codePage << " " << character;
             EXPECT_EQ(Text::ToNarrow(wide, codePage), narrow) << codePage << " " << character;
         }
+    }
 }
 
 TEST(Text, ComesBackFromEveryByteOfTheAnsiCodePage) {

@@ -52,7 +52,7 @@ void CallRecord::Begin(const char* kind, const ObjectLabel* label) {
 void CallRecord::AppendVariant(std::string& out, const VARIANT& value) const {
     VariantJson json(out, [this](std::string& text, IUnknown* object) {
         TracedObject* const wrapper = m_tracer->AsWrapper(object);
-        if (wrapper != nullptr) {
+        if (wrapper) {
             text += ",\"v\":";
             AppendJson(text, wrapper->Label().path);
             text += ",\"id\":" + std::to_string(wrapper->Label().id);
@@ -92,8 +92,7 @@ CallRecord CallRecord::Call(Tracer& tracer, const ObjectLabel& label, const std:
             record.AppendVariant(head, parameters->rgvarg[i - 1]);
         }
         head += ']';
-        const UINT named =
-            parameters == nullptr || parameters->rgdispidNamedArgs == nullptr ? 0 : parameters->cNamedArgs;
+        const UINT named = !parameters || !parameters->rgdispidNamedArgs ? 0 : parameters->cNamedArgs;
         for (UINT i = named; i > 0; --i) {
             head += i == named ? ",\"named\":[" : ",";
             head += std::to_string(parameters->rgdispidNamedArgs[i - 1]);
@@ -162,13 +161,13 @@ void CallRecord::AddReferences(const DISPPARAMS& parameters) noexcept {
 
 void CallRecord::AddException(EXCEPINFO& exception, bool mayAsk) noexcept {
     Try([&] {
-        if (exception.pfnDeferredFillIn != nullptr && mayAsk) {
+        if (exception.pfnDeferredFillIn && mayAsk) {
             exception.pfnDeferredFillIn(&exception);
         }
         const auto number = static_cast<std::uint32_t>(exception.scode);
         m_tail += ",\"exception\":{\"code\":" + std::to_string(exception.wCode) + ",\"scode\":\"" +
                   HResultNumber(number) + '"';
-        if (exception.pfnDeferredFillIn != nullptr && !mayAsk) {
+        if (exception.pfnDeferredFillIn && !mayAsk) {
             m_tail += ",\"deferred\":true";
         } else {
             AppendTextField(m_tail, "source", exception.bstrSource);

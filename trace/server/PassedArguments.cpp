@@ -33,7 +33,7 @@ void PassedArguments::Prepare() {
             const bool isWrapper = *slot.object != nullptr && m_tracer.AsWrapper(*slot.object) != nullptr;
             hasWrappers = hasWrappers || (isWrapper && !slot.isByReference);
             hasReferredWrappers = hasReferredWrappers || (isWrapper && slot.isByReference);
-            if (slot.isByReference && *slot.object != nullptr && !isWrapper) {
+            if (slot.isByReference && *slot.object && !isWrapper) {
                 m_foreign.insert(*slot.object);
             }
         });
@@ -61,15 +61,13 @@ void PassedArguments::ReplaceValue(VARIANT& argument) {
     const VARTYPE type = V_VT(&argument);
     if (type == VT_DISPATCH || type == VT_UNKNOWN) {
         // Lent for the call: the client's argument keeps the wrapper, and that the object.
-        IDispatch* const object =
-            V_UNKNOWN(&argument) == nullptr ? nullptr : m_tracer.ObjectBehind(V_UNKNOWN(&argument));
+        IDispatch* const object = !V_UNKNOWN(&argument) ? nullptr : m_tracer.ObjectBehind(V_UNKNOWN(&argument));
         V_UNKNOWN(&argument) = object == nullptr ? V_UNKNOWN(&argument) : object;
         return;
     }
     bool hasWrappers = false;
     VisitObjects(argument, [&](const ObjectSlot& slot) {
-        hasWrappers = hasWrappers ||
-                      (!slot.isByReference && *slot.object != nullptr && m_tracer.AsWrapper(*slot.object) != nullptr);
+        hasWrappers = hasWrappers || (!slot.isByReference && *slot.object && m_tracer.AsWrapper(*slot.object));
     });
     if (!hasWrappers) {
         return;
@@ -81,9 +79,8 @@ void PassedArguments::ReplaceValue(VARIANT& argument) {
     m_arrays.push_back(copy);
     V_ARRAY(&argument) = copy;
     VisitObjects(argument, [&](const ObjectSlot& slot) {
-        IDispatch* const object =
-            slot.isByReference || *slot.object == nullptr ? nullptr : m_tracer.ObjectBehind(*slot.object);
-        if (object != nullptr) {
+        IDispatch* const object = slot.isByReference || !*slot.object ? nullptr : m_tracer.ObjectBehind(*slot.object);
+        if (object) {
             object->AddRef();
             (*slot.object)->Release();
             *slot.object = object;
@@ -95,8 +92,8 @@ void PassedArguments::ReplaceReferred() {
     for (UINT i = 0; i < Count(); ++i) {
         VisitObjects(Begin()[i], [&](const ObjectSlot& slot) {
             IDispatch* const object =
-                !slot.isByReference || *slot.object == nullptr ? nullptr : m_tracer.ObjectBehind(*slot.object);
-            if (object != nullptr) {
+                !slot.isByReference || !*slot.object ? nullptr : m_tracer.ObjectBehind(*slot.object);
+            if (object) {
                 m_kept.push_back(*slot.object);
                 object->AddRef();
                 *slot.object = object;
@@ -108,7 +105,7 @@ void PassedArguments::ReplaceReferred() {
 void PassedArguments::TakeBack(const std::string& path) noexcept {
     for (UINT i = 0; m_hasReferences && i < Count(); ++i) {
         VisitObjects(Begin()[i], [&](const ObjectSlot& slot) {
-            if (slot.isByReference && *slot.object != nullptr && m_foreign.count(*slot.object) == 0) {
+            if (slot.isByReference && *slot.object && m_foreign.count(*slot.object) == 0) {
                 m_tracer.WrapSlot(slot, path);
             }
         });

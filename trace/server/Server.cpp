@@ -18,7 +18,7 @@ std::atomic<long> serverLocks{0};
 class ClassFactory final : public IClassFactory {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
-        if (result == nullptr) {
+        if (!result) {
             return E_POINTER;
         }
         const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IClassFactory);
@@ -29,11 +29,11 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** result) override {
-        if (result == nullptr) {
+        if (!result) {
             return E_POINTER;
         }
         *result = nullptr;
-        if (outer != nullptr) {
+        if (outer) {
             return CLASS_E_NOAGGREGATION;
         }
         try {
@@ -63,7 +63,7 @@ public:
 
 STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** result) {
     static kinora::trace::ClassFactory factory;
-    if (result == nullptr) {
+    if (!result) {
         return E_POINTER;
     }
     *result = nullptr;

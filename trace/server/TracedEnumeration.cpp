@@ -52,7 +52,7 @@ HRESULT TracedEnumeration::Next(ULONG count, VARIANT* elements, ULONG* fetched) 
     for (ULONG i = 0; SUCCEEDED(code) && elements != nullptr && i < given && i < count; ++i) {
         m_tracer.Wrap(elements[i], ElementPath());
     }
-    if (SUCCEEDED(code) && elements != nullptr) {
+    if (SUCCEEDED(code) && elements) {
         record.AddElements(elements, std::min(given, count));
     }
     record.Finish(code, duration);
@@ -91,8 +91,8 @@ HRESULT TracedEnumeration::Clone(IEnumVARIANT** result) {
     const HRESULT code = m_enumeration->Clone(result);
     record.Finish(code, watch.Microseconds());
     IEnumVARIANT* const wrapper =
-        SUCCEEDED(code) && result != nullptr && *result != nullptr ? Make(m_tracer, *result, m_label.path) : nullptr;
-    if (wrapper != nullptr) {
+        SUCCEEDED(code) && result && *result ? Make(m_tracer, *result, m_label.path) : nullptr;
+    if (wrapper) {
         (*result)->Release();
         *result = wrapper;
     }

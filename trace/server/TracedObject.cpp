@@ -83,7 +83,7 @@ HRESULT TracedObject::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCI
     const Stopwatch watch;
     const HRESULT code = m_object->GetIDsOfNames(iid, names, count, locale, ids);
     const double duration = watch.Microseconds();
-    if (SUCCEEDED(code) && ids != nullptr && names != nullptr && count > 0) {
+    if (SUCCEEDED(code) && ids && names && count > 0) {
         record.AddIds(ids, count);
         try {
             Remember(ids[0], programs::Utf8FromWide(names[0]));
@@ -120,7 +120,7 @@ HRESULT TracedObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DIS
         m_object->Invoke(id, iid, locale, flags, arguments.ForObject(), result, usedException, usedArgumentError);
     const double duration = watch.Microseconds();
     arguments.TakeBack(path);
-    if (SUCCEEDED(code) && result != nullptr) {
+    if (SUCCEEDED(code) && result) {
         m_tracer.Wrap(*result, path);
         record.AddResult(*result);
     }
@@ -129,10 +129,10 @@ HRESULT TracedObject::Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DIS
     }
     if (code == DISP_E_EXCEPTION) {
         // A client that passed a record asks for its texts itself, and may do so only once.
-        record.AddException(*usedException, exception == nullptr);
+        record.AddException(*usedException, !exception);
     }
     if (code == DISP_E_TYPEMISMATCH || code == DISP_E_PARAMNOTFOUND) {
-        record.AddArgumentError(*usedArgumentError, parameters == nullptr ? 0 : parameters->cArgs);
+        record.AddArgumentError(*usedArgumentError, !parameters ? 0 : parameters->cArgs);
     }
     record.Finish(code, duration);
     return code;

@@ -18,7 +18,7 @@ IDispatch* Tracer::WrapperOf(IDispatch* object, const std::string& path) noexcep
     try {
         const std::lock_guard<std::mutex> lock(m_mutex);
         TracedObject*& known = m_byIdentity[identity];
-        if (known != nullptr && known->TryAddRef()) {
+        if (known && known->TryAddRef()) {
             wrapper = known;
         } else {
             // A wrapper whose last reference has just gone makes way for a new one. The set's node is made first: a

@@ -67,7 +67,7 @@ void VariantJson::Append(const VARIANT& value, int depth) {
 }
 
 void VariantJson::AppendReferred(const VARIANT& value, int depth) {
-    if (V_BYREF(&value) == nullptr || depth > deepestArray) {
+    if (!V_BYREF(&value) || depth > deepestArray) {
         m_out += ",\"v\":null";
         return;
     }
@@ -144,7 +144,7 @@ void VariantJson::AppendText(BSTR text) {
 }
 
 void VariantJson::AppendObject(IUnknown* object) {
-    if (object == nullptr) {
+    if (!object) {
         m_out += ",\"v\":null";
     } else if (!m_writeObject(m_out, object)) {
         m_out += ",\"v\":\"an object of the client\"";
@@ -170,9 +170,9 @@ void VariantJson::AppendArray(SAFEARRAY* array, VARTYPE type, int depth) {
     if (written < access.Count()) {
         m_out += ",\"count\":" + std::to_string(access.Count());
     }
-    if (array != nullptr && array->cDims == 1 && array->rgsabound[0].lLbound != 0) {
+    if (array && array->cDims == 1 && array->rgsabound[0].lLbound != 0) {
         m_out += ",\"lower\":" + std::to_string(array->rgsabound[0].lLbound);
-    } else if (array != nullptr && array->cDims > 1) {
+    } else if (array && array->cDims > 1) {
         m_out += ",\"dimensions\":" + std::to_string(array->cDims);
     }
 }

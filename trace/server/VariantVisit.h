@@ -48,7 +48,7 @@ void VisitObjects(VARIANT& variant, Visitor&& visit, bool isByReference, int dep
     const VARTYPE type = V_VT(&variant);
     const auto base = static_cast<VARTYPE>(type & ~(VT_BYREF | VT_ARRAY));
     const bool isReference = (type & VT_BYREF) != 0;
-    if (isReference && V_BYREF(&variant) == nullptr) {
+    if (isReference && !V_BYREF(&variant)) {
         return;
     }
     if ((type & VT_ARRAY) != 0) {

@@ -18,7 +18,7 @@ template <class Question>
 DWORD AskRegisteredFilter(Question question) {
     IMessageFilter* filter = nullptr;
     EXPECT_TRUE(SUCCEEDED(CoRegisterMessageFilter(nullptr, &filter)));
-    if (filter == nullptr) {
+    if (!filter) {
         ADD_FAILURE() << "no filter is registered";
         return 0;
     }

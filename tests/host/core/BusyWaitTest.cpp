@@ -22,8 +22,9 @@ TEST_F(BusyWaitTest, RetriesAtAPaceThatLeavesTheDesktopAlone) {
 }
 
 TEST_F(BusyWaitTest, SaysAtOnceThatItWaitsAndThenEveryFiveSeconds) {
-    for (std::uint32_t elapsed = 0; elapsed < 12000; elapsed += 250)
+    for (std::uint32_t elapsed = 0; elapsed < 12000; elapsed += 250) {
         m_wait.OnRejected(elapsed);
+    }
     ASSERT_EQ(m_notices.size(), 3u);
     EXPECT_THAT(m_notices[0], HasSubstr("The desktop is busy (is a dialog open?); waiting, 20 s left."));
     EXPECT_THAT(m_notices[2], HasSubstr("10 s left"));

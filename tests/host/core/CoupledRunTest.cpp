@@ -50,16 +50,19 @@ public:
     bool InitMagneticObjects(const std::vector<Group>& groups,
                              const std::map<std::string, Material>& materials) override {
         std::string text;
-        for (const Group& group : groups)
+        for (const Group& group : groups) {
             text += fmt::format("{}@{:.3f} ", group.transform.name, group.transform.translation[2]);
-        for (const auto& [object, material] : materials)
+        }
+        for (const auto& [object, material] : materials) {
             text += object + "=" + material.name;
+        }
         return Answer("InitMagneticObjects", text);
     }
     bool Analyze(double time, const std::vector<Transform>& transforms, std::vector<Result>& results,
                  int& status) override {
-        if (failing == "Analyze" && time > 0.0)
+        if (failing == "Analyze" && time > 0.0) {
             status = 0x0202;
+        }
         for (std::size_t i = 0; i + missingResults < transforms.size(); ++i) {
             results.emplace_back();
             results.back().force[2] = -100.0 * transforms[i].translation[2];

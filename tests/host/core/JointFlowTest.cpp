@@ -31,8 +31,9 @@ TEST(SpeedFlow, ReachesTheLimitSpeedOfADamper) {
 
 TEST(SpeedFlow, IsContinuousInVanishingDamping) {
     const double reference = FlowSpeed(1.0, 4.0, 2.0, 0.0, 0.0, 0.1).speed;
-    for (const double damping : {1e-3, 1e-6, 1e-9, 1e-12})
+    for (const double damping : {1e-3, 1e-6, 1e-9, 1e-12}) {
         EXPECT_NEAR(FlowSpeed(1.0, 4.0, 2.0, damping, 0.0, 0.1).speed, reference, damping);
+    }
 }
 
 TEST(SpeedFlow, StaysAtRestWithinDryFriction) {

@@ -63,8 +63,9 @@ TEST_F(RunTextTest, TableShowsEveryStepOfAShortRun) {
 
 TEST_F(RunTextTest, TableOfALongRunIsThinnedAndSaysSo) {
     std::vector<StepRecord> records;
-    for (int step = 0; step <= 100; ++step)
+    for (int step = 0; step <= 100; ++step) {
         records.push_back(Record(step));
+    }
     const std::string table = LoadTable(m_scenario, records, 40);
     EXPECT_LE(std::count(table.begin(), table.end(), '\n'), 40);
     EXPECT_THAT(table, HasSubstr("\n   100 "));

@@ -7,8 +7,9 @@
 
 int main() {
     IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
-    if (!coupling || coupling != GetKinoraVeltrixFactoryInterface() || coupling->SaveProject())
+    if (!coupling || coupling != GetKinoraVeltrixFactoryInterface() || coupling->SaveProject()) {
         return 1;
+    }
     _putenv("KINORA_VELTRIX_VTDK_VERSION=NotInstalled");
     try {
         coupling->CreateProject("C:\\never.project", "C:\\never.obj", "mm");

@@ -8,14 +8,16 @@
 
 int main() {
     const HMODULE library = LoadLibraryW(L"KinoraVeltrixCoupling.dll");
-    if (!library)
+    if (!library) {
         return 1;
+    }
     using Factory = IKinoraVeltrixInterface* (*)();
     const auto factory =
         reinterpret_cast<Factory>(reinterpret_cast<void*>(GetProcAddress(library, "GetKinoraVeltrixFactoryInterface")));
     const bool works = factory && factory() && !factory()->CloseProject();
-    if (works)
+    if (works) {
         std::puts("the factory gives the coupling object");
+    }
     FreeLibrary(library);
     return works ? 0 : 2;
 }

@@ -45,7 +45,7 @@ HRESULT Lookup(IDispatch* object, const wchar_t* method, DISPID& id) {
 
 Outcome Try(IDispatch* object, const wchar_t* method, const std::vector<Variant>& arguments) {
     Outcome outcome;
-    if (object == nullptr) {
+    if (!object) {
         outcome.status = E_POINTER;
         return outcome;
     }

@@ -36,7 +36,7 @@ public:
         return *this;
     }
     ~Object() {
-        if (m_object != nullptr) {
+        if (m_object) {
             m_object->Release();
         }
     }

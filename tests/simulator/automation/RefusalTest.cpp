@@ -81,7 +81,7 @@ std::vector<std::pair<std::string, List>> Spoiled(const List& good) {
         other[i] = Value(Value::Foreign{7});
         spoiled.emplace_back(place + " is a date", other);
         if (const std::string* text = good[i].AsText();
-            text != nullptr && text->size() > 2 && text->substr(text->size() - 2) == ":=") {
+            text && text->size() > 2 && text->substr(text->size() - 2) == ":=") {
             List renamed = good;
             renamed[i] = "x" + *text;
             spoiled.emplace_back(place + " is another key", renamed);
@@ -106,7 +106,7 @@ TEST_F(Refusal, RefusesEverySpoiledArray) {
     for (const auto& good : CommandsThatMayRunTwice()) {
         ASSERT_EQ(Complaint([&] { good.object->Call(good.method, good.arguments); }), "none") << good.method;
         for (std::size_t i = 0; i < good.arguments.size(); ++i) {
-            if (good.arguments[i].AsList() == nullptr) {
+            if (!good.arguments[i].AsList()) {
                 continue;
             }
             for (const auto& [what, list] : Spoiled(*good.arguments[i].AsList())) {
@@ -125,7 +125,7 @@ TEST_F(Refusal, RefusesEverySpoiledArray) {
     }
 }
 
-// Such commands are spoiled without a good run first.
+/// Such commands are spoiled without a good run first.
 TEST_F(Refusal, RefusesEverySpoiledArrayOfCommandsThatMayNotRunTwice) {
     const auto loads = Module("VeltrixParameterSetup");
     List force = ForceArgument("New", "Rotor"), torque = TorqueArgument("New", "X", "Rotor");

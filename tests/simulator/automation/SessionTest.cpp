@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 namespace {
 
-// Two 10 mm cubes along x, their axes in line.
+/// Two 10 mm cubes along x, their axes in line.
 std::string Pair() {
     return shapes::CubeObj("Stator", "magnet_1T", 0, 10) + shapes::CubeObj("Rotor", "magnet_1T", 30, 10);
 }
@@ -48,8 +48,8 @@ TEST(Session, SolvesTwoMagnetsAndMovesOne) {
     EXPECT_THAT(desk.Messages(0), testing::Contains(HasSubstr("Analyze: Setup1, pass 1: error ")));
 }
 
-// The torque is about the origin of the body's frame, in its axes: with the origin at the lower corner of the rotor,
-// the axial force through its centre (5, 5, 5) mm turns about y and z.
+/// The torque is about the origin of the body's frame, in its axes: with the origin at the lower corner of the rotor,
+/// the axial force through its centre (5, 5, 5) mm turns about y and z.
 TEST(Session, GivesTorqueAboutTheFramesOrigin) {
     Desk desk;
     desk.Create(Pair());

@@ -103,9 +103,9 @@ TEST(Modeler, TurnsAboutTheAxisThroughTheOrigin) {
     EXPECT_NEAR(box.upper.y(), 0.03, 1e-15);
 }
 
-// A body at x = 20 mm, turned by psi about X: its rows are (1 0 0), (0 c s), (0 -s c), so that psi of the angle rule is
-// atan2(m7, m8) = atan2(-s, c) = -psi. Moving by -20 mm and turning by that angle expresses it in its own axes; in its
-// frame it lies where it was imported.
+/// A body at x = 20 mm, turned by psi about X: its rows are (1 0 0), (0 c s), (0 -s c), so that psi of the angle rule
+/// is atan2(m7, m8) = atan2(-s, c) = -psi. Moving by -20 mm and turning by that angle expresses it in its own axes; in
+/// its frame it lies where it was imported.
 TEST(Modeler, PutsABodyBackWhereItWasImported) {
     const double turn = 0.4, x = 0.02;
     const double psi = -turn;

@@ -42,7 +42,7 @@ TEST(BlockLoad, AgreesWithAkounYonnetOnTheAxisDownToAHundredthOfTheEdge) {
 }
 
 TEST(BlockLoad, AgreesWithAkounYonnetWhenOffset) {
-    for (const double gap : {1e-4, 1e-3, 5e-3})
+    for (const double gap : {1e-4, 1e-3, 5e-3}) {
         for (const Vector3d& aside : {Vector3d(0.001, 0, 0), Vector3d(0.005, 0.002, 0), Vector3d(0.01, 0, 0),
                                       Vector3d(0.0101, 0.0101, 0), Vector3d(0.02, -0.015, 0)}) {
             SCOPED_TRACE(aside.transpose());
@@ -55,6 +55,7 @@ TEST(BlockLoad, AgreesWithAkounYonnetWhenOffset) {
             EXPECT_LE((solution.loads[1].force - expected).norm(), comparison::promisedAccuracy * expected.norm())
                 << solution.loads[1].force.transpose() << " instead of " << expected.transpose();
         }
+    }
 }
 
 TEST(BlockLoad, AgreesWithAkounYonnetSideBySide) {
@@ -66,8 +67,9 @@ TEST(BlockLoad, AgreesWithAkounYonnetSideBySide) {
 }
 
 TEST(BlockLoad, HasTheTorqueOfParallelMagnetisations) {
-    for (const double gap : {1e-4, 1e-3, 1e-2})
+    for (const double gap : {1e-4, 1e-3, 1e-2}) {
         ExpectAsIntegrated(Cube(Vector3d::Zero(), alongZ), Cube({0.004, 0.003, 0.01 + gap}, alongZ));
+    }
 }
 
 TEST(BlockLoad, HoldsForPerpendicularMagnetisations) {
@@ -92,7 +94,7 @@ TEST(BlockLoad, HoldsForTurnedBlocks) {
     }
 }
 
-// Faces that are almost parallel are the hard case of formulas that treat parallel and inclined planes differently.
+/// Faces that are almost parallel are the hard case of formulas that treat parallel and inclined planes differently.
 TEST(BlockLoad, HoldsForFacesThatAreAlmostParallel) {
     for (const double angle : {1e-12, 1e-9, 1e-7, 1e-5, 1e-3}) {
         SCOPED_TRACE(angle);

@@ -26,7 +26,7 @@ Distant At(double edges) {
 
 } // namespace
 
-// A cube has no quadrupole, and the next order falls with the fourth power of the distance.
+/// A cube has no quadrupole, and the next order falls with the fourth power of the distance.
 TEST(FarField, TendsToThatOfDipoles) {
     for (const double edges : {10.0, 20.0, 30.0, 50.0, 100.0, 1000.0, 1e5}) {
         SCOPED_TRACE(edges);
@@ -53,7 +53,7 @@ TEST(FarField, MeetsTheNearFieldWhereTheyChange) {
     }
 }
 
-// Blocks and bars have a strong next order, which the dipoles must bring along.
+/// Blocks and bars have a strong next order, which the dipoles must bring along.
 TEST(FarField, KnowsTheShapeOfTheMagnets) {
     Block bar, plate;
     bar.size = {0.002, 0.002, 0.04};

@@ -46,14 +46,17 @@ TEST(Field, IsFiniteOnFacesEdgesCornersAndTheirExtensions) {
     shapes::Block block;
     block.magnetisation = {300, 200, 1000};
     const FieldEvaluator field({BodyOf("body", block)});
-    for (const double x : {-2.0, -0.5, 0.0, 0.1, 0.5, 2.0})
-        for (const double y : {-2.0, -0.5, 0.0, 0.1, 0.5, 2.0})
-            for (const double z : {-2.0, -0.5, 0.0, 0.1, 0.5, 2.0})
+    for (const double x : {-2.0, -0.5, 0.0, 0.1, 0.5, 2.0}) {
+        for (const double y : {-2.0, -0.5, 0.0, 0.1, 0.5, 2.0}) {
+            for (const double z : {-2.0, -0.5, 0.0, 0.1, 0.5, 2.0}) {
                 EXPECT_TRUE(field.H({x, y, z}).allFinite()) << x << ' ' << y << ' ' << z;
+            }
+        }
+    }
 }
 
-// The field far from an edge's line but in line with it comes from closed forms that divide 0 by 0 when written
-// plainly.
+/// The field far from an edge's line but in line with it comes from closed forms that divide 0 by 0 when written
+/// plainly.
 TEST(Field, IsAccurateInLineWithAnEdge) {
     shapes::Block block;
     block.magnetisation = {0, 0, 1000};

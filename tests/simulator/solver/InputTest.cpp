@@ -74,9 +74,11 @@ TEST(Separation, RefusesContactOfFacesEdgesAndCorners) {
 TEST(Separation, SeesContactThroughTheRoundingOfAPose) {
     const Eigen::Matrix3d turn = shapes::Turn(0.7, {1, 2, 3});
     std::vector<Body> bodies = Pair(UnitCube({0, 0, 1}));
-    for (Body& body : bodies)
-        for (Vector3d& vertex : body.magnets[0].mesh.vertices)
+    for (Body& body : bodies) {
+        for (Vector3d& vertex : body.magnets[0].mesh.vertices) {
             vertex = turn * vertex + Vector3d(0.1, 0.2, 0.3);
+        }
+    }
     ExpectMeeting(bodies);
 }
 
@@ -117,12 +119,14 @@ TEST(Input, RefusesValuesThatAreNotFinite) {
 
 TEST(Input, RefusesWhatNumbersCannotHold) {
     std::vector<Body> bodies = Pair(UnitCube({0, 0, 2}));
-    for (Body& body : bodies)
+    for (Body& body : bodies) {
         body.magnets[0].magnetisation *= 1e300;
+    }
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("beyond what numbers can hold"));
     bodies = Pair(UnitCube({0, 0, 2}));
-    for (Vector3d& vertex : bodies[1].magnets[0].mesh.vertices)
+    for (Vector3d& vertex : bodies[1].magnets[0].mesh.vertices) {
         vertex.z() += 1e200;
+    }
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("encloses no volume"));
 }
 
@@ -139,8 +143,9 @@ TEST(Input, RefusesOpenMeshesAndThoseTurnedInsideOut) {
     bodies[0].magnets[0].mesh.triangles.pop_back();
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("magnet \"rotor_magnet\" of body \"rotor\" is not closed"));
     bodies = Pair(UnitCube({0, 0, 2}));
-    for (auto& triangle : bodies[0].magnets[0].mesh.triangles)
+    for (auto& triangle : bodies[0].magnets[0].mesh.triangles) {
         std::swap(triangle[0], triangle[1]);
+    }
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("inside out"));
     EXPECT_THROW(vantor::solver::FieldEvaluator{bodies}, SolveError);
 }

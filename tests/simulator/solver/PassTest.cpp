@@ -37,8 +37,9 @@ TEST(Passes, EndWhenThePercentErrorIsMet) {
         const Solution solution = Solve(NearPair(), Wanting(wanted));
         EXPECT_TRUE(solution.converged) << wanted;
         EXPECT_LE(solution.passes.back().percentError, wanted);
-        for (std::size_t i = 0; i + 1 < solution.passes.size(); ++i)
+        for (std::size_t i = 0; i + 1 < solution.passes.size(); ++i) {
             EXPECT_GT(solution.passes[i].percentError, wanted) << "it went on although it was good enough";
+        }
     }
 }
 
@@ -65,14 +66,15 @@ TEST(Passes, AreCountedAndGetBetter) {
     }
 }
 
-// What can't be had ends in a few passes, not in ever more halves.
+/// What can't be had ends in a few passes, not in ever more halves.
 TEST(Passes, EndWhenOnlyRoundingIsLeft) {
     const Solution solution = Solve(NearPair(), Wanting(1e-15, 1000));
     EXPECT_FALSE(solution.converged);
     EXPECT_LT(solution.passes.size(), 15u);
     std::size_t evaluations = 0;
-    for (const Pass& pass : solution.passes)
+    for (const Pass& pass : solution.passes) {
         evaluations += pass.evaluations;
+    }
     EXPECT_LT(evaluations, 100000u);
 }
 
@@ -88,7 +90,7 @@ TEST(Passes, EstimateErrorsThatAreNeverExceeded) {
     }
 }
 
-// By symmetry only one component of each is left, or none at all.
+/// By symmetry only one component of each is left, or none at all.
 TEST(Passes, DoNotRunAfterLoadsThatAreZero) {
     Block lower, upper;
     lower.magnetisation = {0, 0, 1e6};
@@ -140,7 +142,8 @@ TEST(Passes, OfNothingAreOneAndFree) {
         EXPECT_TRUE(solution.converged);
         EXPECT_EQ(solution.passes.size(), 1u);
         EXPECT_EQ(solution.loads.size(), bodies.size());
-        for (const Load& load : solution.loads)
+        for (const Load& load : solution.loads) {
             EXPECT_TRUE(load.force.isZero(0) && load.torque.isZero(0));
+        }
     }
 }

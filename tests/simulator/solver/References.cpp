@@ -14,8 +14,9 @@ constexpr double mu0 = 4e-7 * pi;
 
 /// coefficient * ln(r - a), where a^2 + rest = r^2; 0 where the coefficient vanishes.
 double LogTerm(double coefficient, double r, double a, double rest) {
-    if (coefficient == 0)
+    if (coefficient == 0) {
         return 0;
+    }
     return coefficient * std::log(a > 0 ? rest / (r + a) : r - a);
 }
 
@@ -49,12 +50,13 @@ constexpr std::array<GaussPoint, 8> gauss{{{-0.96028985649753623168, 0.101228536
 Load GaussOver(const std::vector<Sheet>& source, const Sheet& part) {
     Load sum;
     const double quarterArea = part.halfU.norm() * part.halfV.norm();
-    for (const GaussPoint& u : gauss)
+    for (const GaussPoint& u : gauss) {
         for (const GaussPoint& v : gauss) {
             const Vector3d point = part.centre + u.at * part.halfU + v.at * part.halfV;
             const Vector3d force = mu0 * part.charge * quarterArea * u.weight * v.weight * FieldOf(source, point);
             sum += {force, point.cross(force)};
         }
+    }
     return sum;
 }
 
@@ -70,11 +72,13 @@ Load AdaptiveOver(const std::vector<Sheet>& source, const Sheet& sheet, const Lo
     }
     const double arm = sheet.centre.norm() + sheet.halfU.norm() + sheet.halfV.norm();
     const double change = (sum.force - whole.force).norm() + (sum.torque - whole.torque).norm() / arm;
-    if (change <= allowed || depth == 0)
+    if (change <= allowed || depth == 0) {
         return sum;
+    }
     sum = Load();
-    for (std::size_t i = 0; i < 4; ++i)
+    for (std::size_t i = 0; i < 4; ++i) {
         sum += AdaptiveOver(source, quarters[i], parts[i], allowed / 2, depth - 1);
+    }
     return sum;
 }
 
@@ -92,9 +96,10 @@ std::vector<CurrentSheet> CurrentsOf(const shapes::Prism& prism) {
     };
     for (int i = 0; i < prism.sides; ++i) {
         sheets.push_back({corner(prism.radius, i), corner(prism.radius, i + 1), prism.height, prism.magnetisation.z()});
-        if (prism.innerRadius > 0)
+        if (prism.innerRadius > 0) {
             sheets.push_back({corner(prism.innerRadius, i + 1), corner(prism.innerRadius, i), prism.height,
                               prism.magnetisation.z()});
+        }
     }
     return sheets;
 }
@@ -108,12 +113,13 @@ Vector3d FilamentField(const Vector3d& p, const Vector3d& q, const Vector3d& poi
 
 Vector3d FieldOf(const std::vector<CurrentSheet>& sheets, const Vector3d& point) {
     Vector3d field = Vector3d::Zero();
-    for (const CurrentSheet& sheet : sheets)
+    for (const CurrentSheet& sheet : sheets) {
         for (const GaussPoint& z : gauss) {
             const Vector3d lift(0, 0, z.at * sheet.height / 2);
             field +=
                 sheet.current * z.weight * sheet.height / 2 * FilamentField(sheet.from + lift, sheet.to + lift, point);
         }
+    }
     return field;
 }
 
@@ -131,9 +137,10 @@ Vector3d AkounYonnetForce(const shapes::Block& source, const shapes::Block& targ
     for (int bits = 0; bits < 64; ++bits) {
         const auto sign = [&](int bit) { return (bits >> bit & 1) ? -1.0 : 1.0; };
         Vector3d at;
-        for (int axis = 0; axis < 3; ++axis)
+        for (int axis = 0; axis < 3; ++axis) {
             at[axis] =
                 offset[axis] + sign(2 * axis) * target.size[axis] / 2 - sign(2 * axis + 1) * source.size[axis] / 2;
+        }
         sum += sign(0) * sign(1) * sign(2) * sign(3) * sign(4) * sign(5) * AkounYonnetTerm(at.x(), at.y(), at.z());
     }
     return mu0 / (4 * pi) * source.magnetisation.z() * target.magnetisation.z() * sum;
@@ -145,7 +152,7 @@ Vector3d FieldOf(const Sheet& sheet, const Vector3d& point) {
     const Vector3d offset = point - sheet.centre;
     const double z = offset.dot(normal);
     Vector3d sum = Vector3d::Zero();
-    for (const double i : {-1.0, 1.0})
+    for (const double i : {-1.0, 1.0}) {
         for (const double j : {-1.0, 1.0}) {
             const double x = offset.dot(u) - i * halfU, y = offset.dot(v) - j * halfV;
             const double r = std::sqrt(x * x + y * y + z * z);
@@ -154,25 +161,29 @@ Vector3d FieldOf(const Sheet& sheet, const Vector3d& point) {
             const double angle = z == 0 ? 0 : std::atan(x * y / (z * r));
             sum += i * j * (-logY * u - logX * v + angle * normal);
         }
+    }
     return sheet.charge / (4 * pi) * sum;
 }
 
 Vector3d FieldOf(const std::vector<Sheet>& sheets, const Vector3d& point) {
     Vector3d sum = Vector3d::Zero();
-    for (const Sheet& sheet : sheets)
+    for (const Sheet& sheet : sheets) {
         sum += FieldOf(sheet, point);
+    }
     return sum;
 }
 
 std::vector<Sheet> SheetsOf(const shapes::Block& block) {
     std::vector<Sheet> sheets;
-    for (int axis = 0; axis < 3; ++axis)
+    for (int axis = 0; axis < 3; ++axis) {
         for (const double side : {-1.0, 1.0}) {
             const auto half = [&](int i) -> Vector3d { return block.size[i % 3] / 2 * block.rotation.col(i % 3); };
             const double charge = side * block.magnetisation.dot(block.rotation.col(axis));
-            if (std::abs(charge) > 1e-9 * block.magnetisation.norm())
+            if (std::abs(charge) > 1e-9 * block.magnetisation.norm()) {
                 sheets.push_back({block.centre + side * half(axis), half(axis + 1), half(axis + 2), charge});
+            }
         }
+    }
     return sheets;
 }
 
@@ -187,17 +198,20 @@ std::vector<Sheet> SheetsOf(const shapes::Prism& prism) {
     };
     for (int i = 0; i < prism.sides; ++i) {
         addSide(prism.radius, 1, i);
-        if (prism.innerRadius > 0)
+        if (prism.innerRadius > 0) {
             addSide(prism.innerRadius, -1, i);
+        }
     }
     return sheets;
 }
 
 std::vector<Sheet> SheetsOf(const std::vector<shapes::Block>& blocks) {
     std::vector<Sheet> sheets;
-    for (const shapes::Block& block : blocks)
-        for (const Sheet& sheet : SheetsOf(block))
+    for (const shapes::Block& block : blocks) {
+        for (const Sheet& sheet : SheetsOf(block)) {
             sheets.push_back(sheet);
+        }
+    }
     return sheets;
 }
 
@@ -209,16 +223,17 @@ Load SheetLoad(const std::vector<Sheet>& source, const std::vector<Sheet>& targe
         scale += first.back().force.norm();
     }
     Load sum;
-    for (std::size_t i = 0; i < target.size(); ++i)
+    for (std::size_t i = 0; i < target.size(); ++i) {
         sum += AdaptiveOver(source, target[i], first[i], accuracy * scale, 12);
+    }
     return sum;
 }
 
 Load CurrentLoad(const shapes::Prism& source, const shapes::Prism& target) {
     const std::vector<CurrentSheet> currents = CurrentsOf(source);
     Load sum;
-    for (const CurrentSheet& sheet : CurrentsOf(target))
-        for (const GaussPoint& z : gauss)
+    for (const CurrentSheet& sheet : CurrentsOf(target)) {
+        for (const GaussPoint& z : gauss) {
             for (const GaussPoint& t : gauss) {
                 const Vector3d along = (sheet.to - sheet.from) / 2;
                 const Vector3d point =
@@ -227,6 +242,8 @@ Load CurrentLoad(const shapes::Prism& source, const shapes::Prism& target) {
                 const Vector3d force = current.cross(mu0 * FieldOf(currents, point));
                 sum += {force, point.cross(force)};
             }
+        }
+    }
     return sum;
 }
 

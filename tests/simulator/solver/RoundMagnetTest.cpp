@@ -39,8 +39,9 @@ void ExpectAsSheets(const Prism& source, const Prism& target) {
 } // namespace
 
 TEST(RoundMagnets, CylindersOnOneAxis) {
-    for (const double gap : {0.003, 0.01, 0.03})
+    for (const double gap : {0.003, 0.01, 0.03}) {
         ExpectAsCurrents(Cylinder(Vector3d::Zero(), alongZ), Cylinder({0, 0, 0.008 + gap}, alongZ));
+    }
 }
 
 TEST(RoundMagnets, CylindersSideBySideAndOffset) {
@@ -71,14 +72,15 @@ TEST(RoundMagnets, CylinderInARingMagnetisedAcross) {
     ExpectAsSheets(Ring(Vector3d::Zero(), alongX), Cylinder({0, 0, 0.002}, {5e5, 5e5, 0}));
 }
 
-// From outside, a ball is a dipole in its centre; a finely meshed one approaches it. Its 512 faces per ball also take
-// the road of distant faces.
+/// From outside, a ball is a dipole in its centre; a finely meshed one approaches it. Its 512 faces per ball also take
+/// the road of distant faces.
 TEST(RoundMagnets, BallsAreDipoles) {
     const Vector3d m1(2e5, -3e5, 8e5), m2(7e5, 1e5, -4e5), to(0.6, 0.4, 3.4);
     vantor::solver::Body first{"first", {{"ball", shapes::Ball(3), m1}}};
     vantor::solver::Body second{"second", {{"ball", shapes::Ball(3), m2}}};
-    for (Vector3d& vertex : second.magnets[0].mesh.vertices)
+    for (Vector3d& vertex : second.magnets[0].mesh.vertices) {
         vertex += to;
+    }
     // The volume of the facetted ball, found from its cross sections, stands for that of the round one.
     double volume = 0;
     for (const auto& [a, b, c] : first.magnets[0].mesh.triangles) {

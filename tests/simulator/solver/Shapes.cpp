@@ -66,17 +66,19 @@ TriangleMesh MeshOf(const Prism& prism) {
 }
 
 TriangleMesh Finer(const TriangleMesh& mesh, int times) {
-    if (times == 0)
+    if (times == 0) {
         return mesh;
+    }
     TriangleMesh result;
     result.vertices = mesh.vertices;
     std::map<std::pair<int, int>, int> middles;
     const auto middle = [&](int a, int b) {
         const auto [found, isNew] =
             middles.try_emplace({std::min(a, b), std::max(a, b)}, static_cast<int>(result.vertices.size()));
-        if (isNew)
+        if (isNew) {
             result.vertices.push_back(
                 (mesh.vertices[static_cast<std::size_t>(a)] + mesh.vertices[static_cast<std::size_t>(b)]) / 2);
+        }
         return found->second;
     };
     for (const auto& [a, b, c] : mesh.triangles) {
@@ -93,8 +95,9 @@ TriangleMesh Unshared(const TriangleMesh& mesh) {
     TriangleMesh result;
     for (const auto& triangle : mesh.triangles) {
         const int first = static_cast<int>(result.vertices.size());
-        for (const int corner : triangle)
+        for (const int corner : triangle) {
             result.vertices.push_back(mesh.vertices[static_cast<std::size_t>(corner)]);
+        }
         result.triangles.push_back({first, first + 1, first + 2});
     }
     return result;
@@ -107,8 +110,9 @@ TriangleMesh Ball(int times) {
     mesh.triangles = {{0, 1, 2}, {1, 3, 2}, {3, 4, 2}, {4, 0, 2}, {1, 0, 5}, {3, 1, 5}, {4, 3, 5}, {0, 4, 5}};
     for (int i = 0; i < times; ++i) {
         mesh = Finer(mesh, 1);
-        for (Vector3d& vertex : mesh.vertices)
+        for (Vector3d& vertex : mesh.vertices) {
             vertex.normalize();
+        }
     }
     return mesh;
 }
@@ -128,8 +132,9 @@ std::vector<Block> CouplingHalf(int blocks, double angle, double height) {
 
 vantor::solver::Body BodyOf(const std::string& name, const std::vector<Block>& blocks) {
     vantor::solver::Body body{name, {}};
-    for (std::size_t i = 0; i < blocks.size(); ++i)
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
         body.magnets.push_back({name + "_" + std::to_string(i), MeshOf(blocks[i]), blocks[i].magnetisation});
+    }
     return body;
 }
 

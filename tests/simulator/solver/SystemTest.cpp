@@ -29,9 +29,11 @@ TEST(Systems, OfThreeBodiesAreTheSumOfTheirPairs) {
     EXPECT_TRUE(solution.converged);
     for (std::size_t i = 0; i < 3; ++i) {
         references::Load expected;
-        for (std::size_t j = 0; j < 3; ++j)
-            if (i != j)
+        for (std::size_t j = 0; j < 3; ++j) {
+            if (i != j) {
                 expected += references::SheetLoad(references::SheetsOf(cubes[j]), references::SheetsOf(cubes[i]));
+            }
+        }
         comparison::ExpectLoad(solution.loads[i], expected, cubes[i].centre, 0.01);
     }
 }
@@ -47,14 +49,16 @@ TEST(Systems, OfFiveStackedPlatesAreTheSumOfTheirPairs) {
     const vantor::solver::Solution solution = vantor::solver::Solve(bodies);
     for (std::size_t i = 0; i < plates.size(); ++i) {
         Vector3d expected = Vector3d::Zero();
-        for (std::size_t j = 0; j < plates.size(); ++j)
-            if (i != j)
+        for (std::size_t j = 0; j < plates.size(); ++j) {
+            if (i != j) {
                 expected += references::AkounYonnetForce(plates[j], plates[i]);
+            }
+        }
         EXPECT_LE((solution.loads[i].force - expected).norm(), comparison::promisedAccuracy * expected.norm());
     }
 }
 
-// Turning the coupling by one block and swapping poles changes nothing, so one block stands for all eight.
+/// Turning the coupling by one block and swapping poles changes nothing, so one block stands for all eight.
 TEST(Systems, AxialCouplingOverItsAngle) {
     constexpr int blocks = 8;
     constexpr double pi = 3.14159265358979323846, gap = 0.002;
@@ -94,7 +98,7 @@ TEST(Systems, ActionAndReactionCancel) {
     EXPECT_LE(torque.norm(), 1e-12 * solution.loads[0].torque.norm());
 }
 
-// The pair is integrated from one side only; which side, depends on the order of the bodies.
+/// The pair is integrated from one side only; which side, depends on the order of the bodies.
 TEST(Systems, BothSidesOfAPairGiveTheSameLoadWithinTheEstimates) {
     Block source = Cube({0, 0, 0}, {3e5, 2e5, 9e5}), target = Cube({0.003, -0.002, 0.013}, {0, 7e5, 5e5});
     target.rotation = shapes::Turn(0.5, {1, 1, 0});
@@ -112,8 +116,8 @@ TEST(Systems, BothSidesOfAPairGiveTheSameLoadWithinTheEstimates) {
     }
 }
 
-// Blocks of very different shapes and sizes, near and far, parallel, almost parallel and turned: default settings
-// against the other side of the pair at the highest accuracy.
+/// Blocks of very different shapes and sizes, near and far, parallel, almost parallel and turned: default settings
+/// against the other side of the pair at the highest accuracy.
 TEST(Systems, OfRandomPairsKeepThePromise) {
     std::mt19937 generator(20);
     const auto number = [&] { return 2 * static_cast<double>(generator()) / 4294967295.0 - 1; };
@@ -126,8 +130,9 @@ TEST(Systems, OfRandomPairsKeepThePromise) {
             block.size = spread(1) * Vector3d(spread(0.7), spread(0.7), spread(0.7));
             block.magnetisation = 1e6 * vector();
         }
-        if (compared % 3 > 0)
+        if (compared % 3 > 0) {
             pair[1].rotation = shapes::Turn(compared % 3 == 1 ? std::pow(10, -6 * std::abs(number())) : 3, vector());
+        }
         pair[1].centre = vector().normalized() * (pair[0].size.norm() + pair[1].size.norm()) / 2 * spread(0.7);
         vantor::solver::Options exactly;
         exactly.percentError = 1e-6;
