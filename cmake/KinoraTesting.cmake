@@ -66,3 +66,19 @@ function(kinora_add_test)
         set_tests_properties(${arg_NAME} PROPERTIES ENVIRONMENT WINEDEBUG=-all,err+heap,warn+heap)
     endif()
 endfunction()
+
+# kinora_run_in_own_prefix(name prefix seconds [REGISTER]): has a test program run in a Wine prefix that no other test uses, so
+# that it may end servers, change the registration or quit the simulator (REGISTER: registered there) beside the others.
+function(kinora_run_in_own_prefix name prefix seconds)
+    if(MSVC)
+        return()
+    endif()
+    set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR "${PROJECT_SOURCE_DIR}/tests/in-own-prefix;${prefix}")
+    math(EXPR longest "${seconds} - 20") # the prefix is stopped after that
+    set(environment KINORA_LONGEST=${longest})
+    if("REGISTER" IN_LIST ARGN)
+        list(APPEND environment KINORA_REGISTER=ON)
+    endif()
+    set_property(TEST ${name} APPEND PROPERTY ENVIRONMENT ${environment})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${seconds} FIXTURES_REQUIRED "")
+endfunction()

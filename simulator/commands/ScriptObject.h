@@ -26,7 +26,7 @@ struct ArgumentList {
 ///
 /// Names are told apart by letter case. One client's objects share its session. Objects stay valid after the thing
 /// they stand for is gone; their methods then fail with ObjectDeleted.
-class ScriptObject : public std::enable_shared_from_this<ScriptObject> {
+class ScriptObject {
 public:
     using Handler = Value (*)(ScriptObject& object, Arguments& arguments);
 
