@@ -30,12 +30,17 @@ function(kinora_configure target)
                                                  -fno-omit-frame-pointer)
         target_link_options(${target} PRIVATE -fsanitize=address,undefined)
     endif()
-    if(KINORA_FUZZ)
-        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link) # tells the fuzzer which branches an input takes
-    endif()
     if(MINGW)
         # Equal sources give equal files.
         target_link_options(${target} PRIVATE -Wl,--no-insert-timestamp)
+    endif()
+endfunction()
+
+# Rooms whose tests calculate much, and that the fuzzer searches: there optimised with sanitizers too, and telling the fuzzer which
+# branches an input takes.
+function(kinora_searched target)
+    if(KINORA_SANITIZE)
+        target_compile_options(${target} PRIVATE -O1 $<$<BOOL:${KINORA_FUZZ}>:-fsanitize=fuzzer-no-link>)
     endif()
 endfunction()
 

@@ -304,6 +304,20 @@ std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Nod
     return materials;
 }
 
+/// Tells objects of a body that have no material.
+/// @param strangers  the materials' objects that no body has, one of which may be meant
+void WarnOfBareObjects(const Node& objects, const Scenario& scenario, const std::vector<std::string>& strangers,
+                       std::vector<std::string>& warnings) {
+    for (std::size_t i = 0; i < objects.Size(); ++i) {
+        const std::string object = objects.At(i).Text();
+        if (scenario.materials.count(object) == 0) {
+            warnings.push_back(
+                objects.At(i).Line(fmt::format("the object \"{}\" has no material: \"materials\" does not name it.{}",
+                                               object, Suggestion(object, strangers))));
+        }
+    }
+}
+
 /// Tells materials of objects that no body has, and objects of bodies that have no material.
 std::vector<std::string> CompareMaterials(const Node& root, const Scenario& scenario) {
     std::vector<std::string> objects;
@@ -322,15 +336,7 @@ std::vector<std::string> CompareMaterials(const Node& root, const Scenario& scen
             root.At("materials").At(object).Line(fmt::format("no body has an object \"{}\".{}", object, hint)));
     }
     for (std::size_t body = 0; body < scenario.bodies.size(); ++body) {
-        const Node node = root.At("bodies").At(body).At("objects");
-        for (std::size_t i = 0; i < node.Size(); ++i) {
-            const std::string object = node.At(i).Text();
-            if (scenario.materials.count(object) == 0) {
-                warnings.push_back(
-                    node.At(i).Line(fmt::format("the object \"{}\" has no material: \"materials\" does not name it.{}",
-                                                object, Suggestion(object, strangers))));
-            }
-        }
+        WarnOfBareObjects(root.At("bodies").At(body).At("objects"), scenario, strangers, warnings);
     }
     return warnings;
 }

@@ -30,13 +30,13 @@ need() {
 
 # The packages that the build and its tests use; docs/dependencies.md gives the reasons.
 need_build_tools() {
-    need g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
+    need g++ g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
          libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev python3 git
     # Any Node.js from 18 on will do.
     command -v node >/dev/null && command -v npm >/dev/null || need nodejs npm
 }
 
-# The second compiler, for the presets mingw-clang and native.
+# The second compiler, for the preset mingw-clang and the fuzzer.
 need_clang() { need clang libclang-rt-14-dev lld; }
 
 # What scripts/check looks with.
