@@ -42,11 +42,10 @@ need_clang() { need clang libclang-rt-14-dev lld; }
 # What scripts/check looks with.
 need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck; }
 
-# A compiler cache that serves every copy of the repository on this machine, and costs nothing where it has no answer.
+# The compiler cache. It looks at the headers that a source used, and so costs nothing where it has no answer.
 use_ccache() {
     command -v ccache >/dev/null || return 0
-    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1 CCACHE_DEPEND=1 \
-        CCACHE_SLOPPINESS=pch_defines,time_macros
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros
 }
 
 # build PRESET [TARGET...]: configures when needed, then builds.
