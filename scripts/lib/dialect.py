@@ -17,12 +17,13 @@ LONGEST = 120
 CONTROL = re.compile(r"(?:\} )?(?:else if|if|for|while)(?: constexpr)? \(|(?:\} )?else$")
 NULL_COMPARISON = re.compile(r"[!=]= nullptr")
 # What a comment above it does not document.
-NO_DECLARATION = re.compile(r"#|\}|\)|namespace\b|public:|protected:|private:|static_assert\b|extern \"C\" \{|@|KINORA_TEST_MAIN")
+NO_DECLARATION = re.compile(r"#|\}|\)|namespace\b|public:|protected:|private:|static_assert\b|extern \"C\" \{|@")
 NO_DOCUMENTATION = re.compile(r"// (NOLINT|clang-format|cppcheck)")
 
 
 def without_texts(line):
-    """The line without its comment at the end, and with its texts and characters emptied."""
+    """The line without its comment at the end, with its texts and characters emptied, up to a raw text that goes on."""
+    line = re.sub(r'R"[^(\s]*\((?!.*\)[^(\s]*").*', "", line)
     line = re.sub(r'"(?:\\.|[^"\\])*"', '""', line)
     line = re.sub(r"(?<![0-9A-Fa-f])'(?:\\.|[^'\\])+'", "''", line)
     return re.sub(r"\s*//.*$", "", line).rstrip()

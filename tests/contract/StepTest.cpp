@@ -89,7 +89,7 @@ const std::string clearedMessages = R"(
     design.GetProperties("LocalVariableTab", "LocalVariables")
 )";
 
-// Time and poses travel in one command.
+/// Time and poses travel in one command.
 const std::string timeAndPoses = R"(
     design.ChangeProperty(
         ["NAME:AllTabs",
@@ -105,7 +105,7 @@ const std::string timeAndPoses = R"(
                     ["NAME:SimTime", "Value:=", "0.000000s"]]]])
 )";
 
-// The history.
+/// The history.
 const std::string firstHistory = R"(
     design.GetChildObject("Paravant")
     Paravant.GetChildNames()
@@ -134,14 +134,14 @@ const std::string firstHistory = R"(
             ["NAME:Goals"]])
 )";
 
-// The solve.
+/// The solve.
 const std::string solve = R"(
     design.GetModule("AnalysisSetup")
     AnalysisSetup.GetSetups()
     design.Analyze("Setup1")
 )";
 
-// The results.
+/// The results.
 const std::string resultsAndReports = R"(
     design.GetChildObject("Results")
     Results.GetChildNames()

@@ -59,7 +59,7 @@ protected:
     std::string text = introduction;
 };
 
-// The session's own folder has another name in every run.
+/// The session's own folder has another name in every run.
 std::string WithoutFolder(std::string text, const std::wstring& folder) {
     const std::string shown = fake::ToUtf8(folder);
     std::string escaped;

@@ -28,7 +28,7 @@ constexpr const char* scenarioText = R"({
   "output": { "csv": "states.csv" }
 })";
 
-// A run's folder as the host leaves it, in a folder whose name is not ASCII.
+/// A run's folder as the host leaves it, in a folder whose name is not ASCII.
 class Tool : public testing::Test {
 protected:
     void SetUp() override {

@@ -109,7 +109,7 @@ protected:
                (m_folder / L"out") + L"\"";
     }
 
-    // Waits until the file ends in the head of a call of this method.
+    /// Waits until the file ends in the head of a call of this method.
     bool IsInCall(const std::string& method) const {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
         while (std::chrono::steady_clock::now() < deadline) {
@@ -130,7 +130,7 @@ protected:
         return session;
     }
 
-    // True when the program reads it too.
+    /// True when the program reads it too.
     bool IsShown() const {
         return RunProgram(Quoted(L"vantor-trace.exe") + L" show --failed \"" + TraceFile().wstring() + L"\"") == 0UL;
     }
