@@ -4,6 +4,7 @@
 #include "comutils/ObjectCommands.h"
 #include "comutils/ProjectCommands.h"
 #include "comutils/Text.h"
+#include "coupling/CanonicalPath.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/Reference.h"
 
@@ -20,7 +21,7 @@ struct ProjectLocation {
 
 /// @throws std::filesystem::filesystem_error  there is no such path
 std::filesystem::path Canonical(const std::string& path) {
-    return std::filesystem::canonical(Text::ToFileSystemPath(path));
+    return CanonicalPath(Text::ToFileSystemPath(path));
 }
 
 ProjectLocation LocationOf(const std::string& projectPath) {

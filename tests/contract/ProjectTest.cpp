@@ -4,6 +4,7 @@
 #include "tests/support/CouplingSession.h"
 #include "tests/support/Transcript.h"
 
+#include <array>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -227,6 +228,59 @@ TEST_F(Project, OpenComparesTheCanonicalFileOfTheCaller) {
     MakeFolder(folder / L"x");
     EXPECT_TRUE(coupling.OpenProject(ToAnsi(folder / L"x/../Magnets.vtdk"), ""));
     EXPECT_EQ(fake.world.Count("OpenProject"), 0U);
+}
+
+TEST_F(Project, FilesNamesAreThoseOnTheDisk) {
+    Launch();
+    MakeOpenFile(L"Magnets of the pump");
+    EXPECT_TRUE(coupling.OpenProject(ToAnsi(folder / L"MAGNETS OF THE PUMP.VTDK"), ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 0U) << "letter case";
+
+    std::array<wchar_t, MAX_PATH> shortPath{};
+    ASSERT_NE(GetShortPathNameW((folder / L"Magnets of the pump.vtdk").c_str(), shortPath.data(), MAX_PATH), 0U);
+    EXPECT_TRUE(coupling.OpenProject(ToAnsi(shortPath.data()), ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 0U) << "short name";
+}
+
+TEST_F(Project, LinksToTheFolderLeadToTheSameProject) {
+    Launch();
+    const std::string file = MakeOpenFile(L"Magnets");
+    const TestFolder elsewhere;
+    if (!MakeFolderLink(elsewhere / L"link", folder.Path())) {
+        GTEST_SKIP() << "this user may not make links";
+    }
+    EXPECT_TRUE(coupling.OpenProject(ToAnsi(elsewhere / L"link\\Magnets.vtdk"), ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 0U) << "the file is reached through a link";
+    fake.projectFolder = elsewhere / L"link\\";
+    EXPECT_TRUE(coupling.OpenProject(file, ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 0U) << "the desktop has reached it through a link";
+}
+
+TEST_F(Project, NetworkPathsAreOpened) {
+    const NetworkFolder share;
+    if (share.Path().empty()) {
+        GTEST_SKIP() << "there is no network folder here";
+    }
+    Launch();
+    fake.openProjects = {L"Magnets"};
+    WriteFileBytes(share / L"Magnets.vtdk", "");
+    EXPECT_TRUE(coupling.OpenProject(ToAnsi(share / L"Magnets.vtdk"), ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 1U) << "the desktop has another one of this name";
+    fake.projectFolder = share.Path() + L"\\";
+    EXPECT_TRUE(coupling.OpenProject(ToAnsi(share / L"..\\folder\\magnets.vtdk"), ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 1U) << "and now this one";
+    EXPECT_THROW(coupling.OpenProject(ToAnsi(share / L"missing.vtdk"), ""), std::filesystem::filesystem_error);
+}
+
+TEST_F(Project, FileThatSomebodyHoldsAloneIsOpened) {
+    Launch();
+    const std::string file = MakeOpenFile(L"Magnets");
+    const HANDLE held = CreateFileW((folder / L"Magnets.vtdk").c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(coupling.OpenProject(file, ""));
+    EXPECT_EQ(fake.world.Count("OpenProject"), 0U);
+    CloseHandle(held);
 }
 
 TEST_F(Project, SameFileNameInAnotherFolderIsOpened) {

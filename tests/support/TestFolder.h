@@ -27,6 +27,24 @@ void WriteFileBytes(const std::wstring& path, const std::string& bytes);
 std::string ReadFileBytes(const std::wstring& path);
 bool FileExists(const std::wstring& path);
 void MakeFolder(const std::wstring& path);
+/// @return false where links to folders cannot be made
+bool MakeFolderLink(const std::wstring& link, const std::wstring& target);
 /// @}
+
+/// A folder that is reached by a network path; removed with everything in it at the end. Under Wine, where it is one of
+/// the prefix's own; elsewhere the path is empty.
+class NetworkFolder {
+public:
+    NetworkFolder();
+    ~NetworkFolder();
+    NetworkFolder(const NetworkFolder&) = delete;
+    NetworkFolder& operator=(const NetworkFolder&) = delete;
+
+    const std::wstring& Path() const { return m_path; }
+    std::wstring operator/(const std::wstring& name) const { return m_path + L"\\" + name; }
+
+private:
+    std::wstring m_path;
+};
 
 } // namespace fake
