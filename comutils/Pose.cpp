@@ -3,6 +3,7 @@
 #include "comutils/Names.h"
 #include "comutils/Text.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Pose {
@@ -20,7 +21,9 @@ Angles AnglesOf(const double (&rotation)[9]) {
     if (rotation[0] == 0.0 && rotation[3] == 0.0) {
         return {0.0, halfPi, std::atan2(rotation[1], rotation[4])};
     }
-    return {std::atan2(rotation[3], rotation[0]), std::asin(-rotation[6]), std::atan2(rotation[7], rotation[8])};
+    // Matrices made from quaternions have an m6 a rounding above 1 near 90 degrees.
+    const double sine = std::clamp(-rotation[6], -1.0, 1.0);
+    return {std::atan2(rotation[3], rotation[0]), std::asin(sine), std::atan2(rotation[7], rotation[8])};
 }
 
 std::array<Variable, 6> Variables(const IKinoraVeltrixInterface::Transform& transform) {

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
+#include <system_error>
 
 namespace Text {
 namespace {
@@ -108,6 +110,21 @@ std::string Fixed(double number) {
 
 void AppendGeneral(std::string& text, double number) {
     AppendNumber(text, number, std::chars_format::general);
+}
+
+double ToNumber(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    if (text.substr(0, 1) == "+" && text.substr(1, 1) != "-") {
+        text.remove_prefix(1);
+    }
+    double number = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc::result_out_of_range) {
+        return number;
+    }
+    const std::string_view digits = text.substr(0, static_cast<std::size_t>(end - text.data()));
+    const bool isTiny = digits.find("e-") != digits.npos || digits.find("E-") != digits.npos;
+    return std::copysign(isTiny ? 0.0 : HUGE_VAL, digits.front() == '-' ? -1.0 : 1.0);
 }
 
 } // namespace Text

@@ -35,4 +35,8 @@ std::string Fixed(double number);
 /// Appends a number in C formatting "%g" (six significant digits) in the "C" locale: a stream's default for doubles.
 void AppendGeneral(std::string& text, double number);
 
+/// The number at the begin of a text, read as C's `atof` reads it in the "C" locale, whatever locale the host has set.
+/// @return 0 when there is none; what follows the number does not matter; infinite or 0 beyond the range of doubles
+double ToNumber(std::string_view text);
+
 } // namespace Text

@@ -4,6 +4,8 @@
 
 #include <comdef.h>
 
+#include <cassert>
+
 namespace {
 
 constexpr VARTYPE listType = VT_ARRAY | VT_VARIANT;
@@ -90,7 +92,7 @@ std::string CValue::ToText() const {
 
 std::vector<std::string> CValue::TextsOf(const VARIANT& list) {
     std::vector<std::string> texts;
-    if (list.vt != listType || !list.parray || SafeArrayGetDim(list.parray) != 1) {
+    if (list.vt != listType || !list.parray || SafeArrayGetDim(list.parray) != 1 || !list.parray->pvData) {
         return texts;
     }
     const auto* elements = static_cast<const VARIANT*>(list.parray->pvData);
@@ -118,6 +120,7 @@ CListBuilder::~CListBuilder() {
 
 void CListBuilder::Add(CValue value) {
     if (m_next) {
+        assert(m_next < static_cast<VARIANT*>(m_array->pvData) + m_array->rgsabound[0].cElements);
         *m_next++ = value.Detach();
     }
 }

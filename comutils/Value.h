@@ -93,6 +93,7 @@ public:
     CListBuilder& operator=(const CListBuilder&) = delete;
     ~CListBuilder();
 
+    /// @pre Fewer than `count` elements have been added. Checked in checked builds.
     void Add(CValue value);
     /// @return the list; nothing (VT_EMPTY) when its array could not be created
     CValue Finish();

@@ -1,11 +1,11 @@
 #include "comutils/MaterialCommands.h"
 #include "comutils/Names.h"
 #include "comutils/ObjectCommands.h"
+#include "comutils/Text.h"
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/ModelBuild.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 
 namespace {
@@ -20,7 +20,7 @@ bool ReadComponents(IDispatch* material, double (&components)[3]) {
     for (int component = 0; component < 3; ++component) {
         const CValue value = ObjectCommands::GetPropValue(material, ComponentProperty(component));
         texts = texts && value.IsText();
-        components[component] = std::atof(value.ToText().c_str());
+        components[component] = Text::ToNumber(value.ToText());
     }
     return texts;
 }
@@ -69,16 +69,17 @@ bool CKinoraVeltrixCoupling::AssignMaterial(const ModelBuild& model, const std::
 }
 
 bool CKinoraVeltrixCoupling::AssignVariant(const ModelBuild& model, const std::string& object, const Material& wanted) {
-    MaterialVariants& variants = m_materialClones[wanted.name];
+    const MaterialVariants& variants = m_materialClones[wanted.name];
     const auto& direction = wanted.coercivityDirection;
     const auto known = std::find_if(variants.begin(), variants.end(), [&](const MaterialVariant& variant) {
         return std::equal(std::begin(direction), std::end(direction), std::begin(variant.components));
     });
     if (known != variants.end()) {
-        return MaterialCommands::AssignMaterial(model.editor.get(), object, known->name);
+        const std::string name = known->name;
+        return MaterialCommands::AssignMaterial(model.editor.get(), object, name);
     }
 
-    const MaterialVariant& base = variants.front();
+    const MaterialVariant base = variants.front();
     MaterialVariant variant = {wanted.name + "_" + std::to_string(variants.size()), {}};
     std::copy(std::begin(direction), std::end(direction), std::begin(variant.components));
     if (!MaterialCommands::CloneMaterial(model.definitions.get(), base.name, variant.name)) {
@@ -88,6 +89,6 @@ bool CKinoraVeltrixCoupling::AssignVariant(const ModelBuild& model, const std::s
     if (!clone || !WriteComponents(clone.get(), direction, base.components)) {
         return false;
     }
-    variants.push_back(variant);
+    m_materialClones[wanted.name].push_back(variant);
     return MaterialCommands::AssignMaterial(model.editor.get(), object, variant.name);
 }

@@ -452,6 +452,33 @@ TEST_F(Model, SecondRunNeitherClonesNorPlacesAgain) {
     EXPECT_EQ(Print(insert->arguments[1].items[8]), R"(["NAME:Sweep Operations"])") << "of one row only";
 }
 
+TEST_F(Model, ClonesOutliveTheirProject) {
+    Create();
+    fake.AddMaterial(L"N45", {L"0", L"0", L"1"});
+    const Materials wanted{{"a", {"N45", {1.0, 0.0, 0.0}}}};
+    ASSERT_TRUE(Init({}, wanted));
+    ASSERT_TRUE(coupling.CloseProject());
+    // The next project has the material as it came, and no clone of it.
+    ASSERT_TRUE(coupling.CreateProject("other.vtdk", "magnets.obj", "mm"));
+    fake.world.ClearJournal();
+    fake.editor.On("AssignMaterial", [](const Arguments& arguments) {
+        return arguments[1].items[2].text == L"\"N45\"" ? Nothing() : Fails();
+    });
+    EXPECT_FALSE(Init({}, wanted)) << "the object remembers the clone of the project before";
+    EXPECT_THAT(Assigned(), ElementsAre("a=N45_1"));
+    EXPECT_EQ(fake.world.Count("CloneMaterial"), 0U);
+
+    // The cure: an object of its own for each project.
+    ASSERT_TRUE(coupling.ReleaseApplication());
+    CKinoraVeltrixCoupling other;
+    ASSERT_TRUE(other.CreateProject("other.vtdk", "magnets.obj", "mm"));
+    fake.editor.On("AssignMaterial", Nothing());
+    fake.world.ClearJournal();
+    EXPECT_TRUE(other.InitMagneticObjects({}, wanted));
+    EXPECT_EQ(fake.world.Count("CloneMaterial"), 1U);
+    EXPECT_TRUE(other.ReleaseApplication());
+}
+
 // Empty inputs.
 
 TEST_F(Model, WithoutADesignNothingHappens) {
@@ -755,6 +782,15 @@ TEST_F(Model, HostsLocaleDoesNotReachPlacement) {
     EXPECT_THAT(Created(), testing::IsSupersetOf({"Rotor_X=0.500000Meter", "Rotor_Psi=1.570796Rad"}));
     EXPECT_THAT(Calls("Move"), ElementsAre(testing::HasSubstr("\"-0.500000Meter\"")));
     EXPECT_THAT(Calls("Rotate"), ElementsAre(testing::HasSubstr("\"1.570796\"")));
+}
+
+TEST_F(Model, HostsLocaleDoesNotReachTheComponentsOfAMaterial) {
+    Create();
+    fake.AddMaterial(L"N45", {L"0.5", L"0", L"-0.25"});
+    const CommaLocale comma;
+    EXPECT_TRUE(Init({}, {{"a", {"N45", {0.5, 0.0, -0.25}}}}));
+    EXPECT_THAT(Assigned(), ElementsAre("a=N45", "a=N45"));
+    EXPECT_EQ(fake.world.Count("CloneMaterial"), 0U) << "the material has the components that are wanted";
 }
 
 TEST_F(Model, AlphabeticallyFirstSetupIsUsed) {

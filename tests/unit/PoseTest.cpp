@@ -33,6 +33,16 @@ TEST(Pose, AnglesComeFromTheFirstColumnAndTheLastRow) {
     EXPECT_DOUBLE_EQ(Pose::AnglesOf(aboutZ).phi, std::atan2(0.6, 0.8));
 }
 
+TEST(Pose, SineThatRoundingPutsBeyondOneIsARightAngle) {
+    const double above = std::nextafter(1.0, 2.0);
+    for (const double m6 : {-above, above, -1.5, 1.5}) {
+        const double rotation[9] = {1e-9, 0.6, 0.8, 1e-9, 0.8, -0.6, m6, 0, 1e-9};
+        EXPECT_EQ(Pose::AnglesOf(rotation).theta, m6 < 0.0 ? halfPi : -halfPi);
+    }
+    IKinoraVeltrixInterface::Transform transform{"R", {}, {1e-9, 0, 1, 0, 1, 0, -above, 0, 1e-9}};
+    EXPECT_EQ(Variables(transform)[2], Pose::Variable("R_Theta", "1.570796Rad"));
+}
+
 TEST(Pose, DegenerateThetaIsAlwaysPlusHalfPi) {
     for (const double m6 : {-1.0, 1.0}) {
         const double rotation[9] = {0, 0.6, 0.8, -0.0, 0.8, -0.6, m6, 0, 0};

@@ -3,6 +3,7 @@
 #include "tests/support/Texts.h"
 
 #include <clocale>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <locale>
@@ -120,9 +121,32 @@ TEST(Text, GeneralHasSixDigitsAndShortExponents) {
     EXPECT_EQ(General(std::numeric_limits<double>::infinity()), "inf");
 }
 
+TEST(Text, NumbersAreReadAsCReadsThem) {
+    EXPECT_EQ(Text::ToNumber("-890000"), -890000.0);
+    EXPECT_EQ(Text::ToNumber("0.5"), 0.5);
+    EXPECT_EQ(Text::ToNumber("-.5e-3"), -0.0005);
+    EXPECT_EQ(Text::ToNumber(" \t\n\v\f\r+2.5A_per_meter"), 2.5);
+    EXPECT_EQ(Text::ToNumber("1e"), 1.0);
+    for (const char* const none : {"", " ", "+", "-", ".", "+-1", "- 1", "x1", "e5"}) {
+        EXPECT_EQ(Text::ToNumber(none), 0.0) << none;
+    }
+    EXPECT_TRUE(std::signbit(Text::ToNumber("-0")));
+}
+
+TEST(Text, NumbersBeyondTheRangeAreInfiniteOrZero) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(Text::ToNumber("1e400"), infinity);
+    EXPECT_EQ(Text::ToNumber("-1E400 and more"), -infinity);
+    EXPECT_EQ(Text::ToNumber("1e-400"), 0.0);
+    EXPECT_TRUE(std::signbit(Text::ToNumber("-1E-400")));
+    EXPECT_EQ(Text::ToNumber("1.7976931348623157e308"), std::numeric_limits<double>::max());
+}
+
 TEST(Text, NumbersIgnoreTheHostsLocale) {
     const std::locale before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
     EXPECT_EQ(Text::Fixed(1234.5), "1234.500000");
     EXPECT_EQ(General(1234.5), "1234.5");
+    EXPECT_EQ(Text::ToNumber("1234.5"), 1234.5);
+    EXPECT_EQ(Text::ToNumber("1234,5"), 1234.0);
     std::locale::global(before);
 }

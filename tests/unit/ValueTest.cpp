@@ -117,6 +117,17 @@ TEST(Value, OnlyTheTextsOfAListAreRead) {
     EXPECT_TRUE(CValue::EmptyList().ToTexts().empty());
 }
 
+TEST(Value, ListWithACountAndNoElementsHasNoTexts) {
+    SAFEARRAY hollow = {};
+    hollow.cDims = 1;
+    hollow.cbElements = sizeof(VARIANT);
+    hollow.rgsabound[0].cElements = 3;
+    VARIANT list{};
+    list.vt = VT_ARRAY | VT_VARIANT;
+    list.parray = &hollow;
+    EXPECT_TRUE(CValue::TextsOf(list).empty());
+}
+
 TEST(Value, OnlyObjectsGiveObjects) {
     EXPECT_EQ(CValue("text").DetachObject(), nullptr);
     VARIANT unknown = {};
@@ -133,6 +144,18 @@ TEST(ListBuilder, CopiesLeaveTheValuesTheirOwner) {
     EXPECT_NE(At(list.Get(), 0).bstrVal, text.Get().bstrVal);
     EXPECT_EQ(At(list.Get(), 1).dblVal, 2.0);
 }
+
+#if !defined(NDEBUG)
+TEST(ListBuilder, CheckedBuildsEndAtAnElementTooMany) {
+    EXPECT_DEATH(
+        {
+            CListBuilder list(1);
+            list.Add(1.0);
+            list.Add(2.0);
+        },
+        "cElements");
+}
+#endif
 
 TEST(ListBuilder, AListWhoseCopyFailsIsNothing) {
     const CValue text = "a";
