@@ -5,7 +5,14 @@
 
 #include "interface/IKinoraVeltrixInterface.h"
 
+// Of the platform's headers no more than automation needs: the old sockets among them would keep <winsock2.h> out.
+#if !defined(WIN32_LEAN_AND_MEAN)
+#define WIN32_LEAN_AND_MEAN
 #include <windows.h>
+#undef WIN32_LEAN_AND_MEAN
+#else
+#include <windows.h>
+#endif
 
 #include <oleauto.h>
 

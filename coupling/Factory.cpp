@@ -9,6 +9,10 @@ IKinoraVeltrixInterface* GetKinoraVeltrixFactoryInterface() {
     return object;
 }
 
+const char* GetKinoraVeltrixBinaryInterface() {
+    return KINORA_VELTRIX_BINARY_INTERFACE;
+}
+
 CKinoraVeltrixCoupling::CKinoraVeltrixCoupling() = default;
 CKinoraVeltrixCoupling::CKinoraVeltrixCoupling(const CKinoraVeltrixCoupling& other) = default;
 CKinoraVeltrixCoupling& CKinoraVeltrixCoupling::operator=(const CKinoraVeltrixCoupling& other) = default;

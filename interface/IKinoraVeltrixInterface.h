@@ -3,6 +3,7 @@
 /// @file
 /// The coupling as a host sees it: its operations, its records, and the factory that gives it.
 
+#include "interface/KinoraVeltrixBinaryInterface.h"
 #include "interface/KinoraVeltrixExport.h"
 #include "interface/LaunchDesktopExeption.h"
 

@@ -46,6 +46,11 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "usage: minimal-host PROJECT GEOMETRY\n");
         return 2;
     }
+    if (!IsKinoraVeltrixCompatible()) {
+        std::fprintf(stderr, "The DLL (%s) and this program (%s) come from compilers that do not go together\n",
+                     GetKinoraVeltrixBinaryInterface(), KINORA_VELTRIX_BINARY_INTERFACE);
+        return 1;
+    }
     try {
         Coupling& coupling = *GetKinoraVeltrixFactoryInterface();
         const bool done = Run(coupling, arguments[1], arguments[2]);

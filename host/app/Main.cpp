@@ -6,6 +6,7 @@
 #include "host/app/Console.h"
 #include "host/core/RunText.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
+#include "programs/Errors.h"
 #include "report/core/Report.h"
 #include "scenario/ScenarioReader.h"
 #include "scenario/Text.h"
@@ -87,7 +88,18 @@ void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, con
     Print(fmt::format("report        {}\n", Utf8FromPath(page)));
 }
 
+/// A DLL that another compiler made has the same names, and corrupts memory at the first text.
+void RequireLibraryOfThisCompiler() {
+    if (!IsKinoraVeltrixCompatible()) {
+        throw kinora::programs::RunError(fmt::format(
+            "KinoraVeltrixCoupling.dll is of another build than this program: {} (the DLL), {} (the program). "
+            "Use the one that came with kinora-run.",
+            GetKinoraVeltrixBinaryInterface(), KINORA_VELTRIX_BINARY_INTERFACE));
+    }
+}
+
 ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
+    RequireLibraryOfThisCompiler();
     const RunOptions options = OptionsFrom(arguments);
     const ComScope com;
     Console console(scenario, arguments.talk);

@@ -16,6 +16,12 @@
 #include <string>
 #include <vector>
 
+/// @name Hosts that are built in another way, as the interface's headers see it
+/// @{
+bool IsCompatibleWithOlderTexts();
+bool IsCompatibleWithCheckedIterators();
+/// @}
+
 namespace {
 
 using fake::PortableExecutable;
@@ -97,7 +103,8 @@ TEST(Library, ExportsEveryMemberOfItsTwoClasses) {
 
 TEST(Library, ExportsNothingElse) {
     for (const std::string& name : Library().Exports()) {
-        const bool isOurs = name == "GetKinoraVeltrixFactoryInterface" || name == "GetKinoraVeltrixScriptErrorText" ||
+        const bool isOurs = name == "GetKinoraVeltrixFactoryInterface" || name == "GetKinoraVeltrixBinaryInterface" ||
+                            name == "GetKinoraVeltrixScriptErrorText" ||
                             name.find("CKinoraVeltrixCoupling") != std::string::npos ||
                             name.find("CComUtils") != std::string::npos;
         EXPECT_TRUE(isOurs) << name;
@@ -228,7 +235,24 @@ TEST(Library, WorksWithoutItsImportLibrary) {
     EXPECT_FALSE(coupling->SaveProject()) << "a virtual call through the abstract class alone";
 }
 
-TEST(Programs, AreProtectedAgainstOverwrittenAddresses) {
+TEST(Library, SaysWhichBuildItIs) {
+    EXPECT_TRUE(IsKinoraVeltrixCompatible());
+    const std::string text = GetKinoraVeltrixBinaryInterface();
+    EXPECT_EQ(text, KINORA_VELTRIX_BINARY_INTERFACE);
+    for (const char* const part : {"; standard library ", "; iterator level ", "; C runtime ", "; interface 1"}) {
+        EXPECT_THAT(text, HasSubstr(part));
+    }
+}
+
+#if defined(__GLIBCXX__)
+TEST(Library, IsFoundOutByAHostOfAnotherBuild) {
+    EXPECT_FALSE(IsCompatibleWithOlderTexts());
+    EXPECT_FALSE(IsCompatibleWithCheckedIterators());
+}
+#endif
+
+/// This program and what the library comes with.
+std::vector<std::wstring> Programs() {
     std::vector<std::wstring> programs{fake::ThisProgram()};
     for (const wchar_t* const program : {L"kinora-run.exe", L"vantor-sim.exe", L"vantor-trace.exe"}) {
         const std::wstring file = fake::BesideThisProgram(program);
@@ -236,7 +260,29 @@ TEST(Programs, AreProtectedAgainstOverwrittenAddresses) {
             programs.push_back(file);
         }
     }
-    for (const std::wstring& program : programs) {
+    return programs;
+}
+
+TEST(Programs, NeedOnlyWhatLiesBesideThemOrInTheSystem) {
+    std::vector<wchar_t> system(MAX_PATH);
+    GetSystemDirectoryW(system.data(), MAX_PATH);
+    std::vector<std::wstring> files = Programs();
+    files.push_back(fake::BesideThisProgram(L"KinoraVeltrixCoupling.dll"));
+    for (const std::wstring& file : files) {
+        const PortableExecutable executable(fake::ReadFileBytes(file));
+        EXPECT_TRUE(executable.DelayedImports().empty());
+        for (const std::string& dll : executable.Imports()) {
+            EXPECT_EQ(dll.find_first_of("/\\:"), std::string::npos) << "loaded by a path: " << dll;
+            const std::wstring name(dll.begin(), dll.end());
+            EXPECT_TRUE(fake::FileExists(fake::BesideThisProgram(name)) ||
+                        fake::FileExists(system.data() + (L"\\" + name)))
+                << dll << " would be looked for in the current folder";
+        }
+    }
+}
+
+TEST(Programs, AreProtectedAgainstOverwrittenAddresses) {
+    for (const std::wstring& program : Programs()) {
         const PortableExecutable executable(fake::ReadFileBytes(program));
         EXPECT_TRUE(executable.HasDynamicBase() && executable.HasHighEntropy() && executable.HasNoExecute() &&
                     executable.HasRelocations());
