@@ -26,6 +26,10 @@ struct CKinoraVeltrixCoupling::Step {
     std::string designName;
     std::vector<std::string> localVariables;
     std::string setup;
+    /// Empty until the reports folder is there.
+    std::string logPath;
+    /// Files that the desktop's user has been told of.
+    std::set<std::string> warnedPaths;
 
     /// The desktop's path ends in a separator already.
     std::string ReportsFolder() const { return projectPath + projectName + ".reports"; }
@@ -72,15 +76,19 @@ public:
 
     using QuantityName = std::string (*)(const std::string& body, int axis);
 
-    void Refill(const std::string& report, const std::string& body, QuantityName quantity, const char* unit,
+    /// @return false when the data file cannot be opened
+    bool Refill(const std::string& report, const std::string& body, QuantityName quantity, const char* unit,
                 const double (&load)[3]) {
         if (!Exists(report)) {
             ReportCommands::CreateEmptyReport(m_module, report, m_setup, m_localVariables);
         }
-        const std::string path = m_folder + "/" + report + ".csv";
-        AppendData(path, body, quantity, unit, load);
+        const std::string path = PathOf(report);
+        const bool isWritten = AppendData(path, body, quantity, unit, load);
         ReportCommands::ClearAndImport(m_module, report, path);
+        return isWritten;
     }
+
+    std::string PathOf(const std::string& report) const { return m_folder + "/" + report + ".csv"; }
 
 private:
     bool Exists(const std::string& report) {
@@ -91,9 +99,12 @@ private:
         return m_existing->count(report) != 0;
     }
 
-    void AppendData(const std::string& path, const std::string& body, QuantityName quantity, const char* unit,
+    bool AppendData(const std::string& path, const std::string& body, QuantityName quantity, const char* unit,
                     const double (&load)[3]) const {
         CCsvFile data(path);
+        if (!data.IsOpen()) {
+            return false;
+        }
         if (data.IsNew()) {
             data << Names::timeVariable << " [s]";
             for (int axis = 0; axis < 3; ++axis) {
@@ -103,6 +114,7 @@ private:
         }
         data << m_time << load;
         data.EndLine();
+        return true;
     }
 
     IDispatch* m_module;
@@ -140,7 +152,7 @@ bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& 
     if (!m_pProject || !m_pDesign) {
         return false;
     }
-    Step step = {time, time == 0.0, {}, {}, {}, {}, {}};
+    Step step = {time, time == 0.0, {}, {}, {}, {}, {}, {}, {}};
     if (!ReadStepNames(step)) {
         return false;
     }
@@ -158,16 +170,11 @@ bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& 
     if (step.setup.empty() || !SetupCommands::Analyze(m_pDesign, step.setup, status)) {
         return false;
     }
-
-    std::string logPath;
     try {
-        return RecordResults(step, transforms, results, logPath);
+        return RecordResults(step, transforms, results);
     } catch (...) {
         // The solve is done and its results count; whatever went wrong here is a warning to the desktop's user.
-        if (m_pDesktop) {
-            DesktopCommands::AddMessage(m_pDesktop, step.projectName, step.designName, warning,
-                                        "Kinora-Veltrix Coupling log path is not valid: " + logPath);
-        }
+        WarnOfPath(step, step.logPath);
         return true;
     }
 }
@@ -219,10 +226,10 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
     return true;
 }
 
-/// Reads the loads, and appends them to the coupling log and the report files. A failure leaves the log's line open.
-/// @param logPath  receives the log's path once the reports folder is there
-bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<Transform>& transforms,
-                                           std::vector<Result>& results, std::string& logPath) const {
+/// Reads the loads, and appends them to the coupling log and the report files. A failure leaves the log's line open; a
+/// file that cannot be opened costs what would stand in it, and a warning.
+bool CKinoraVeltrixCoupling::RecordResults(Step& step, const std::vector<Transform>& transforms,
+                                           std::vector<Result>& results) const {
     const std::string folder = step.ReportsFolder();
     std::string path = folder + "/" + step.projectName + ".coupling.csv";
     CCsvFile log;
@@ -231,7 +238,10 @@ bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<T
         PrepareReportsFolder(folder, step.isFirst);
         log.Open(path);
     }
-    logPath = std::move(path);
+    step.logPath = std::move(path);
+    if (!log.IsOpen()) {
+        WarnOfPath(step, step.logPath);
+    }
     if (log.IsNew()) {
         WriteLogHeader(log, transforms);
     }
@@ -254,9 +264,26 @@ bool CKinoraVeltrixCoupling::RecordResults(const Step& step, const std::vector<T
         if (!ReportsWanted(m_pDesktop)) {
             continue;
         }
-        reports.Refill(Names::Force(body), body, Names::ForceQuantity, Names::newtonUnit, result.force);
-        reports.Refill(Names::Torque(body), body, Names::TorqueQuantity, Names::torqueUnit, result.torque);
+        if (!reports.Refill(Names::Force(body), body, Names::ForceQuantity, Names::newtonUnit, result.force)) {
+            WarnOfPath(step, reports.PathOf(Names::Force(body)));
+        }
+        if (!reports.Refill(Names::Torque(body), body, Names::TorqueQuantity, Names::torqueUnit, result.torque)) {
+            WarnOfPath(step, reports.PathOf(Names::Torque(body)));
+        }
     }
     log.EndLine();
     return true;
+}
+
+/// Tells the desktop's user of a file of the step, once. Gives up quietly, also when memory runs out: a warning is no
+/// reason to lose a step.
+void CKinoraVeltrixCoupling::WarnOfPath(Step& step, const std::string& path) const noexcept {
+    try {
+        if (m_pDesktop && step.warnedPaths.insert(path).second) {
+            DesktopCommands::AddMessage(m_pDesktop, step.projectName, step.designName, warning,
+                                        "Kinora-Veltrix Coupling log path is not valid: " + path);
+        }
+    } catch (...) {
+        return;
+    }
 }

@@ -8,11 +8,11 @@ bool CCsvFile::Open(const std::string& path) {
     m_file = CreateFileW(widePath.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
     m_isNew = GetLastError() != ERROR_ALREADY_EXISTS;
-    return m_file != INVALID_HANDLE_VALUE;
+    return IsOpen();
 }
 
 CCsvFile::~CCsvFile() {
-    if (m_file == INVALID_HANDLE_VALUE) {
+    if (!IsOpen()) {
         return;
     }
     DWORD written = 0;

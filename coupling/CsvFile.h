@@ -23,6 +23,7 @@ public:
     /// @return false when it cannot be opened
     bool Open(const std::string& path);
 
+    bool IsOpen() const { return m_file != INVALID_HANDLE_VALUE; }
     /// @return true when the file was made: it wants its header
     bool IsNew() const { return m_isNew; }
 

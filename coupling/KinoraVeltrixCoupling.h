@@ -104,8 +104,8 @@ private:
     bool ReadStepNames(Step& step) const;
     void CountStep(const Step& step);
     bool MoveBodies(const Step& step, const std::vector<Transform>& transforms);
-    bool RecordResults(const Step& step, const std::vector<Transform>& transforms, std::vector<Result>& results,
-                       std::string& logPath) const;
+    bool RecordResults(Step& step, const std::vector<Transform>& transforms, std::vector<Result>& results) const;
+    void WarnOfPath(Step& step, const std::string& path) const noexcept;
 
     IDispatch* m_pApplication = nullptr;
     IDispatch* m_pDesktop = nullptr;

@@ -11,6 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <new>
+#include <stdexcept>
 
 namespace {
 
@@ -590,7 +592,7 @@ TEST_F(Step, FileInPlaceOfTheFolderIsReplacedByAFirstStep) {
     EXPECT_EQ(Warning(), "");
 }
 
-TEST_F(Step, FileInPlaceOfTheFolderSilencesALaterStep) {
+TEST_F(Step, FileInPlaceOfTheFolderCostsALaterStepItsFiles) {
     AddBody(L"R");
     fake.updateReports = L"";
     WriteFileBytes(ReportsFolder(), "a file");
@@ -598,13 +600,52 @@ TEST_F(Step, FileInPlaceOfTheFolderSilencesALaterStep) {
     EXPECT_EQ(ReadFileBytes(ReportsFolder()), "a file");
     EXPECT_EQ(results.size(), 1U) << "files that cannot be written are not an error";
     EXPECT_EQ(fake.world.Count("ImportIntoReport"), 2U);
+    const std::wstring start = L"Kinora-Veltrix Coupling log path is not valid: " + folder.Path();
+    EXPECT_THAT(fake.messages,
+                ElementsAre(start + L"\\Magnets.reports/Magnets.coupling.csv", start + L"\\Magnets.reports/Force_R.csv",
+                            start + L"\\Magnets.reports/Torque_R.csv"));
 }
 
-TEST_F(Step, FolderInPlaceOfTheLogSilencesIt) {
+TEST_F(Step, FolderInPlaceOfTheLogCostsTheLogAndWarns) {
+    AddBody(L"R");
+    fake.updateReports = L"";
     MakeFolder(ReportsFolder());
     MakeFolder(LogPath());
-    EXPECT_TRUE(Analyze(1.0));
-    EXPECT_EQ(Warning(), "");
+    EXPECT_TRUE(Analyze(1.0, {MakeBody("R")}));
+    EXPECT_THAT(fake.messages, ElementsAre(testing::EndsWith(L"\\Magnets.reports/Magnets.coupling.csv")));
+    EXPECT_EQ(results.size(), 1U);
+    EXPECT_EQ(ReportFile(L"Force_R").substr(0, 7), "SimTime");
+    EXPECT_TRUE(Analyze(2.0, {MakeBody("R")}));
+    EXPECT_EQ(fake.messages.size(), 2U) << "once in every step";
+}
+
+TEST_F(Step, FileIsWarnedOfOnceInAStep) {
+    AddBody(L"R");
+    fake.updateReports = L"";
+    MakeFolder(ReportsFolder());
+    MakeFolder(LogPath());
+    MakeFolder(ReportsFolder() + L"\\Force_R.csv");
+    // Two bodies of one name have the same files; then the guarded range ends with an exception.
+    fake.design.On("GetModule", [&](const Arguments& arguments) -> Answer {
+        if (arguments[0].text == L"OutputVariable" && results.size() == 2) {
+            throw std::runtime_error("no more");
+        }
+        return Reference(arguments[0].text == L"OutputVariable" ? fake.outputModule
+                         : arguments[0].text == L"ReportSetup"  ? fake.reportModule
+                                                                : fake.setupModule);
+    });
+    EXPECT_TRUE(Analyze(1.0, {MakeBody("R"), MakeBody("R"), MakeBody("R")}));
+    EXPECT_THAT(fake.messages,
+                ElementsAre(testing::EndsWith(L"Magnets.coupling.csv"), testing::EndsWith(L"Force_R.csv")));
+}
+
+TEST_F(Step, WarningThatThrowsDoesNotMatter) {
+    AddBody(L"R");
+    MakeFolder(ReportsFolder());
+    MakeFolder(LogPath());
+    fake.desktop.On("AddMessage", [](const Arguments&) -> Answer { throw std::bad_alloc(); });
+    EXPECT_TRUE(Analyze(1.0, {MakeBody("R")}));
+    EXPECT_EQ(results.size(), 1U);
 }
 
 // Failures.

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <limits>
 #include <set>
+#include <thread>
 
 namespace {
 
@@ -51,7 +52,7 @@ protected:
     /// Everything in the test's folder but the reports folder and what is in it.
     std::set<std::wstring> FilesOutside() const {
         std::set<std::wstring> files;
-        const std::wstring reports = folder / L"project\\Magnets.reports";
+        const std::wstring reports = ReportsFolder();
         for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
             const std::wstring path = entry.path().wstring();
             if (path.compare(0, reports.size(), reports) != 0) {
@@ -69,7 +70,8 @@ protected:
         EXPECT_EQ(ReadFileBytes(folder / L"precious.csv"), "precious");
         EXPECT_EQ(ReadFileBytes(folder / L"project\\precious.csv"), "precious");
     }
-    std::wstring Log() const { return folder / L"project\\Magnets.reports\\Magnets.coupling.csv"; }
+    std::wstring ReportsFolder() const { return folder / L"project\\Magnets.reports"; }
+    std::wstring Log() const { return ReportsFolder() + L"\\Magnets.coupling.csv"; }
 
     std::vector<Result> results;
 };
@@ -77,6 +79,7 @@ protected:
 struct HostileName {
     const char* label;
     std::string name;
+    bool isFileName = true;
 };
 
 class HostileBodyName : public HostileValues, public testing::WithParamInterface<HostileName> {};
@@ -95,21 +98,25 @@ TEST_P(HostileBodyName, TravelsAsItIsAndStaysInTheReportsFolder) {
     }
     EXPECT_EQ(results.size(), 3U);
     EXPECT_TRUE(FileExists(Log()));
-    EXPECT_EQ(fake.world.Count("AddMessage"), 0U);
+    // Names that no file can have cost the body's report files, each with its warning, and nothing else.
+    const std::size_t filesPerStep = 2;
+    EXPECT_EQ(fake.world.Count("AddMessage"), GetParam().isFileName ? 0 : 3 * filesPerStep);
     ExpectNothingTouchedOutside();
 }
 
-INSTANTIATE_TEST_SUITE_P(All, HostileBodyName,
-                         testing::Values(HostileName{"Empty", ""}, HostileName{"VeryLong", std::string(65536, 'x')},
-                                         HostileName{"Quotes", "\"a'`\""}, HostileName{"Commas", "a,b;c\t"},
-                                         HostileName{"LineEnds", "a\r\nb\nc"}, HostileName{"Separators", "a/b\\c"},
-                                         HostileName{"TwoPoints", ".."}, HostileName{"PointsAndSeparator", "../x"},
-                                         HostileName{"Drive", "C:\\x"}, HostileName{"Wildcards", "a*?<>|b"},
-                                         HostileName{"Device", "NUL"},
-                                         HostileName{"OutsideOfTheCodePage", "\x81\x8D\x8F\x90\x9D"},
-                                         HostileName{"Utf8", "\xCE\xA9"}, HostileName{"Zero", std::string("a\0b", 3)},
-                                         HostileName{"Percent", "%s%n%f"}, HostileName{"Key", "a:=\"NAME:b\""}),
-                         [](const auto& name) { return std::string(name.param.label); });
+constexpr bool noFileName = false;
+
+INSTANTIATE_TEST_SUITE_P(
+    All, HostileBodyName,
+    testing::Values(HostileName{"Empty", ""}, HostileName{"VeryLong", std::string(65536, 'x'), noFileName},
+                    HostileName{"Quotes", "\"a'`\"", noFileName}, HostileName{"Commas", "a,b;c"},
+                    HostileName{"LineEnds", "a\r\nb\nc\t", noFileName}, HostileName{"Separators", "a/b\\c", noFileName},
+                    HostileName{"TwoPoints", ".."}, HostileName{"PointsAndSeparator", "../x", noFileName},
+                    HostileName{"Drive", "C:\\x", noFileName}, HostileName{"Wildcards", "a*?<>|b", noFileName},
+                    HostileName{"Device", "NUL"}, HostileName{"OutsideOfTheCodePage", "\x81\x8D\x8F\x90\x9D"},
+                    HostileName{"Utf8", "\xCE\xA9"}, HostileName{"Zero", std::string("a\0b", 3)},
+                    HostileName{"Percent", "%s%n%f"}, HostileName{"Key", "a:=\"NAME:b\"", noFileName}),
+    [](const auto& name) { return std::string(name.param.label); });
 
 TEST_F(HostileValues, BodyNameThatClimbsReachesOutOfTheReportsFolderAsDocumented) {
     // Names are not checked (docs/host-guide.md): the path of the report is made of the name as it stands.
@@ -207,6 +214,8 @@ TEST_F(HostileValues, LogThatSomebodyHoldsAloneIsLeftOut) {
     EXPECT_EQ(results.size(), 2U);
     CloseHandle(held);
     EXPECT_EQ(ReadFileBytes(Log()), before);
+    EXPECT_THAT(fake.messages, ElementsAre(L"Kinora-Veltrix Coupling log path is not valid: " +
+                                           (folder / L"project\\Magnets.reports/Magnets.coupling.csv")));
     EXPECT_TRUE(Analyze(2.0, {MakeBody("Rotor")}));
     EXPECT_GT(ReadFileBytes(Log()).size(), before.size());
 }
@@ -230,6 +239,35 @@ TEST_F(HostileValues, FolderThatCannotBeEmptiedIsAWarning) {
     EXPECT_EQ(results.size(), 1U) << "no result of the second step";
     EXPECT_THAT(fake.messages, ElementsAre(L"Kinora-Veltrix Coupling log path is not valid: "));
     ExpectNothingTouchedOutside();
+}
+
+TEST_F(HostileValues, FolderIsEmptiedOfReadOnlyFilesAndFolders) {
+    ASSERT_TRUE(Analyze(0.0, {}));
+    MakeFolder(ReportsFolder() + L"\\kept");
+    WriteFileBytes(ReportsFolder() + L"\\kept\\notes.txt", "mine");
+    for (const wchar_t* const name : {L"\\kept\\notes.txt", L"\\kept", L"\\Magnets.coupling.csv"}) {
+        ASSERT_TRUE(SetFileAttributesW((ReportsFolder() + name).c_str(), FILE_ATTRIBUTE_READONLY));
+    }
+    EXPECT_TRUE(Analyze(0.0, {}));
+    EXPECT_THAT(fake.messages, IsEmpty());
+    EXPECT_FALSE(FileExists(ReportsFolder() + L"\\kept"));
+    EXPECT_EQ(ReadFileBytes(Log()), "Step,SimTime\r\n0,0\r\n");
+}
+
+TEST_F(HostileValues, FilesThatAScannerHoldsForAMomentAreWaitedFor) {
+    for (const DWORD sharing : {0UL, static_cast<DWORD>(FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE)}) {
+        ASSERT_TRUE(Analyze(0.0, {}));
+        const HANDLE held = CreateFileW(Log().c_str(), GENERIC_READ, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
+        ASSERT_NE(held, INVALID_HANDLE_VALUE);
+        std::thread scanner([held] {
+            Sleep(200);
+            CloseHandle(held);
+        });
+        EXPECT_TRUE(Analyze(0.0, {}));
+        scanner.join();
+        EXPECT_THAT(fake.messages, IsEmpty()) << (sharing ? "deleted while it was open" : "held alone");
+        EXPECT_EQ(ReadFileBytes(Log()), "Step,SimTime\r\n0,0\r\n");
+    }
 }
 
 TEST_F(HostileValues, LogThatMayNotBeWrittenIsLeftOut) {

@@ -27,10 +27,12 @@ TEST_F(CsvFile, AFileThatCannotBeOpenedIsNoError) {
     CCsvFile file("no-such-folder\\file.csv");
     file << "text";
     file.EndLine();
+    EXPECT_FALSE(file.IsOpen());
     EXPECT_TRUE(file.IsNew());
 }
 
 TEST_F(CsvFile, AnEmptyFileIsNotNew) {
+    EXPECT_TRUE(CCsvFile(m_name).IsOpen());
     std::ofstream(m_path).close();
     EXPECT_FALSE(CCsvFile(m_name).IsNew());
 }
