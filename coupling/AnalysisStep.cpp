@@ -10,7 +10,7 @@
 #include "comutils/SetupCommands.h"
 #include "comutils/Text.h"
 #include "coupling/CsvFile.h"
-#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/Operation.h"
 #include "coupling/ReportsFolder.h"
 
 #include <array>
@@ -149,7 +149,8 @@ bool ReportsWanted(IDispatch* desktop) {
 
 bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& transforms,
                                      std::vector<Result>& results, int& status) {
-    if (!m_pProject || !m_pDesign) {
+    const HoldingOperation operation(*this);
+    if (!operation.HasBegun() || !m_pProject || !m_pDesign) {
         return false;
     }
     Step step = {time, time == 0.0, {}, {}, {}, {}, {}, {}, {}};
@@ -163,7 +164,7 @@ bool CKinoraVeltrixCoupling::Analyze(double time, const std::vector<Transform>& 
     if (!DesignVariableCommands::GetVariables(m_pDesign, step.localVariables)) {
         return false;
     }
-    if (!MoveBodies(step, transforms) || !AddParametricSetup(step.isFirst)) {
+    if (!MoveBodies(step, transforms) || !WriteHistory(step.isFirst)) {
         return false;
     }
     step.setup = SetupCommands::GetFirstSetup(m_pDesign);
@@ -203,7 +204,7 @@ bool CKinoraVeltrixCoupling::MoveBodies(const Step& step, const std::vector<Tran
     if (Names::Contains(step.localVariables, Names::timeVariable)) {
         updates.emplace_back(Names::timeVariable, timeText);
     } else {
-        SetVariableValue(Names::timeVariable, timeText, true);
+        DesignVariableCommands::SetVariable(m_pDesign, Names::timeVariable, timeText, true);
     }
 
     std::vector<std::array<Pose::Variable, 6>> poses;

@@ -1,6 +1,7 @@
 #include "comutils/DesignVariableCommands.h"
-#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/Operation.h"
 
 bool CKinoraVeltrixCoupling::SetVariableValue(const std::string& name, const std::string& value, bool isNew) const {
-    return m_pDesign && DesignVariableCommands::SetVariable(m_pDesign, name, value, isNew);
+    const HoldingOperation operation(*this);
+    return operation.HasBegun() && m_pDesign && DesignVariableCommands::SetVariable(m_pDesign, name, value, isNew);
 }

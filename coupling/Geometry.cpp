@@ -3,10 +3,11 @@
 #include "comutils/ModelerCommands.h"
 #include "comutils/Names.h"
 #include "comutils/SetupCommands.h"
-#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/Operation.h"
 
 bool CKinoraVeltrixCoupling::InitGeometry(const std::string& geometryFile, const std::string& units) {
-    if (!m_pDesign) {
+    const HoldingOperation operation(*this);
+    if (!operation.HasBegun() || !m_pDesign) {
         return false;
     }
     const CObject editor = DesignCommands::SetActiveEditor(m_pDesign, Names::modelerEditor);

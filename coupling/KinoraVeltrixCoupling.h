@@ -59,8 +59,11 @@ public:
     /// "Pellux.VantorDesktop." and the value of the environment variable KINORA_VELTRIX_VTDK_VERSION when that is set.
     /// @return true when the application object exists already (without a second launch) or was created and gave its
     ///         desktop object; false when "GetAppDesktop" failed, the application object being kept
-    /// @pre Called on the thread that makes all later calls. One that is initialised for COM already stays as it is.
-    /// @throws LaunchDesktopExeption  the ProgID is unknown, or the application cannot be created
+    /// @pre Called on the thread that makes all later calls. One that is initialised for COM already stays as it is, and
+    ///      counts one initialisation more where it is single-threaded.
+    /// @throws LaunchDesktopExeption  the ProgID is unknown (COM is then left as it was), or the application cannot be
+    ///         created (COM is then left initialised); a local server that takes longer than the system waits for it, two
+    ///         minutes as a rule, is one that cannot be created
     bool LaunchDesktop();
 
     /// Creates or changes one local variable of the active design with "ChangeProperty".
@@ -86,9 +89,21 @@ private:
     };
     using MaterialVariants = std::vector<MaterialVariant>;
 
+    /// Whether an operation is under way. That is so of one object: a copy of it begins free.
+    struct Occupation {
+        Occupation() = default;
+        Occupation(const Occupation&) {}
+        Occupation& operator=(const Occupation&) { return *this; }
+        bool isOccupied = false;
+    };
+
+    class Operation;
+    class HoldingOperation;
+    class OwnCalls;
     struct ModelBuild;
     struct Step;
 
+    bool Launch();
     bool LaunchWhenNeeded();
     void ReleaseDesignAndProject();
 
@@ -104,6 +119,7 @@ private:
     bool ReadStepNames(Step& step) const;
     void CountStep(const Step& step);
     bool MoveBodies(const Step& step, const std::vector<Transform>& transforms);
+    bool WriteHistory(bool replace) const;
     bool RecordResults(Step& step, const std::vector<Transform>& transforms, std::vector<Result>& results) const;
     void WarnOfPath(Step& step, const std::string& path) const noexcept;
 
@@ -121,6 +137,7 @@ private:
     std::map<std::string, MaterialVariants> m_materialClones;
     /// Materials without coercivity components.
     std::set<std::string> m_plainMaterials;
+    mutable Occupation m_occupation;
 };
 
 #if defined(_MSC_VER)

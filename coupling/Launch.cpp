@@ -1,7 +1,6 @@
 #include "comutils/DesktopCommands.h"
 #include "comutils/Text.h"
-#include "coupling/KinoraVeltrixCoupling.h"
-#include "coupling/Reference.h"
+#include "coupling/Operation.h"
 
 #include <windows.h>
 
@@ -41,6 +40,11 @@ IDispatch* CreateApplication(const CLSID& desktopClass) {
 } // namespace
 
 bool CKinoraVeltrixCoupling::LaunchDesktop() {
+    const Operation operation(*this);
+    return operation.HasBegun() && Launch();
+}
+
+bool CKinoraVeltrixCoupling::Launch() {
     if (m_pApplication) {
         return true;
     }
@@ -57,12 +61,19 @@ bool CKinoraVeltrixCoupling::LaunchDesktop() {
 }
 
 bool CKinoraVeltrixCoupling::LaunchWhenNeeded() {
-    return m_pDesktop || LaunchDesktop();
+    return m_pDesktop || Launch();
 }
 
 bool CKinoraVeltrixCoupling::QuitApplication() {
-    if (m_pProject && !(SaveProject() && CloseProject())) {
+    const Operation operation(*this);
+    if (!operation.HasBegun()) {
         return false;
+    }
+    if (m_pProject) {
+        const OwnCalls calls(*this);
+        if (!SaveProject() || !CloseProject()) {
+            return false;
+        }
     }
     if (m_pDesktop) {
         DesktopCommands::QuitApplication(m_pDesktop);
@@ -74,6 +85,10 @@ bool CKinoraVeltrixCoupling::QuitApplication() {
 }
 
 bool CKinoraVeltrixCoupling::ReleaseApplication() {
+    const Operation operation(*this);
+    if (!operation.HasBegun()) {
+        return false;
+    }
     ReleaseReference(m_pDesign);
     ReleaseReference(m_pProject);
     ReleaseReference(m_pDesktop);

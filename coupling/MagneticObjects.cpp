@@ -12,8 +12,8 @@
 #include "comutils/ProjectCommands.h"
 #include "comutils/ReportCommands.h"
 #include "comutils/SetupCommands.h"
-#include "coupling/KinoraVeltrixCoupling.h"
 #include "coupling/ModelBuild.h"
+#include "coupling/Operation.h"
 
 #include <algorithm>
 
@@ -81,7 +81,8 @@ std::vector<std::string> AllObjects(const std::vector<Group>& groups) {
 
 bool CKinoraVeltrixCoupling::InitMagneticObjects(const std::vector<Group>& groups,
                                                  const std::map<std::string, Material>& materials) {
-    if (!m_pDesign) {
+    const HoldingOperation operation(*this);
+    if (!operation.HasBegun() || !m_pDesign) {
         return false;
     }
     ModelBuild model;
@@ -100,7 +101,7 @@ bool CKinoraVeltrixCoupling::InitMagneticObjects(const std::vector<Group>& group
         return false;
     }
     m_stepRows.push_back(std::move(model.initialRow));
-    return AddParametricSetup(true) && CreateReportsAndPlot(model, groups) && model.allVariablesCreated;
+    return WriteHistory(true) && CreateReportsAndPlot(model, groups) && model.allVariablesCreated;
 }
 
 /// Setup, editor, initial variables, region, and the objects that materials are reached through.
@@ -135,7 +136,8 @@ bool CKinoraVeltrixCoupling::PrepareModel(ModelBuild& model) {
 
 void CKinoraVeltrixCoupling::CreateInitialVariables(ModelBuild& model) const {
     const auto create = [&](const char* name, const char* value) {
-        if (!model.existingVariables.count(name) && !SetVariableValue(name, value, true)) {
+        if (!model.existingVariables.count(name) &&
+            !DesignVariableCommands::SetVariable(m_pDesign, name, value, true)) {
             model.allVariablesCreated = false;
         }
     };
@@ -195,7 +197,7 @@ bool CKinoraVeltrixCoupling::RecordInitialPose(ModelBuild& model, const Transfor
             continue;
         }
         isNew = true;
-        if (!SetVariableValue(name, value, true)) {
+        if (!DesignVariableCommands::SetVariable(m_pDesign, name, value, true)) {
             model.allVariablesCreated = false;
         }
     }

@@ -1,9 +1,10 @@
 #include "comutils/DesktopCommands.h"
 #include "comutils/ObjectCommands.h"
-#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/Operation.h"
 
 bool CKinoraVeltrixCoupling::GetMessages(std::vector<std::string>& messages, MessageSeverity severity) {
-    if (!m_pDesktop || !m_pProject || !m_pDesign) {
+    const HoldingOperation operation(*this);
+    if (!operation.HasBegun() || !m_pDesktop || !m_pProject || !m_pDesign) {
         return false;
     }
     std::string project, design;

@@ -1,12 +1,14 @@
 #include "comutils/Names.h"
 #include "comutils/ObjectCommands.h"
 #include "comutils/ParametricCommands.h"
-#include "coupling/KinoraVeltrixCoupling.h"
+#include "coupling/Operation.h"
 
 bool CKinoraVeltrixCoupling::AddParametricSetup(bool replace) const {
-    if (!m_pDesign) {
-        return false;
-    }
+    const HoldingOperation operation(*this);
+    return operation.HasBegun() && m_pDesign && WriteHistory(replace);
+}
+
+bool CKinoraVeltrixCoupling::WriteHistory(bool replace) const {
     const CObject setups = ObjectCommands::GetChildObject(m_pDesign, Names::parametricChild);
     bool exists = ParametricCommands::HasHistory(setups.get());
     if (exists && replace) {

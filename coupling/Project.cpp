@@ -5,8 +5,7 @@
 #include "comutils/ProjectCommands.h"
 #include "comutils/Text.h"
 #include "coupling/CanonicalPath.h"
-#include "coupling/KinoraVeltrixCoupling.h"
-#include "coupling/Reference.h"
+#include "coupling/Operation.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -62,7 +61,8 @@ void CKinoraVeltrixCoupling::ReleaseDesignAndProject() {
 
 bool CKinoraVeltrixCoupling::CreateProject(const std::string& projectPath, const std::string& geometryFile,
                                            const std::string& units) {
-    if (!LaunchWhenNeeded()) {
+    const Operation operation(*this);
+    if (!operation.HasBegun() || !LaunchWhenNeeded()) {
         return false;
     }
     CObject project = DesktopCommands::NewProject(m_pDesktop);
@@ -75,11 +75,16 @@ bool CKinoraVeltrixCoupling::CreateProject(const std::string& projectPath, const
         return false;
     }
     m_pDesign = ProjectCommands::SetActiveDesign(m_pProject, Names::newDesign).release();
-    return m_pDesign && DesignCommands::SetDesignSettings(m_pDesign) && InitGeometry(geometryFile, units);
+    if (!m_pDesign || !DesignCommands::SetDesignSettings(m_pDesign)) {
+        return false;
+    }
+    const OwnCalls calls(*this);
+    return InitGeometry(geometryFile, units);
 }
 
 bool CKinoraVeltrixCoupling::OpenProject(const std::string& projectPath, const std::string& designName) {
-    if (!LaunchWhenNeeded()) {
+    const Operation operation(*this);
+    if (!operation.HasBegun() || !LaunchWhenNeeded()) {
         return false;
     }
     ReleaseDesignAndProject();
@@ -98,15 +103,23 @@ bool CKinoraVeltrixCoupling::OpenProject(const std::string& projectPath, const s
 }
 
 bool CKinoraVeltrixCoupling::GetVeltrixDesigns(const std::string& projectPath, std::vector<std::string>& designs) {
-    if (!OpenProject(projectPath, "")) {
+    const Operation operation(*this);
+    if (!operation.HasBegun()) {
         return false;
     }
+    {
+        const OwnCalls calls(*this);
+        if (!OpenProject(projectPath, "")) {
+            return false;
+        }
+    }
+    const CObject project = SharedReference(m_pProject);
     CValue names;
-    if (!ObjectCommands::GetChildNames(m_pProject, names)) {
+    if (!ObjectCommands::GetChildNames(project.get(), names)) {
         return false;
     }
     for (const std::string& name : names.ToTexts()) {
-        const CObject design = ProjectCommands::GetDesign(m_pProject, name);
+        const CObject design = ProjectCommands::GetDesign(project.get(), name);
         CValue type;
         if (!DesignCommands::GetDesignType(design.get(), type)) {
             return false;
@@ -120,11 +133,13 @@ bool CKinoraVeltrixCoupling::GetVeltrixDesigns(const std::string& projectPath, s
 }
 
 bool CKinoraVeltrixCoupling::SaveProject() {
-    return ProjectCommands::Save(m_pProject);
+    const HoldingOperation operation(*this);
+    return operation.HasBegun() && ProjectCommands::Save(m_pProject);
 }
 
 bool CKinoraVeltrixCoupling::CloseProject() {
-    if (!m_pProject) {
+    const Operation operation(*this);
+    if (!operation.HasBegun() || !m_pProject) {
         return false;
     }
     ReleaseReference(m_pDesign);
