@@ -1,11 +1,13 @@
 // What the host says and answers when something is wrong.
 #include "tests/endtoend/Programs.h"
+#include "tests/support/ThisProgram.h"
 
 #include <windows.h>
 
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace endtoend {
 namespace {
@@ -134,6 +136,51 @@ TEST_F(HostFailure, ResultsThatGoMissingWithoutAFailureAreNoticed) {
     EXPECT_THAT(outcome.output, HasSubstr("step 0 at 0 s was solved, but only 0 of 2 bodies got a result"));
     EXPECT_THAT(outcome.output, HasSubstr("warning: Kinora-Veltrix Coupling log path is not valid: "));
     EXPECT_THAT(outcome.output, HasSubstr("is a file open elsewhere"));
+}
+
+/// A current folder with a file that is no DLL for every DLL of the system and of the programs.
+class TrapFolder {
+public:
+    TrapFolder() : m_before(std::filesystem::current_path()) {
+        std::vector<wchar_t> system(MAX_PATH);
+        GetSystemDirectoryW(system.data(), MAX_PATH);
+        Trap("trap.dll");
+        for (const std::filesystem::path folder : {system.data(), fake::BesideThisProgram(L"").c_str()}) {
+            for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+                if (entry.path().extension() == ".dll") {
+                    Trap(entry.path().filename());
+                }
+            }
+        }
+        std::filesystem::current_path(m_folder.Path());
+    }
+    ~TrapFolder() { std::filesystem::current_path(m_before); }
+    TrapFolder(const TrapFolder&) = delete;
+    TrapFolder& operator=(const TrapFolder&) = delete;
+
+    std::size_t Traps() const { return m_traps; }
+
+private:
+    void Trap(const std::filesystem::path& name) {
+        std::ofstream(m_folder.Path() / name) << "no DLL";
+        ++m_traps;
+    }
+    ScratchFolder m_folder;
+    std::filesystem::path m_before;
+    std::size_t m_traps = 0;
+};
+
+TEST_F(HostFailure, NothingIsLoadedFromTheCurrentFolder) {
+    const TrapFolder traps;
+    EXPECT_GT(traps.Traps(), 100U);
+    EXPECT_EQ(LoadLibraryW(L"trap.dll"), nullptr);
+    ASSERT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BAD_EXE_FORMAT)) << "the traps are where the loader looks last";
+    const Outcome run = Run({L"--steps", L"1"});
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    for (const wchar_t* const program : {L"kinora-run.exe", L"vantor-sim.exe", L"vantor-trace.exe"}) {
+        EXPECT_EQ(RunProgram(program, {L"--help"}).exitCode, 0) << std::filesystem::path(program);
+    }
+    EXPECT_EQ(RunProgram(L"minimal-host.exe", {}).exitCode, 2) << "which says how it is used";
 }
 
 TEST_F(HostFailure, QuietSaysOnlyWhereTheFilesAre) {

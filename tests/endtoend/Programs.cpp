@@ -106,8 +106,12 @@ ScratchFolder::~ScratchFolder() {
     std::filesystem::remove_all(m_path, ignored);
 }
 
+Outcome RunProgram(const std::wstring& name, const std::vector<std::wstring>& arguments) {
+    return Child(fake::BesideThisProgram(name), arguments).Finish();
+}
+
 Outcome RunHost(const std::vector<std::wstring>& arguments) {
-    return Child(fake::BesideThisProgram(L"kinora-run.exe"), arguments).Finish();
+    return RunProgram(L"kinora-run.exe", arguments);
 }
 
 std::filesystem::path Examples() {

@@ -26,7 +26,9 @@ private:
     std::filesystem::path m_path;
 };
 
-/// Runs kinora-run.exe, which lies beside the test program, to its end.
+/// Runs a program that lies beside the test program to its end.
+Outcome RunProgram(const std::wstring& name, const std::vector<std::wstring>& arguments);
+/// The same for kinora-run.exe.
 Outcome RunHost(const std::vector<std::wstring>& arguments);
 
 /// The examples' folder.
