@@ -59,11 +59,11 @@ public:
     /// "Pellux.VantorDesktop." and the value of the environment variable KINORA_VELTRIX_VTDK_VERSION when that is set.
     /// @return true when the application object exists already (without a second launch) or was created and gave its
     ///         desktop object; false when "GetAppDesktop" failed, the application object being kept
-    /// @pre Called on the thread that makes all later calls. One that is initialised for COM already stays as it is, and
-    ///      counts one initialisation more where it is single-threaded.
+    /// @pre Called on the thread that makes all later calls. One that is initialised for COM already stays as it is,
+    ///      and counts one initialisation more where it is single-threaded.
     /// @throws LaunchDesktopExeption  the ProgID is unknown (COM is then left as it was), or the application cannot be
-    ///         created (COM is then left initialised); a local server that takes longer than the system waits for it, two
-    ///         minutes as a rule, is one that cannot be created
+    ///         created (COM is then left initialised); a local server that takes longer than the system waits for it,
+    ///         two minutes as a rule, is one that cannot be created
     bool LaunchDesktop();
 
     /// Creates or changes one local variable of the active design with "ChangeProperty".

@@ -29,8 +29,8 @@ private:
     const bool m_hasBegun;
 };
 
-/// An operation that keeps what it works with until its end, whatever happens while a call is out: a copy of the coupling
-/// object shares the pointers without counting, and may let go of them.
+/// An operation that keeps what it works with until its end, whatever happens while a call is out: a copy of the
+/// coupling object shares the pointers without counting, and may let go of them.
 class CKinoraVeltrixCoupling::HoldingOperation : public Operation {
 public:
     explicit HoldingOperation(const CKinoraVeltrixCoupling& coupling) : Operation(coupling) {

@@ -29,8 +29,8 @@ bool MayPass(DWORD error) {
 /// Empties and makes one folder, within the time that it may take altogether to wait for others.
 class CFolderWork {
 public:
-    /// Of a link the link goes, not what it leads to. (The standard library's `remove_all` is not used: some of them end
-    /// the process when memory runs out in the middle of it.)
+    /// Of a link the link goes, not what it leads to. (The standard library's `remove_all` is not used: some of them
+    /// end the process when memory runs out in the middle of it.)
     void DeleteTree(const std::wstring& path, DWORD attributes) const {
         if (attributes & FILE_ATTRIBUTE_READONLY) {
             SetFileAttributesW(path.c_str(), attributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));

@@ -30,10 +30,10 @@
 /// started) and `std::filesystem::filesystem_error` (a project path that does not exist, `OpenProject` and
 /// `GetVeltrixDesigns` only). Running out of memory shows as `std::bad_alloc` or the platform's `_com_error`.
 ///
-/// Threads. The library has no threads and takes no locks. While a call to the desktop is out, COM hands incoming calls and
-/// some messages to the thread, so that a handler of the host may run in the middle of an operation. Whatever it asks of
-/// the same object then answers false and touches nothing, `ReleaseApplication` included; another object is free. Between
-/// its calls the library pumps no messages.
+/// Threads. The library has no threads and takes no locks. While a call to the desktop is out, COM hands incoming calls
+/// and some messages to the thread, so that a handler of the host may run in the middle of an operation. Whatever it
+/// asks of the same object then answers false and touches nothing, `ReleaseApplication` included; another object is
+/// free. Between its calls the library pumps no messages.
 ///
 /// @pre All calls come from one thread: the one on which the desktop was launched, which the launch initialises for COM
 ///      (single-threaded apartment). Not checked: the platform refuses a call from another thread, and the operation
@@ -41,14 +41,14 @@
 /// @pre The object is not destroyed in the middle of an operation. Not checked: undefined behaviour.
 ///
 /// COM's balance. Each launch initialises COM on its thread, and each `QuitApplication` and `ReleaseApplication`
-/// uninitialises it, without a look at the other. They do not match where a launch throws because the desktop does not start
-/// (COM stays initialised), where there was no launch, and on a thread that is initialised in the other way
+/// uninitialises it, without a look at the other. They do not match where a launch throws because the desktop does not
+/// start (COM stays initialised), where there was no launch, and on a thread that is initialised in the other way
 /// (multi-threaded: the launch cannot initialise it, the release uninitialises it all the same). A host that uses COM
 /// itself initialises its thread once more than it needs, and uninitialises it at its own end.
 ///
-/// One object per project. What the object knows of materials outlives `CloseProject` and `OpenProject`: it assigns a clone
-/// such as "N45_1", made in one project, in the next one too, where it is not defined, and `InitMagneticObjects` is
-/// false. A host that works on several projects uses a `CKinoraVeltrixCoupling` of its own for each, or a process.
+/// One object per project. What the object knows of materials outlives `CloseProject` and `OpenProject`: it assigns a
+/// clone such as "N45_1", made in one project, in the next one too, where it is not defined, and `InitMagneticObjects`
+/// is false. A host that works on several projects uses a `CKinoraVeltrixCoupling` of its own for each, or a process.
 ///
 /// Texts are narrow, in the system's ANSI code page.
 class IKinoraVeltrixInterface {
@@ -149,8 +149,8 @@ public:
     /// @pre The names of the bodies differ, and an object belongs to one body only. Not checked: a second body of one
     ///      name makes the result false at the latest at the end.
     /// @pre The objects and materials named exist. The desktop refuses others: false.
-    /// @pre This object has not built the model of another project before ("One object per project", above). The desktop
-    ///      refuses materials that it does not have: false.
+    /// @pre This object has not built the model of another project before ("One object per project", above). The
+    ///      desktop refuses materials that it does not have: false.
     /// @return false at the first failing step, or at the end when a design variable could not be created
     virtual bool InitMagneticObjects(const std::vector<Group>& groups,
                                      const std::map<std::string, Material>& materials) = 0;
@@ -165,10 +165,10 @@ public:
     /// @pre Every call of a run has the same bodies in the same order. Not checked: values of log and history stand
     ///      under other names then. Of two bodies with one name the first one moves.
     /// @pre `time` and poses are finite. Not checked: texts such as "nanMeter" are sent, and the desktop decides.
-    /// @return false at the first failing step; what was done, results included, stays. What goes wrong with the log and
-    ///         the reports after the solve returns true and is a warning in the desktop's messages: of a file that cannot
-    ///         be opened the lines are lost, once per step and file with its path; anything else ends the recording and
-    ///         leaves the results of the bodies that were not reached missing: compare sizes.
+    /// @return false at the first failing step; what was done, results included, stays. True, with a warning in the
+    ///         desktop's messages, when the log and the reports fail after the solve: a file that cannot be opened,
+    ///         told once per step with its path, loses this step's lines; any other failure ends the recording, and the
+    ///         results of the bodies that were not reached are missing: compare sizes.
     virtual bool Analyze(double time, const std::vector<Transform>& transforms, std::vector<Result>& results,
                          int& status) = 0;
 

@@ -57,16 +57,16 @@
 /// Number of the interface: it grows when an operation, a record or the coupling object takes another form.
 #define KINORA_VELTRIX_INTERFACE_VERSION 1
 
-/// What has to be the same on both sides, as whoever includes this header sees it: compiler family, standard library and
-/// its version, level of iterator checks, C runtime, and version of the interface. Clang counts as the compiler whose
-/// library it uses.
+/// What has to be the same on both sides, as whoever includes this header sees it: compiler family, standard library
+/// and its version, level of iterator checks, C runtime, and version of the interface. Clang counts as the compiler
+/// whose library it uses.
 #define KINORA_VELTRIX_BINARY_INTERFACE                                                                                \
     KINORA_VELTRIX_COMPILER_FAMILY                                                                                     \
     "; standard library " KINORA_VELTRIX_LIBRARY "; iterator level " KINORA_VELTRIX_ITERATORS                          \
     "; C runtime " KINORA_VELTRIX_RUNTIME "; interface " KINORA_VELTRIX_TEXT_OF(KINORA_VELTRIX_INTERFACE_VERSION)
 
-/// @return `KINORA_VELTRIX_BINARY_INTERFACE` as the DLL was built, valid as long as it is loaded. Only C crosses here, so that
-///         every program may ask.
+/// @return `KINORA_VELTRIX_BINARY_INTERFACE` as the DLL was built, valid as long as it is loaded. Only C crosses here,
+///         so that every program may ask.
 extern "C" KINORA_VELTRIX_API const char* GetKinoraVeltrixBinaryInterface();
 
 /// The first call of a careful host, before the factory: a program of another compiler gets an object from the factory

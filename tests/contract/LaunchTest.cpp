@@ -410,7 +410,7 @@ TEST(Overriding, OperationsUseOneAnotherThroughTheInterface) {
     EXPECT_EQ(session.fake.world.Count("Save"), 0U) << "the overriding class did not pass it on";
 }
 
-/// A host's own class that asks for something while one of its operations is used by another.
+// A host's own class that asks for something while one of its operations is used by another.
 class AskingCoupling : public CKinoraVeltrixCoupling {
 public:
     bool InitGeometry(const std::string& geometryFile, const std::string& units) override {

@@ -145,7 +145,7 @@ public:
         std::vector<wchar_t> system(MAX_PATH);
         GetSystemDirectoryW(system.data(), MAX_PATH);
         Trap("trap.dll");
-        for (const std::filesystem::path folder : {system.data(), fake::BesideThisProgram(L"").c_str()}) {
+        for (const std::wstring& folder : {std::wstring(system.data()), fake::BesideThisProgram(L"")}) {
             for (const auto& entry : std::filesystem::directory_iterator(folder)) {
                 if (entry.path().extension() == ".dll") {
                     Trap(entry.path().filename());
@@ -175,12 +175,33 @@ TEST_F(HostFailure, NothingIsLoadedFromTheCurrentFolder) {
     EXPECT_GT(traps.Traps(), 100U);
     EXPECT_EQ(LoadLibraryW(L"trap.dll"), nullptr);
     ASSERT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BAD_EXE_FORMAT)) << "the traps are where the loader looks last";
-    const Outcome run = Run({L"--steps", L"1"});
-    EXPECT_EQ(run.exitCode, 0) << run.output;
+    EXPECT_THAT(Run({L"--steps", L"1"}).output, HasSubstr("Saving and closing the project\n"));
     for (const wchar_t* const program : {L"kinora-run.exe", L"vantor-sim.exe", L"vantor-trace.exe"}) {
-        EXPECT_EQ(RunProgram(program, {L"--help"}).exitCode, 0) << std::filesystem::path(program);
+        EXPECT_EQ(RunProgram(fake::BesideThisProgram(program), {L"--help"}).exitCode, 0)
+            << std::filesystem::path(program);
     }
-    EXPECT_EQ(RunProgram(L"minimal-host.exe", {}).exitCode, 2) << "which says how it is used";
+    EXPECT_EQ(RunProgram(fake::BesideThisProgram(L"minimal-host.exe"), {}).exitCode, 2) << "which says how it is used";
+}
+
+TEST_F(HostFailure, ALibraryOfAnotherBuildIsFoundOut) {
+    const ScratchFolder folder;
+    for (const auto& file : std::filesystem::directory_iterator(fake::BesideThisProgram(L""))) {
+        const std::filesystem::path name = file.path().filename();
+        if (name == "kinora-run.exe" || name == "minimal-host.exe" || name.extension() == ".dll") {
+            std::filesystem::copy_file(file, folder / name.string());
+        }
+    }
+    std::filesystem::copy_file(std::filesystem::u8path(KINORA_OTHER_BUILD), folder / "KinoraVeltrixCoupling.dll",
+                               std::filesystem::copy_options::overwrite_existing);
+    const std::wstring scenario = (Examples() / "cube-magnets/scenario.json").wstring();
+    const Outcome host = RunProgram(folder / "kinora-run.exe", {scenario, L"--out", (folder / "output").wstring()});
+    EXPECT_EQ(host.exitCode, 1);
+    EXPECT_THAT(host.output,
+                HasSubstr("KinoraVeltrixCoupling.dll is of another build than this program: another build"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "output"));
+    const Outcome minimal = RunProgram(folder / "minimal-host.exe", {L"project.vtdk", L"geometry.obj"});
+    EXPECT_EQ(minimal.exitCode, 1);
+    EXPECT_THAT(minimal.output, HasSubstr("The DLL (another build) and this program ("));
 }
 
 TEST_F(HostFailure, QuietSaysOnlyWhereTheFilesAre) {

@@ -106,12 +106,12 @@ ScratchFolder::~ScratchFolder() {
     std::filesystem::remove_all(m_path, ignored);
 }
 
-Outcome RunProgram(const std::wstring& name, const std::vector<std::wstring>& arguments) {
-    return Child(fake::BesideThisProgram(name), arguments).Finish();
+Outcome RunProgram(const std::filesystem::path& program, const std::vector<std::wstring>& arguments) {
+    return Child(program, arguments).Finish();
 }
 
 Outcome RunHost(const std::vector<std::wstring>& arguments) {
-    return RunProgram(L"kinora-run.exe", arguments);
+    return RunProgram(fake::BesideThisProgram(L"kinora-run.exe"), arguments);
 }
 
 std::filesystem::path Examples() {

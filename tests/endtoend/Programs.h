@@ -26,9 +26,9 @@ private:
     std::filesystem::path m_path;
 };
 
-/// Runs a program that lies beside the test program to its end.
-Outcome RunProgram(const std::wstring& name, const std::vector<std::wstring>& arguments);
-/// The same for kinora-run.exe.
+/// Runs a program to its end.
+Outcome RunProgram(const std::filesystem::path& program, const std::vector<std::wstring>& arguments);
+/// The same for kinora-run.exe, which lies beside the test program.
 Outcome RunHost(const std::vector<std::wstring>& arguments);
 
 /// The examples' folder.
