@@ -15,19 +15,23 @@ struct CloseFile {
 };
 using File = std::unique_ptr<void, CloseFile>;
 
-[[noreturn]] void ThrowLastError(const std::filesystem::path& path) {
-    const std::error_code code(static_cast<int>(GetLastError()), std::system_category());
-    throw std::filesystem::filesystem_error("canonical", path, code);
-}
-
 /// Opened for nothing but its name, so that nobody who holds the file is in the way. Folders need the flag.
 File Open(const std::filesystem::path& path) {
     const HANDLE file = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        ThrowLastError(path);
+        const std::error_code code(static_cast<int>(GetLastError()), std::system_category());
+        throw std::filesystem::filesystem_error("canonical", path, code);
     }
     return File(file);
+}
+
+/// What is left where a file system cannot tell what its files are called, as that of some network and memory drives.
+std::filesystem::path FullPath(const std::filesystem::path& path) {
+    std::wstring name(longestPath, L'\0');
+    name.resize(GetFullPathNameW(path.c_str(), longestPath, name.data(), nullptr));
+    const std::filesystem::path full = name;
+    return full.has_filename() ? full : full.parent_path();
 }
 
 bool BeginsWith(const std::wstring& text, const std::wstring& start) {
@@ -52,7 +56,7 @@ std::filesystem::path CanonicalPath(const std::filesystem::path& path) {
     const DWORD length =
         GetFinalPathNameByHandleW(file.get(), name.data(), longestPath, FILE_NAME_NORMALIZED | VOLUME_NAME_DOS);
     if (length == 0) {
-        ThrowLastError(path);
+        return FullPath(path);
     }
     name.resize(length);
     return WithoutPathMark(name);

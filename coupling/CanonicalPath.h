@@ -4,9 +4,10 @@
 #include <string>
 
 /// The one name of an existing file or folder, as the file system itself gives it: absolute, links, junctions and dot
-/// segments resolved, short names and letter case as they are on the disk. (The standard library's `canonical` is not
-/// used: some know no network paths, resolve no junctions, and keep names as they are typed.)
-/// @throws std::filesystem::filesystem_error  there is no such path, or the file system has no name for it
+/// segments resolved, short names and letter case as they are on the disk. Where the file system cannot tell, the
+/// absolute path. (The standard library's `canonical` is not used: some know no network paths, resolve no junctions,
+/// and keep names as they are typed.)
+/// @throws std::filesystem::filesystem_error  there is no such path
 std::filesystem::path CanonicalPath(const std::filesystem::path& path);
 
 /// @param path  as the system gives it, with the mark of paths that are not parsed: "\\?\C:\a", "\\?\UNC\server\share"

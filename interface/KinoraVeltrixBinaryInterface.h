@@ -14,7 +14,7 @@
 /// @name What a compiler says about itself
 /// @{
 #if defined(_MSC_VER)
-#define KINORA_VELTRIX_COMPILER_FAMILY "Visual C++"
+#define KINORA_VELTRIX_COMPILER_FAMILY "MSVC"
 #elif defined(__GNUC__)
 #define KINORA_VELTRIX_COMPILER_FAMILY "GCC"
 #else
@@ -28,7 +28,7 @@
 #elif defined(__GLIBCXX__)
 #define KINORA_VELTRIX_LIBRARY "libstdc++ 6, older texts"
 #elif defined(_MSVC_STL_VERSION)
-#define KINORA_VELTRIX_LIBRARY "Microsoft's, 14" // one binary interface since 2015
+#define KINORA_VELTRIX_LIBRARY "of MSVC, 14" // one binary interface since 2015
 #else
 #define KINORA_VELTRIX_LIBRARY "unknown library"
 #endif
