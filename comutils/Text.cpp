@@ -123,7 +123,7 @@ double ToNumber(std::string_view text) {
         return number;
     }
     const std::string_view digits = text.substr(0, static_cast<std::size_t>(end - text.data()));
-    const bool isTiny = digits.find("e-") != digits.npos || digits.find("E-") != digits.npos;
+    const bool isTiny = digits.find("e-") != std::string_view::npos || digits.find("E-") != std::string_view::npos;
     return std::copysign(isTiny ? 0.0 : HUGE_VAL, digits.front() == '-' ? -1.0 : 1.0);
 }
 

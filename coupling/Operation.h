@@ -10,12 +10,12 @@
 class CKinoraVeltrixCoupling::Operation {
 public:
     explicit Operation(const CKinoraVeltrixCoupling& coupling)
-        : m_isOccupied(coupling.m_occupation.isOccupied), m_hasBegun(!m_isOccupied) {
-        m_isOccupied = true;
+        : m_occupation(coupling.m_occupation), m_hasBegun(!m_occupation.isOccupied) {
+        m_occupation.isOccupied = true;
     }
     ~Operation() {
         if (m_hasBegun) {
-            m_isOccupied = false;
+            m_occupation.isOccupied = false;
         }
     }
     Operation(const Operation&) = delete;
@@ -25,7 +25,7 @@ public:
     bool HasBegun() const { return m_hasBegun; }
 
 private:
-    bool& m_isOccupied;
+    Occupation& m_occupation;
     const bool m_hasBegun;
 };
 
@@ -50,13 +50,13 @@ private:
 /// The part of an operation that uses others through the virtual functions: they are not asked for from outside.
 class CKinoraVeltrixCoupling::OwnCalls {
 public:
-    explicit OwnCalls(const CKinoraVeltrixCoupling& coupling) : m_isOccupied(coupling.m_occupation.isOccupied) {
-        m_isOccupied = false;
+    explicit OwnCalls(const CKinoraVeltrixCoupling& coupling) : m_occupation(coupling.m_occupation) {
+        m_occupation.isOccupied = false;
     }
-    ~OwnCalls() { m_isOccupied = true; }
+    ~OwnCalls() { m_occupation.isOccupied = true; }
     OwnCalls(const OwnCalls&) = delete;
     OwnCalls& operator=(const OwnCalls&) = delete;
 
 private:
-    bool& m_isOccupied;
+    Occupation& m_occupation;
 };

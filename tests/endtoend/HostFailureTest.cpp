@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <vector>
 
 namespace endtoend {
@@ -173,8 +174,10 @@ private:
 TEST_F(HostFailure, NothingIsLoadedFromTheCurrentFolder) {
     const TrapFolder traps;
     EXPECT_GT(traps.Traps(), 100U);
-    EXPECT_EQ(LoadLibraryW(L"trap.dll"), nullptr);
-    ASSERT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BAD_EXE_FORMAT)) << "the traps are where the loader looks last";
+    const std::unique_ptr<HINSTANCE__, decltype(&FreeLibrary)> trap(LoadLibraryW(L"trap.dll"), &FreeLibrary);
+    const DWORD error = GetLastError();
+    EXPECT_EQ(trap, nullptr);
+    ASSERT_EQ(error, static_cast<DWORD>(ERROR_BAD_EXE_FORMAT)) << "the traps are where the loader looks last";
     EXPECT_THAT(Run({L"--steps", L"1"}).output, HasSubstr("Saving and closing the project\n"));
     for (const wchar_t* const program : {L"kinora-run.exe", L"vantor-sim.exe", L"vantor-trace.exe"}) {
         EXPECT_EQ(RunProgram(fake::BesideThisProgram(program), {L"--help"}).exitCode, 0)
