@@ -8,11 +8,12 @@
 #include <cstring>
 #include <string> // any header of the standard library tells which one it is
 
+/// @cond
+// The parts of the text below: what a compiler says about itself.
+
 #define KINORA_VELTRIX_TEXT_OF_VALUE(value) #value
 #define KINORA_VELTRIX_TEXT_OF(macro) KINORA_VELTRIX_TEXT_OF_VALUE(macro)
 
-/// @name What a compiler says about itself
-/// @{
 #if defined(_MSC_VER)
 #define KINORA_VELTRIX_COMPILER_FAMILY "MSVC"
 #elif defined(__GNUC__)
@@ -52,7 +53,7 @@
 #else
 #define KINORA_VELTRIX_RUNTIME "the system's"
 #endif
-/// @}
+/// @endcond
 
 /// Number of the interface: it grows when an operation, a record or the coupling object takes another form.
 #define KINORA_VELTRIX_INTERFACE_VERSION 1
