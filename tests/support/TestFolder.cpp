@@ -52,6 +52,19 @@ bool MakeBelowWine(const std::wstring& made, const std::vector<std::wstring>& wo
     return FileExists(made);
 }
 
+/// @return the path of a new folder that is reached through the network; empty where there is none
+std::wstring MakeNetworkFolder() {
+    const wchar_t* const prefix = _wgetenv(L"WINEPREFIX");
+    if (!prefix) {
+        return {};
+    }
+    // Wine looks for \\server\share in this folder of its prefix.
+    const std::wstring server = L"kinora-" + std::to_wstring(GetCurrentProcessId());
+    const std::wstring path = L"\\\\" + server + L"\\share\\folder";
+    const std::wstring unixPath = prefix + (L"/dosdevices/unc/" + server) + L"/share/folder";
+    return MakeBelowWine(path, {L"mkdir", L"-p", unixPath}) ? path : std::wstring();
+}
+
 } // namespace
 
 TestFolder::TestFolder() {
@@ -110,22 +123,6 @@ bool MakeFolderLink(const std::wstring& link, const std::wstring& target) {
     return MakeBelowWine(link, {L"ln", L"-s", UnixPath(target), UnixPath(link)});
 }
 
-NetworkFolder::NetworkFolder() {
-    const wchar_t* const prefix = _wgetenv(L"WINEPREFIX");
-    if (!prefix) {
-        return;
-    }
-    // Wine looks for \\server\share in this folder of its prefix.
-    const std::wstring server = L"kinora-" + std::to_wstring(GetCurrentProcessId());
-    const std::wstring path = L"\\\\" + server + L"\\share\\folder";
-    if (MakeBelowWine(path, {L"mkdir", L"-p", prefix + (L"/dosdevices/unc/" + server) + L"/share/folder"})) {
-        m_path = path;
-    }
-}
-
-NetworkFolder::~NetworkFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(std::filesystem::path(m_path), ignored);
-}
+NetworkFolder::NetworkFolder() : TestFolder(MakeNetworkFolder()) {}
 
 } // namespace fake

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 namespace fake {
 
@@ -15,6 +16,10 @@ public:
     /// Without a separator at its end.
     const std::wstring& Path() const { return m_path; }
     std::wstring operator/(const std::wstring& name) const { return m_path + L"\\" + name; }
+
+protected:
+    /// A folder that is there already; empty for none.
+    explicit TestFolder(std::wstring path) : m_path(std::move(path)) {}
 
 private:
     std::wstring m_path;
@@ -31,20 +36,11 @@ void MakeFolder(const std::wstring& path);
 bool MakeFolderLink(const std::wstring& link, const std::wstring& target);
 /// @}
 
-/// A folder that is reached by a network path; removed with everything in it at the end. Under Wine, where it is one of
-/// the prefix's own; elsewhere the path is empty.
-class NetworkFolder {
+/// A test's folder that is reached by a network path. Under Wine, where it is one of the prefix's own; elsewhere the
+/// path is empty.
+class NetworkFolder : public TestFolder {
 public:
     NetworkFolder();
-    ~NetworkFolder();
-    NetworkFolder(const NetworkFolder&) = delete;
-    NetworkFolder& operator=(const NetworkFolder&) = delete;
-
-    const std::wstring& Path() const { return m_path; }
-    std::wstring operator/(const std::wstring& name) const { return m_path + L"\\" + name; }
-
-private:
-    std::wstring m_path;
 };
 
 } // namespace fake
