@@ -87,7 +87,7 @@ TEST_F(ScenarioReader, TakesQuantitiesAsNumbersAndAsFormulas) {
 
 TEST_F(ScenarioReader, ReadsAFreeJointWhole) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0]["free"] = {{"start", "1*mm"},
                                      {"speed", -2},
                                      {"inertia", 0.5},
@@ -115,7 +115,7 @@ TEST_F(ScenarioReader, ReadsAFreeJointWhole) {
 
 TEST_F(ScenarioReader, ReadsPrescribedTablesAndMaterials) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0].erase("free");
     document["joints"][0]["prescribed"] = {{"table", {{0, 0}, {1, "10*mm"}}}};
     document["materials"] = {{"magnet", {{"name", "magnet_1T"}, {"direction", {0, 0, 1}}}},
@@ -194,7 +194,7 @@ TEST_F(ScenarioReader, SuggestsTheKeyThatWasMeant) {
 
 TEST_F(ScenarioReader, ListsTheWordsThatAreAllowed) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0]["type"] = "hinged";
     EXPECT_THAT(ErrorOf(document),
                 HasSubstr("/joints/0/type: \"hinged\" is not allowed; use \"slider\" or \"hinge\". Did "
@@ -212,7 +212,7 @@ TEST_F(ScenarioReader, ChecksTheLengthOfLists) {
 
 TEST_F(ScenarioReader, ChecksRanges) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0]["free"]["stops"] = {{"min", 0}, {"restitution", 2}};
     EXPECT_THAT(ErrorOf(document),
                 HasSubstr("/joints/0/free/stops/restitution: Expected number less than or equal to 1"));
@@ -223,7 +223,7 @@ TEST_F(ScenarioReader, ChecksRanges) {
 
 TEST_F(ScenarioReader, WantsExactlyOneMotionPerJoint) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0].erase("free");
     EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
     document["joints"][0]["free"] = json::object();
@@ -265,7 +265,7 @@ TEST_F(ScenarioReader, RefusesAnObjectOfTwoBodies) {
 
 TEST_F(ScenarioReader, RefusesAJointOfAnUnknownBody) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0]["bodies"] = {"rotors"};
     EXPECT_THAT(ErrorOf(document),
                 HasSubstr("/joints/0/bodies/0: there is no body \"rotors\". Did you mean \"rotor\"?"));
@@ -281,7 +281,7 @@ TEST_F(ScenarioReader, RefusesABodyOnTwoJoints) {
 TEST_F(ScenarioReader, RefusesAFreeJointWithoutInertia) {
     json document = Smallest();
     document["bodies"][0].erase("mass");
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0/free: nothing on this joint has a mass"));
     document["bodies"][0]["mass"] = 1;
     document["joints"][0]["type"] = "hinge";
@@ -301,7 +301,7 @@ TEST_F(ScenarioReader, RefusesWrongFormulasWithTheirColumn) {
 TEST_F(ScenarioReader, RefusesValuesThatMakeNoSense) {
     const auto with = [](const char* pointer, const json& value) {
         json document = Smallest();
-        document["joints"] = {Slider()};
+        document["joints"] = json::array({Slider()});
         document[json::json_pointer(pointer)] = value;
         return document;
     };
@@ -323,7 +323,7 @@ TEST_F(ScenarioReader, RefusesValuesThatMakeNoSense) {
 
 TEST_F(ScenarioReader, RefusesATableThatRunsBack) {
     json document = Smallest();
-    document["joints"] = {Slider()};
+    document["joints"] = json::array({Slider()});
     document["joints"][0].erase("free");
     document["joints"][0]["prescribed"] = {{"table", {{0, 0}, {0, 1}}}};
     EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0/prescribed/table/1: time 0 s does not come after 0 s"));

@@ -32,6 +32,7 @@ protected:
         std::vector<Value> arguments;
     };
 
+    /// (A list alone is told to be one value: compilers differ about a list in braces that would be its copy.)
     std::vector<Case> CommandsThatMayRunTwice() {
         const List selections = {"NAME:Selections", "Selections:=", "Rotor", "NewPartsModelFlag:=", "Model"};
         return {
@@ -39,11 +40,11 @@ protected:
              "SetDesignSettings",
              {List{"NAME:Design Settings Data", "Allow Material Override:=", true},
               List{"NAME:Model Validation Settings"}}},
-            {desk.editor, "SetModelUnits", {List{"NAME:Units Parameter", "Units:=", "mm", "Rescale:=", false}}},
+            {desk.editor, "SetModelUnits", {Value(List{"NAME:Units Parameter", "Units:=", "mm", "Rescale:=", false})}},
             {desk.editor, "CreateRegion", {RegionParameters(), RegionAttributes()}},
             {desk.editor,
              "SetWCS",
-             {List{"NAME:SetWCS Parameter", "Working Coordinate System:=", "Global", "RegionDepCSOk:=", true}}},
+             {Value(List{"NAME:SetWCS Parameter", "Working Coordinate System:=", "Global", "RegionDepCSOk:=", true})}},
             {desk.editor,
              "Rotate",
              {selections, List{"NAME:RotateParameters", "RotateAxis:=", "X", "RotateAngle:=", "0.100000"}}},
