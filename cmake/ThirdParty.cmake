@@ -3,9 +3,8 @@
 # Debian's header packages serve the cross build too, but /usr/include as a whole must never be on its path: each
 # library gets a folder of its own that holds a link to its headers.
 function(kinora_header_library name)
-    cmake_parse_arguments(arg "" "PACKAGE;TARGET" "HEADERS;DEFINITIONS" ${ARGN})
+    cmake_parse_arguments(arg "" "PACKAGE;TARGET" "HEADERS" ${ARGN})
     add_library(thirdparty_${name} INTERFACE)
-    target_compile_definitions(thirdparty_${name} INTERFACE ${arg_DEFINITIONS})
     if(MSVC)
         find_package(${arg_PACKAGE} CONFIG REQUIRED)
         target_link_libraries(thirdparty_${name} INTERFACE ${arg_TARGET})
@@ -26,10 +25,15 @@ endfunction()
 
 kinora_header_library(json HEADERS nlohmann PACKAGE nlohmann_json TARGET nlohmann_json::nlohmann_json)
 kinora_header_library(cli11 HEADERS CLI PACKAGE CLI11 TARGET CLI11::CLI11)
-kinora_header_library(fmt HEADERS fmt DEFINITIONS FMT_HEADER_ONLY PACKAGE fmt TARGET fmt::fmt-header-only)
+kinora_header_library(fmt HEADERS fmt PACKAGE fmt TARGET fmt::fmt-header-only)
 kinora_header_library(tinyobj HEADERS tiny_obj_loader.h PACKAGE tinyobjloader TARGET tinyobjloader::tinyobjloader)
 kinora_header_library(valijson HEADERS valijson PACKAGE valijson TARGET ValiJSON::valijson)
 kinora_header_library(eigen HEADERS eigen3/Eigen PACKAGE Eigen3 TARGET Eigen3::Eigen)
 if(NOT MSVC)
     target_include_directories(thirdparty_eigen SYSTEM INTERFACE "${CMAKE_BINARY_DIR}/thirdparty/eigen/eigen3")
+    # Debian has fmt compiled for this machine only.
+    add_library(thirdparty_fmt_functions STATIC "${PROJECT_SOURCE_DIR}/cmake/FmtFunctions.cpp")
+    target_compile_features(thirdparty_fmt_functions PRIVATE cxx_std_17)
+    target_include_directories(thirdparty_fmt_functions SYSTEM PRIVATE "${CMAKE_BINARY_DIR}/thirdparty/fmt")
+    target_link_libraries(thirdparty_fmt INTERFACE thirdparty_fmt_functions)
 endif()

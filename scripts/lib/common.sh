@@ -36,7 +36,7 @@ need_build_tools() {
     command -v node >/dev/null && command -v npm >/dev/null || need nodejs npm
 }
 
-# The second compiler, for the preset mingw-clang and the fuzzer.
+# The second compiler, for the presets mingw-clang and native.
 need_clang() { need clang libclang-rt-14-dev lld; }
 
 # What scripts/check looks with.
