@@ -2,22 +2,22 @@
 if(MSVC)
     find_package(GTest CONFIG REQUIRED)
 else()
+    # Code of the tests is hardly optimised: what it tests is, and most of the build's time was the optimiser's work on
+    # assertions. A little of it lets GCC leave out two thirds of the sections, and links take no time.
+    set(kinora_test_optimisation $<IF:$<CXX_COMPILER_ID:GNU>,-O1,-O0>)
     set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
     set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
     add_subdirectory(/usr/src/googletest "${CMAKE_BINARY_DIR}/googletest" EXCLUDE_FROM_ALL SYSTEM)
     foreach(library gtest gtest_main gmock gmock_main)
         set_target_properties(${library} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/googletest/lib")
-        target_compile_options(${library} PRIVATE $<IF:$<CXX_COMPILER_ID:GNU>,-O1,-O0>)
+        target_compile_options(${library} PRIVATE ${kinora_test_optimisation})
     endforeach()
 endif()
 
-# kinora_configure_test(target): code of the tests. It is hardly optimised: what it tests is, and most of the build's time was
-# the optimiser's work on assertions. A little of it lets GCC leave out two thirds of the sections, and links take no time.
+# kinora_configure_test(target): code of the tests.
 function(kinora_configure_test target)
     kinora_configure(${target})
-    if(NOT MSVC)
-        target_compile_options(${target} PRIVATE $<IF:$<CXX_COMPILER_ID:GNU>,-O1,-O0>)
-    endif()
+    target_compile_options(${target} PRIVATE ${kinora_test_optimisation})
 endfunction()
 
 # googletest's headers, read once for all test programs. (The preset mingw-clang goes without, and so shows a test that
