@@ -17,37 +17,121 @@ struct Constant {
     std::string_view name;
     double value;
 };
-struct UnaryFunction {
-    std::string_view name;
-    double (*function)(double);
-};
-struct BinaryFunction {
-    std::string_view name;
-    double (*function)(double, double);
+
+/// A value and its derivative with respect to time.
+struct Dual {
+    double value = 0.0;
+    double slope = 0.0;
 };
 
-constexpr std::array<Constant, 4> constants = {{{"pi", pi}, {"deg", pi / 180.0}, {"mm", 0.001}, {"g", 9.80665}}};
+} // namespace
+
+/// What a name with one argument stands for.
+struct UnaryFunction {
+    std::string_view name;
+    double (*value)(double);
+    /// Derivative of the function of something that changes with time.
+    double (*slope)(const Dual&);
+};
+
+/// What a name with two arguments stands for.
+struct BinaryFunction {
+    std::string_view name;
+    double (*value)(double, double);
+    double (*slope)(const Dual&, const Dual&);
+};
+
+namespace {
+
+constexpr std::array<Constant, 5> constants = {
+    {{"pi", pi}, {"deg", pi / 180.0}, {"mm", 0.001}, {"gram", 0.001}, {"gn", 9.80665}}};
+
+/// The chain rule. What does not change stays, even where the outer derivative is infinite: sqrt(0) is a constant.
+double Chained(double outer, double inner) {
+    return inner == 0.0 ? 0.0 : outer * inner;
+}
+
+/// Slope of the one of two values that a function has chosen; where they are equal, the caller's choice of slopes.
+double SlopeOfChosen(const Dual& a, const Dual& b, double chosen, double slopeWhenEqual) {
+    return a.value == b.value ? slopeWhenEqual : chosen == a.value ? a.slope : b.slope;
+}
 
 /// Lambdas pick the overload for double on every standard library.
 const std::array<UnaryFunction, 11> unaryFunctions = {{
-    {"sin", [](double x) { return std::sin(x); }},
-    {"cos", [](double x) { return std::cos(x); }},
-    {"tan", [](double x) { return std::tan(x); }},
-    {"asin", [](double x) { return std::asin(x); }},
-    {"acos", [](double x) { return std::acos(x); }},
-    {"atan", [](double x) { return std::atan(x); }},
-    {"sqrt", [](double x) { return std::sqrt(x); }},
-    {"exp", [](double x) { return std::exp(x); }},
-    {"log", [](double x) { return std::log(x); }},
-    {"abs", [](double x) { return std::fabs(x); }},
-    {"step", [](double x) { return x < 0.0 ? 0.0 : 1.0; }},
+    {"sin", [](double x) { return std::sin(x); }, [](const Dual& x) { return std::cos(x.value) * x.slope; }},
+    {"cos", [](double x) { return std::cos(x); }, [](const Dual& x) { return -std::sin(x.value) * x.slope; }},
+    {"tan", [](double x) { return std::tan(x); },
+     [](const Dual& x) { return x.slope / (std::cos(x.value) * std::cos(x.value)); }},
+    {"asin", [](double x) { return std::asin(x); },
+     [](const Dual& x) { return Chained(1.0 / std::sqrt(1.0 - x.value * x.value), x.slope); }},
+    {"acos", [](double x) { return std::acos(x); },
+     [](const Dual& x) { return Chained(-1.0 / std::sqrt(1.0 - x.value * x.value), x.slope); }},
+    {"atan", [](double x) { return std::atan(x); }, [](const Dual& x) { return x.slope / (1.0 + x.value * x.value); }},
+    {"sqrt", [](double x) { return std::sqrt(x); },
+     [](const Dual& x) { return Chained(0.5 / std::sqrt(x.value), x.slope); }},
+    {"exp", [](double x) { return std::exp(x); }, [](const Dual& x) { return std::exp(x.value) * x.slope; }},
+    {"log", [](double x) { return std::log(x); }, [](const Dual& x) { return Chained(1.0 / x.value, x.slope); }},
+    {"abs", [](double x) { return std::fabs(x); },
+     [](const Dual& x) { return x.value == 0.0 ? std::fabs(x.slope) : std::copysign(1.0, x.value) * x.slope; }},
+    {"step", [](double x) { return x < 0.0 ? 0.0 : 1.0; }, [](const Dual&) { return 0.0; }},
 }};
 
 const std::array<BinaryFunction, 3> binaryFunctions = {{
-    {"min", [](double a, double b) { return std::fmin(a, b); }},
-    {"max", [](double a, double b) { return std::fmax(a, b); }},
-    {"atan2", [](double a, double b) { return std::atan2(a, b); }},
+    {"min", [](double a, double b) { return std::fmin(a, b); },
+     [](const Dual& a, const Dual& b) {
+         return SlopeOfChosen(a, b, std::fmin(a.value, b.value), std::fmin(a.slope, b.slope));
+     }},
+    {"max", [](double a, double b) { return std::fmax(a, b); },
+     [](const Dual& a, const Dual& b) {
+         return SlopeOfChosen(a, b, std::fmax(a.value, b.value), std::fmax(a.slope, b.slope));
+     }},
+    {"atan2", [](double y, double x) { return std::atan2(y, x); },
+     [](const Dual& y, const Dual& x) {
+         return Chained(1.0 / (x.value * x.value + y.value * y.value), x.value * y.slope - y.value * x.slope);
+     }},
 }};
+
+Dual operator+(const Dual& a, const Dual& b) {
+    return {a.value + b.value, a.slope + b.slope};
+}
+Dual operator-(const Dual& a, const Dual& b) {
+    return {a.value - b.value, a.slope - b.slope};
+}
+Dual operator-(const Dual& a) {
+    return {-a.value, -a.slope};
+}
+Dual operator*(const Dual& a, const Dual& b) {
+    return {a.value * b.value, a.slope * b.value + a.value * b.slope};
+}
+Dual operator/(const Dual& a, const Dual& b) {
+    const double value = a.value / b.value;
+    return {value, (a.slope - value * b.slope) / b.value};
+}
+
+double Power(double base, double exponent) {
+    return std::pow(base, exponent);
+}
+Dual Power(const Dual& base, const Dual& exponent) {
+    const double value = Power(base.value, exponent.value);
+    // The logarithm of 0 does not matter where the power is 0, nor do derivatives of what does not change.
+    const double byBase =
+        exponent.value == 0.0 ? 0.0 : Chained(exponent.value * Power(base.value, exponent.value - 1.0), base.slope);
+    const double byExponent = value == 0.0 ? 0.0 : Chained(value * std::log(base.value), exponent.slope);
+    return {value, byBase + byExponent};
+}
+
+double Call(const UnaryFunction& function, double x) {
+    return function.value(x);
+}
+Dual Call(const UnaryFunction& function, const Dual& x) {
+    return {function.value(x.value), function.slope(x)};
+}
+double Call(const BinaryFunction& function, double a, double b) {
+    return function.value(a, b);
+}
+Dual Call(const BinaryFunction& function, const Dual& a, const Dual& b) {
+    return {function.value(a.value, b.value), function.slope(a, b)};
+}
 
 template <class Table>
 const typename Table::value_type* Find(const Table& table, std::string_view name) {
@@ -237,7 +321,7 @@ private:
             Require('(');
             Sum();
             Require(')');
-            m_program.push_back({Operation::Unary, 0.0, function->function, nullptr});
+            m_program.push_back({Operation::Unary, 0.0, function, nullptr});
             return;
         }
         if (const auto* function = Find(binaryFunctions, name)) {
@@ -246,10 +330,13 @@ private:
             Require(',');
             Sum();
             Require(')');
-            m_program.push_back({Operation::Binary, 0.0, nullptr, function->function});
+            m_program.push_back({Operation::Binary, 0.0, nullptr, function});
             return;
         }
         m_at = start;
+        if (name == "g") {
+            Fail("\"g\" could mean grams or the acceleration of free fall; write gram or gn");
+        }
         Fail(fmt::format("\"{}\" is not known here", name));
     }
 
@@ -270,21 +357,23 @@ Expression Expression::Parse(std::string_view formula, Variables variables) {
     return result;
 }
 
-double Expression::Evaluate(double time, double coordinate) const {
-    std::vector<double> stack;
+template <class Value>
+Value Expression::Run(Value time, Value coordinate) const {
+    std::vector<Value> stack;
+    stack.reserve(m_program.size());
     const auto pop = [&stack] {
-        const double value = stack.back();
+        const Value value = stack.back();
         stack.pop_back();
         return value;
     };
     const auto combine = [&](auto&& function) {
-        const double right = pop();
+        const Value right = pop();
         stack.back() = function(stack.back(), right);
     };
     for (const Instruction& instruction : m_program) {
         switch (instruction.operation) {
         case Operation::Number:
-            stack.push_back(instruction.number);
+            stack.push_back(Value{instruction.number});
             break;
         case Operation::Time:
             stack.push_back(time);
@@ -293,32 +382,40 @@ double Expression::Evaluate(double time, double coordinate) const {
             stack.push_back(coordinate);
             break;
         case Operation::Add:
-            combine([](double a, double b) { return a + b; });
+            combine([](const Value& a, const Value& b) { return a + b; });
             break;
         case Operation::Subtract:
-            combine([](double a, double b) { return a - b; });
+            combine([](const Value& a, const Value& b) { return a - b; });
             break;
         case Operation::Multiply:
-            combine([](double a, double b) { return a * b; });
+            combine([](const Value& a, const Value& b) { return a * b; });
             break;
         case Operation::Divide:
-            combine([](double a, double b) { return a / b; });
+            combine([](const Value& a, const Value& b) { return a / b; });
             break;
         case Operation::Power:
-            combine([](double a, double b) { return std::pow(a, b); });
+            combine([](const Value& a, const Value& b) { return Power(a, b); });
             break;
         case Operation::Binary:
-            combine(instruction.binary);
+            combine([&](const Value& a, const Value& b) { return Call(*instruction.binary, a, b); });
             break;
         case Operation::Negate:
             stack.back() = -stack.back();
             break;
         case Operation::Unary:
-            stack.back() = instruction.unary(stack.back());
+            stack.back() = Call(*instruction.unary, stack.back());
             break;
         }
     }
     return stack.back();
+}
+
+double Expression::Evaluate(double time, double coordinate) const {
+    return Run(time, coordinate);
+}
+
+double Expression::Slope(double time, double coordinate) const {
+    return Run(Dual{time, 1.0}, Dual{coordinate}).slope;
 }
 
 } // namespace kinora::scenario

@@ -1,13 +1,18 @@
 #include "scenario/PrescribedMotion.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 
 namespace kinora::scenario {
 
+MotionTable::Rows::const_iterator MotionTable::RowAfter(double time) const {
+    return std::upper_bound(rows.begin(), rows.end(), time,
+                            [](double wanted, const auto& row) { return wanted < row.first; });
+}
+
 double MotionTable::Evaluate(double time) const {
-    const auto after = std::upper_bound(rows.begin(), rows.end(), time,
-                                        [](double wanted, const auto& row) { return wanted < row.first; });
+    const auto after = RowAfter(time);
     if (after == rows.begin()) {
         return rows.front().second;
     }
@@ -19,11 +24,27 @@ double MotionTable::Evaluate(double time) const {
     return value0 + (value1 - value0) * ((time - time0) / (time1 - time0));
 }
 
+double MotionTable::Slope(double time) const {
+    const auto after = RowAfter(time);
+    if (after == rows.begin() || after == rows.end()) {
+        return 0.0;
+    }
+    const auto& [time0, value0] = *(after - 1);
+    const auto& [time1, value1] = *after;
+    return (value1 - value0) / (time1 - time0);
+}
+
 double PrescribedMotion::Evaluate(double time) const {
     if (const auto* table = std::get_if<MotionTable>(&m_source)) {
         return table->Evaluate(time);
     }
     return std::get<Expression>(m_source).Evaluate(time);
+}
+
+double PrescribedMotion::Speed(double time) const {
+    const auto* table = std::get_if<MotionTable>(&m_source);
+    const double speed = table ? table->Slope(time) : std::get<Expression>(m_source).Slope(time);
+    return std::isfinite(speed) ? speed : 0.0;
 }
 
 std::string PrescribedMotion::Description() const {

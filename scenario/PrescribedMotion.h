@@ -11,9 +11,17 @@ namespace kinora::scenario {
 /// A coordinate given by pairs of time and value, straight lines between them; it stands still before the first and
 /// after the last.
 struct MotionTable {
+    using Rows = std::vector<std::pair<double, double>>;
+
     /// Times strictly ascending; at least one row.
-    std::vector<std::pair<double, double>> rows;
+    Rows rows;
     double Evaluate(double time) const;
+    /// Slope of the piece that begins at a time or has begun before it; 0 before the first row and from the last one on.
+    double Slope(double time) const;
+
+private:
+    /// The first row that is later than a time.
+    Rows::const_iterator RowAfter(double time) const;
 };
 
 /// A joint's coordinate as a function of time.
@@ -24,6 +32,11 @@ public:
 
     /// @return the coordinate, metres or radians; may be infinite or NaN where an expression is
     double Evaluate(double time) const;
+
+    /// The exact time derivative of the coordinate, metres or radians per second; at a corner that of the time that follows.
+    /// @return always finite, so that it can be written down and read again: 0 where there is no finite speed, as of
+    ///         sqrt(t) at 0
+    double Speed(double time) const;
 
     /// One line for people.
     std::string Description() const;
