@@ -84,6 +84,7 @@ public:
                                          m_counter.last, level.pointer.empty() ? "/" : level.pointer, name));
         }
         level.key = name;
+        level.keyLine = m_counter.last;
         return true;
     }
 
@@ -100,28 +101,32 @@ private:
         bool isArray = false;
         std::size_t index = 0;
         std::string key;
+        int keyLine = 1;
         std::set<std::string> keys;
     };
 
-    /// Pointer of the value that comes now.
-    std::string NextPointer() {
-        if (m_levels.empty()) {
-            return {};
+    /// Notes where the value that comes now stands.
+    /// @param line  where it begins
+    /// @return its pointer
+    std::string Note(int line) {
+        std::string pointer;
+        if (!m_levels.empty()) {
+            Level& level = m_levels.back();
+            pointer = PointerTo(level.pointer, level.isArray ? std::to_string(level.index++) : level.key);
+            line = level.isArray ? line : level.keyLine;
         }
-        Level& level = m_levels.back();
-        return PointerTo(level.pointer, level.isArray ? std::to_string(level.index++) : level.key);
+        locations.places[pointer] = {line, locations.places.size()};
+        return pointer;
     }
     bool Value(int line) {
-        locations.lines[NextPointer()] = line;
+        Note(line);
         return true;
     }
     bool Enter(bool isArray) {
         if (m_levels.size() > 100) {
             throw InputError(fmt::format("{}:{}: too deeply nested.", m_fileName, m_counter.last));
         }
-        const std::string pointer = NextPointer();
-        locations.lines[pointer] = m_counter.last;
-        m_levels.push_back({pointer, isArray, 0, {}, {}});
+        m_levels.push_back({Note(m_counter.last), isArray, 0, {}, 1, {}});
         return true;
     }
     bool Leave() {
@@ -136,14 +141,14 @@ private:
 
 } // namespace
 
-int JsonLocations::LineOf(std::string pointer) const {
+JsonLocation JsonLocations::Of(std::string pointer) const {
     for (;;) {
-        const auto found = lines.find(pointer);
-        if (found != lines.end()) {
+        const auto found = places.find(pointer);
+        if (found != places.end()) {
             return found->second;
         }
         if (pointer.empty()) {
-            return 1;
+            return {};
         }
         pointer.erase(pointer.rfind('/'));
     }

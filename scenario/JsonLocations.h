@@ -1,17 +1,26 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <string>
 
 namespace kinora::scenario {
 
+/// Where a value of a JSON text stands.
+struct JsonLocation {
+    /// Counted from 1; of a value with a key, the line of the key.
+    int line = 1;
+    /// How many values begin before it.
+    std::size_t order = 0;
+};
+
 /// Where the values of a JSON text stand.
 struct JsonLocations {
-    /// JSON pointer ("" is the whole document) to line, counted from 1.
-    std::map<std::string, int> lines;
+    /// By JSON pointer ("" is the whole document).
+    std::map<std::string, JsonLocation> places;
 
-    /// Line of a value, or of its closest parent that is known.
-    int LineOf(std::string pointer) const;
+    /// Location of a value, or of its closest parent that is known.
+    JsonLocation Of(std::string pointer) const;
 };
 
 /// One more step of a JSON pointer, escaped as RFC 6901 asks.

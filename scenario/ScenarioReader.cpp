@@ -1,7 +1,6 @@
 #include "scenario/ScenarioReader.h"
 
-#include "scenario/Errors.h"
-#include "scenario/JsonLocations.h"
+#include "scenario/Node.h"
 #include "scenario/SchemaCheck.h"
 #include "scenario/Text.h"
 
@@ -16,86 +15,6 @@
 namespace kinora::scenario {
 namespace {
 
-using nlohmann::json;
-
-/// A value of the document together with its location, so that whatever is wrong with it can be said where it stands.
-class Node {
-public:
-    Node(const json& value, std::string pointer, const JsonLocations& locations, const std::string& fileName)
-        : m_value(&value), m_pointer(std::move(pointer)), m_locations(&locations), m_fileName(&fileName) {}
-
-    /// A line about this value, with its location.
-    std::string Line(const std::string& text) const {
-        return fmt::format("{}:{}: {}: {}", *m_fileName, m_locations->LineOf(m_pointer),
-                           m_pointer.empty() ? "/" : m_pointer, text);
-    }
-
-    [[noreturn]] void Fail(const std::string& reason) const { throw InputError(Line(reason)); }
-
-    bool Has(const char* key) const { return m_value->contains(key); }
-    Node At(const std::string& key) const {
-        return {m_value->at(key), PointerTo(m_pointer, key), *m_locations, *m_fileName};
-    }
-    Node At(std::size_t index) const {
-        return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_locations, *m_fileName};
-    }
-    std::size_t Size() const { return m_value->size(); }
-    std::vector<std::string> Keys() const {
-        std::vector<std::string> keys;
-        for (const auto& [key, value] : m_value->items()) {
-            keys.push_back(key);
-        }
-        return keys;
-    }
-
-    std::string Text() const { return m_value->get<std::string>(); }
-    bool Flag() const { return m_value->get<bool>(); }
-
-    Expression Formula(Expression::Variables variables) const {
-        if (m_value->is_number()) {
-            return Expression(m_value->get<double>());
-        }
-        try {
-            return Expression::Parse(Text(), variables);
-        } catch (const std::invalid_argument& error) {
-            Fail(error.what());
-        }
-    }
-
-    double Number() const {
-        const double value = Formula(Expression::Variables::None).Evaluate(0.0);
-        if (!std::isfinite(value)) {
-            Fail("the value is not a finite number.");
-        }
-        return value;
-    }
-    double NumberOr(const char* key, double fallback) const { return Has(key) ? At(key).Number() : fallback; }
-    double NotNegativeOr(const char* key, double fallback) const {
-        const double value = NumberOr(key, fallback);
-        if (value < 0.0) {
-            At(key).Fail(fmt::format("{} is negative; it must be 0 or more.", value));
-        }
-        return value;
-    }
-
-    Vector Triple() const { return {At(0).Number(), At(1).Number(), At(2).Number()}; }
-    Vector TripleOr(const char* key, const Vector& fallback) const { return Has(key) ? At(key).Triple() : fallback; }
-    Vector Direction() const {
-        const Vector vector = Triple();
-        const double length = vector.norm();
-        if (!(length > 0.0)) {
-            Fail("a direction must not be 0, 0, 0.");
-        }
-        return vector / length;
-    }
-
-private:
-    const json* m_value;
-    std::string m_pointer;
-    const JsonLocations* m_locations;
-    const std::string* m_fileName;
-};
-
 std::string LowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
@@ -108,8 +27,8 @@ public:
     explicit UniqueNames(const char* kind) : m_kind(kind) {}
     void Add(const Node& node) {
         if (!m_names.emplace(LowerCase(node.Text()), node.Text()).second) {
-            node.Fail(fmt::format("another {} is called \"{}\" already (upper and lower case count as the same).",
-                                  m_kind, m_names.at(LowerCase(node.Text()))));
+            node.Report(fmt::format("another {} is called \"{}\" already (upper and lower case count as the same).",
+                                    m_kind, m_names.at(LowerCase(node.Text()))));
         }
     }
 
@@ -121,8 +40,8 @@ private:
 Body ReadBody(const Node& node) {
     Body body;
     body.name = node.At("name").Text();
-    for (std::size_t i = 0; i < node.At("objects").Size(); ++i) {
-        body.objects.push_back(node.At("objects").At(i).Text());
+    for (const Node& object : node.At("objects").Items()) {
+        body.objects.push_back(object.Text());
     }
     body.X_WB0.p_WB_W = node.TripleOr("position", Vector::Zero());
     if (node.Has("rotation")) {
@@ -132,8 +51,8 @@ Body ReadBody(const Node& node) {
     body.mass = node.NotNegativeOr("mass", 0.0);
     body.p_BC_B = node.TripleOr("centreOfMass", Vector::Zero());
     body.principalInertia_B = node.TripleOr("inertia", Vector::Zero());
-    if (body.principalInertia_B.minCoeff() < 0.0) {
-        node.At("inertia").Fail("moments of inertia must be 0 or more.");
+    if ((body.principalInertia_B.array() < 0.0).any()) {
+        node.At("inertia").Report("moments of inertia must be 0 or more.");
     }
     return body;
 }
@@ -142,15 +61,13 @@ std::vector<Body> ReadBodies(const Node& node) {
     std::vector<Body> bodies;
     UniqueNames names("body");
     std::map<std::string, std::string> owners;
-    for (std::size_t i = 0; i < node.Size(); ++i) {
-        const Node item = node.At(i);
+    for (const Node& item : node.Items()) {
         names.Add(item.At("name"));
         bodies.push_back(ReadBody(item));
-        const Node objects = item.At("objects");
-        for (std::size_t k = 0; k < objects.Size(); ++k) {
-            const auto [owner, isNew] = owners.emplace(objects.At(k).Text(), bodies.back().name);
+        for (const Node& object : item.At("objects").Items()) {
+            const auto [owner, isNew] = owners.emplace(object.Text(), bodies.back().name);
             if (!isNew) {
-                objects.At(k).Fail(fmt::format("the object belongs to body \"{}\" already.", owner->second));
+                object.Report(fmt::format("the object belongs to body \"{}\" already.", owner->second));
             }
         }
     }
@@ -159,13 +76,13 @@ std::vector<Body> ReadBodies(const Node& node) {
 
 MotionTable ReadTable(const Node& node) {
     MotionTable table;
-    for (std::size_t i = 0; i < node.Size(); ++i) {
-        const double time = node.At(i).At(0).Number();
+    for (const Node& row : node.Items()) {
+        const double time = row.At(0).Number();
         if (!table.rows.empty() && time <= table.rows.back().first) {
-            node.At(i).Fail(
+            row.Report(
                 fmt::format("time {} s does not come after {} s; times must ascend.", time, table.rows.back().first));
         }
-        table.rows.emplace_back(time, node.At(i).At(1).Number());
+        table.rows.emplace_back(time, row.At(1).Number());
     }
     return table;
 }
@@ -175,8 +92,8 @@ Stops ReadStops(const Node& node) {
     stops.min = node.NumberOr("min", stops.min);
     stops.max = node.NumberOr("max", stops.max);
     stops.restitution = node.NumberOr("restitution", 0.0);
-    if (!(stops.min < stops.max)) {
-        node.Fail(fmt::format("min ({}) must be less than max ({}).", stops.min, stops.max));
+    if (stops.min >= stops.max) {
+        node.Report(fmt::format("min ({}) must be less than max ({}).", stops.min, stops.max));
     }
     return stops;
 }
@@ -196,10 +113,10 @@ FreeMotion ReadFreeMotion(const Node& node) {
         motion.stops = ReadStops(node.At("stops"));
     }
     if (motion.start < motion.stops.min || motion.start > motion.stops.max) {
-        node.At("stops").Fail(fmt::format("the coordinate starts at {}, outside the stops.", motion.start));
+        node.At("stops").Report(fmt::format("the coordinate starts at {}, outside the stops.", motion.start));
     }
     if (node.Has("load")) {
-        motion.load = node.At("load").Formula(Expression::Variables::TimeAndCoordinate);
+        motion.load = node.At("load").Formula(Expression::Variables::TimeAndCoordinate).value_or(Expression());
     }
     return motion;
 }
@@ -216,7 +133,7 @@ public:
         joint.type = node.At("type").Text() == "slider" ? JointType::Slider : JointType::Hinge;
         joint.axis_W = node.At("axis").Direction();
         if (node.Has("point") && joint.type == JointType::Slider) {
-            node.At("point").Fail("only a hinge has a point on its axis; remove it.");
+            node.At("point").Report("only a hinge has a point on its axis; remove it.");
         }
         joint.p_WJ_W = node.TripleOr("point", Vector::Zero());
         ReadMembers(node.At("bodies"), joint);
@@ -234,22 +151,26 @@ private:
         if (node.Has("table")) {
             return PrescribedMotion(ReadTable(node.At("table")));
         }
-        return PrescribedMotion(node.At("expression").Formula(Expression::Variables::Time));
+        return PrescribedMotion(node.At("expression").Formula(Expression::Variables::Time).value_or(Expression()));
     }
 
+    /// Leaves out the bodies that there are not.
     void ReadMembers(const Node& node, Joint& joint) {
-        for (std::size_t i = 0; i < node.Size(); ++i) {
-            const std::size_t body = BodyIndex(node.At(i));
-            if (!m_jointOfBody[body].empty()) {
-                node.At(i).Fail(fmt::format("body \"{}\" hangs on joint \"{}\" already.", m_bodies[body].name,
-                                            m_jointOfBody[body]));
+        for (const Node& item : node.Items()) {
+            const std::optional<std::size_t> body = BodyIndex(item);
+            if (!body) {
+                continue;
             }
-            m_jointOfBody[body] = joint.name;
-            joint.bodies.push_back(body);
+            std::string& other = m_jointOfBody[*body];
+            if (!other.empty()) {
+                item.Report(fmt::format("body \"{}\" hangs on joint \"{}\" already.", m_bodies[*body].name, other));
+            }
+            other = joint.name;
+            joint.bodies.push_back(*body);
         }
     }
 
-    std::size_t BodyIndex(const Node& node) const {
+    std::optional<std::size_t> BodyIndex(const Node& node) const {
         std::vector<std::string> names;
         for (std::size_t i = 0; i < m_bodies.size(); ++i) {
             if (m_bodies[i].name == node.Text()) {
@@ -257,31 +178,34 @@ private:
             }
             names.push_back(m_bodies[i].name);
         }
-        node.Fail(fmt::format("there is no body \"{}\".{}", node.Text(), Suggestion(node.Text(), names)));
+        node.Report(fmt::format("there is no body \"{}\".{}", node.Text(), Suggestion(node.Text(), names)));
+        return std::nullopt;
     }
 
     /// A free joint without inertia has no equation of motion.
     void CheckInertia(const Node& node, const Joint& joint) const {
         const auto* motion = std::get_if<FreeMotion>(&joint.motion);
-        if (!motion || motion->addedInertia > 0.0) {
+        // What a body that there is not would have had is not known.
+        if (!motion || joint.bodies.size() < node.At("bodies").Size()) {
             return;
         }
-        for (const std::size_t index : joint.bodies) {
-            const Body& body = m_bodies[index];
-            if (joint.type == JointType::Slider && body.mass > 0.0) {
-                return;
-            }
-            const auto& [p_WB_W, R_WB] = body.X_WB0;
-            const Vector axis_B = R_WB.transpose() * joint.axis_W;
-            const Vector p_JC_W = p_WB_W + R_WB * body.p_BC_B - joint.p_WJ_W;
-            const double turned = body.mass * p_JC_W.cross(joint.axis_W).squaredNorm();
-            if (axis_B.cwiseAbs2().dot(body.principalInertia_B) + turned > 0.0) {
-                return;
-            }
+        double inertia = motion->addedInertia;
+        for (const std::size_t body : joint.bodies) {
+            inertia += joint.type == JointType::Slider ? m_bodies[body].mass : MomentOfInertia(m_bodies[body], joint);
         }
-        node.At("free").Fail(
-            fmt::format("nothing on this joint has {}; give it to the bodies, or give \"inertia\" here.",
-                        joint.type == JointType::Slider ? "a mass" : "a moment of inertia"));
+        if (inertia <= 0.0) {
+            node.At("free").Report(
+                fmt::format("nothing on this joint has {}; give it to the bodies, or give \"inertia\" here.",
+                            joint.type == JointType::Slider ? "a mass" : "a moment of inertia"));
+        }
+    }
+
+    /// About the axis of a hinge.
+    static double MomentOfInertia(const Body& body, const Joint& hinge) {
+        const auto& [p_WB_W, R_WB] = body.X_WB0;
+        const Vector axis_B = R_WB.transpose() * hinge.axis_W;
+        const Vector p_JC_W = p_WB_W + R_WB * body.p_BC_B - hinge.p_WJ_W;
+        return axis_B.cwiseAbs2().dot(body.principalInertia_B) + body.mass * p_JC_W.cross(hinge.axis_W).squaredNorm();
     }
 
     const std::vector<Body>& m_bodies;
@@ -308,12 +232,12 @@ std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Nod
 /// @param strangers  the materials' objects that no body has, one of which may be meant
 void WarnOfBareObjects(const Node& objects, const Scenario& scenario, const std::vector<std::string>& strangers,
                        std::vector<std::string>& warnings) {
-    for (std::size_t i = 0; i < objects.Size(); ++i) {
-        const std::string object = objects.At(i).Text();
+    for (const Node& item : objects.Items()) {
+        const std::string object = item.Text();
         if (scenario.materials.count(object) == 0) {
             warnings.push_back(
-                objects.At(i).Line(fmt::format("the object \"{}\" has no material: \"materials\" does not name it.{}",
-                                               object, Suggestion(object, strangers))));
+                item.Line(fmt::format("the object \"{}\" has no material: \"materials\" does not name it.{}", object,
+                                      Suggestion(object, strangers))));
         }
     }
 }
@@ -345,22 +269,27 @@ Stepping ReadStepping(const Node& node) {
     Stepping stepping;
     stepping.stepSeconds = node.At("step").Number();
     const double end = node.At("end").Number();
-    if (!(stepping.stepSeconds > 0.0)) {
-        node.At("step").Fail("the step must be more than 0 s.");
+    if (stepping.stepSeconds <= 0.0) {
+        node.At("step").Report("the step must be more than 0 s.");
+        return {};
     }
     if (end < 0.0) {
-        node.At("end").Fail("the end must be 0 s or later.");
+        node.At("end").Report("the end must be 0 s or later.");
+        return {};
     }
     const double steps = end / stepping.stepSeconds;
     const double whole = std::round(steps);
     if (whole > 1e8) {
-        node.At("step").Fail("that is more than a hundred million steps.");
+        node.At("step").Report("that is more than a hundred million steps.");
+        return {};
     }
     if (std::fabs(steps - whole) > 1e-6) {
-        node.At("end").Fail(fmt::format("{} s is not a whole number of steps of {} s; the nearest is {} s.", end,
-                                        stepping.stepSeconds, std::fmax(1.0, whole) * stepping.stepSeconds));
+        node.At("end").Report(fmt::format("{} s is not a whole number of steps of {} s; the nearest is {} s.", end,
+                                          stepping.stepSeconds, std::fmax(1.0, whole) * stepping.stepSeconds));
     }
-    stepping.steps = static_cast<int>(whole);
+    if (std::isfinite(whole)) {
+        stepping.steps = static_cast<int>(whole);
+    }
     return stepping;
 }
 
@@ -389,14 +318,14 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
     }
     scenario.projectFile = PathFromUtf8(node.At("project").At("file").Text());
     if (scenario.projectFile.stem().empty() || !scenario.projectFile.has_filename()) {
-        node.At("project").At("file").Fail("that is not the name of a file.");
+        node.At("project").At("file").Report("that is not the name of a file.");
     }
     scenario.overwrite = node.At("project").Has("overwrite") && node.At("project").At("overwrite").Flag();
     scenario.geometryFile = folder / PathFromUtf8(node.At("geometry").At("file").Text());
     scenario.units = node.At("geometry").At("units").Text();
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(scenario.geometryFile, ignored)) {
-        node.At("geometry").At("file").Fail(fmt::format("there is no file {}.", Utf8FromPath(scenario.geometryFile)));
+        node.At("geometry").At("file").Report(fmt::format("there is no file {}.", Utf8FromPath(scenario.geometryFile)));
     }
 }
 
@@ -415,8 +344,8 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
     scenario.bodies = ReadBodies(root.At("bodies"));
     if (root.Has("joints")) {
         JointReader reader(scenario.bodies);
-        for (std::size_t i = 0; i < root.At("joints").Size(); ++i) {
-            scenario.joints.push_back(reader.Read(root.At("joints").At(i)));
+        for (const Node& joint : root.At("joints").Items()) {
+            scenario.joints.push_back(reader.Read(joint));
         }
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
@@ -432,9 +361,12 @@ Scenario ParseScenario(const std::string& text, const std::filesystem::path& fil
     // A byte order mark at the start is what some editors write.
     const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
     const JsonLocations locations = ReadJsonLocations(body, fileName);
-    const json document = json::parse(body, nullptr, true, true);
+    const auto document = nlohmann::json::parse(body, nullptr, true, true);
     CheckAgainstSchema(document, locations, fileName);
-    return BuildScenario(Node(document, "", locations, fileName), file.parent_path());
+    Findings findings(locations, fileName);
+    Scenario scenario = BuildScenario(Node(document, findings), file.parent_path());
+    findings.ThrowIfAny();
+    return scenario;
 }
 
 Scenario ReadScenario(const std::filesystem::path& file) {

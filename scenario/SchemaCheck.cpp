@@ -1,6 +1,6 @@
 #include "scenario/SchemaCheck.h"
 
-#include "scenario/Errors.h"
+#include "scenario/Findings.h"
 #include "scenario/ScenarioSchema.h"
 #include "scenario/Text.h"
 
@@ -87,9 +87,13 @@ std::string Alternatives(const json& texts) {
     return list;
 }
 
-std::string UnknownKeyText(const std::string& description, const json& schemaNode) {
+/// The key that the validator says is unknown.
+std::string UnknownKey(const std::string& description) {
     const std::size_t open = description.find('\'', description.rfind(": "));
-    const std::string key = description.substr(open + 1, description.rfind('\'') - open - 1);
+    return description.substr(open + 1, description.rfind('\'') - open - 1);
+}
+
+std::string UnknownKeyText(const std::string& key, const json& schemaNode) {
     return fmt::format("the key \"{}\" is unknown here.{}", key,
                        Suggestion(key, KeysOf(schemaNode.value("properties", json::object()))));
 }
@@ -114,11 +118,8 @@ std::string OneOfText(const json& schemaNode) {
     return fmt::format("exactly one of {} is wanted.", Alternatives(keys));
 }
 
-/// The validator's finding in words that name values and alternatives.
+/// The validator's finding about a value in words that name values and alternatives.
 std::string Explain(const std::string& description, const json& value, const json& schemaNode) {
-    if (StartsWith(description, "Object contains a property")) {
-        return UnknownKeyText(description, schemaNode);
-    }
     if (StartsWith(description, "Failed to match against any enum")) {
         return EnumText(value, schemaNode);
     }
@@ -142,6 +143,18 @@ std::string Explain(const std::string& description, const json& value, const jso
     return description + (value.is_primitive() ? fmt::format(" (it is {})", value.dump()) : std::string());
 }
 
+/// The validator's finding in our words, at the value that it is about: an unknown key rather than its object.
+Finding ToFinding(const std::string& description, Context path, const json& document, const json& schema) {
+    const json schemaNode = SchemaAt(schema, path);
+    if (!StartsWith(description, "Object contains a property")) {
+        const std::string text = Explain(description, ValueAt(document, path), schemaNode);
+        return {std::move(path), text};
+    }
+    const std::string key = UnknownKey(description);
+    path.push_back(key);
+    return {std::move(path), UnknownKeyText(key, schemaNode)};
+}
+
 /// Keeps the causes and drops the trail of "failed to validate" that leads from each of them to the root.
 std::vector<Finding> Causes(const valijson::ValidationResults& results, const json& document, const json& schema) {
     std::vector<Finding> causes;
@@ -161,7 +174,7 @@ std::vector<Finding> Causes(const valijson::ValidationResults& results, const js
             branchStart = causes.size();
             continue;
         }
-        causes.push_back({path, Explain(error.description, ValueAt(document, path), SchemaAt(schema, path))});
+        causes.push_back(ToFinding(error.description, path, document, schema));
         if (isAlternative) {
             branchStart = causes.size();
         }
@@ -184,16 +197,15 @@ void CheckAgainstSchema(const json& document, const JsonLocations& locations, co
     if (validator.validate(schema, documentAdapter, &results)) {
         return;
     }
-    std::string text;
+    Findings findings(locations, fileName);
     for (const Finding& finding : Causes(results, document, schemaDocument)) {
         std::string pointer;
         for (const std::string& key : finding.path) {
             pointer = PointerTo(pointer, key);
         }
-        text += fmt::format("{}{}:{}: {}: {}", text.empty() ? "" : "\n", fileName, locations.LineOf(pointer),
-                            pointer.empty() ? "/" : pointer, finding.text);
+        findings.Add(pointer, finding.text);
     }
-    throw InputError(text);
+    findings.ThrowIfAny();
 }
 
 } // namespace kinora::scenario

@@ -55,6 +55,15 @@ protected:
         return "no error";
     }
 
+    /// Findings without the file that each begins with.
+    std::string WithoutFile(std::string text) const {
+        const std::string start = Utf8FromPath(m_folder / "scenario.json") + ":";
+        for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start)) {
+            text.erase(at, start.size());
+        }
+        return text;
+    }
+
     std::filesystem::path m_folder;
 };
 
@@ -189,7 +198,8 @@ TEST_F(ScenarioReader, NamesAMissingKey) {
 TEST_F(ScenarioReader, SuggestsTheKeyThatWasMeant) {
     json document = Smallest();
     document["bodies"][0]["masss"] = 1;
-    EXPECT_THAT(ErrorOf(document), HasSubstr("/bodies/0: the key \"masss\" is unknown here. Did you mean \"mass\"?"));
+    EXPECT_THAT(ErrorOf(document),
+                HasSubstr("/bodies/0/masss: the key \"masss\" is unknown here. Did you mean \"mass\"?"));
 }
 
 TEST_F(ScenarioReader, ListsTheWordsThatAreAllowed) {
@@ -240,6 +250,39 @@ TEST_F(ScenarioReader, ReportsEveryFindingOnALineOfItsOwn) {
     EXPECT_THAT(error, HasSubstr("/solver/step: boolean is given where \"number\" or \"string\" is wanted."));
 }
 
+TEST_F(ScenarioReader, KeepsATypoBesideTheKeysThatAreMissedForIt) {
+    json document = Smallest();
+    document["joints"] = json::array({Slider()});
+    document["joints"][0].erase("free");
+    document["joints"][0].erase("axis");
+    document["joints"][0]["fre"] = json::object();
+    const std::string error = ErrorOf(document);
+    EXPECT_THAT(error, HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
+    EXPECT_THAT(error, HasSubstr("/joints/0: the key \"axis\" is missing."));
+    EXPECT_THAT(error, HasSubstr("/joints/0/fre: the key \"fre\" is unknown here. Did you mean \"free\"?"));
+}
+
+TEST_F(ScenarioReader, NamesTheLineOfTheKeyItself) {
+    EXPECT_EQ(WithoutFile(ErrorOfText("{\n"
+                                      "\"project\": {\n"
+                                      "  \"file\": \"a\",\n"
+                                      "  \"owerwrite\":\n"
+                                      "    true\n"
+                                      "},\n"
+                                      "\"geometry\": {\"file\": \"magnets.obj\",\n"
+                                      "  \"units\":\n"
+                                      "\n"
+                                      "    5},\n"
+                                      "\"bodies\": [\n"
+                                      "  {\n"
+                                      "    \"objects\": []\n"
+                                      "  }],\n"
+                                      "\"solver\": {\"step\": 1, \"end\": 1}}")),
+              "4: /project/owerwrite: the key \"owerwrite\" is unknown here. Did you mean \"overwrite\"?\n"
+              "8: /geometry/units: number is given where \"string\" is wanted.\n"
+              "12: /bodies/0: the key \"name\" is missing.");
+}
+
 TEST_F(ScenarioReader, RefusesNamesThatReachBeyondAName) {
     for (const char* name : {"", "..", "a/b", "a\\b", "a,b", "a\"b", "a\nb", "a b", "1a", "C:", "_a", "r\xC3\xB6tor"}) {
         json document = Smallest();
@@ -250,6 +293,44 @@ TEST_F(ScenarioReader, RefusesNamesThatReachBeyondAName) {
 }
 
 // Errors that the schema cannot see.
+
+TEST_F(ScenarioReader, SaysEverythingThatIsWrongInTheOrderOfTheText) {
+    EXPECT_EQ(WithoutFile(ErrorOfText("{\n"
+                                      "\"solver\": {\"step\": 0, \"end\": 1},\n"
+                                      "\"gravity\": [0, \"1/0\",\n"
+                                      "            \"-x\"],\n"
+                                      "\"joints\": [{\n"
+                                      "    \"name\": \"a\", \"type\": \"slider\", \"axis\": [0, 0, 0],\n"
+                                      "    \"bodies\": [\"rotor\", \"rotr\"], \"free\": {}}],\n"
+                                      "\"bodies\": [{\"name\": \"rotor\", \"objects\": [],\n"
+                                      "    \"mass\":\n"
+                                      "        -1,\n"
+                                      "    \"inertia\": [-1, -1, -1]}],\n"
+                                      "\"geometry\": {\"file\": \"magnets.obj\", \"units\": \"mm\"},\n"
+                                      "\"project\": {\"file\": \"run.vantor\"}}")),
+              "2: /solver/step: the step must be more than 0 s.\n"
+              "3: /gravity/1: the value is not a finite number.\n"
+              "4: /gravity/2: formula \"-x\", column 2: \"x\" is not known here\n"
+              "6: /joints/0/axis: a direction must not be 0, 0, 0.\n"
+              "7: /joints/0/bodies/1: there is no body \"rotr\". Did you mean \"rotor\"?\n"
+              "9: /bodies/0/mass: -1 is negative; it must be 0 or more.\n"
+              "11: /bodies/0/inertia: moments of inertia must be 0 or more.");
+}
+
+TEST_F(ScenarioReader, FindsNoSecondFaultWithANumberThatIsWrong) {
+    for (const char* pointer :
+         {"/bodies/0/mass", "/bodies/0/position/0", "/solver/step", "/solver/end", "/joints/0/axis/0",
+          "/joints/0/free/start", "/joints/0/free/stops/min", "/joints/0/free/inertia"}) {
+        json document = Smallest();
+        document["joints"] = json::array({Slider()});
+        document["joints"][0]["free"] = {{"start", 0}, {"inertia", 0}, {"stops", {{"min", -1}, {"max", 1}}}};
+        document["bodies"][0]["position"] = {0, 0, 0};
+        document[json::json_pointer(pointer)] = "oops";
+        EXPECT_THAT(ErrorOf(document),
+                    EndsWith(std::string(pointer) + ": formula \"oops\", column 1: \"oops\" is not known here"));
+        EXPECT_EQ(ErrorOf(document).find('\n'), std::string::npos) << ErrorOf(document);
+    }
+}
 
 TEST_F(ScenarioReader, RefusesTwoBodiesOfOneName) {
     json document = Smallest();

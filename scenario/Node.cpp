@@ -1,0 +1,104 @@
+#include "scenario/Node.h"
+
+#include <cmath>
+#include <fmt/format.h>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace kinora::scenario {
+namespace {
+
+/// A number that is wrong and has been told.
+constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+} // namespace
+
+bool Node::Has(const char* key) const {
+    return m_value->contains(key);
+}
+
+Node Node::At(const std::string& key) const {
+    return {m_value->at(key), PointerTo(m_pointer, key), *m_findings};
+}
+
+Node Node::At(std::size_t index) const {
+    return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_findings};
+}
+
+std::size_t Node::Size() const {
+    return m_value->size();
+}
+
+std::vector<std::string> Node::Keys() const {
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : m_value->items()) {
+        keys.push_back(key);
+    }
+    return keys;
+}
+
+std::vector<Node> Node::Items() const {
+    std::vector<Node> items;
+    for (std::size_t i = 0; i < Size(); ++i) {
+        items.push_back(At(i));
+    }
+    return items;
+}
+
+std::string Node::Text() const {
+    return m_value->get<std::string>();
+}
+
+bool Node::Flag() const {
+    return m_value->get<bool>();
+}
+
+std::optional<Expression> Node::Formula(Expression::Variables variables) const {
+    if (m_value->is_number()) {
+        return Expression(m_value->get<double>());
+    }
+    try {
+        return Expression::Parse(Text(), variables);
+    } catch (const std::invalid_argument& error) {
+        Report(error.what());
+        return std::nullopt;
+    }
+}
+
+double Node::Number() const {
+    const std::optional<Expression> formula = Formula(Expression::Variables::None);
+    if (!formula) {
+        return unknown;
+    }
+    const double value = formula->Evaluate(0.0);
+    if (!std::isfinite(value)) {
+        Report("the value is not a finite number.");
+        return unknown;
+    }
+    return value;
+}
+
+double Node::NotNegativeOr(const char* key, double fallback) const {
+    const double value = NumberOr(key, fallback);
+    if (value < 0.0) {
+        At(key).Report(fmt::format("{} is negative; it must be 0 or more.", value));
+        return unknown;
+    }
+    return value;
+}
+
+Vector Node::Triple() const {
+    return {At(0).Number(), At(1).Number(), At(2).Number()};
+}
+
+Vector Node::NonZero() const {
+    const Vector vector = Triple();
+    if (vector.isZero(0.0)) {
+        Report("a direction must not be 0, 0, 0.");
+        return Vector::Constant(unknown);
+    }
+    return vector;
+}
+
+} // namespace kinora::scenario

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "scenario/Expression.h"
+#include "scenario/Findings.h"
+#include "scenario/Rigid.h"
+
+#include <nlohmann/json_fwd.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kinora::scenario {
+
+/// A value of a document together with its place, so that whatever is wrong with it is told where it stands.
+///
+/// What is wrong is reported and reading goes on. A number that is wrong is NaN from there on: write further checks so
+/// that they find no fault with NaN, as every comparison with it is false.
+///
+/// @pre  the document obeys the schema: types and the keys that must be there are not checked again
+class Node {
+public:
+    /// The whole document. Document and findings must outlive every node.
+    Node(const nlohmann::json& document, Findings& findings) : Node(document, {}, findings) {}
+
+    /// Notes what is wrong with this value.
+    void Report(const std::string& text) const { m_findings->Add(m_pointer, text); }
+
+    /// A line about this value, with its place, for what is not wrong enough to be reported.
+    std::string Line(const std::string& text) const { return m_findings->Line(m_pointer, text); }
+
+    bool Has(const char* key) const;
+    Node At(const std::string& key) const;
+    Node At(std::size_t index) const;
+    std::size_t Size() const;
+    std::vector<std::string> Keys() const;
+    /// The values of a list.
+    std::vector<Node> Items() const;
+
+    std::string Text() const;
+    bool Flag() const;
+
+    /// Nothing when the formula is wrong.
+    std::optional<Expression> Formula(Expression::Variables variables) const;
+
+    /// A finite number.
+    double Number() const;
+    double NumberOr(const char* key, double fallback) const { return Has(key) ? At(key).Number() : fallback; }
+    double NotNegativeOr(const char* key, double fallback) const;
+
+    Vector Triple() const;
+    Vector TripleOr(const char* key, const Vector& fallback) const { return Has(key) ? At(key).Triple() : fallback; }
+    /// Three components that are not all 0, as they are.
+    Vector NonZero() const;
+    /// A unit vector.
+    Vector Direction() const { return NonZero().stableNormalized(); }
+
+private:
+    Node(const nlohmann::json& value, std::string pointer, Findings& findings)
+        : m_value(&value), m_pointer(std::move(pointer)), m_findings(&findings) {}
+
+    const nlohmann::json* m_value;
+    std::string m_pointer;
+    Findings* m_findings;
+};
+
+} // namespace kinora::scenario
