@@ -14,6 +14,11 @@ constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 
+std::string TooFarText(double metres) {
+    return fmt::format("{} m is farther than {} m; lengths are metres: write \"12*mm\" for 12 millimetres.", metres,
+                       farthestMetres);
+}
+
 bool Node::Has(const char* key) const {
     return m_value->contains(key);
 }
@@ -88,8 +93,25 @@ double Node::NotNegativeOr(const char* key, double fallback) const {
     return value;
 }
 
+double Node::Length() const {
+    const double metres = Number();
+    if (std::fabs(metres) > farthestMetres) {
+        Report(TooFarText(metres));
+        return unknown;
+    }
+    return metres;
+}
+
 Vector Node::Triple() const {
     return {At(0).Number(), At(1).Number(), At(2).Number()};
+}
+
+Vector Node::PointAt(const char* key) const {
+    if (!Has(key)) {
+        return Vector::Zero();
+    }
+    const Node point = At(key);
+    return {point.At(0).Length(), point.At(1).Length(), point.At(2).Length()};
 }
 
 Vector Node::NonZero() const {

@@ -47,8 +47,14 @@ public:
     double NumberOr(const char* key, double fallback) const { return Has(key) ? At(key).Number() : fallback; }
     double NotNegativeOr(const char* key, double fallback) const;
 
+    /// Metres, no more than farthestMetres.
+    double Length() const;
+    double LengthOr(const char* key, double fallback) const { return Has(key) ? At(key).Length() : fallback; }
+
     Vector Triple() const;
     Vector TripleOr(const char* key, const Vector& fallback) const { return Has(key) ? At(key).Triple() : fallback; }
+    /// The place of a point; the origin where there is no such key.
+    Vector PointAt(const char* key) const;
     /// Three components that are not all 0, as they are.
     Vector NonZero() const;
     /// A unit vector.
@@ -62,5 +68,8 @@ private:
     std::string m_pointer;
     Findings* m_findings;
 };
+
+/// What to say about a length beyond farthestMetres.
+std::string TooFarText(double metres);
 
 } // namespace kinora::scenario

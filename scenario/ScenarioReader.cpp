@@ -1,12 +1,12 @@
 #include "scenario/ScenarioReader.h"
 
+#include "scenario/JointReader.h"
 #include "scenario/Node.h"
 #include "scenario/SchemaCheck.h"
 #include "scenario/Text.h"
+#include "scenario/UniqueNames.h"
 
-#include <Eigen/Geometry>
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <fmt/format.h>
 #include <map>
@@ -15,41 +15,19 @@
 namespace kinora::scenario {
 namespace {
 
-std::string LowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
-/// Names that may stand once; the desktop and the file system do not tell upper from lower case.
-class UniqueNames {
-public:
-    explicit UniqueNames(const char* kind) : m_kind(kind) {}
-    void Add(const Node& node) {
-        if (!m_names.emplace(LowerCase(node.Text()), node.Text()).second) {
-            node.Report(fmt::format("another {} is called \"{}\" already (upper and lower case count as the same).",
-                                    m_kind, m_names.at(LowerCase(node.Text()))));
-        }
-    }
-
-private:
-    const char* m_kind;
-    std::map<std::string, std::string> m_names;
-};
-
 Body ReadBody(const Node& node) {
     Body body;
     body.name = node.At("name").Text();
     for (const Node& object : node.At("objects").Items()) {
         body.objects.push_back(object.Text());
     }
-    body.X_WB0.p_WB_W = node.TripleOr("position", Vector::Zero());
+    body.X_WB0.p_WB_W = node.PointAt("position");
     if (node.Has("rotation")) {
         const Node rotation = node.At("rotation");
         body.X_WB0.R_WB = Rotation(rotation.At("axis").Direction(), rotation.At("angle").Number());
     }
     body.mass = node.NotNegativeOr("mass", 0.0);
-    body.p_BC_B = node.TripleOr("centreOfMass", Vector::Zero());
+    body.p_BC_B = node.PointAt("centreOfMass");
     body.principalInertia_B = node.TripleOr("inertia", Vector::Zero());
     if ((body.principalInertia_B.array() < 0.0).any()) {
         node.At("inertia").Report("moments of inertia must be 0 or more.");
@@ -74,152 +52,13 @@ std::vector<Body> ReadBodies(const Node& node) {
     return bodies;
 }
 
-MotionTable ReadTable(const Node& node) {
-    MotionTable table;
-    for (const Node& row : node.Items()) {
-        const double time = row.At(0).Number();
-        if (!table.rows.empty() && time <= table.rows.back().first) {
-            row.Report(
-                fmt::format("time {} s does not come after {} s; times must ascend.", time, table.rows.back().first));
-        }
-        table.rows.emplace_back(time, row.At(1).Number());
-    }
-    return table;
-}
-
-Stops ReadStops(const Node& node) {
-    Stops stops;
-    stops.min = node.NumberOr("min", stops.min);
-    stops.max = node.NumberOr("max", stops.max);
-    stops.restitution = node.NumberOr("restitution", 0.0);
-    if (stops.min >= stops.max) {
-        node.Report(fmt::format("min ({}) must be less than max ({}).", stops.min, stops.max));
-    }
-    return stops;
-}
-
-FreeMotion ReadFreeMotion(const Node& node) {
-    FreeMotion motion;
-    motion.start = node.NumberOr("start", 0.0);
-    motion.speed = node.NumberOr("speed", 0.0);
-    motion.addedInertia = node.NotNegativeOr("inertia", 0.0);
-    if (node.Has("spring")) {
-        motion.spring.stiffness = node.At("spring").NotNegativeOr("stiffness", 0.0);
-        motion.spring.rest = node.At("spring").NumberOr("rest", 0.0);
-    }
-    motion.damping = node.NotNegativeOr("damping", 0.0);
-    motion.friction = node.NotNegativeOr("friction", 0.0);
-    if (node.Has("stops")) {
-        motion.stops = ReadStops(node.At("stops"));
-    }
-    if (motion.start < motion.stops.min || motion.start > motion.stops.max) {
-        node.At("stops").Report(fmt::format("the coordinate starts at {}, outside the stops.", motion.start));
-    }
-    if (node.Has("load")) {
-        motion.load = node.At("load").Formula(Expression::Variables::TimeAndCoordinate).value_or(Expression());
-    }
-    return motion;
-}
-
-/// Reads the joints and sees to it that no body hangs on two of them.
-class JointReader {
-public:
-    explicit JointReader(const std::vector<Body>& bodies) : m_bodies(bodies), m_jointOfBody(bodies.size()) {}
-
-    Joint Read(const Node& node) {
-        m_names.Add(node.At("name"));
-        Joint joint;
-        joint.name = node.At("name").Text();
-        joint.type = node.At("type").Text() == "slider" ? JointType::Slider : JointType::Hinge;
-        joint.axis_W = node.At("axis").Direction();
-        if (node.Has("point") && joint.type == JointType::Slider) {
-            node.At("point").Report("only a hinge has a point on its axis; remove it.");
-        }
-        joint.p_WJ_W = node.TripleOr("point", Vector::Zero());
-        ReadMembers(node.At("bodies"), joint);
-        if (node.Has("prescribed")) {
-            joint.motion = ReadPrescribed(node.At("prescribed"));
-        } else {
-            joint.motion = ReadFreeMotion(node.At("free"));
-        }
-        CheckInertia(node, joint);
-        return joint;
-    }
-
-private:
-    static PrescribedMotion ReadPrescribed(const Node& node) {
-        if (node.Has("table")) {
-            return PrescribedMotion(ReadTable(node.At("table")));
-        }
-        return PrescribedMotion(node.At("expression").Formula(Expression::Variables::Time).value_or(Expression()));
-    }
-
-    /// Leaves out the bodies that there are not.
-    void ReadMembers(const Node& node, Joint& joint) {
-        for (const Node& item : node.Items()) {
-            const std::optional<std::size_t> body = BodyIndex(item);
-            if (!body) {
-                continue;
-            }
-            std::string& other = m_jointOfBody[*body];
-            if (!other.empty()) {
-                item.Report(fmt::format("body \"{}\" hangs on joint \"{}\" already.", m_bodies[*body].name, other));
-            }
-            other = joint.name;
-            joint.bodies.push_back(*body);
-        }
-    }
-
-    std::optional<std::size_t> BodyIndex(const Node& node) const {
-        std::vector<std::string> names;
-        for (std::size_t i = 0; i < m_bodies.size(); ++i) {
-            if (m_bodies[i].name == node.Text()) {
-                return i;
-            }
-            names.push_back(m_bodies[i].name);
-        }
-        node.Report(fmt::format("there is no body \"{}\".{}", node.Text(), Suggestion(node.Text(), names)));
-        return std::nullopt;
-    }
-
-    /// A free joint without inertia has no equation of motion.
-    void CheckInertia(const Node& node, const Joint& joint) const {
-        const auto* motion = std::get_if<FreeMotion>(&joint.motion);
-        // What a body that there is not would have had is not known.
-        if (!motion || joint.bodies.size() < node.At("bodies").Size()) {
-            return;
-        }
-        double inertia = motion->addedInertia;
-        for (const std::size_t body : joint.bodies) {
-            inertia += joint.type == JointType::Slider ? m_bodies[body].mass : MomentOfInertia(m_bodies[body], joint);
-        }
-        if (inertia <= 0.0) {
-            node.At("free").Report(
-                fmt::format("nothing on this joint has {}; give it to the bodies, or give \"inertia\" here.",
-                            joint.type == JointType::Slider ? "a mass" : "a moment of inertia"));
-        }
-    }
-
-    /// About the axis of a hinge.
-    static double MomentOfInertia(const Body& body, const Joint& hinge) {
-        const auto& [p_WB_W, R_WB] = body.X_WB0;
-        const Vector axis_B = R_WB.transpose() * hinge.axis_W;
-        const Vector p_JC_W = p_WB_W + R_WB * body.p_BC_B - hinge.p_WJ_W;
-        return axis_B.cwiseAbs2().dot(body.principalInertia_B) + body.mass * p_JC_W.cross(hinge.axis_W).squaredNorm();
-    }
-
-    const std::vector<Body>& m_bodies;
-    std::vector<std::string> m_jointOfBody;
-    UniqueNames m_names{"joint"};
-};
-
 std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Node& node) {
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
     for (const std::string& object : node.Keys()) {
         const Node item = node.At(object);
         IKinoraVeltrixInterface::Material material;
         material.name = item.At("name").Text();
-        const Vector direction = item.TripleOr("direction", Vector::UnitX());
+        const Vector direction = item.Has("direction") ? item.At("direction").NonZero() : Vector(Vector::UnitX());
         for (int i = 0; i < 3; ++i) {
             material.coercivityDirection[i] = direction[i];
         }
@@ -305,6 +144,24 @@ DesktopSettings ReadDesktop(const Node& node) {
     return desktop;
 }
 
+/// A file that the run writes.
+std::filesystem::path ReadOutputFile(const Node& node) {
+    const std::string text = node.Text();
+    std::string portable = text;
+    std::replace(portable.begin(), portable.end(), '\\', '/');
+    const std::filesystem::path path = PathFromUtf8(portable).lexically_normal();
+    // On systems that know no drives a colon is a letter like any other.
+    if (path.has_root_path() || *path.begin() == ".." || text.find(':') != std::string::npos) {
+        node.Report(
+            fmt::format("\"{}\" is not in the output folder, where everything is that a run writes; choose the folder "
+                        "with \"output\": {{\"folder\": ...}} or --out, and give a name in it here.",
+                        text));
+    } else if (!path.has_filename() || path == ".") {
+        node.Report("that is not the name of a file.");
+    }
+    return PathFromUtf8(text);
+}
+
 void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& scenario) {
     scenario.outputFolder = folder / "output";
     if (node.Has("output")) {
@@ -313,13 +170,10 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
             scenario.outputFolder = folder / PathFromUtf8(output.At("folder").Text());
         }
         if (output.Has("csv")) {
-            scenario.csvFile = PathFromUtf8(output.At("csv").Text());
+            scenario.csvFile = ReadOutputFile(output.At("csv"));
         }
     }
-    scenario.projectFile = PathFromUtf8(node.At("project").At("file").Text());
-    if (scenario.projectFile.stem().empty() || !scenario.projectFile.has_filename()) {
-        node.At("project").At("file").Report("that is not the name of a file.");
-    }
+    scenario.projectFile = ReadOutputFile(node.At("project").At("file"));
     scenario.overwrite = node.At("project").Has("overwrite") && node.At("project").At("overwrite").Flag();
     scenario.geometryFile = folder / PathFromUtf8(node.At("geometry").At("file").Text());
     scenario.units = node.At("geometry").At("units").Text();
@@ -342,14 +196,14 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
         scenario.materials = ReadMaterials(root.At("materials"));
     }
     scenario.bodies = ReadBodies(root.At("bodies"));
+    scenario.stepping = ReadStepping(root.At("solver"));
     if (root.Has("joints")) {
-        JointReader reader(scenario.bodies);
+        JointReader reader(scenario.bodies, scenario.stepping);
         for (const Node& joint : root.At("joints").Items()) {
             scenario.joints.push_back(reader.Read(joint));
         }
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
-    scenario.stepping = ReadStepping(root.At("solver"));
     scenario.warnings = CompareMaterials(root, scenario);
     return scenario;
 }

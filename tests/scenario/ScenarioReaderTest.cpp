@@ -399,7 +399,89 @@ TEST_F(ScenarioReader, RefusesValuesThatMakeNoSense) {
     EXPECT_THAT(ErrorOf(with("/solver/end", 0.014)), HasSubstr("0.014 s is not a whole number of steps of 0.01 s; the "
                                                                "nearest is 0.01 s."));
     EXPECT_THAT(ErrorOf(with("/geometry/file", "none.obj")), HasSubstr("/geometry/file: there is no file "));
-    EXPECT_THAT(ErrorOf(with("/project/file", "folder/")), HasSubstr("that is not the name of a file."));
+    for (const char* file : {"folder/", ".", "a/.."}) {
+        EXPECT_THAT(ErrorOf(with("/project/file", file)), HasSubstr("that is not the name of a file.")) << file;
+    }
+}
+
+TEST_F(ScenarioReader, RefusesAMaterialWithoutADirection) {
+    json document = Smallest();
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}, {"direction", {0, "0*mm", 0}}}}};
+    EXPECT_THAT(ErrorOf(document), EndsWith("/materials/magnet/direction: a direction must not be 0, 0, 0."));
+}
+
+TEST_F(ScenarioReader, RefusesAPrescribedFormulaThatHasNoValueAtAStep) {
+    json document = Smallest();
+    document["joints"] = json::array({Slider()});
+    document["joints"][0].erase("free");
+    document["joints"][0]["prescribed"] = {{"expression", "mm/t"}};
+    EXPECT_THAT(ErrorOf(document),
+                EndsWith("/joints/0/prescribed/expression: \"mm/t\" is not a finite number at 0 s."));
+    document["joints"][0]["prescribed"] = {{"expression", "sqrt(0.25-t)"}};
+    EXPECT_THAT(ErrorOf(document),
+                EndsWith("/joints/0/prescribed/expression: \"sqrt(0.25-t)\" is not a finite number at 0.26 s."));
+    document["joints"][0]["prescribed"] = {{"expression", "mm/(t-0.005)"}};
+    EXPECT_EQ(ErrorOf(document), "no error");
+}
+
+TEST_F(ScenarioReader, RefusesALoadThatHasNoValueAtTheStart) {
+    json document = Smallest();
+    document["joints"] = json::array({Slider()});
+    document["joints"][0]["free"]["load"] = "1/q";
+    EXPECT_THAT(ErrorOf(document), EndsWith("/joints/0/free/load: \"1/q\" is not a finite number at 0 s with q = 0, "
+                                            "where the joint starts."));
+    document["joints"][0]["free"]["start"] = "2*mm";
+    EXPECT_EQ(ErrorOf(document), "no error");
+    document["joints"][0]["free"]["load"] = "log(t)";
+    EXPECT_THAT(ErrorOf(document), EndsWith("\"log(t)\" is not a finite number at 0 s with q = 0.002, where the joint "
+                                            "starts."));
+}
+
+TEST_F(ScenarioReader, RefusesLengthsThatCanHardlyBeMetres) {
+    const std::string text = "1e+30 m is farther than 1000 m; lengths are metres: write \"12*mm\" for 12 millimetres.";
+    for (const char* pointer : {"/bodies/0/position/0", "/bodies/0/centreOfMass/1", "/joints/0/free/start"}) {
+        json document = Smallest();
+        document["joints"] = json::array({Slider()});
+        document["bodies"][0]["position"] = {-1000, 0, 0};
+        document["bodies"][0]["centreOfMass"] = {0, 1000, 0};
+        document[json::json_pointer(pointer)] = 1e30;
+        EXPECT_THAT(ErrorOf(document), EndsWith(std::string(pointer) + ": " + text));
+    }
+}
+
+TEST_F(ScenarioReader, RefusesWaysAlongASliderThatCanHardlyBeMetres) {
+    json document = Smallest();
+    document["joints"] = json::array({Slider()});
+    document["joints"][0].erase("free");
+    document["joints"][0]["prescribed"] = {{"table", {{0, 0}, {1, -1001}}}};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0/prescribed/table/1/1: -1001 m is farther than 1000 m;"));
+    document["joints"][0]["prescribed"] = {{"expression", "2000*t"}};
+    EXPECT_THAT(ErrorOf(document),
+                HasSubstr("/joints/0/prescribed/expression: at 0.51 s, 1020 m is farther than 1000 m;"));
+    // A hinge may well turn by more than a thousand radians.
+    document["joints"][0]["type"] = "hinge";
+    EXPECT_EQ(ErrorOf(document), "no error");
+    document["joints"][0]["point"] = {0, 0, "2000*mm*1000"};
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0/point/2: 2000 m is farther than 1000 m;"));
+}
+
+TEST_F(ScenarioReader, KeepsWhatARunWritesInTheOutputFolder) {
+    for (const char* file : {"../x.vantor", "..", "a/../../x.vantor", "..\\..\\x.vantor", "/tmp/x.vantor", "\\x.vantor",
+                             "C:\\x.vantor", "c:x.vantor", "//server/share/x.vantor"}) {
+        json document = Smallest();
+        document["project"]["file"] = file;
+        EXPECT_THAT(ErrorOf(document),
+                    HasSubstr("/project/file: \"" + std::string(file) + "\" is not in the output folder"));
+        document = Smallest();
+        document["output"]["csv"] = file;
+        EXPECT_THAT(ErrorOf(document),
+                    HasSubstr("/output/csv: \"" + std::string(file) + "\" is not in the output folder"));
+    }
+    json document = Smallest();
+    document["project"]["file"] = "a/../b/x..vantor";
+    document["output"] = {{"csv", "tables/states.csv"}, {"folder", "../results"}};
+    EXPECT_EQ(Read(document).projectFile, "a/../b/x..vantor");
+    EXPECT_EQ(Read(document).outputFolder, m_folder / "../results");
 }
 
 TEST_F(ScenarioReader, RefusesATableThatRunsBack) {
