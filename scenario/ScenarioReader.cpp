@@ -1,5 +1,6 @@
 #include "scenario/ScenarioReader.h"
 
+#include "scenario/GeometryCheck.h"
 #include "scenario/JointReader.h"
 #include "scenario/Node.h"
 #include "scenario/SchemaCheck.h"
@@ -65,43 +66,6 @@ std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Nod
         materials.emplace(object, material);
     }
     return materials;
-}
-
-/// Tells objects of a body that have no material.
-/// @param strangers  the materials' objects that no body has, one of which may be meant
-void WarnOfBareObjects(const Node& objects, const Scenario& scenario, const std::vector<std::string>& strangers,
-                       std::vector<std::string>& warnings) {
-    for (const Node& item : objects.Items()) {
-        const std::string object = item.Text();
-        if (scenario.materials.count(object) == 0) {
-            warnings.push_back(
-                item.Line(fmt::format("the object \"{}\" has no material: \"materials\" does not name it.{}", object,
-                                      Suggestion(object, strangers))));
-        }
-    }
-}
-
-/// Tells materials of objects that no body has, and objects of bodies that have no material.
-std::vector<std::string> CompareMaterials(const Node& root, const Scenario& scenario) {
-    std::vector<std::string> objects;
-    for (const Body& body : scenario.bodies) {
-        objects.insert(objects.end(), body.objects.begin(), body.objects.end());
-    }
-    std::vector<std::string> warnings;
-    std::vector<std::string> strangers;
-    for (const auto& [object, material] : scenario.materials) {
-        if (std::find(objects.begin(), objects.end(), object) != objects.end()) {
-            continue;
-        }
-        strangers.push_back(object);
-        const std::string hint = Suggestion(object, objects);
-        warnings.push_back(
-            root.At("materials").At(object).Line(fmt::format("no body has an object \"{}\".{}", object, hint)));
-    }
-    for (std::size_t body = 0; body < scenario.bodies.size(); ++body) {
-        WarnOfBareObjects(root.At("bodies").At(body).At("objects"), scenario, strangers, warnings);
-    }
-    return warnings;
 }
 
 Stepping ReadStepping(const Node& node) {
@@ -183,13 +147,16 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
     }
 }
 
-Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
+Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, const std::string& desktopVersion) {
     Scenario scenario;
     if (root.Has("title")) {
         scenario.title = root.At("title").Text();
     }
     if (root.Has("desktop")) {
         scenario.desktop = ReadDesktop(root.At("desktop"));
+    }
+    if (!desktopVersion.empty()) {
+        scenario.desktop.version = desktopVersion;
     }
     ReadFiles(root, folder, scenario);
     if (root.Has("materials")) {
@@ -204,13 +171,13 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder) {
         }
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
-    scenario.warnings = CompareMaterials(root, scenario);
+    CheckGeometry(root, scenario);
     return scenario;
 }
 
 } // namespace
 
-Scenario ParseScenario(const std::string& text, const std::filesystem::path& file) {
+Scenario ParseScenario(const std::string& text, const std::filesystem::path& file, const std::string& desktopVersion) {
     const std::string fileName = Utf8FromPath(file);
     // A byte order mark at the start is what some editors write.
     const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
@@ -218,13 +185,13 @@ Scenario ParseScenario(const std::string& text, const std::filesystem::path& fil
     const auto document = nlohmann::json::parse(body, nullptr, true, true);
     CheckAgainstSchema(document, locations, fileName);
     Findings findings(locations, fileName);
-    Scenario scenario = BuildScenario(Node(document, findings), file.parent_path());
+    Scenario scenario = BuildScenario(Node(document, findings), file.parent_path(), desktopVersion);
     findings.ThrowIfAny();
     return scenario;
 }
 
-Scenario ReadScenario(const std::filesystem::path& file) {
-    return ParseScenario(ReadFile(file), file);
+Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion) {
+    return ParseScenario(ReadFile(file), file, desktopVersion);
 }
 
 } // namespace kinora::scenario

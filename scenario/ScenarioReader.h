@@ -8,11 +8,14 @@ namespace kinora::scenario {
 ///
 /// Relative input files are taken from the scenario's folder. Output files are taken from the output folder, which is
 /// relative to the scenario's folder.
-/// @throws InputError  with file, line and JSON pointer of everything that is wrong
-Scenario ReadScenario(const std::filesystem::path& file);
+/// @param desktopVersion  wins over the version that the scenario names, unless it is empty
+/// @throws InputError  everything that is wrong, one line each: file, line, JSON pointer, and what it is. A text that is no
+///                     JSON or does not obey the schema is not looked at any further
+Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion = {});
 
 /// As above, from a text.
 /// @param file  where the text is from: named in errors, and its folder is where relative files are taken from
-Scenario ParseScenario(const std::string& text, const std::filesystem::path& file);
+Scenario ParseScenario(const std::string& text, const std::filesystem::path& file,
+                       const std::string& desktopVersion = {});
 
 } // namespace kinora::scenario

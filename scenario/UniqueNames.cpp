@@ -7,15 +7,12 @@
 #include <fmt/format.h>
 
 namespace kinora::scenario {
-namespace {
 
 std::string LowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
-
-} // namespace
 
 void UniqueNames::Add(const Node& node) {
     const auto [same, isNew] = m_names.emplace(LowerCase(node.Text()), node.Text());

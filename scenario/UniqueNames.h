@@ -7,6 +7,9 @@
 
 namespace kinora::scenario {
 
+/// How names are compared where letter case does not count.
+std::string LowerCase(std::string text);
+
 /// Names that may stand once; the desktop and the file system do not tell upper from lower case.
 class UniqueNames {
 public:

@@ -2,6 +2,7 @@
 
 #include "scenario/Errors.h"
 #include "scenario/Text.h"
+#include "simulator/model/Units.h"
 
 #include <cmath>
 #include <fstream>
@@ -25,6 +26,15 @@ protected:
         m_folder = std::filesystem::temp_directory_path() / "kinora-scenario-reader-test";
         std::filesystem::create_directories(m_folder);
         std::ofstream(m_folder / "magnets.obj") << "# geometry\n";
+    }
+
+    void TearDown() override { std::filesystem::remove_all(m_folder); }
+
+    void WriteGeometry(const std::vector<std::string>& objects) const {
+        std::ofstream stream(m_folder / "magnets.obj");
+        for (const std::string& object : objects) {
+            stream << "o " << object << "\nf 1 2 3\n";
+        }
     }
 
     static json Smallest() {
@@ -149,8 +159,9 @@ TEST_F(ScenarioReader, WarnsOfAMaterialAndAnObjectThatMissEachOther) {
     const std::string file = Utf8FromPath(m_folder / "scenario.json");
     EXPECT_THAT(Read(document).warnings,
                 ElementsAre(file + ":16: /materials/magnt: no body has an object \"magnt\". Did you mean \"magnet\"?",
-                            file + ":7: /bodies/0/objects/0: the object \"magnet\" has no material: \"materials\" does "
-                                   "not name it. Did you mean \"magnt\"?"));
+                            file + ":7: /bodies/0/objects/0: the object \"magnet\" has no material and feels no "
+                                   "force, unless the geometry file gives it one: \"materials\" does not name it. Did "
+                                   "you mean \"magnt\"?"));
 }
 
 TEST_F(ScenarioReader, SuggestsNoMaterialThatAnotherObjectHas) {
@@ -162,6 +173,78 @@ TEST_F(ScenarioReader, SuggestsNoMaterialThatAnotherObjectHas) {
 
 TEST_F(ScenarioReader, WarnsOfEveryObjectWithoutMaterials) {
     EXPECT_THAT(Read(Smallest()).warnings, ElementsAre(HasSubstr("/bodies/0/objects/0: the object \"magnet\" has no")));
+}
+
+// Names that the geometry or the desktop does not know.
+
+TEST_F(ScenarioReader, RefusesAnObjectThatTheGeometryDoesNotHave) {
+    WriteGeometry({"magnet", "yoke"});
+    json document = Smallest();
+    document["bodies"][0]["objects"] = {"magnet", "magnt", "shaft"};
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}};
+    EXPECT_EQ(
+        WithoutFile(ErrorOf(document)),
+        "8: /bodies/0/objects/1: there is no object \"magnt\" in magnets.obj, which has \"magnet\", \"yoke\". Did "
+        "you mean \"magnet\"?\n"
+        "9: /bodies/0/objects/2: there is no object \"shaft\" in magnets.obj, which has \"magnet\", \"yoke\".");
+}
+
+TEST_F(ScenarioReader, ListsADozenObjectsOfTheGeometry) {
+    std::vector<std::string> names;
+    for (char letter = 'a'; letter <= 'o'; ++letter) {
+        names.emplace_back(1, letter);
+    }
+    WriteGeometry(names);
+    EXPECT_THAT(ErrorOf(Smallest()),
+                EndsWith("which has \"a\", \"b\", \"c\", \"d\", \"e\", \"f\", \"g\", \"h\", \"i\", "
+                         "\"j\", \"k\", \"l\" and 3 more."));
+}
+
+TEST_F(ScenarioReader, TellsAMaterialOfTheGeometryThatNoBodyHasFromAMisspeltOne) {
+    WriteGeometry({"magnet", "magnet2"});
+    json document = Smallest();
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}, {"magnet2", {{"name", "magnet_1T"}}}};
+    EXPECT_THAT(Read(document).warnings,
+                ElementsAre(EndsWith("/materials/magnet2: no body has an object \"magnet2\". It is in the geometry and "
+                                     "stands still there; no load on it is told.")));
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}, {"magnet3", {{"name", "magnet_1T"}}}};
+    EXPECT_THAT(Read(document).warnings,
+                ElementsAre(EndsWith("no body has an object \"magnet3\". Did you mean \"magnet\"?")));
+}
+
+TEST_F(ScenarioReader, RefusesAUnitThatTheSimulatorDoesNotKnow) {
+    json document = Smallest();
+    document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}};
+    document["desktop"] = {{"version", "Simulator"}};
+    document["geometry"]["units"] = "mms";
+    const std::string text =
+        "/geometry/units: \"mms\" is not one of the length units nm, um, micron, mm, millimeter, cm, "
+        "centimeter, dm, m, meter, km, kilometer, uin, mil, in, inch, ft, foot, yd. Did you mean "
+        "\"mm\"?";
+    EXPECT_THAT(ErrorOf(document), EndsWith(text));
+    // Another desktop may know more.
+    document.erase("desktop");
+    EXPECT_THAT(Read(document).warnings, ElementsAre(EndsWith(text)));
+}
+
+TEST_F(ScenarioReader, KnowsTheUnitsThatTheSimulatorKnows) {
+    for (const char* unit : {"nm", "um", "micron", "mm", "Millimeter", "cm", "centimeter", "dm", "m", "METER", "km",
+                             "kilometer", "uin", "mil", "in", "inch", "ft", "foot", "yd"}) {
+        json document = Smallest();
+        document["desktop"] = {{"version", "Simulator"}};
+        document["geometry"]["units"] = unit;
+        EXPECT_EQ(ErrorOf(document), "no error");
+        EXPECT_TRUE(vantor::model::FindModelUnit(unit)) << unit;
+    }
+}
+
+TEST_F(ScenarioReader, LetsTheCallerChooseTheDesktop) {
+    json document = Smallest();
+    document["desktop"] = {{"version", "Simulator"}};
+    document["geometry"]["units"] = "parsec";
+    EXPECT_EQ(ParseScenario(document.dump(1), m_folder / "scenario.json", "Other").desktop.version, "Other");
+    document["desktop"]["version"] = "Other";
+    EXPECT_THROW((void)ParseScenario(document.dump(1), m_folder / "scenario.json", "Simulator"), InputError);
 }
 
 // Errors of the text.

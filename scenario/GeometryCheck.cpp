@@ -1,0 +1,119 @@
+#include "scenario/GeometryCheck.h"
+
+#include "scenario/GeometryObjects.h"
+#include "scenario/Text.h"
+#include "scenario/UniqueNames.h"
+
+#include <algorithm>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+namespace kinora::scenario {
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// Length units that the simulator knows, and other desktops too as a rule. Letter case does not count.
+const Names lengthUnits = {"nm", "um",        "micron", "mm",  "millimeter", "cm",   "centimeter", "dm",   "m", "meter",
+                           "km", "kilometer", "uin",    "mil", "in",         "inch", "ft",         "foot", "yd"};
+
+bool Contains(const Names& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// The first dozen of a list of names.
+std::string Listed(const Names& names) {
+    constexpr std::size_t most = 12;
+    std::string list;
+    for (std::size_t i = 0; i < std::min(names.size(), most); ++i) {
+        list += fmt::format("{}\"{}\"", i == 0 ? "" : ", ", names[i]);
+    }
+    return names.size() > most ? fmt::format("{} and {} more", list, names.size() - most) : list;
+}
+
+void CheckUnits(const Node& node, Scenario& scenario) {
+    const std::string unit = LowerCase(node.Text());
+    if (Contains(lengthUnits, unit)) {
+        return;
+    }
+    const std::string text = fmt::format("\"{}\" is not one of the length units {}.{}", node.Text(),
+                                         fmt::join(lengthUnits, ", "), Suggestion(unit, lengthUnits));
+    if (scenario.desktop.version == "Simulator") {
+        node.Report(text);
+    } else {
+        scenario.warnings.push_back(node.Line(text));
+    }
+}
+
+/// Reports objects of bodies that the geometry file does not have.
+void CheckObjects(const Node& bodies, const Names& inGeometry, const std::string& geometryFile) {
+    for (const Node& body : bodies.Items()) {
+        for (const Node& object : body.At("objects").Items()) {
+            if (!Contains(inGeometry, object.Text())) {
+                object.Report(fmt::format("there is no object \"{}\" in {}, which has {}.{}", object.Text(),
+                                          geometryFile, Listed(inGeometry), Suggestion(object.Text(), inGeometry)));
+            }
+        }
+    }
+}
+
+Names ObjectsOfBodies(const Scenario& scenario) {
+    Names objects;
+    for (const Body& body : scenario.bodies) {
+        objects.insert(objects.end(), body.objects.begin(), body.objects.end());
+    }
+    return objects;
+}
+
+/// Warns of materials whose object no body has.
+/// @return these objects, as far as they may be misspelt
+Names WarnOfStrangers(const Node& materials, const std::optional<Names>& inGeometry, Scenario& scenario) {
+    const Names objects = ObjectsOfBodies(scenario);
+    Names strangers;
+    for (const auto& [object, material] : scenario.materials) {
+        if (Contains(objects, object)) {
+            continue;
+        }
+        std::string text = fmt::format("no body has an object \"{}\".", object);
+        if (inGeometry && Contains(*inGeometry, object)) {
+            text += " It is in the geometry and stands still there; no load on it is told.";
+        } else {
+            strangers.push_back(object);
+            text += Suggestion(object, objects);
+        }
+        scenario.warnings.push_back(materials.At(object).Line(text));
+    }
+    return strangers;
+}
+
+/// Warns of objects of bodies that have no material.
+/// @param strangers  the materials' objects one of which may be meant
+void WarnOfBareObjects(const Node& bodies, const Names& strangers, Scenario& scenario) {
+    for (const Node& body : bodies.Items()) {
+        for (const Node& object : body.At("objects").Items()) {
+            if (scenario.materials.count(object.Text()) == 0) {
+                scenario.warnings.push_back(object.Line(fmt::format(
+                    "the object \"{}\" has no material and feels no force, unless the geometry file gives it one: "
+                    "\"materials\" does not name it.{}",
+                    object.Text(), Suggestion(object.Text(), strangers))));
+            }
+        }
+    }
+}
+
+} // namespace
+
+void CheckGeometry(const Node& root, Scenario& scenario) {
+    CheckUnits(root.At("geometry").At("units"), scenario);
+    const std::optional<Names> inGeometry = GeometryObjects(scenario.geometryFile);
+    if (inGeometry) {
+        CheckObjects(root.At("bodies"), *inGeometry, Utf8FromPath(scenario.geometryFile.filename()));
+    }
+    Names strangers;
+    if (root.Has("materials")) {
+        strangers = WarnOfStrangers(root.At("materials"), inGeometry, scenario);
+    }
+    WarnOfBareObjects(root.At("bodies"), strangers, scenario);
+}
+
+} // namespace kinora::scenario
