@@ -88,8 +88,16 @@ TEST_F(HostFailure, AMissingDesktopIsNamedWithWhatToTry) {
     EXPECT_THAT(outcome.output, HasSubstr("KINORA_VELTRIX_VTDK_VERSION"));
 }
 
-TEST_F(HostFailure, AnUnknownObjectFailsTheModelWithTheDesktopsWords) {
-    Replace("\"objects\": [\"upper_magnet\"]", "\"objects\": [\"no_such_magnet\"]");
+TEST_F(HostFailure, AnObjectThatTheGeometryDoesNotHaveIsBadInput) {
+    Replace("\"objects\": [\"upper_magnet\"]", "\"objects\": [\"uper_magnet\"]");
+    const Outcome outcome = Run();
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.output, HasSubstr("there is no object \"uper_magnet\" in cube-magnets.obj, which has "
+                                          "\"lower_magnet\", \"upper_magnet\". Did you mean \"upper_magnet\"?"));
+}
+
+TEST_F(HostFailure, AMaterialOfAnUnknownObjectFailsTheModelWithTheDesktopsWords) {
+    Replace("\"upper_magnet\":", "\"no_such_magnet\":");
     const Outcome outcome = Run();
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output, HasSubstr("error: InitMagneticObjects failed"));
