@@ -12,8 +12,9 @@ struct BinaryFunction;
 /// A formula of time and, where that makes sense, of a joint's coordinate.
 ///
 /// Numbers, + - * / ^ (right-associative), parentheses, the variables `t` (seconds) and `q` (coordinate), the constants
-/// `pi`, `deg` (pi/180), `mm` (0.001), `gram` (0.001) and `gn` (9.80665, free fall), and the functions sin, cos, tan, asin,
-/// acos, atan, sqrt, exp, log, abs, step (0 below 0, else 1), min, max and atan2. Angles are radians: write 30*deg.
+/// `pi`, `deg` (pi/180), `mm` (0.001), `gram` (0.001) and `gn` (9.80665, free fall), and the functions sin, cos, tan,
+/// asin, acos, atan, sqrt, exp, log, abs, step (0 below 0, else 1), min, max and atan2. Angles are radians: write
+/// 30*deg.
 class Expression {
 public:
     /// Which variables a formula may name.
@@ -33,8 +34,8 @@ public:
     /// @return what the formula gives; not finite where the mathematics is not (1/0, sqrt(-1))
     double Evaluate(double time, double coordinate = 0.0) const;
 
-    /// The exact derivative with respect to time, the coordinate held fixed. Where the left and the right side differ (abs,
-    /// min, max, step) it is that of the time that follows: abs(t) gives 1 at 0.
+    /// The exact derivative with respect to time, the coordinate held fixed. Where the left and the right side differ
+    /// (abs, min, max, step) it is that of the time that follows: abs(t) gives 1 at 0.
     ///
     /// @return not finite where the mathematics has no finite derivative (sqrt(t) at 0) or the formula no value
     double Slope(double time, double coordinate = 0.0) const;

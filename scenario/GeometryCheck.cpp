@@ -38,7 +38,7 @@ void CheckUnits(const Node& node, Scenario& scenario) {
     }
     const std::string text = fmt::format("\"{}\" is not one of the length units {}.{}", node.Text(),
                                          fmt::join(lengthUnits, ", "), Suggestion(unit, lengthUnits));
-    if (scenario.desktop.version == "Simulator") {
+    if (LowerCase(scenario.desktop.version) == "simulator") {
         node.Report(text);
     } else {
         scenario.warnings.push_back(node.Line(text));
@@ -76,7 +76,7 @@ Names WarnOfStrangers(const Node& materials, const std::optional<Names>& inGeome
         }
         std::string text = fmt::format("no body has an object \"{}\".", object);
         if (inGeometry && Contains(*inGeometry, object)) {
-            text += " It is in the geometry and stands still there; no load on it is told.";
+            text += " The geometry has it: it stands still there, and no loads on it are recorded.";
         } else {
             strangers.push_back(object);
             text += Suggestion(object, objects);

@@ -14,12 +14,14 @@
 namespace kinora::scenario {
 namespace {
 
-constexpr std::string_view blanks = " \t\f\v";
+/// Between words.
+constexpr std::string_view blanks = " \t";
 
 std::string_view Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
+    constexpr std::string_view invisible = " \t\f\v";
+    const std::size_t first = text.find_first_not_of(invisible);
     return first == std::string_view::npos ? std::string_view()
-                                           : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+                                           : text.substr(first, text.find_last_not_of(invisible) - first + 1);
 }
 
 /// What follows the word that a line begins with; nothing when it begins with another.

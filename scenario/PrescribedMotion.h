@@ -16,7 +16,7 @@ struct MotionTable {
     /// Times strictly ascending; at least one row.
     Rows rows;
     double Evaluate(double time) const;
-    /// Slope of the piece that begins at a time or has begun before it; 0 before the first row and from the last one on.
+    /// Slope of the piece that begins at a time or has begun before it; 0 before the first row and from the last on.
     double Slope(double time) const;
 
 private:
@@ -33,7 +33,8 @@ public:
     /// @return the coordinate, metres or radians; may be infinite or NaN where an expression is
     double Evaluate(double time) const;
 
-    /// The exact time derivative of the coordinate, metres or radians per second; at a corner that of the time that follows.
+    /// The exact time derivative of the coordinate, metres or radians per second; at a corner that of the time that
+    /// follows.
     /// @return always finite, so that it can be written down and read again: 0 where there is no finite speed, as of
     ///         sqrt(t) at 0
     double Speed(double time) const;

@@ -81,6 +81,9 @@ Stepping ReadStepping(const Node& node) {
         return {};
     }
     const double steps = end / stepping.stepSeconds;
+    if (std::isnan(steps)) {
+        return {};
+    }
     const double whole = std::round(steps);
     if (whole > 1e8) {
         node.At("step").Report("that is more than a hundred million steps.");
@@ -90,9 +93,7 @@ Stepping ReadStepping(const Node& node) {
         node.At("end").Report(fmt::format("{} s is not a whole number of steps of {} s; the nearest is {} s.", end,
                                           stepping.stepSeconds, std::fmax(1.0, whole) * stepping.stepSeconds));
     }
-    if (std::isfinite(whole)) {
-        stepping.steps = static_cast<int>(whole);
-    }
+    stepping.steps = static_cast<int>(whole);
     return stepping;
 }
 

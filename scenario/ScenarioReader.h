@@ -9,8 +9,8 @@ namespace kinora::scenario {
 /// Relative input files are taken from the scenario's folder. Output files are taken from the output folder, which is
 /// relative to the scenario's folder.
 /// @param desktopVersion  wins over the version that the scenario names, unless it is empty
-/// @throws InputError  everything that is wrong, one line each: file, line, JSON pointer, and what it is. A text that is no
-///                     JSON or does not obey the schema is not looked at any further
+/// @throws InputError  everything that is wrong, one line each: file, line, JSON pointer, and what it is. A text that
+///                     is no JSON or does not obey the schema is not looked at any further
 Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion = {});
 
 /// As above, from a text.

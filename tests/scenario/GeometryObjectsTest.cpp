@@ -6,6 +6,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <random>
 
 namespace kinora::scenario {
 namespace {
@@ -18,7 +19,8 @@ using Names = std::optional<std::vector<std::string>>;
 class GeometryObjectsOf : public testing::Test {
 protected:
     void SetUp() override {
-        m_folder = std::filesystem::temp_directory_path() / PathFromUtf8("kinora-geometry-t\xC3\xA4st");
+        m_folder = std::filesystem::temp_directory_path() /
+                   PathFromUtf8("kinora-geometry-t\xC3\xA4st-" + std::to_string(std::random_device()()));
         std::filesystem::create_directories(m_folder);
     }
     void TearDown() override { std::filesystem::remove_all(m_folder); }

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <random>
 
 namespace kinora::scenario {
 namespace {
@@ -23,7 +24,8 @@ using testing::IsEmpty;
 class ScenarioReader : public testing::Test {
 protected:
     void SetUp() override {
-        m_folder = std::filesystem::temp_directory_path() / "kinora-scenario-reader-test";
+        m_folder =
+            std::filesystem::temp_directory_path() / ("kinora-scenario-" + std::to_string(std::random_device()()));
         std::filesystem::create_directories(m_folder);
         std::ofstream(m_folder / "magnets.obj") << "# geometry\n";
     }
@@ -205,8 +207,9 @@ TEST_F(ScenarioReader, TellsAMaterialOfTheGeometryThatNoBodyHasFromAMisspeltOne)
     json document = Smallest();
     document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}, {"magnet2", {{"name", "magnet_1T"}}}};
     EXPECT_THAT(Read(document).warnings,
-                ElementsAre(EndsWith("/materials/magnet2: no body has an object \"magnet2\". It is in the geometry and "
-                                     "stands still there; no load on it is told.")));
+                ElementsAre(EndsWith(
+                    "/materials/magnet2: no body has an object \"magnet2\". The geometry has it: it stands still "
+                    "there, and no loads on it are recorded.")));
     document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}, {"magnet3", {{"name", "magnet_1T"}}}};
     EXPECT_THAT(Read(document).warnings,
                 ElementsAre(EndsWith("no body has an object \"magnet3\". Did you mean \"magnet\"?")));
@@ -413,6 +416,16 @@ TEST_F(ScenarioReader, FindsNoSecondFaultWithANumberThatIsWrong) {
                     EndsWith(std::string(pointer) + ": formula \"oops\", column 1: \"oops\" is not known here"));
         EXPECT_EQ(ErrorOf(document).find('\n'), std::string::npos) << ErrorOf(document);
     }
+}
+
+TEST_F(ScenarioReader, FindsNoFaultWithAFormulaAtStepsThatAreWrong) {
+    json document = Smallest();
+    document["joints"] = json::array({Slider()});
+    document["joints"][0].erase("free");
+    document["joints"][0]["prescribed"] = {{"expression", "t"}};
+    document["solver"]["step"] = "oops";
+    EXPECT_THAT(ErrorOf(document), EndsWith("/solver/step: formula \"oops\", column 1: \"oops\" is not known here"));
+    EXPECT_EQ(ErrorOf(document).find('\n'), std::string::npos) << ErrorOf(document);
 }
 
 TEST_F(ScenarioReader, RefusesTwoBodiesOfOneName) {
