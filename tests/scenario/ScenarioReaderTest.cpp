@@ -352,7 +352,7 @@ TEST_F(ScenarioReader, NamesTheLineOfTheKeyItself) {
     EXPECT_EQ(WithoutFile(ErrorOfText("{\n"
                                       "\"project\": {\n"
                                       "  \"file\": \"a\",\n"
-                                      "  \"owerwrite\":\n"
+                                      "  \"overwrite_\":\n"
                                       "    true\n"
                                       "},\n"
                                       "\"geometry\": {\"file\": \"magnets.obj\",\n"
@@ -364,7 +364,7 @@ TEST_F(ScenarioReader, NamesTheLineOfTheKeyItself) {
                                       "    \"objects\": []\n"
                                       "  }],\n"
                                       "\"solver\": {\"step\": 1, \"end\": 1}}")),
-              "4: /project/owerwrite: the key \"owerwrite\" is unknown here. Did you mean \"overwrite\"?\n"
+              "4: /project/overwrite_: the key \"overwrite_\" is unknown here. Did you mean \"overwrite\"?\n"
               "8: /geometry/units: number is given where \"string\" is wanted.\n"
               "12: /bodies/0: the key \"name\" is missing.");
 }
