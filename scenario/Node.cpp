@@ -115,7 +115,7 @@ Vector Node::PointAt(const char* key) const {
 }
 
 Vector Node::NonZero() const {
-    const Vector vector = Triple();
+    Vector vector = Triple();
     if (vector.isZero(0.0)) {
         Report("a direction must not be 0, 0, 0.");
         return Vector::Constant(unknown);

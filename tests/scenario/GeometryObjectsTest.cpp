@@ -3,6 +3,7 @@
 #include "scenario/Text.h"
 #include "simulator/model/GeometryFile.h"
 
+#include <fmt/format.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -103,10 +104,10 @@ TEST_F(GeometryObjectsOf, LinesThatLieAcrossThePiecesThatAreRead) {
 std::string Tetrahedra(const std::vector<std::string>& texts) {
     std::string content;
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        const std::string x = std::to_string(2 * i);
-        content += "v " + x + " 0 0\nv " + std::to_string(2 * i + 1) + " 0 0\nv " + x + " 1 0\nv " + x + " 0 1\n";
         // Vertices are counted from the end.
-        content += texts[i] + "f -4 -2 -3\nf -4 -3 -1\nf -4 -1 -2\nf -3 -2 -1\n";
+        content += fmt::format("v {0} 0 0\nv {1} 0 0\nv {0} 1 0\nv {0} 0 1\n"
+                               "{2}f -4 -2 -3\nf -4 -3 -1\nf -4 -1 -2\nf -3 -2 -1\n",
+                               2 * i, 2 * i + 1, texts[i]);
     }
     return content;
 }

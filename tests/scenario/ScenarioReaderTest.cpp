@@ -495,8 +495,13 @@ TEST_F(ScenarioReader, RefusesValuesThatMakeNoSense) {
     EXPECT_THAT(ErrorOf(with("/solver/end", 0.014)), HasSubstr("0.014 s is not a whole number of steps of 0.01 s; the "
                                                                "nearest is 0.01 s."));
     EXPECT_THAT(ErrorOf(with("/geometry/file", "none.obj")), HasSubstr("/geometry/file: there is no file "));
+}
+
+TEST_F(ScenarioReader, RefusesAProjectThatIsAFolder) {
     for (const char* file : {"folder/", ".", "a/.."}) {
-        EXPECT_THAT(ErrorOf(with("/project/file", file)), HasSubstr("that is not the name of a file.")) << file;
+        json document = Smallest();
+        document["project"]["file"] = file;
+        EXPECT_THAT(ErrorOf(document), EndsWith("/project/file: that is not the name of a file.")) << file;
     }
 }
 
