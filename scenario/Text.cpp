@@ -59,19 +59,21 @@ std::string ReadFile(const std::filesystem::path& file) {
 void ReplaceFile(const std::filesystem::path& file, const std::string& content) {
     std::filesystem::path temporary = file;
     temporary += ".new";
-    std::error_code error;
-    {
-        std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
-        stream << content;
-        stream.close();
-        if (!stream) {
-            throw RunError(
-                fmt::format("{}: cannot be written; check the folder and the space left.", Utf8FromPath(temporary)));
-        }
+    const auto fail = [&](const std::string& reason) {
+        std::error_code ignored;
+        std::filesystem::remove(temporary, ignored);
+        throw RunError(fmt::format("{}: {}", Utf8FromPath(file), reason));
+    };
+    std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
+    stream << content;
+    stream.close();
+    if (!stream) {
+        fail("cannot be written; check the folder and the space left.");
     }
+    std::error_code error;
     std::filesystem::rename(temporary, file, error);
     if (error) {
-        throw RunError(fmt::format("{}: cannot be replaced ({}).", Utf8FromPath(file), error.message()));
+        fail(fmt::format("cannot be replaced ({}); is it open elsewhere?", error.message()));
     }
 }
 

@@ -18,7 +18,7 @@ std::string Suggestion(std::string_view name, const std::vector<std::string>& ca
 std::string ReadFile(const std::filesystem::path& file);
 
 /// Writes a file next to the wanted one and renames it, so that the wanted one is never half-written.
-/// @throws RunError  it cannot be written
+/// @throws RunError  it cannot be written; the wanted one is as it was, and nothing lies beside it
 void ReplaceFile(const std::filesystem::path& file, const std::string& content);
 
 /// Paths from and to UTF-8, whatever the system's narrow encoding.
