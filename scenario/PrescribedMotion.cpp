@@ -55,4 +55,16 @@ std::string PrescribedMotion::Description() const {
     return std::get<Expression>(m_source).Formula();
 }
 
+std::string PrescribedMotion::Definition() const {
+    const auto* table = std::get_if<MotionTable>(&m_source);
+    if (!table) {
+        return std::get<Expression>(m_source).Formula();
+    }
+    std::string text;
+    for (const auto& [time, value] : table->rows) {
+        text += fmt::format("{}{} s: {}", text.empty() ? "" : ", ", time, value);
+    }
+    return text;
+}
+
 } // namespace kinora::scenario

@@ -42,6 +42,9 @@ public:
     /// One line for people.
     std::string Description() const;
 
+    /// The formula, or every row of the table: two motions with the same one are the same.
+    std::string Definition() const;
+
 private:
     std::variant<Expression, MotionTable> m_source;
 };

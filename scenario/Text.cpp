@@ -59,12 +59,15 @@ std::string ReadFile(const std::filesystem::path& file) {
 void ReplaceFile(const std::filesystem::path& file, const std::string& content) {
     std::filesystem::path temporary = file;
     temporary += ".new";
+    std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
+    const bool isOurs = stream.is_open();
     const auto fail = [&](const std::string& reason) {
         std::error_code ignored;
-        std::filesystem::remove(temporary, ignored);
+        if (isOurs) {
+            std::filesystem::remove(temporary, ignored);
+        }
         throw RunError(fmt::format("{}: {}", Utf8FromPath(file), reason));
     };
-    std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
     stream << content;
     stream.close();
     if (!stream) {

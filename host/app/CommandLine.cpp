@@ -21,7 +21,9 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     parser.add_option("--desktop", line.desktopVersion, "Version of the desktop to start, for example Simulator");
     parser.add_option("--csv", line.csvFile, "Write the host's own states to this file");
     auto* overwrite = parser.add_flag("--overwrite", line.overwrite, "Replace a project of an earlier run");
-    parser.add_flag("--resume", line.resume, "Go on with an earlier run")->excludes(overwrite);
+    auto* resume = parser.add_flag("--resume", line.resume, "Go on with an earlier run")->excludes(overwrite);
+    parser.add_flag("--force", line.force, "With --resume: although the scenario has changed or files are missing")
+        ->needs(resume);
     parser.add_flag("--report", line.report, "End with the report page: charts and a 3D replay in one HTML file");
     parser.add_flag("--dry-run", line.dryRun, "Check the scenario, print the model, start nothing");
     parser.add_option("--steps", line.stepLimit, "Stop after so many steps, as Ctrl-C would")

@@ -15,6 +15,7 @@ struct CommandLine {
     std::string csvFile;
     bool overwrite = false;
     bool resume = false;
+    bool force = false;
     bool dryRun = false;
     bool report = false;
     int stepLimit = -1;

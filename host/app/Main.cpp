@@ -4,6 +4,7 @@
 #include "host/app/BusyFilter.h"
 #include "host/app/CommandLine.h"
 #include "host/app/Console.h"
+#include "host/app/Desktop.h"
 #include "host/core/RunText.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
 #include "programs/Errors.h"
@@ -20,6 +21,17 @@ using namespace kinora::host;
 using namespace kinora::scenario;
 
 constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
+
+std::filesystem::path PageFile(const Scenario& scenario) {
+    return kinora::report::DefaultPageFile(FilesOf(scenario).couplingLog);
+}
+
+std::vector<NamedFile> FurtherOutputs(const CommandLine& arguments, const Scenario& scenario) {
+    if (!arguments.report) {
+        return {};
+    }
+    return {{"the report page", PageFile(scenario)}};
+}
 
 /// The command line wins over the environment, and that over the scenario.
 void ChooseDesktop(const CommandLine& arguments, Scenario& scenario) {
@@ -44,16 +56,24 @@ Scenario Prepare(const CommandLine& arguments) {
     }
     scenario.overwrite = scenario.overwrite || arguments.overwrite;
     ChooseDesktop(arguments, scenario);
+    RequireDistinctFiles(
+        FilesOf(scenario),
+        {{"the scenario", PathFromUtf8(arguments.scenarioFile)}, {"the geometry", scenario.geometryFile}},
+        FurtherOutputs(arguments, scenario));
     return scenario;
 }
 
-RunOptions OptionsFrom(const CommandLine& arguments) {
+RunOptions OptionsFrom(const CommandLine& arguments, const Scenario& scenario) {
     RunOptions options;
     options.resume = arguments.resume;
+    options.force = arguments.force;
+    options.furtherOutputs = FurtherOutputs(arguments, scenario);
     options.stepLimit = arguments.stepLimit;
     options.isInterrupted = IsInterrupted;
     options.toNarrow = AnsiFromUtf8;
     options.fromNarrow = Utf8FromAnsi;
+    options.isDesktopShared = [&scenario] { return HasOpenProjects(scenario.desktop.version); };
+    options.launchHint = LaunchHint();
     options.scriptErrorText = GetKinoraVeltrixScriptErrorText;
     return options;
 }
@@ -83,7 +103,7 @@ void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, con
     for (const std::string& warning : console.Warnings()) {
         sources.notices.push_back({kinora::report::Severity::Warning, warning});
     }
-    const std::filesystem::path page = kinora::report::DefaultPageFile(sources.log);
+    const std::filesystem::path page = PageFile(scenario);
     kinora::report::WriteReport(sources, kinora::report::FindTemplate(), page);
     Print(fmt::format("report        {}\n", Utf8FromPath(page)));
 }
@@ -100,7 +120,7 @@ void RequireLibraryOfThisCompiler() {
 
 ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     RequireLibraryOfThisCompiler();
-    const RunOptions options = OptionsFrom(arguments);
+    const RunOptions options = OptionsFrom(arguments, scenario);
     const ComScope com;
     Console console(scenario, arguments.talk);
     const BusyFilter filter(
@@ -114,6 +134,10 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
         WriteReportPage(arguments, scenario, console);
     }
     if (end == RunEnd::Complete) {
+        if (!console.Warnings().empty()) {
+            PrintError(fmt::format("The run is complete, with {} warning{} (above).\n", console.Warnings().size(),
+                                   console.Warnings().size() == 1 ? "" : "s"));
+        }
         return ExitStatus::Done;
     }
     PrintError("The run stopped before its end; --resume goes on with it.\n");

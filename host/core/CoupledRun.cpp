@@ -1,6 +1,5 @@
 #include "host/core/CoupledRun.h"
 
-#include "host/core/StateFile.h"
 #include "host/core/StatesCsv.h"
 #include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
@@ -21,13 +20,6 @@ constexpr const char* designName = "Veltrix3DDesign1";
 /// Radians; smaller deviations vanish in the six decimals of the angles that reach the desktop.
 constexpr double tolerableDeviation = 1e-4;
 
-std::vector<std::string> LaunchAdvice() {
-    return {"Check that the desktop is installed and has a licence.",
-            "Choose another version: \"desktop.version\" in the scenario, or the environment variable "
-            "KINORA_VELTRIX_VTDK_VERSION.",
-            "For the simulator: register it with \"vantor-sim /RegServer\" and choose the version \"Simulator\"."};
-}
-
 std::string ObjectNames(const Scenario& scenario) {
     std::string names;
     for (const Body& body : scenario.bodies) {
@@ -43,7 +35,7 @@ std::string ObjectNames(const Scenario& scenario) {
 CoupledRun::CoupledRun(const Scenario& scenario, const RunOptions& options, IKinoraVeltrixInterface& coupling,
                        RunListener& listener)
     : m_scenario(scenario), m_options(options), m_coupling(coupling), m_listener(listener), m_files(FilesOf(scenario)),
-      m_mechanism(scenario), m_warnedDeviation(scenario.bodies.size(), tolerableDeviation) {}
+      m_mechanism(scenario), m_warnedDeviation(scenario.bodies.size(), tolerableDeviation), m_earlier(m_files) {}
 
 CoupledRun::~CoupledRun() = default;
 
@@ -52,30 +44,24 @@ std::string CoupledRun::Narrow(const std::filesystem::path& path) const {
 }
 
 RunEnd CoupledRun::Run() {
-    PrepareFolder();
+    const int firstStep = Prepare();
     for (const std::string& warning : m_scenario.warnings) {
         m_listener.OnWarning(warning);
     }
-    int firstStep = 0;
-    if (m_options.resume) {
-        const SavedState state = ReadState(m_files.state, m_scenario);
-        m_mechanism.Restore(m_scenario.stepping.TimeOf(state.step), state.joints);
-        m_resumedStep = state.step;
-        firstStep = state.step + 1;
-    } else {
-        m_mechanism.Start();
-    }
     try {
         OpenModel();
-        if (m_files.csv) {
-            m_csv = std::make_unique<StatesCsv>(*m_files.csv, m_scenario, m_resumedStep);
-        }
+        m_earlier.Discard();
+        OpenStates();
         const RunEnd end = Advance(firstStep);
         Finish();
+        WarnOfOpenBooks();
         return end;
     } catch (OperationFailed& failure) {
         CollectMessages(failure);
         CloseAfterFailure();
+        if (failure.hasDesktopEnded) {
+            throw DesktopHasEnded(failure);
+        }
         throw;
     } catch (...) {
         CloseAfterFailure();
@@ -83,44 +69,129 @@ RunEnd CoupledRun::Run() {
     }
 }
 
-void CoupledRun::PrepareFolder() const {
-    std::error_code error;
-    const bool exists = std::filesystem::exists(m_files.project, error);
-    const std::string name = Utf8FromPath(m_files.project);
-    if (m_options.resume) {
-        if (!exists) {
-            throw InputError(fmt::format("{}: there is no project to resume; start without --resume.", name));
-        }
-        return;
+int CoupledRun::Prepare() {
+    std::error_code ignored;
+    if (m_options.resume && !std::filesystem::exists(m_files.state, ignored)) {
+        throw InputError(fmt::format("{}: there is no run to resume here; start one without --resume.",
+                                     Utf8FromPath(m_files.state)));
     }
-    if (exists && !m_scenario.overwrite) {
+    m_identity = IdentityOf(m_scenario);
+    LockFolder();
+    if (m_options.resume && !IsBeforeFirstStep(m_files.state)) {
+        m_resumed = RequireResumable();
+        RequireWritableFiles(m_files, m_options.furtherOutputs);
+        m_mechanism.Restore(m_scenario.stepping.TimeOf(m_resumed->step), m_resumed->joints);
+        m_lastStep = m_resumed->step;
+        return m_resumed->step + 1;
+    }
+    m_mechanism.Start();
+    MakeRoom();
+    return 0;
+}
+
+void CoupledRun::LockFolder() {
+    std::vector<std::filesystem::path> folders = {m_files.project.parent_path()};
+    if (m_scenario.csvFile && m_scenario.csvFile->is_relative()) {
+        folders.push_back(m_files.csv->parent_path());
+    }
+    for (const std::filesystem::path& folder : folders) {
+        std::error_code error;
+        std::filesystem::create_directories(folder, error);
+        if (error) {
+            throw InputError(fmt::format("{}: the folder cannot be made ({}).", Utf8FromPath(folder), error.message()));
+        }
+    }
+    m_lock = std::make_unique<programs::FolderLock>(m_files.lock);
+}
+
+SavedState CoupledRun::RequireResumable() const {
+    SavedState state = ReadState(m_files.state, m_scenario);
+    const std::string name = Utf8FromPath(m_files.state);
+    std::error_code ignored;
+    if (!std::filesystem::exists(m_files.project, ignored)) {
+        throw InputError(
+            fmt::format("{}: there is no project to resume; start without --resume.", Utf8FromPath(m_files.project)));
+    }
+    if (m_options.force) {
+        return state;
+    }
+    std::vector<std::string> lines;
+    for (const std::string& difference : Differences(state.identity, m_identity)) {
+        lines.push_back(fmt::format("{}: the scenario has changed since: {}.", name, difference));
+    }
+    for (const std::string& part : MissingParts(m_files, state.sizes)) {
+        lines.push_back(part + ".");
+    }
+    if (!lines.empty()) {
+        lines.push_back("Start again without --resume, or go on all the same with --resume --force.");
+        throw InputError(fmt::format("{}", fmt::join(lines, "\n")));
+    }
+    return state;
+}
+
+/// Sees to it that nothing stands in the new project's place; what an earlier run has solved goes only when told so.
+void CoupledRun::MakeRoom() const {
+    std::error_code error;
+    if (m_earlier.IsAside()) {
+        // A run was killed while it replaced an earlier one.
+        if (IsBeforeFirstStep(m_files.state) || !std::filesystem::exists(m_files.project, error)) {
+            m_earlier.PutBack();
+        } else {
+            m_earlier.Discard();
+        }
+    }
+    const std::string name = Utf8FromPath(m_files.project);
+    const bool exists = std::filesystem::exists(m_files.project, error);
+    const bool isMissed = exists && !IsBeforeFirstStep(m_files.state);
+    if (isMissed && !m_scenario.overwrite) {
         throw InputError(fmt::format("{}: the project exists already; --overwrite replaces it, --resume goes on with "
                                      "it, --out writes elsewhere.",
                                      name));
     }
-    if (exists && !std::filesystem::remove(m_files.project, error)) {
+    RequireWritableFiles(m_files, m_options.furtherOutputs);
+    if (isMissed) {
+        m_earlier.SetAside();
+    } else if (exists && !std::filesystem::remove(m_files.project, error)) {
         throw InputError(fmt::format("{}: cannot be replaced ({}); is it open elsewhere?", name, error.message()));
     }
-    std::filesystem::create_directories(m_files.project.parent_path(), error);
-    if (error) {
-        throw InputError(fmt::format("{}: the folder cannot be made ({}).", Utf8FromPath(m_files.project.parent_path()),
-                                     error.message()));
+    Save(-1);
+}
+
+void CoupledRun::Save(int step) const {
+    SavedState state;
+    state.step = step;
+    state.identity = m_identity;
+    if (step >= 0) {
+        state.joints = m_mechanism.Joints();
+        state.sizes = SizesOf(m_files);
     }
-    // A state of an earlier run must not be taken for this one's.
-    std::filesystem::remove(m_files.state, error);
+    WriteState(m_files.state, m_scenario, state);
 }
 
 void CoupledRun::OpenModel() {
-    if (m_options.resume) {
+    if (m_resumed) {
         OpenProject();
     } else {
         CreateProject();
     }
+    m_isModelOpen = true;
     BuildMagnetics();
     m_listener.OnPhase("Saving the model");
     if (!m_coupling.SaveProject()) {
         Fail("SaveProject", "the desktop did not save the new model", {"Check the folder and the space left."});
     }
+}
+
+std::vector<std::string> CoupledRun::LaunchAdvice() const {
+    std::vector<std::string> advice = {
+        "Check that the desktop is installed and has a licence.",
+        "Choose another version: \"desktop.version\" in the scenario, or the environment variable "
+        "KINORA_VELTRIX_VTDK_VERSION.",
+        "For the simulator: register it with \"vantor-sim /RegServer\" and choose the version \"Simulator\"."};
+    if (!m_options.launchHint.empty()) {
+        advice.push_back(m_options.launchHint);
+    }
+    return advice;
 }
 
 /// False for a desktop that is not installed: waiting does not help there.
@@ -204,6 +275,15 @@ void CoupledRun::BuildMagnetics() {
     }
 }
 
+void CoupledRun::OpenStates() {
+    if (m_resumed) {
+        CutFiles(m_files, m_resumed->sizes);
+    }
+    if (m_files.csv) {
+        m_csv = std::make_unique<StatesCsv>(*m_files.csv, m_scenario, m_resumed.has_value());
+    }
+}
+
 RunEnd CoupledRun::Advance(int firstStep) {
     const int lastStep = m_scenario.stepping.steps;
     for (int step = firstStep; step <= lastStep; ++step) {
@@ -257,7 +337,8 @@ void CoupledRun::Solve(int step) {
     if (m_csv) {
         m_csv->Append(record);
     }
-    WriteState(m_files.state, m_scenario, record);
+    Save(step);
+    m_lastStep = step;
     m_listener.OnStep(record);
 }
 
@@ -288,25 +369,60 @@ void CoupledRun::Finish() {
 }
 
 void CoupledRun::LetGoOfDesktop() {
+    const bool mayQuit = m_scenario.desktop.atEnd == AtEnd::Quit;
+    const bool isShared = mayQuit && m_options.isDesktopShared();
+    if (isShared) {
+        m_listener.OnPhase("The desktop stays open: other projects are open in it");
+    }
     // A desktop whose project refuses to close is not quit over its head; letting go always works.
-    if (m_scenario.desktop.atEnd == AtEnd::Release || !m_coupling.QuitApplication()) {
+    if (!mayQuit || isShared || !m_coupling.QuitApplication()) {
         m_coupling.ReleaseApplication();
     }
     m_isLaunched = false;
 }
 
-void CoupledRun::CloseAfterFailure() noexcept {
-    if (!m_isLaunched) {
-        return;
+void CoupledRun::WarnOfOpenBooks() {
+    for (std::size_t i = 0; i < m_scenario.joints.size(); ++i) {
+        const EnergyBooks& books = m_mechanism.Joints()[i].books;
+        if (!books.Close()) {
+            m_listener.OnWarning(books.Warning(m_scenario.joints[i].name));
+        }
     }
+}
+
+void CoupledRun::CloseAfterFailure() noexcept {
     try {
-        // Whatever can still be saved is; the failure itself is what will be reported.
-        (void)m_coupling.SaveProject();
-        (void)m_coupling.CloseProject();
-        LetGoOfDesktop();
+        m_csv.reset();
+        if (m_isLaunched) {
+            // Whatever can still be saved is; the failure itself is what will be reported.
+            (void)m_coupling.SaveProject();
+            (void)m_coupling.CloseProject();
+            LetGoOfDesktop();
+        }
+        ClearAfterFailure();
     } catch (const std::exception& error) {
         m_listener.OnWarning(fmt::format("While closing after the failure: {}", error.what()));
     }
+}
+
+/// Leaves nothing of a set-up that was for nothing.
+void CoupledRun::ClearAfterFailure() const {
+    std::error_code ignored;
+    if (m_earlier.IsAside()) {
+        m_earlier.PutBack();
+    } else if (!std::filesystem::exists(m_files.project, ignored)) {
+        std::filesystem::remove(m_files.state, ignored);
+    }
+}
+
+OperationFailed CoupledRun::DesktopHasEnded(const OperationFailed& failure) const {
+    std::vector<std::string> advice = {
+        m_lastStep >= 0 ? fmt::format("What was solved up to step {} is kept: --resume goes on with it.", m_lastStep)
+                        : std::string("No step was solved yet: start again.")};
+    if (!m_options.launchHint.empty()) {
+        advice.push_back(m_options.launchHint);
+    }
+    return {fmt::format("{} The desktop has ended: it was closed, killed, or has crashed.", failure.what()), advice};
 }
 
 void CoupledRun::Fail(const std::string& operation, const std::string& detail, std::vector<std::string> advice) {
@@ -321,6 +437,7 @@ void CoupledRun::CollectMessages(OperationFailed& failure) const {
     for (const Severity severity : {Severity::Fatal, Severity::Error, Severity::Warning, Severity::Info}) {
         std::vector<std::string> texts;
         if (!m_coupling.GetMessages(texts, severity)) {
+            failure.hasDesktopEnded = m_isModelOpen;
             return;
         }
         // A desktop may answer with the more severe ones as well.

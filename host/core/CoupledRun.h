@@ -1,7 +1,8 @@
 #pragma once
 
-#include "host/core/RunFiles.h"
-#include "host/core/RunRecords.h"
+#include "host/core/EarlierRun.h"
+#include "host/core/StateFile.h"
+#include "programs/FolderLock.h"
 #include "scenario/Errors.h"
 
 #include <chrono>
@@ -25,6 +26,8 @@ public:
     const std::vector<std::string>& Advice() const { return m_advice; }
     /// The desktop's messages, most severe first.
     std::vector<std::pair<Severity, std::string>> messages;
+    /// Its project was open, and now it does not answer any more.
+    bool hasDesktopEnded = false;
 
 private:
     std::vector<std::string> m_advice;
@@ -45,6 +48,10 @@ public:
 struct RunOptions {
     /// Go on with the project and the state of an earlier run.
     bool resume = false;
+    /// Go on with it although the scenario has changed or files are missing.
+    bool force = false;
+    /// What else the run will write (its report page).
+    std::vector<NamedFile> furtherOutputs;
     /// Stop after so many steps as if interrupted; negative for no limit.
     int stepLimit = -1;
     /// Asked after every step.
@@ -56,6 +63,10 @@ struct RunOptions {
     /// an earlier run may still be on its way out.
     int launchTries = 3;
     std::chrono::milliseconds launchPause{2000};
+    /// Asked at the end: whether projects of others are open in the desktop, which then is not quit.
+    std::function<bool()> isDesktopShared = [] { return false; };
+    /// What may help on this system when no desktop starts after one has died; empty for nothing.
+    std::string launchHint;
     /// Text of a script error code; null for an unknown one.
     std::function<const char*(std::int32_t)> scriptErrorText = [](std::int32_t) -> const char* { return nullptr; };
 };
@@ -65,7 +76,8 @@ enum class RunEnd { Complete, Interrupted };
 
 /// One coupled run through the interface, in its documented calling order: CreateProject (or OpenProject),
 /// InitMagneticObjects, Analyze per step with the first at exactly 0.0, SaveProject, CloseProject, QuitApplication or
-/// ReleaseApplication. After a failure what is open is saved and closed all the same.
+/// ReleaseApplication. After a failure what is open is saved and closed all the same. A project in whose place a new one
+/// could not be set up is put back.
 class CoupledRun {
 public:
     /// All arguments must outlive the run.
@@ -75,13 +87,19 @@ public:
     CoupledRun(const CoupledRun&) = delete;
     CoupledRun& operator=(const CoupledRun&) = delete;
 
-    /// @throws InputError       nothing was started: the project exists already, or there is nothing to resume
+    /// @throws InputError       nothing was started and nothing changed: the project exists already, there is nothing to
+    ///                          resume, a file cannot be written, or another run works in the folder
     /// @throws OperationFailed  an operation of the interface failed; it carries the desktop's messages
     /// @throws RunError         the multibody side failed, or a file cannot be written
     RunEnd Run();
 
 private:
-    void PrepareFolder() const;
+    /// @return the first step
+    int Prepare();
+    void LockFolder();
+    SavedState RequireResumable() const;
+    void MakeRoom() const;
+    void Save(int step) const;
     void OpenModel();
     void CreateProject();
     void OpenProject();
@@ -89,16 +107,21 @@ private:
     bool Launching(Operation operation);
     bool MayLaunchAgain(const LaunchDesktopExeption& error, int tries) const;
     void BuildMagnetics();
+    void OpenStates();
     RunEnd Advance(int firstStep);
     void Solve(int step);
     void WarnOfOrientation(const scenario::Pose& X_WB, std::size_t body, double time);
     void Finish();
+    void WarnOfOpenBooks();
     void CloseAfterFailure() noexcept;
+    void ClearAfterFailure() const;
     void LetGoOfDesktop();
     std::string Narrow(const std::filesystem::path& path) const;
     [[noreturn]] static void Fail(const std::string& operation, const std::string& detail,
                                   std::vector<std::string> advice);
     void CollectMessages(OperationFailed& failure) const;
+    std::vector<std::string> LaunchAdvice() const;
+    OperationFailed DesktopHasEnded(const OperationFailed& failure) const;
 
     const scenario::Scenario& m_scenario;
     const RunOptions& m_options;
@@ -108,9 +131,15 @@ private:
     Mechanism m_mechanism;
     /// Largest deviation warned of so far, per body, radians.
     std::vector<double> m_warnedDeviation;
+    RunIdentity m_identity;
+    EarlierRun m_earlier;
+    std::unique_ptr<programs::FolderLock> m_lock;
     std::unique_ptr<StatesCsv> m_csv;
-    int m_resumedStep = -1;
+    /// Present when a run is gone on with.
+    std::optional<SavedState> m_resumed;
+    int m_lastStep = -1;
     bool m_isLaunched = false;
+    bool m_isModelOpen = false;
 };
 
 } // namespace kinora::host

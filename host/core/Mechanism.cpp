@@ -5,10 +5,18 @@
 #include <Eigen/Geometry>
 #include <cmath>
 #include <fmt/format.h>
+#include <limits>
 
 namespace kinora::host {
 
 using namespace scenario;
+
+namespace {
+
+/// Metres or radians per second. Light goes no faster, and no rotor turns so fast.
+constexpr double fastest = 3e8;
+
+} // namespace
 
 Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario) {
     for (const Joint& joint : scenario.joints) {
@@ -92,6 +100,23 @@ void Mechanism::Start() {
     }
 }
 
+void Mechanism::RequireBounded(std::size_t joint) const {
+    const Joint& description = m_scenario.joints[joint];
+    const JointState& state = m_records[joint].state;
+    const bool isSlider = description.type == JointType::Slider;
+    const double farthest = isSlider ? farthestMetres : std::numeric_limits<double>::max();
+    // Also false for what is not a number.
+    if (std::fabs(state.coordinate) <= farthest && std::fabs(state.speed) <= fastest) {
+        return;
+    }
+    const char* unit = isSlider ? "m" : "rad";
+    throw RunError(
+        fmt::format("The numbers run away: joint \"{}\" is at {:.3g} {} with {:.3g} {}/s at {:.6g} s. The time "
+                    "step is too long for what acts on it: halve \"solver.step\", or look for a spring or load "
+                    "in wrong units.",
+                    description.name, state.coordinate, unit, state.speed, unit, m_time));
+}
+
 void Mechanism::Restore(double time, const std::vector<JointRecord>& records) {
     m_time = time;
     m_records = records;
@@ -167,6 +192,7 @@ void Mechanism::MoveFree(std::size_t joint) {
     const Drift drift = FlowCoordinate(record.state, m_lumped[joint].inertia, motion.stops, restSpeed, m_stepSeconds);
     record.state = drift.state;
     record.energy.dissipated += drift.dissipated;
+    RequireBounded(joint);
 }
 
 void Mechanism::Move(double toTime) {
@@ -184,6 +210,12 @@ void Mechanism::Move(double toTime) {
         }
         MoveBodies(joint);
     }
+}
+
+void Mechanism::KeepBooks(JointRecord& record) const {
+    const EnergyAccount& energy = record.energy;
+    record.books.Add({m_time, energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork, energy.dissipated,
+                      energy.Imbalance()});
 }
 
 void Mechanism::ApplyLoads(const std::vector<Load>& loads) {
@@ -217,8 +249,10 @@ void Mechanism::ApplyLoads(const std::vector<Load>& loads) {
         record.load = load;
         if (!isStart) {
             FlowHalfStep(joint);
+            RequireBounded(joint);
         }
         UpdateStoredEnergy(joint);
+        KeepBooks(record);
     }
 }
 

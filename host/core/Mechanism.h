@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/core/JointFlow.h"
+#include "scenario/EnergyBooks.h"
 #include "scenario/Scenario.h"
 
 #include <vector>
@@ -32,6 +33,8 @@ struct JointRecord {
     double load = 0.0;
     /// For a prescribed joint only `fieldWork` is kept.
     EnergyAccount energy;
+    /// Of a free joint, over the run so far.
+    scenario::EnergyBooks books;
 };
 
 /// The multibody side: bodies on joints, advanced by one force evaluation per step.
@@ -53,12 +56,13 @@ public:
     void Start();
 
     /// First half of a step: speeds, then coordinates, up to a time.
-    /// @throws RunError  a prescribed coordinate is not a finite number, or a joint hits its stops endlessly
+    /// @throws RunError  a prescribed coordinate is not a finite number, a joint hits its stops endlessly, or a free
+    ///                   one runs away
     void Move(double toTime);
 
     /// Second half of a step (at time 0: the start of the books): takes the field's loads at the present poses.
     /// @param loads  one per body, in the bodies' order
-    /// @throws RunError  a load is not a finite number
+    /// @throws RunError  a load is not a finite number, or a free joint runs away
     void ApplyLoads(const std::vector<scenario::Load>& loads);
 
     /// The present poses, in the bodies' order.
@@ -88,9 +92,11 @@ private:
     double GravityEnergy(std::size_t joint, double coordinate) const;
     double DrivingForce(std::size_t joint) const;
     static double PrescribedCoordinate(const scenario::Joint& joint, double time);
+    void RequireBounded(std::size_t joint) const;
     void FlowHalfStep(std::size_t joint);
     void UpdateStoredEnergy(std::size_t joint);
     void MoveFree(std::size_t joint);
+    void KeepBooks(JointRecord& record) const;
 
     const scenario::Scenario& m_scenario;
     std::vector<Lumped> m_lumped;

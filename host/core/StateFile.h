@@ -1,21 +1,33 @@
 #pragma once
 
+#include "host/core/RunFiles.h"
+#include "host/core/RunIdentity.h"
 #include "host/core/RunRecords.h"
 
 namespace kinora::host {
 
-/// What a resumed run starts from: the last finished step and the joints at it.
+/// What a resumed run starts from.
 struct SavedState {
-    int step = 0;
+    /// The last finished step; -1 before the first one.
+    int step = -1;
+    /// At that step; empty before the first one.
     std::vector<JointRecord> joints;
+    /// What the run was made of.
+    RunIdentity identity;
+    /// Of its files, after that step.
+    FileSizes sizes;
 };
 
 /// Replaces the state file; numbers keep every bit.
 /// @throws RunError  it cannot be written
-void WriteState(const std::filesystem::path& file, const scenario::Scenario& scenario, const StepRecord& record);
+void WriteState(const std::filesystem::path& file, const scenario::Scenario& scenario, const SavedState& state);
 
 /// @throws InputError  there is no such file, it is damaged, or it belongs to a scenario with other joints or
 ///                     with another step
 SavedState ReadState(const std::filesystem::path& file, const scenario::Scenario& scenario);
+
+/// True for the state of a run that has not finished a step: of its project nothing would be missed. False for a file
+/// that is missing or cannot be read.
+bool IsBeforeFirstStep(const std::filesystem::path& file);
 
 } // namespace kinora::host

@@ -3,9 +3,7 @@
 #include "scenario/Errors.h"
 #include "scenario/Text.h"
 
-#include <charconv>
 #include <fmt/format.h>
-#include <sstream>
 
 namespace kinora::host {
 
@@ -33,31 +31,16 @@ std::string Header(const Scenario& scenario) {
     return header + "\n";
 }
 
-/// The lines of an earlier run up to a step, the header first; empty when there is no such file.
-std::string KeptLines(const std::filesystem::path& file, int lastStep) {
-    std::error_code ignored;
-    if (lastStep < 0 || !std::filesystem::exists(file, ignored)) {
-        return {};
-    }
-    std::istringstream lines(ReadFile(file));
-    std::string kept;
-    std::string line;
-    for (bool isHeader = true; std::getline(lines, line); isHeader = false) {
-        int step = 0;
-        const bool isRow = std::from_chars(line.data(), line.data() + line.size(), step).ec == std::errc();
-        if (isHeader || (isRow && step <= lastStep)) {
-            kept += line + "\n";
-        }
-    }
-    return kept;
-}
-
 } // namespace
 
-StatesCsv::StatesCsv(const std::filesystem::path& file, const Scenario& scenario, int lastStep) : m_file(file) {
-    const std::string kept = KeptLines(file, lastStep);
-    m_stream.open(file, std::ios::binary | std::ios::trunc);
-    m_stream << (kept.empty() ? Header(scenario) : kept) << std::flush;
+StatesCsv::StatesCsv(const std::filesystem::path& file, const Scenario& scenario, bool goesOn) : m_file(file) {
+    for (const Joint& joint : scenario.joints) {
+        m_isFree.push_back(joint.IsFree());
+    }
+    std::error_code error;
+    const bool hasHeader = goesOn && std::filesystem::file_size(file, error) > 0 && !error;
+    m_stream.open(file, std::ios::binary | (hasHeader ? std::ios::app : std::ios::trunc));
+    m_stream << (hasHeader ? "" : Header(scenario)) << std::flush;
     if (!m_stream) {
         throw RunError(
             fmt::format("{}: cannot be written; close it elsewhere and check the folder.", Utf8FromPath(m_file)));
@@ -73,11 +56,14 @@ void StatesCsv::Append(const StepRecord& record) {
         line += fmt::format(",{},{},{}", result.force[0], result.force[1], result.force[2]);
         line += fmt::format(",{},{},{}", result.torque[0], result.torque[1], result.torque[2]);
     }
-    for (const JointRecord& joint : record.joints) {
+    for (std::size_t i = 0; i < record.joints.size(); ++i) {
+        const JointRecord& joint = record.joints[i];
         const EnergyAccount& energy = joint.energy;
         line += fmt::format(",{},{},{},{}", joint.state.coordinate, joint.state.speed, joint.fieldForce, joint.load);
-        line += fmt::format(",{},{},{},{},{},{}", energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork,
-                            energy.dissipated, energy.Imbalance());
+        line += fmt::format(",{},{},{},{},{},", energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork,
+                            energy.dissipated);
+        // What drives a prescribed joint is not in the books, so they cannot close.
+        line += m_isFree[i] ? fmt::format("{}", energy.Imbalance()) : std::string();
     }
     m_stream << line << '\n' << std::flush;
     if (!m_stream) {

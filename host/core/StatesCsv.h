@@ -10,10 +10,9 @@ namespace kinora::host {
 /// Comma-separated with a header that names quantity and unit; numbers keep every bit.
 class StatesCsv {
 public:
-    /// Starts a file, or goes on with one.
-    /// @param lastStep  -1 starts anew; otherwise the lines up to this step are kept and the others dropped
+    /// Starts a file, or goes on with one that has a header already.
     /// @throws RunError  the file cannot be written
-    StatesCsv(const std::filesystem::path& file, const scenario::Scenario& scenario, int lastStep);
+    StatesCsv(const std::filesystem::path& file, const scenario::Scenario& scenario, bool goesOn);
 
     /// @throws RunError  the line cannot be written
     void Append(const StepRecord& record);
@@ -21,6 +20,8 @@ public:
 private:
     std::filesystem::path m_file;
     std::ofstream m_stream;
+    /// In the joints' order.
+    std::vector<bool> m_isFree;
 };
 
 } // namespace kinora::host

@@ -3,6 +3,7 @@
 #include "host/core/StateFile.h"
 #include "scenario/Text.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -26,11 +27,13 @@ public:
     /// What the launches throw, one after the other, before one succeeds.
     std::vector<std::string> launchErrors;
     std::size_t missingResults = 0;
+    /// The time of the step in which the desktop dies.
+    double endsAtTime = std::numeric_limits<double>::infinity();
     std::map<MessageSeverity, std::vector<std::string>> messages;
 
     bool GetMessages(std::vector<std::string>& texts, MessageSeverity severity) override {
         texts = messages[severity];
-        return true;
+        return !m_hasEnded;
     }
     bool GetVeltrixDesigns(const std::string&, std::vector<std::string>&) override { return false; }
     bool OpenProject(const std::string& path, const std::string& design) override {
@@ -60,6 +63,7 @@ public:
     }
     bool Analyze(double time, const std::vector<Transform>& transforms, std::vector<Result>& results,
                  int& status) override {
+        m_hasEnded = m_hasEnded || time >= endsAtTime;
         if (failing == "Analyze" && time > 0.0) {
             status = 0x0202;
         }
@@ -78,8 +82,10 @@ public:
 private:
     bool Answer(const std::string& operation, const std::string& text) {
         calls.push_back(text.empty() ? operation : operation + " " + text);
-        return operation != failing;
+        return operation != failing && !m_hasEnded;
     }
+
+    bool m_hasEnded = false;
 };
 
 class QuietListener : public RunListener {
@@ -97,7 +103,9 @@ protected:
         m_scenario.outputFolder = std::filesystem::temp_directory_path() / "kinora-coupled-run-test";
         std::filesystem::remove_all(m_scenario.outputFolder);
         m_scenario.projectFile = "run.vantor";
-        m_scenario.geometryFile = "magnets.obj";
+        std::filesystem::create_directories(m_scenario.outputFolder);
+        m_scenario.geometryFile = m_scenario.outputFolder / "magnets.obj";
+        std::ofstream(m_scenario.geometryFile, std::ios::binary) << "o magnet\n";
         m_scenario.units = "mm";
         m_scenario.csvFile = "states.csv";
         Body body;
@@ -132,6 +140,25 @@ protected:
         return OperationFailed("", {});
     }
 
+    std::string RefusalOf() {
+        try {
+            Run();
+        } catch (const InputError& error) {
+            return error.what();
+        }
+        ADD_FAILURE() << "the run was not refused";
+        return {};
+    }
+
+    std::vector<std::string> FilesThere() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(m_scenario.outputFolder)) {
+            names.push_back(entry.path().filename().u8string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
     Scenario m_scenario;
     RunOptions m_options;
     FakeCoupling m_coupling;
@@ -148,6 +175,7 @@ TEST_F(CoupledRunTest, CallsInTheDocumentedOrder) {
 }
 
 TEST_F(CoupledRunTest, TellsWhatLooksLikeASlipAndRuns) {
+    m_scenario.stepping.stepSeconds = 0.005;
     m_scenario.warnings = {"scenario.json:7: /materials/magnt: no body has an object \"magnt\"."};
     EXPECT_EQ(Run(), RunEnd::Complete);
     EXPECT_EQ(m_listener.warnings, m_scenario.warnings);
@@ -157,6 +185,13 @@ TEST_F(CoupledRunTest, ReleasesTheDesktopWhenAsked) {
     m_scenario.desktop.atEnd = AtEnd::Release;
     Run();
     EXPECT_EQ(m_coupling.calls.back(), "ReleaseApplication");
+}
+
+TEST_F(CoupledRunTest, LeavesADesktopAloneInWhichOthersWork) {
+    m_options.isDesktopShared = [this] { return m_coupling.calls.back() == "CloseProject"; };
+    Run();
+    EXPECT_EQ(m_coupling.calls.back(), "ReleaseApplication");
+    EXPECT_EQ(m_coupling.calls[m_coupling.calls.size() - 2], "CloseProject");
 }
 
 TEST_F(CoupledRunTest, SwingsInTheFieldLikeASpring) {
@@ -204,12 +239,26 @@ TEST_F(CoupledRunTest, ResumeDropsLinesBeyondTheSavedState) {
     m_scenario.stepping = {0.01, 5};
     Run();
     const std::string whole = StatesFile();
-    SavedState state = ReadState(FilesOf(m_scenario).state, m_scenario);
+    const SavedState state = ReadState(FilesOf(m_scenario).state, m_scenario);
     std::ofstream(m_scenario.outputFolder / "states.csv", std::ios::app) << "6,half a li";
     m_options.resume = true;
     Run();
     EXPECT_EQ(state.step, 5);
     EXPECT_EQ(StatesFile(), whole);
+}
+
+TEST_F(CoupledRunTest, ResumeCutsWhatAKilledStepLeftInTheReports) {
+    m_options.stepLimit = 2;
+    Run();
+    const std::filesystem::path reports = FilesOf(m_scenario).reportsFolder;
+    std::filesystem::create_directories(reports);
+    std::ofstream(reports / "run.coupling.csv", std::ios::binary) << "Step\r\n0\r\n1\r\n";
+    m_options.resume = true;
+    m_options.stepLimit = 1;
+    Run();
+    std::ofstream(reports / "run.coupling.csv", std::ios::binary | std::ios::app) << "2\r\n3,0.0";
+    Run();
+    EXPECT_EQ(ReadFile(reports / "run.coupling.csv"), "Step\r\n0\r\n1\r\n");
 }
 
 TEST_F(CoupledRunTest, RefusesToResumeWhatIsNotThere) {
@@ -228,6 +277,121 @@ TEST_F(CoupledRunTest, RefusesToResumeAnotherScenariosState) {
     EXPECT_THROW(Run(), InputError);
     std::ofstream(FilesOf(m_scenario).state) << "{ broken";
     EXPECT_THROW(Run(), InputError);
+}
+
+TEST_F(CoupledRunTest, TellsByKeyWhatHasChangedSinceTheRunThatIsResumed) {
+    m_options.stepLimit = 2;
+    Run();
+    m_options.resume = true;
+    m_coupling.calls.clear();
+    std::get<FreeMotion>(m_scenario.joints[0].motion).spring.stiffness = 2.5;
+    m_scenario.materials["magnet"].coercivityDirection[1] = 1.0;
+    std::ofstream(m_scenario.geometryFile, std::ios::binary) << "o other\n";
+    const std::string refusal = RefusalOf();
+    EXPECT_THAT(refusal,
+                HasSubstr("the scenario has changed since: /joints/slide/free/spring/stiffness was 0, is 2.5.\n"));
+    EXPECT_THAT(refusal, HasSubstr("/materials/magnet/direction was 0, 0, 0, is 0, 1, 0.\n"));
+    EXPECT_THAT(refusal, HasSubstr("/geometry/file was 9 bytes with digest "));
+    EXPECT_THAT(refusal, HasSubstr("--resume --force"));
+    EXPECT_TRUE(m_coupling.calls.empty());
+    m_options.force = true;
+    EXPECT_EQ(Run(), RunEnd::Complete);
+}
+
+TEST_F(CoupledRunTest, MayGoOnForLonger) {
+    Run();
+    m_options.resume = true;
+    m_scenario.stepping.steps = 5;
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_EQ(m_coupling.calls[m_coupling.calls.size() - 4].substr(0, 12), "Analyze 0.25");
+}
+
+TEST_F(CoupledRunTest, RefusesToResumeWithoutItsFilesUnlessForced) {
+    m_options.stepLimit = 2;
+    Run();
+    m_options.resume = true;
+    std::filesystem::remove(m_scenario.outputFolder / "states.csv");
+    EXPECT_THAT(RefusalOf(), HasSubstr("states.csv: the file is missing."));
+    std::ofstream(m_scenario.outputFolder / "states.csv", std::ios::binary) << "Step\n0";
+    EXPECT_THAT(RefusalOf(), HasSubstr("states.csv: 6 bytes, but the run had written "));
+    m_options.force = true;
+    Run();
+    // The partial line is gone all the same.
+    EXPECT_THAT(StatesFile(), testing::StartsWith("Step\n2,0.1,"));
+}
+
+TEST_F(CoupledRunTest, AProjectWithoutASolvedStepIsReplacedUnasked) {
+    m_coupling.failing = "InitMagneticObjects";
+    EXPECT_THAT(FailureOf().what(), testing::StartsWith("InitMagneticObjects"));
+    EXPECT_TRUE(std::filesystem::exists(FilesOf(m_scenario).project));
+    m_coupling.failing.clear();
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_THAT(RefusalOf(), HasSubstr("--overwrite replaces it"));
+}
+
+TEST_F(CoupledRunTest, ResumingARunWithoutASolvedStepBeginsIt) {
+    m_coupling.failing = "InitMagneticObjects";
+    FailureOf();
+    m_coupling.failing.clear();
+    m_coupling.calls.clear();
+    m_options.resume = true;
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_THAT(m_coupling.calls[0], testing::StartsWith("CreateProject"));
+}
+
+TEST_F(CoupledRunTest, AProjectOfSomebodyElseIsNotReplacedUnasked) {
+    std::ofstream(FilesOf(m_scenario).project) << "mine";
+    EXPECT_THAT(RefusalOf(), HasSubstr("--overwrite replaces it"));
+    EXPECT_EQ(ReadFile(FilesOf(m_scenario).project), "mine");
+}
+
+TEST_F(CoupledRunTest, AFailedSetUpPutsTheEarlierRunBack) {
+    m_options.stepLimit = 2;
+    Run();
+    const std::string state = ReadFile(FilesOf(m_scenario).state);
+    std::ofstream(FilesOf(m_scenario).project) << "solved before";
+    m_scenario.overwrite = true;
+    for (const char* operation : {"CreateProject", "InitMagneticObjects", "SaveProject"}) {
+        m_coupling.failing = operation;
+        FailureOf();
+        EXPECT_EQ(ReadFile(FilesOf(m_scenario).project), "solved before") << operation;
+        EXPECT_EQ(ReadFile(FilesOf(m_scenario).state), state) << operation;
+    }
+    m_coupling.failing.clear();
+    Run();
+    EXPECT_EQ(ReadFile(FilesOf(m_scenario).project), "project");
+    EXPECT_EQ(FilesThere(), (std::vector<std::string>{"magnets.obj", "run.state.json", "run.vantor", "states.csv"}));
+}
+
+TEST_F(CoupledRunTest, ARunThatWasKilledWhileItReplacedAnEarlierOneLosesNothing) {
+    Run();
+    std::ofstream(FilesOf(m_scenario).project) << "solved before";
+    const RunFiles files = FilesOf(m_scenario);
+    EarlierRun(files).SetAside();
+    m_coupling.calls.clear();
+    EXPECT_THAT(RefusalOf(), HasSubstr("--overwrite replaces it"));
+    EXPECT_EQ(ReadFile(files.project), "solved before");
+    EXPECT_EQ(ReadState(files.state, m_scenario).step, 3);
+}
+
+TEST_F(CoupledRunTest, WhatCannotBeWrittenIsFoundBeforeAnythingIsReplaced) {
+    Run();
+    std::ofstream(FilesOf(m_scenario).project) << "solved before";
+    m_scenario.overwrite = true;
+    m_coupling.calls.clear();
+    m_options.furtherOutputs = {{"the report page", m_scenario.outputFolder / "none" / "page.html"}};
+    EXPECT_THAT(RefusalOf(), HasSubstr("page.html: the report page cannot be written"));
+    m_options.furtherOutputs.clear();
+    m_scenario.csvFile = std::filesystem::absolute(m_scenario.outputFolder / "none" / "states.csv");
+    EXPECT_THAT(RefusalOf(), HasSubstr("states.csv: the states (csv) cannot be written"));
+    EXPECT_TRUE(m_coupling.calls.empty());
+    EXPECT_EQ(ReadFile(FilesOf(m_scenario).project), "solved before");
+}
+
+TEST_F(CoupledRunTest, KeepsItsFolderForItself) {
+    const programs::FolderLock other(FilesOf(m_scenario).lock);
+    EXPECT_THAT(RefusalOf(), HasSubstr("another run works in this folder (process "));
+    EXPECT_TRUE(m_coupling.calls.empty());
 }
 
 TEST_F(CoupledRunTest, InterruptFinishesTheStepSavesAndCloses) {
@@ -255,6 +419,7 @@ TEST_F(CoupledRunTest, TriesAgainWhenAnInstalledDesktopDoesNotStart) {
     const std::string refusal =
         "QUORIX Vantor Desktop failed to launch. Please check your license or other configuration.";
     m_options.launchPause = std::chrono::milliseconds(1);
+    m_scenario.stepping.stepSeconds = 0.005;
     m_coupling.launchErrors = {refusal, refusal};
     EXPECT_EQ(Run(), RunEnd::Complete);
     EXPECT_EQ(m_listener.warnings.size(), 2u);
@@ -294,6 +459,54 @@ TEST_F(CoupledRunTest, FailureCarriesTheMessagesMostSevereFirstAndEachOnce) {
     EXPECT_THAT(failure.messages, ElementsAre(std::pair(Severity::Error, std::string("overlap")),
                                               std::pair(Severity::Warning, std::string("coarse")),
                                               std::pair(Severity::Info, std::string("pass 1"))));
+}
+
+TEST_F(CoupledRunTest, TellsThatTheDesktopHasEnded) {
+    m_coupling.endsAtTime = 0.1;
+    m_options.launchHint = "restart it";
+    const OperationFailed failure = FailureOf();
+    EXPECT_STREQ(failure.what(),
+                 "Analyze failed: step 2 at 0.1 s. The desktop has ended: it was closed, killed, or has "
+                 "crashed.");
+    EXPECT_THAT(failure.Advice(),
+                ElementsAre("What was solved up to step 1 is kept: --resume goes on with it.", "restart it"));
+}
+
+TEST_F(CoupledRunTest, EndsWhenTheNumbersRunAway) {
+    // A spring that is a million times too stiff for the step.
+    std::get<FreeMotion>(m_scenario.joints[0].motion).spring.stiffness = 1e9;
+    m_scenario.stepping = {0.05, 100};
+    try {
+        Run();
+        FAIL();
+    } catch (const RunError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("The numbers run away: joint \"slide\" is at "));
+        EXPECT_THAT(error.what(), HasSubstr("halve \"solver.step\""));
+    }
+    EXPECT_EQ(m_coupling.calls.back(), "QuitApplication");
+}
+
+TEST_F(CoupledRunTest, WarnsOfEnergyBooksThatDoNotClose) {
+    // k/m = 100: a period of 0.63 s in steps of 0.15 s.
+    m_scenario.stepping = {0.15, 20};
+    Run();
+    ASSERT_EQ(m_listener.warnings.size(), 1u);
+    EXPECT_THAT(m_listener.warnings[0], HasSubstr("energy books of joint \"slide\" do not close: "));
+    m_listener.warnings.clear();
+    m_scenario.overwrite = true;
+    m_scenario.stepping = {0.01, 200};
+    Run();
+    EXPECT_TRUE(m_listener.warnings.empty());
+}
+
+TEST_F(CoupledRunTest, LeavesTheImbalanceOfAPrescribedJointEmpty) {
+    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("0.1*t", Expression::Variables::Time));
+    Run();
+    EXPECT_THAT(StatesFile(), HasSubstr(",slide.Imbalance [J]\n0,0,"));
+    for (std::size_t at = StatesFile().find('\n'); at + 1 < StatesFile().size(); at = StatesFile().find('\n', at + 1)) {
+        const std::size_t end = StatesFile().find('\n', at + 1);
+        EXPECT_EQ(StatesFile()[end - 1], ',');
+    }
 }
 
 TEST_F(CoupledRunTest, NoticesMissingResults) {
