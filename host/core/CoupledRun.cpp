@@ -44,7 +44,7 @@ std::string CoupledRun::Narrow(const std::filesystem::path& path) const {
 }
 
 RunEnd CoupledRun::Run() {
-    const int firstStep = Prepare();
+    const int firstStep = PrepareOrLeaveAlone();
     for (const std::string& warning : m_scenario.warnings) {
         m_listener.OnWarning(warning);
     }
@@ -65,6 +65,19 @@ RunEnd CoupledRun::Run() {
         throw;
     } catch (...) {
         CloseAfterFailure();
+        throw;
+    }
+}
+
+int CoupledRun::PrepareOrLeaveAlone() {
+    try {
+        return Prepare();
+    } catch (...) {
+        m_lock.reset();
+        for (auto folder = m_madeFolders.rbegin(); folder != m_madeFolders.rend(); ++folder) {
+            std::error_code ignored;
+            std::filesystem::remove(*folder, ignored);
+        }
         throw;
     }
 }
@@ -96,7 +109,9 @@ void CoupledRun::LockFolder() {
     }
     for (const std::filesystem::path& folder : folders) {
         std::error_code error;
-        std::filesystem::create_directories(folder, error);
+        if (std::filesystem::create_directories(folder, error)) {
+            m_madeFolders.push_back(folder);
+        }
         if (error) {
             throw InputError(fmt::format("{}: the folder cannot be made ({}).", Utf8FromPath(folder), error.message()));
         }

@@ -96,6 +96,7 @@ public:
 private:
     /// @return the first step
     int Prepare();
+    int PrepareOrLeaveAlone();
     void LockFolder();
     SavedState RequireResumable() const;
     void MakeRoom() const;
@@ -133,6 +134,7 @@ private:
     std::vector<double> m_warnedDeviation;
     RunIdentity m_identity;
     EarlierRun m_earlier;
+    std::vector<std::filesystem::path> m_madeFolders;
     std::unique_ptr<programs::FolderLock> m_lock;
     std::unique_ptr<StatesCsv> m_csv;
     /// Present when a run is gone on with.

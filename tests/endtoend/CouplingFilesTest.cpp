@@ -122,6 +122,12 @@ TEST_F(CouplingFiles, TheSavedProjectOpensAgain) {
     EXPECT_TRUE(ListDesigns(*coupling, project, designs));
     EXPECT_THAT(designs, ElementsAre("Veltrix3DDesign1"));
     EXPECT_TRUE(coupling->OpenProject(project, "Veltrix3DDesign1"));
+    // Another run leaves the desktop alone in which this project is open.
+    const ScratchFolder other;
+    const Outcome run = RunHost({CubeMagnets(), L"--out", other.Path().wstring(), L"--steps", L"1"});
+    EXPECT_THAT(run.output, testing::HasSubstr("The desktop stays open: other projects are open in it\n"));
+    std::vector<std::string> messages;
+    EXPECT_TRUE(coupling->GetMessages(messages, IKinoraVeltrixInterface::MessageSeverity::Error));
     EXPECT_TRUE(coupling->CloseProject());
     EXPECT_TRUE(coupling->QuitApplication());
     CoUninitialize();

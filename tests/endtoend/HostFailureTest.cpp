@@ -4,7 +4,9 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <fstream>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -38,6 +40,21 @@ protected:
 
     ScratchFolder m_folder;
     std::string m_text;
+};
+
+/// A file that somebody else has open.
+class HeldFile {
+public:
+    HeldFile(const std::filesystem::path& file, DWORD share)
+        : m_handle(CreateFileW(file.c_str(), GENERIC_WRITE, share, nullptr, OPEN_ALWAYS, 0, nullptr)) {
+        EXPECT_NE(m_handle, INVALID_HANDLE_VALUE) << file.u8string();
+    }
+    ~HeldFile() { CloseHandle(m_handle); }
+    HeldFile(const HeldFile&) = delete;
+    HeldFile& operator=(const HeldFile&) = delete;
+
+private:
+    HANDLE m_handle;
 };
 
 TEST_F(HostFailure, BadCommandLinesAreBadInput) {
@@ -134,17 +151,68 @@ TEST_F(HostFailure, OverlappingBodiesFailTheStepWithTheDesktopsWords) {
 }
 
 TEST_F(HostFailure, ResultsThatGoMissingWithoutAFailureAreNoticed) {
-    // A file that is held open keeps the reports folder from being emptied: the step is solved but not recorded.
+    // A file that may be written and not deleted keeps the reports folder from being emptied: the step is solved but not
+    // recorded.
     std::filesystem::create_directories(m_folder / "output/cube-magnets.reports");
-    HANDLE held = CreateFileW((m_folder / "output/cube-magnets.reports/held.csv").c_str(), GENERIC_WRITE, 0, nullptr,
-                              CREATE_ALWAYS, 0, nullptr);
-    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    const HeldFile held(m_folder / "output/cube-magnets.reports/held.csv", FILE_SHARE_READ | FILE_SHARE_WRITE);
     const Outcome outcome = Run();
-    CloseHandle(held);
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output, HasSubstr("step 0 at 0 s was solved, but only 0 of 2 bodies got a result"));
     EXPECT_THAT(outcome.output, HasSubstr("warning: Kinora-Veltrix Coupling log path is not valid: "));
     EXPECT_THAT(outcome.output, HasSubstr("is a file open elsewhere"));
+}
+
+TEST_F(HostFailure, NoInputIsWrittenOver) {
+    const std::string geometry = Content(m_folder / "cube-magnets.obj");
+    for (const char* name : {"cube-magnets.obj", "scenario.json"}) {
+        const std::filesystem::path file = m_folder / name;
+        const Outcome outcome = Run({L"--csv", file.wstring()});
+        EXPECT_EQ(outcome.exitCode, 2) << name;
+        EXPECT_THAT(outcome.output, HasSubstr("would be the same file; give one of them another name.")) << name;
+        EXPECT_FALSE(std::filesystem::exists(m_folder / "output")) << name;
+    }
+    EXPECT_EQ(Content(m_folder / "cube-magnets.obj"), geometry);
+    EXPECT_EQ(Content(m_folder / "scenario.json"), m_text);
+}
+
+TEST_F(HostFailure, ADryRunFindsFilesThatWouldBeTheSame) {
+    Replace("\"csv\": \"states.csv\"", "\"csv\": \"cube-magnets.vantor\"");
+    const Outcome outcome = Run({L"--dry-run"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.output, HasSubstr("the project and the states (csv) would be the same file"));
+}
+
+TEST_F(HostFailure, NothingIsReplacedWhenAnOutputIsHeldOpen) {
+    ASSERT_EQ(Run({L"--steps", L"1"}).exitCode, 1);
+    const std::string project = Content(m_folder / "output/cube-magnets.vantor");
+    const std::string state = Content(m_folder / "output/cube-magnets.state.json");
+    for (const char* name : {"states.csv", "cube-magnets.reports/Force_upper.csv"}) {
+        const HeldFile held(m_folder / ("output/" + std::string(name)), FILE_SHARE_READ);
+        const Outcome outcome = Run({L"--overwrite"});
+        EXPECT_EQ(outcome.exitCode, 2) << name;
+        EXPECT_THAT(outcome.output, HasSubstr("cannot be written; close it elsewhere")) << name;
+    }
+    EXPECT_EQ(Content(m_folder / "output/cube-magnets.vantor"), project);
+    EXPECT_EQ(Content(m_folder / "output/cube-magnets.state.json"), state);
+}
+
+TEST_F(HostFailure, OneRunNeitherEndsNorDisturbsAnother) {
+    const std::wstring spring = (Examples() / "magnetic-spring/scenario.json").wstring();
+    const std::filesystem::path folder = m_folder / "spring";
+    std::future<Outcome> first = std::async(std::launch::async, [&] {
+        return RunHost({spring, L"--out", folder.wstring()});
+    });
+    while (!std::filesystem::exists(folder / "states.csv") &&
+           first.wait_for(std::chrono::milliseconds(10)) == std::future_status::timeout) {
+    }
+    const Outcome intruder = RunHost({spring, L"--out", folder.wstring(), L"--resume"});
+    EXPECT_EQ(intruder.exitCode, 2);
+    EXPECT_THAT(intruder.output, HasSubstr("spring: another run works in this folder (process "));
+    const Outcome second = Run({L"--steps", L"1"});
+    EXPECT_THAT(second.output, HasSubstr("Saving and closing the project\n"));
+    const Outcome outcome = first.get();
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_EQ(Column(folder / "states.csv", "Step").size(), 81u);
 }
 
 /// A current folder with a file that is no DLL for every DLL of the system and of the programs.
