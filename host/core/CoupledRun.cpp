@@ -59,7 +59,7 @@ RunEnd CoupledRun::Run() {
     } catch (OperationFailed& failure) {
         CollectMessages(failure);
         CloseAfterFailure();
-        if (failure.hasDesktopEnded) {
+        if (m_hasDesktopEnded) {
             throw DesktopHasEnded(failure);
         }
         throw;
@@ -84,12 +84,13 @@ int CoupledRun::PrepareOrLeaveAlone() {
 
 int CoupledRun::Prepare() {
     std::error_code ignored;
-    if (m_options.resume && !std::filesystem::exists(m_files.state, ignored)) {
+    if (m_options.resume && !std::filesystem::exists(m_files.state, ignored) && !m_earlier.IsAside()) {
         throw InputError(fmt::format("{}: there is no run to resume here; start one without --resume.",
                                      Utf8FromPath(m_files.state)));
     }
     m_identity = IdentityOf(m_scenario);
     LockFolder();
+    RecoverEarlierRun();
     if (m_options.resume && !IsBeforeFirstStep(m_files.state)) {
         m_resumed = RequireResumable();
         RequireWritableFiles(m_files, m_options.furtherOutputs);
@@ -144,17 +145,22 @@ SavedState CoupledRun::RequireResumable() const {
     return state;
 }
 
+/// A run may have been killed while it replaced an earlier one.
+void CoupledRun::RecoverEarlierRun() const {
+    std::error_code ignored;
+    if (!m_earlier.IsAside()) {
+        return;
+    }
+    if (IsBeforeFirstStep(m_files.state) || !std::filesystem::exists(m_files.project, ignored)) {
+        m_earlier.PutBack();
+    } else {
+        m_earlier.Discard();
+    }
+}
+
 /// Sees to it that nothing stands in the new project's place; what an earlier run has solved goes only when told so.
 void CoupledRun::MakeRoom() const {
     std::error_code error;
-    if (m_earlier.IsAside()) {
-        // A run was killed while it replaced an earlier one.
-        if (IsBeforeFirstStep(m_files.state) || !std::filesystem::exists(m_files.project, error)) {
-            m_earlier.PutBack();
-        } else {
-            m_earlier.Discard();
-        }
-    }
     const std::string name = Utf8FromPath(m_files.project);
     const bool exists = std::filesystem::exists(m_files.project, error);
     const bool isMissed = exists && !IsBeforeFirstStep(m_files.state);
@@ -163,7 +169,11 @@ void CoupledRun::MakeRoom() const {
                                      "it, --out writes elsewhere.",
                                      name));
     }
-    RequireWritableFiles(m_files, m_options.furtherOutputs);
+    std::vector<NamedFile> outputs = m_options.furtherOutputs;
+    if (exists) {
+        outputs.push_back({"the project", m_files.project});
+    }
+    RequireWritableFiles(m_files, outputs);
     if (isMissed) {
         m_earlier.SetAside();
     } else if (exists && !std::filesystem::remove(m_files.project, error)) {
@@ -385,7 +395,7 @@ void CoupledRun::Finish() {
 
 void CoupledRun::LetGoOfDesktop() {
     const bool mayQuit = m_scenario.desktop.atEnd == AtEnd::Quit;
-    const bool isShared = mayQuit && m_options.isDesktopShared();
+    const bool isShared = mayQuit && !m_hasDesktopEnded && m_options.isDesktopShared();
     if (isShared) {
         m_listener.OnPhase("The desktop stays open: other projects are open in it");
     }
@@ -444,7 +454,7 @@ void CoupledRun::Fail(const std::string& operation, const std::string& detail, s
     throw OperationFailed(fmt::format("{} failed: {}.", operation, detail), std::move(advice));
 }
 
-void CoupledRun::CollectMessages(OperationFailed& failure) const {
+void CoupledRun::CollectMessages(OperationFailed& failure) {
     if (!m_isLaunched) {
         return;
     }
@@ -452,7 +462,7 @@ void CoupledRun::CollectMessages(OperationFailed& failure) const {
     for (const Severity severity : {Severity::Fatal, Severity::Error, Severity::Warning, Severity::Info}) {
         std::vector<std::string> texts;
         if (!m_coupling.GetMessages(texts, severity)) {
-            failure.hasDesktopEnded = m_isModelOpen;
+            m_hasDesktopEnded = m_isModelOpen;
             return;
         }
         // A desktop may answer with the more severe ones as well.

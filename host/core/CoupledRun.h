@@ -26,8 +26,6 @@ public:
     const std::vector<std::string>& Advice() const { return m_advice; }
     /// The desktop's messages, most severe first.
     std::vector<std::pair<Severity, std::string>> messages;
-    /// Its project was open, and now it does not answer any more.
-    bool hasDesktopEnded = false;
 
 private:
     std::vector<std::string> m_advice;
@@ -99,6 +97,7 @@ private:
     int PrepareOrLeaveAlone();
     void LockFolder();
     SavedState RequireResumable() const;
+    void RecoverEarlierRun() const;
     void MakeRoom() const;
     void Save(int step) const;
     void OpenModel();
@@ -120,7 +119,7 @@ private:
     std::string Narrow(const std::filesystem::path& path) const;
     [[noreturn]] static void Fail(const std::string& operation, const std::string& detail,
                                   std::vector<std::string> advice);
-    void CollectMessages(OperationFailed& failure) const;
+    void CollectMessages(OperationFailed& failure);
     std::vector<std::string> LaunchAdvice() const;
     OperationFailed DesktopHasEnded(const OperationFailed& failure) const;
 
@@ -142,6 +141,8 @@ private:
     int m_lastStep = -1;
     bool m_isLaunched = false;
     bool m_isModelOpen = false;
+    /// Its project was open, and it does not answer any more.
+    bool m_hasDesktopEnded = false;
 };
 
 } // namespace kinora::host

@@ -51,8 +51,9 @@ std::string Shown(const std::filesystem::path& file) {
     return Utf8FromPath(std::filesystem::absolute(file).lexically_normal());
 }
 
-std::vector<NamedFile> Written(const RunFiles& files, const std::vector<NamedFile>& outputs) {
-    std::vector<NamedFile> written = {{"the project", files.project}, {"the state file", files.state}};
+/// What a run writes besides the project.
+std::vector<NamedFile> WrittenBeside(const RunFiles& files, const std::vector<NamedFile>& outputs) {
+    std::vector<NamedFile> written = {{"the state file", files.state}};
     if (files.csv) {
         written.push_back({"the states (csv)", *files.csv});
     }
@@ -148,7 +149,8 @@ RunFiles FilesOf(const Scenario& scenario) {
 
 void RequireDistinctFiles(const RunFiles& files, const std::vector<NamedFile>& inputs,
                           const std::vector<NamedFile>& outputs) {
-    const std::vector<NamedFile> written = Written(files, outputs);
+    std::vector<NamedFile> written = WrittenBeside(files, outputs);
+    written.insert(written.begin(), {"the project", files.project});
     std::vector<std::string> lines;
     for (std::size_t i = 0; i < written.size(); ++i) {
         std::vector<NamedFile> others = inputs;
@@ -173,7 +175,7 @@ void RequireDistinctFiles(const RunFiles& files, const std::vector<NamedFile>& i
 }
 
 void RequireWritableFiles(const RunFiles& files, const std::vector<NamedFile>& outputs) {
-    std::vector<NamedFile> replaced = Written(files, outputs);
+    std::vector<NamedFile> replaced = WrittenBeside(files, outputs);
     for (const std::filesystem::path& report : FilesIn(files.reportsFolder)) {
         replaced.push_back({"a report file", report});
     }

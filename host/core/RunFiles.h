@@ -40,7 +40,8 @@ struct NamedFile {
 void RequireDistinctFiles(const RunFiles& files, const std::vector<NamedFile>& inputs,
                           const std::vector<NamedFile>& outputs);
 
-/// Sees to it that everything that a run replaces can be written.
+/// Sees to it that what a run writes besides its project can be written, whether it is there or not.
+/// @param outputs  further files
 /// @throws InputError  one line for each file that cannot
 void RequireWritableFiles(const RunFiles& files, const std::vector<NamedFile>& outputs);
 

@@ -83,7 +83,9 @@ void AddJoints(const Scenario& scenario, RunIdentity& identity) {
         if (const auto* motion = std::get_if<FreeMotion>(&joint.motion)) {
             AddFreeMotion(*motion, key + "/free", identity);
         } else {
-            identity[key + "/prescribed"] = std::get<PrescribedMotion>(joint.motion).Definition();
+            const std::string definition = std::get<PrescribedMotion>(joint.motion).Definition();
+            // A table may have thousands of rows, and this is written at every step.
+            identity[key + "/prescribed"] = definition.size() > 200 ? Digest(definition) : definition;
         }
     }
     identity["/joints"] = fmt::format("{}", fmt::join(names, ", "));
