@@ -24,11 +24,11 @@ public:
         if (outer) {
             return CLASS_E_NOAGGREGATION;
         }
-        if (m_server.ItsLifetime().IsQuitting()) {
-            return CO_E_SERVER_STOPPING;
-        }
         try {
             IDispatch* application = m_server.NewClient();
+            if (!application) {
+                return CO_E_SERVER_STOPPING;
+            }
             const HRESULT status = application->QueryInterface(iid, result);
             application->Release();
             return status;

@@ -4,6 +4,7 @@
 
 #include <objbase.h>
 
+#include <algorithm>
 #include <rpc.h>
 
 namespace vantor::automation {
@@ -23,64 +24,55 @@ unsigned long CallingProcess() {
     return process;
 }
 
+/// False also for a process that the system did not tell.
+bool HasEnded(HANDLE process) {
+    return process != nullptr && WaitForSingleObject(process, 0) == WAIT_OBJECT_0;
+}
+
 } // namespace
 
-Clients::~Clients() {
-    for (const auto& entry : m_processes) {
-        CloseHandle(entry.second);
-    }
+void Clients::HandleCloser::operator()(void* handle) const {
+    CloseHandle(handle);
 }
 
 void Clients::Watch(const void* client) {
     const unsigned long process = CallingProcess();
-    const HANDLE handle = process != 0 ? OpenProcess(SYNCHRONIZE, FALSE, process) : nullptr;
-    if (!handle) {
-        return;
-    }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_processes.emplace(client, handle);
+    m_clients[client].process.reset(process != 0 ? OpenProcess(SYNCHRONIZE, FALSE, process) : nullptr);
 }
 
 void Clients::Add(const void* client, ClientObject* object) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_objects[client].insert(object);
+    m_clients[client].objects.insert(object);
 }
 
 void Clients::Remove(const void* client, ClientObject* object) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto objects = m_objects.find(client);
-    if (objects == m_objects.end()) {
+    const auto entry = m_clients.find(client);
+    if (entry == m_clients.end()) {
         return;
     }
-    objects->second.erase(object);
-    if (!objects->second.empty()) {
-        return;
-    }
-    m_objects.erase(objects);
-    if (const auto process = m_processes.find(client); process != m_processes.end()) {
-        CloseHandle(process->second);
-        m_processes.erase(process);
+    entry->second.objects.erase(object);
+    if (entry->second.objects.empty()) {
+        m_clients.erase(entry);
     }
 }
 
-std::vector<const void*> Clients::TakeDeadClients() {
-    std::vector<const void*> dead;
-    for (auto entry = m_processes.begin(); entry != m_processes.end();) {
-        if (WaitForSingleObject(entry->second, 0) == WAIT_OBJECT_0) {
-            dead.push_back(entry->first);
-            CloseHandle(entry->second);
-            entry = m_processes.erase(entry);
-        } else {
-            ++entry;
-        }
-    }
-    return dead;
+int Clients::CountOthers(const void* client) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<int>(std::count_if(m_clients.begin(), m_clients.end(), [client](const auto& entry) {
+        return entry.first != client && !HasEnded(entry.second.process.get());
+    }));
 }
 
-std::vector<IUnknown*> Clients::TakeObjectsOf(const std::vector<const void*>& clients) {
+std::vector<IUnknown*> Clients::ObjectsOfTheDead() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     std::vector<IUnknown*> identities;
-    for (const void* client : clients) {
-        for (ClientObject* object : m_objects[client]) {
+    for (const auto& entry : m_clients) {
+        if (!HasEnded(entry.second.process.get())) {
+            continue;
+        }
+        for (ClientObject* object : entry.second.objects) {
             if (object->TryAddRef()) {
                 identities.push_back(object->Identity());
             }
@@ -89,19 +81,11 @@ std::vector<IUnknown*> Clients::TakeObjectsOf(const std::vector<const void*>& cl
     return identities;
 }
 
-int Clients::ReclaimDead() {
-    std::vector<const void*> dead;
-    std::vector<IUnknown*> objects;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        dead = TakeDeadClients();
-        objects = TakeObjectsOf(dead);
-    }
-    for (IUnknown* object : objects) {
+void Clients::ReclaimDead() {
+    for (IUnknown* object : ObjectsOfTheDead()) {
         CoDisconnectObject(object, 0);
         object->Release();
     }
-    return static_cast<int>(dead.size());
 }
 
 } // namespace vantor::automation

@@ -2,8 +2,8 @@
 
 #include <oaidl.h>
 
-#include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <vector>
@@ -29,26 +29,35 @@ protected:
 /// Safe to use from any thread.
 class Clients {
 public:
-    ~Clients();
-
-    /// Watches the process that is calling now, as far as the system tells which one it is. Processes are watched once
-    /// each; `client` tells the client's objects from others.
+    /// Watches the process that is calling now, as far as the system tells which one it is. `client` tells the client's
+    /// objects from others.
+    /// @pre the client holds an object
     void Watch(const void* client);
 
     void Add(const void* client, ClientObject* object);
     void Remove(const void* client, ClientObject* object);
 
+    /// How many clients other than this one hold objects. Those whose process has died do not count.
+    int CountOthers(const void* client) const;
+
     /// Takes back what dead processes held.
-    /// @return number of clients that were taken back.
-    int ReclaimDead();
+    void ReclaimDead();
 
 private:
-    std::vector<IUnknown*> TakeObjectsOf(const std::vector<const void*>& clients);
-    std::vector<const void*> TakeDeadClients();
+    struct HandleCloser {
+        void operator()(void* handle) const;
+    };
+    struct Client {
+        /// Null where the system does not tell the process.
+        std::unique_ptr<void, HandleCloser> process;
+        std::set<ClientObject*> objects;
+    };
 
-    std::mutex m_mutex;
-    std::map<const void*, HANDLE> m_processes;
-    std::map<const void*, std::set<ClientObject*>> m_objects;
+    std::vector<IUnknown*> ObjectsOfTheDead();
+
+    mutable std::mutex m_mutex;
+    /// Those that hold objects.
+    std::map<const void*, Client> m_clients;
 };
 
 } // namespace vantor::automation

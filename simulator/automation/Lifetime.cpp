@@ -24,16 +24,9 @@ void Lifetime::RemoveObject() {
 }
 
 void Lifetime::RequestQuit() {
-    bool first = false;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        first = !m_quitting;
-        m_quitting = true;
-        m_quitRequested = Clock::now();
-    }
-    if (first && m_onQuit) {
-        m_onQuit();
-    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_quitting = true;
+    m_quitRequested = Clock::now();
 }
 
 bool Lifetime::IsQuitting() const {

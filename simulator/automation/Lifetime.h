@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
 #include <mutex>
 
 namespace vantor::automation {
@@ -20,20 +19,16 @@ public:
     void AddObject();
     void RemoveObject();
 
-    /// @param action run by the first `RequestQuit`, before that returns. Set it before clients come.
-    void OnQuit(std::function<void()> action) { m_onQuit = std::move(action); }
-
-    /// A client has asked the desktop to leave.
+    /// The desktop is to leave.
     void RequestQuit();
     bool IsQuitting() const;
 
     /// True when the server may leave now: nobody holds an object and the idle time is over (two seconds after a
-    /// request to quit; ten when clients hold on to objects in spite of it).
+    /// request to quit; ten when the client that asked holds on to objects).
     bool MayLeave(Clock::time_point now) const;
 
 private:
     const std::chrono::seconds m_idleTime;
-    std::function<void()> m_onQuit;
     mutable std::mutex m_mutex;
     int m_objects = 0;
     bool m_quitting = false;

@@ -154,7 +154,7 @@ ExitStatus Serve(const automation::CommandLine& line) {
         ClientDoor door(factory);
         status = door.Status();
         // A client that launches right after another one's quit must not meet the leaving server.
-        server.ItsLifetime().OnQuit([&door] { door.Close(); });
+        server.OnQuit([&door] { door.Close(); });
         if (SUCCEEDED(status)) {
             WaitUntilDone(server, door);
         }

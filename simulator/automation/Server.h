@@ -7,6 +7,7 @@
 
 #include <oaidl.h>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -24,14 +25,27 @@ public:
     /// Held while a command runs.
     std::mutex& CommandMutex() { return m_commandMutex; }
 
-    /// The application object of a new client; the caller owns one reference.
+    /// The application object of a new client; the caller owns one reference. Null when the server is leaving.
     IDispatch* NewClient();
 
+    /// @param action run when the server is to leave, with a command running. Set it before clients come.
+    void OnQuit(std::function<void()> action) { m_onQuit = std::move(action); }
+
+    /// A client asks the desktop to leave. When others use it, it stays, and a message says so.
+    /// @param client the identity of its session
+    /// @pre   the caller holds the command mutex
+    void Quit(const void* client);
+
 private:
+    int CountOthersOrQuit(const void* client);
+
     std::shared_ptr<model::Desktop> m_desktop;
     Lifetime m_lifetime;
     Clients m_clients;
+    std::function<void()> m_onQuit;
     std::mutex m_commandMutex;
+    /// Held while a client comes in, so that a quit counts it or keeps it out; taken after the command mutex.
+    std::mutex m_arrivalMutex;
 };
 
 } // namespace vantor::automation

@@ -101,6 +101,39 @@ TEST_F(Dispatch, CountsItsObjects) {
     EXPECT_FALSE(server.ItsLifetime().MayLeave(Clock::now() + std::chrono::seconds(1)));
 }
 
+TEST_F(Dispatch, StaysWhenAClientQuitsWhileOthersUseIt) {
+    using Clock = automation::Lifetime::Clock;
+    int timesLeft = 0;
+    server.OnQuit([&] { ++timesLeft; });
+    const Object first(server.NewClient());
+    Object second(server.NewClient());
+    Call(desktop.Get(), L"QuitApplication", {});
+    EXPECT_FALSE(server.ItsLifetime().MayLeave(Clock::now() + std::chrono::hours(1)));
+    second = Object();
+    Call(desktop.Get(), L"QuitApplication", {});
+    EXPECT_EQ(timesLeft, 0);
+    const auto messages = world->messages.Find("", "", 0);
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(messages[0].text, "QuitApplication: the desktop stays open, 2 other clients use it.");
+    EXPECT_EQ(messages[1].text, "QuitApplication: the desktop stays open, 1 other client uses it.");
+    EXPECT_EQ(messages[1].severity, model::Severity::Info);
+    EXPECT_NE(Object(server.NewClient()).Get(), nullptr) << "the door is open";
+}
+
+TEST_F(Dispatch, LeavesAtTheQuitOfItsLastClientWhateverItHolds) {
+    int timesLeft = 0;
+    server.OnQuit([&] { ++timesLeft; });
+    {
+        const Object other(server.NewClient());
+        Call(desktop.Get(), L"QuitApplication", {});
+    }
+    const Object project = CallObject(desktop.Get(), L"NewProject", {});
+    Call(desktop.Get(), L"QuitApplication", {});
+    EXPECT_EQ(timesLeft, 1);
+    EXPECT_TRUE(server.ItsLifetime().IsQuitting());
+    EXPECT_EQ(server.NewClient(), nullptr) << "the door is closed";
+}
+
 TEST(Lifetime, LingersTwoSecondsAtLeastAndLeavesAfterAQuitRequest) {
     using namespace std::chrono_literals;
     using Clock = automation::Lifetime::Clock;

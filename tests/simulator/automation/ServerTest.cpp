@@ -1,4 +1,5 @@
 #include "tests/simulator/automation/Automation.h"
+#include "tests/support/ThisProgram.h"
 
 #include <windows.h>
 
@@ -14,12 +15,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// vantor-sim.exe, which stands beside the test program.
 std::wstring ProgramPath() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    std::wstring folder(path);
-    return folder.substr(0, folder.find_last_of(L"\\/") + 1) + L"vantor-sim.exe";
+    return fake::BesideThisProgram(L"vantor-sim.exe");
 }
 
 /// A process of the simulator or of this test program.
@@ -74,6 +71,22 @@ Object NewDesktop() {
     EXPECT_EQ(status, S_OK);
     const Object owner(application);
     return application != nullptr ? CallObject(application, L"GetAppDesktop", {}) : Object();
+}
+
+/// The command line of a client, which is one of the tests at the end.
+std::wstring ClientProgram(const std::wstring& test) {
+    return L"\"" + fake::ThisProgram() + L"\" --gtest_also_run_disabled_tests --gtest_filter=Client.DISABLED_" + test;
+}
+
+/// The first element of a list of texts; empty when there is none.
+std::wstring FirstText(const Variant& list) {
+    Variant element;
+    LONG first = 0;
+    if (list.vt != (VT_ARRAY | VT_VARIANT) || FAILED(SafeArrayGetElement(list.parray, &first, &element)) ||
+        element.vt != VT_BSTR) {
+        return {};
+    }
+    return element.bstrVal;
 }
 
 int ProjectCount(const Object& desktop) {
@@ -171,12 +184,32 @@ TEST_F(Server, LeavesWhenAClientAsksItTo) {
     EXPECT_TRUE(simulator.EndsWithin(5s));
 }
 
+TEST_F(Server, OutlivesTheQuitOfAClientWhileAnotherOneWorks) {
+    const Process other(ClientProgram(L"QuitTheDesktop"));
+    const Object worker = NewDesktop();
+    EXPECT_TRUE(other.EndsWithin(15s));
+    EXPECT_EQ(other.ExitCode(), 0U);
+    // More than the ten seconds after which a desktop that is asked to leave does so in any case.
+    EXPECT_FALSE(simulator.EndsWithin(11s));
+    const Variant messages = Call(worker.Get(), L"GetMessages", {Text(L""), Text(L""), Int(0)});
+    EXPECT_EQ(FirstText(messages), L"QuitApplication: the desktop stays open, 1 other client uses it.");
+    EXPECT_NE(NewDesktop().Get(), nullptr);
+    Call(worker.Get(), L"QuitApplication", {});
+    EXPECT_TRUE(simulator.EndsWithin(13s)) << "by the worker's own quit";
+}
+
+TEST_F(Server, LeavesAtAQuitAlthoughADeadClientHeldObjects) {
+    const Process client(ClientProgram(L"HoldAProjectForEver"));
+    const Object desktop = NewDesktop();
+    std::this_thread::sleep_for(2s);
+    client.Kill();
+    EXPECT_TRUE(client.EndsWithin(5s));
+    Call(desktop.Get(), L"QuitApplication", {});
+    EXPECT_TRUE(simulator.EndsWithin(13s));
+}
+
 TEST_F(Server, SurvivesAClientThatDies) {
-    wchar_t self[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, self, MAX_PATH);
-    const Process client(L"\"" + std::wstring(self) +
-                         L"\" --gtest_also_run_disabled_tests "
-                         L"--gtest_filter=*HoldAProjectForEver");
+    const Process client(ClientProgram(L"HoldAProjectForEver"));
     const Object watcher = NewDesktop();
     // The dying client changes its project, so nobody else sees it while it lives.
     std::this_thread::sleep_for(2s);
@@ -188,6 +221,15 @@ TEST_F(Server, SurvivesAClientThatDies) {
         count = ProjectCount(watcher);
     }
     EXPECT_EQ(count, 1);
+}
+
+/// A client that leaves while the one above works.
+TEST(Client, DISABLED_QuitTheDesktop) {
+    CoInitialize(nullptr);
+    const Object desktop = NewDesktop();
+    // Until the other one is there.
+    std::this_thread::sleep_for(3s);
+    Call(desktop.Get(), L"QuitApplication", {});
 }
 
 /// The client that is killed above.
