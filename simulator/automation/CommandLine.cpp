@@ -60,6 +60,7 @@ private:
             m_line.alsoDefault = true;
         } else if (name == L"embedding") {
             m_line.task = CommandLine::Task::Serve;
+            m_line.isEmbedded = true;
         } else if (name == L"idle") {
             TakeIdleTime();
         } else if (name == L"updatereports") {

@@ -13,6 +13,8 @@ struct CommandLine {
     Task task = Task::Help;
     /// Register: the desktop's own ProgID too.
     bool alsoDefault = false;
+    /// Serve: the system started the server, for a client that knows nothing of its streams.
+    bool isEmbedded = false;
     /// Serve: how long the server stays without clients.
     std::chrono::seconds idleTime{300};
     /// Serve: value of the desktop option.

@@ -17,6 +17,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <io.h>
 
 namespace {
 
@@ -142,7 +143,26 @@ void WaitUntilDone(automation::Server& server, ClientDoor& door) {
     }
 }
 
+/// Lets go of the standard streams. Where a server gets those of the client that starts it, whoever reads them to their
+/// end would wait for the server too.
+void LeaveStandardStreams() {
+    struct Stream {
+        std::FILE* file;
+        const char* mode;
+        DWORD handle;
+    };
+    for (const Stream& stream : {Stream{stdin, "r", STD_INPUT_HANDLE}, Stream{stdout, "w", STD_OUTPUT_HANDLE},
+                                 Stream{stderr, "w", STD_ERROR_HANDLE}}) {
+        if (std::freopen("NUL", stream.mode, stream.file)) {
+            SetStdHandle(stream.handle, reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream.file))));
+        }
+    }
+}
+
 ExitStatus Serve(const automation::CommandLine& line) {
+    if (line.isEmbedded) {
+        LeaveStandardStreams();
+    }
     // Clients' calls arrive on threads of the system; commands are put in order by the server itself.
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
         return ExitStatus::Failed;

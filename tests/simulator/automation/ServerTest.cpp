@@ -19,14 +19,61 @@ std::wstring ProgramPath() {
     return fake::BesideThisProgram(L"vantor-sim.exe");
 }
 
+/// A pipe for a program's output.
+class OutputPipe {
+public:
+    OutputPipe() {
+        EXPECT_TRUE(CreatePipe(&m_read, &m_write, nullptr, 0));
+        SetHandleInformation(m_write, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    }
+    ~OutputPipe() {
+        CloseHandle(m_read);
+        CloseWriteEnd();
+    }
+    OutputPipe(const OutputPipe&) = delete;
+    OutputPipe& operator=(const OutputPipe&) = delete;
+
+    HANDLE WriteEnd() const { return m_write; }
+
+    /// Everything that is written until nobody has the pipe's other end any more.
+    std::string ReadToTheEnd() {
+        CloseWriteEnd();
+        std::string text;
+        char buffer[4096];
+        DWORD count = 0;
+        while (ReadFile(m_read, buffer, sizeof(buffer), &count, nullptr) && count > 0) {
+            text.append(buffer, count);
+        }
+        return text;
+    }
+
+private:
+    void CloseWriteEnd() {
+        if (m_write) {
+            CloseHandle(m_write);
+        }
+        m_write = nullptr;
+    }
+
+    HANDLE m_read = nullptr;
+    HANDLE m_write = nullptr;
+};
+
 /// A process of the simulator or of this test program.
 class Process {
 public:
-    explicit Process(std::wstring commandLine) {
+    /// @param output the process's standard output and error stream, an inheritable handle; null for those of this one
+    explicit Process(std::wstring commandLine, HANDLE output = nullptr) {
         STARTUPINFOW startup = {};
         startup.cb = sizeof(startup);
-        EXPECT_TRUE(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                                   &m_information));
+        if (output) {
+            startup.dwFlags = STARTF_USESTDHANDLES;
+            startup.hStdOutput = output;
+            startup.hStdError = output;
+        }
+        const BOOL inherits = output != nullptr ? TRUE : FALSE;
+        EXPECT_TRUE(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, inherits, 0, nullptr, nullptr,
+                                   &startup, &m_information));
     }
     ~Process() {
         // A server that is killed leaves its registration behind in some systems and blocks the next one: it may leave
@@ -206,6 +253,13 @@ TEST_F(Server, LeavesAtAQuitAlthoughADeadClientHeldObjects) {
     EXPECT_TRUE(client.EndsWithin(5s));
     Call(desktop.Get(), L"QuitApplication", {});
     EXPECT_TRUE(simulator.EndsWithin(13s));
+}
+
+TEST_F(Server, LetsGoOfTheStreamsOfTheProgramThatStartsIt) {
+    OutputPipe pipe;
+    const Process started(L"\"" + ProgramPath() + L"\" -Embedding /Idle 5", pipe.WriteEnd());
+    EXPECT_EQ(pipe.ReadToTheEnd(), "");
+    EXPECT_FALSE(started.EndsWithin(0ms)) << "the pipe's end had to wait for the simulator";
 }
 
 TEST_F(Server, SurvivesAClientThatDies) {
