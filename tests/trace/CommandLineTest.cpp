@@ -22,6 +22,8 @@ TEST(TraceCommandLine, ReadsTasksAndOptions) {
     EXPECT_EQ(show.colour, CommandLine::Colour::Always);
     EXPECT_TRUE(ReadCommandLine({"stats"}).files.empty());
     EXPECT_EQ(ReadCommandLine({"diff", "a", "b"}).files.size(), 2U);
+    EXPECT_FALSE(ReadCommandLine({"diff", "a", "b"}).show.isFull);
+    EXPECT_TRUE(ReadCommandLine({"diff", "a", "b", "--full"}).show.isFull);
     EXPECT_EQ(ReadCommandLine({"unregister"}).task, Task::Unregister);
 }
 

@@ -151,7 +151,8 @@ void Present(const Session& session) {
     ScriptOf(session);
     std::ostringstream out;
     PrintStats(ComputeStats(session), out);
-    Diff(session, session, out);
+    static const Session other = Read(header + created + Call(5, "Set", R"({"vt":"ARRAY|I4","v":[]})", nothing));
+    Diff(other, session, true, out);
 }
 
 TEST(TraceReader, SurvivesEveryDamagedByte) {
@@ -183,6 +184,29 @@ TEST(TraceReader, TellsWhichCallsAreMissing) {
     ASSERT_EQ(torn.warnings.size(), 1U);
     EXPECT_EQ(torn.warnings[0], "calls are missing (1, 3 to 8): the parts that held them were deleted as the trace "
                                 "grew, or are not here");
+}
+
+TEST(TraceReader, TellsThatThereWasNoDesktopAndWhatToDo) {
+    const std::string refused =
+        R"({"seq":1,"kind":"create","method":"Pellux.VantorDesktop","us":5.0,"hr":"0x800401F3",)"
+        R"("text":"CO_E_CLASSSTRING: the ProgID is not registered"})"
+        "\n";
+    Session without = Read(header + refused);
+    WarnOfMissingDesktop(without);
+    EXPECT_THAT(
+        without.warnings,
+        testing::ElementsAre("there was no desktop to trace: Pellux.VantorDesktop cannot be created (0x800401F3 "
+                             "CO_E_CLASSSTRING: the ProgID is not registered). Register that desktop, or set "
+                             "VANTOR_TRACE_TARGET to the version of another: the simulator's is "
+                             "VANTOR_TRACE_TARGET=Simulator"));
+    Session empty = Read(header);
+    WarnOfMissingDesktop(empty);
+    EXPECT_THAT(empty.warnings, testing::ElementsAre("the trace holds no calls: its program launched no desktop"));
+    for (const std::string& rest : {created, desktopCall, CallHead(5, "Analyze", "")}) {
+        Session traced = Read(header + rest);
+        WarnOfMissingDesktop(traced);
+        EXPECT_TRUE(traced.warnings.empty());
+    }
 }
 
 class TraceFolder : public testing::Test {
@@ -341,9 +365,10 @@ TEST(Script, TakesNoStatementFromNamesAndTexts) {
     EXPECT_THAT(script, Not(HasSubstr("\nB")));
 }
 
-std::string Differences(const std::string& first, const std::string& second, std::size_t expected) {
+std::string Differences(const std::string& first, const std::string& second, std::size_t expected,
+                        bool isFull = false) {
     std::ostringstream out;
-    EXPECT_EQ(Diff(Read(header + first), Read(header + second), out), expected);
+    EXPECT_EQ(Diff(Read(header + first), Read(header + second), isFull, out), expected);
     return out.str();
 }
 
@@ -351,7 +376,7 @@ TEST(Diff, IgnoresTimesAndFindsWhatDiffers) {
     const std::string a = Call(1, "A", R"({"vt":"R8","v":1.0})", nothing, 5);
     EXPECT_EQ(Differences(a, Call(1, "A", R"({"vt":"R8","v":1.0})", nothing, 9), 0), "");
     EXPECT_EQ(Differences(a, Call(3, "A", R"({"vt":"R8","v":2.0})", nothing), 1),
-              "~ 1 / 3 desktop.A\n    - argument 1: 1.0\n    + argument 1: 2.0\n");
+              "~ 1 / 3 desktop.A(1.0)\n    argument 1: was 1.0, is 2.0\n");
     EXPECT_THAT(Differences(a, CallHead(1, "A", R"({"vt":"R8","v":1.0})"), 1), HasSubstr("never came back"));
 }
 
@@ -363,7 +388,65 @@ TEST(Diff, ComparesObjectsByTheirPaths) {
                     R"({"vt":"DISPATCH","v":")" + path + R"(","id":)" + std::to_string(id) + "}");
     };
     EXPECT_EQ(Differences(call(5, "desktop.a"), call(6, "desktop.a"), 0), "");
-    EXPECT_THAT(Differences(call(5, "desktop.a"), call(5, "desktop.b"), 1), HasSubstr("+  = .b"));
+    EXPECT_THAT(Differences(call(5, "desktop.a"), call(5, "desktop.b"), 1),
+                HasSubstr("    result: was desktop.a, is desktop.b\n"));
+}
+
+std::string TextValue(const std::string& text) {
+    return R"({"vt":"BSTR","v":")" + text + R"("})";
+}
+
+std::string ListOf(const std::vector<std::string>& values) {
+    std::string elements;
+    for (const std::string& value : values) {
+        elements += (elements.empty() ? "" : ",") + value;
+    }
+    return R"({"vt":"ARRAY|VARIANT","v":[)" + elements + "]}";
+}
+
+TEST(Diff, ShowsTheElementsOfALongArgumentThatDiffer) {
+    const auto call = [](const std::string& gap) {
+        const std::string changed = ListOf(
+            {TextValue("NAME:gap"), TextValue("PropType:="), TextValue("V"), TextValue("Value:="), TextValue(gap)});
+        const std::vector<std::string> many(20, R"({"vt":"R8","v":0.5})");
+        return Call(4, "ChangeProperty", TextValue("x") + "," + ListOf({ListOf(many), ListOf(many), changed}), nothing);
+    };
+    EXPECT_THAT(Differences(call("1mm"), call("2mm"), 1),
+                testing::EndsWith("])\n    argument 2 [2][4] (NAME:gap, Value:=): was \"1mm\", is \"2mm\"\n"));
+    const std::string same(130, 'a');
+    EXPECT_THAT(Differences(call(same + "b"), call(same + "c"), 1), HasSubstr("was \"" + same + "b\", is \"" + same));
+}
+
+TEST(Diff, ComparesListsOfDifferentLengthsElementByElement) {
+    const std::string shorter = Call(1, "A", ListOf({TextValue("a")}), nothing);
+    const std::string longer = Call(1, "A", ListOf({TextValue("a"), TextValue("b")}), nothing);
+    EXPECT_EQ(Differences(shorter, longer, 1), "~ 1 / 1 desktop.A([\"a\"])\n"
+                                               "    argument 1: was a list of 1, is a list of 2\n"
+                                               "    argument 1 [1]: was nothing, is \"b\"\n");
+    const std::string based = R"({"vt":"ARRAY|VARIANT","lower":1,"v":[)" + TextValue("a") + "]}";
+    EXPECT_THAT(Differences(shorter, Call(1, "A", based, nothing), 1), HasSubstr("\"lower\":1"));
+}
+
+TEST(Diff, TellsWhichVariableAQueryRead) {
+    const auto query = [](const std::string& value) {
+        return Call(7, "GetOutputVariableValue", TextValue("Force_upper_Z") + "," + TextValue(""),
+                    R"({"vt":"R8","v":)" + value + "}");
+    };
+    EXPECT_EQ(Differences(query("0.5"), query("0.25"), 1),
+              "~ 7 / 7 desktop.GetOutputVariableValue(\"Force_upper_Z\", \"\")\n    result: was 0.5, is 0.25\n");
+}
+
+TEST(Diff, CountsFurtherDifferencesUnlessItIsFull) {
+    const auto call = [](const std::string& value) {
+        return Call(1, "Set", ListOf(std::vector<std::string>(20, R"({"vt":"R8","v":)" + value + "}")), nothing);
+    };
+    const std::string shortened = Differences(call("0.5"), call("0.25"), 1);
+    EXPECT_THAT(shortened, HasSubstr("desktop.Set([0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5, .. 12 more])\n"));
+    EXPECT_THAT(shortened, testing::EndsWith("    argument 1 [7]: was 0.5, is 0.25\n"
+                                             "    argument 1: 12 more differences, which --full shows\n"));
+    const std::string full = Differences(call("0.5"), call("0.25"), 1, true);
+    EXPECT_THAT(full, testing::EndsWith("    argument 1 [19]: was 0.5, is 0.25\n"));
+    EXPECT_THAT(full, Not(HasSubstr("more")));
 }
 
 TEST(Diff, FindsInsertedAndMissingCalls) {

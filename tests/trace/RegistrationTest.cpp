@@ -145,7 +145,9 @@ TEST_F(TraceRegistration, IsTheUsersOwnWhereTheMachinesDoesNotCount) {
         const Redirection lost(HKEY_LOCAL_MACHINE, Sandbox());
         const RegistrationResult result = RegisterServer();
         EXPECT_TRUE(result.succeeded);
-        EXPECT_EQ(result.text, L"Registered Pellux.VantorDesktop.Trace for this user.\n");
+        EXPECT_EQ(result.text, L"Registered Pellux.VantorDesktop.Trace for this user.\n"
+                               L"Next: set KINORA_VELTRIX_VTDK_VERSION=Trace\n"
+                               L"and, to trace the simulator: set VANTOR_TRACE_TARGET=Simulator\n");
         EXPECT_EQ(Look(), S_OK);
         EXPECT_FALSE(HasServerKeys(Sandbox(), classes));
         EXPECT_TRUE(UnregisterServer().succeeded);

@@ -41,6 +41,9 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
         command->add_option("FILE", line.files,
                             "Trace file; its further parts are found beside it. Without one: the newest trace");
     };
+    const auto addFull = [&](CLI::App* command) {
+        command->add_flag("--full", line.show.isFull, "Print long lists and texts whole");
+    };
     add("register", "Register the trace server, selected with KINORA_VELTRIX_VTDK_VERSION=Trace",
         CommandLine::Task::Register);
     add("unregister", "Take the registration back", CommandLine::Task::Unregister);
@@ -50,16 +53,15 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     show->add_option("--slow", line.show.slowMilliseconds, "Only calls of so many milliseconds or more")
         ->check(CLI::Validator(ComplaintAboutDuration, ""));
     show->add_option("--grep", line.show.containing, "Only calls that contain this text");
-    show->add_flag("--full", line.show.isFull, "Print long lists and texts whole");
+    addFull(show);
     std::string colour = "auto";
     show->add_option("--colour", colour, "When to colour: auto (on a terminal), always, never")
         ->check(CLI::Validator(ComplaintAboutColour, ""));
     addFiles(add("stats", "Print where the time went, method by method", CommandLine::Task::Stats));
     addFiles(add("script", "Print a VBScript that replays the session", CommandLine::Task::Script));
-    add("diff", "Compare two sessions call by call, ignoring times", CommandLine::Task::Diff)
-        ->add_option("A B", line.files, "The two trace files")
-        ->required()
-        ->expected(2);
+    CLI::App* diff = add("diff", "Compare two sessions call by call, ignoring times", CommandLine::Task::Diff);
+    diff->add_option("A B", line.files, "The two trace files")->required()->expected(2);
+    addFull(diff);
     const std::string first = words.empty() ? "" : words.front();
     std::reverse(words.begin(), words.end());
     try {

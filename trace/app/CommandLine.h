@@ -14,6 +14,7 @@ struct CommandLine {
     Task task = Task::Help;
     /// Parts of one trace, or its first part; empty for the newest trace. For Diff the two traces.
     std::vector<std::string> files;
+    /// For Diff only whether lists are whole.
     ShowOptions show;
     /// Whether to colour what Show prints; Auto does so on a terminal.
     enum class Colour { Auto, Always, Never };

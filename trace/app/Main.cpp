@@ -69,6 +69,7 @@ Session ReadSession(const std::vector<std::string>& named) {
         ReadPart(file, session);
     }
     WarnOfGaps(session);
+    WarnOfMissingDesktop(session);
     for (const std::string& warning : session.warnings) {
         Print(stderr, "warning: " + warning + "\n");
     }
@@ -85,7 +86,8 @@ bool HasColours() {
 
 ExitStatus PrintDiff(const CommandLine& line) {
     std::ostringstream out;
-    const std::size_t differences = Diff(ReadSession({line.files[0]}), ReadSession({line.files[1]}), out);
+    const std::size_t differences =
+        Diff(ReadSession({line.files[0]}), ReadSession({line.files[1]}), line.show.isFull, out);
     PrintOutput(out.str());
     return differences == 0 ? ExitStatus::Done : ExitStatus::Failed;
 }

@@ -31,7 +31,12 @@ RegistrationResult RegisterServer() {
     if (!std::filesystem::is_regular_file(server, ignored)) {
         return {false, server.wstring() + L" is missing: it must lie beside this program.\n"};
     }
-    return programs::WriteRegistration(Entry());
+    RegistrationResult result = programs::WriteRegistration(Entry());
+    if (result.succeeded) {
+        result.text += L"Next: set KINORA_VELTRIX_VTDK_VERSION=Trace\n"
+                       L"and, to trace the simulator: set VANTOR_TRACE_TARGET=Simulator\n";
+    }
+    return result;
 }
 
 RegistrationResult UnregisterServer() {

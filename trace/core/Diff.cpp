@@ -1,7 +1,7 @@
 #include "trace/core/Diff.h"
 
 #include "trace/core/Show.h"
-#include "trace/core/ValueText.h"
+#include "trace/core/ValueDiff.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -126,41 +126,31 @@ std::string Located(const Record& record, const std::string& text) {
     return record.object.empty() ? text : record.object + "." + text;
 }
 
-/// A value without the numbers of its objects: these depend on everything that came before.
-nlohmann::json WithoutIds(nlohmann::json value) {
-    if (value.is_object()) {
-        value.erase("id");
-    }
-    if (value.is_structured()) {
-        for (nlohmann::json& inner : value) {
-            inner = WithoutIds(std::move(inner));
-        }
-    }
-    return value;
-}
-
-bool IsSame(const nlohmann::json& one, const nlohmann::json& other) {
-    return one == other || WithoutIds(one) == WithoutIds(other);
-}
-
 class Comparison {
 public:
-    explicit Comparison(std::ostream& out) : m_out(out) {}
+    Comparison(bool isFull, std::ostream& out) : m_isFull(isFull), m_out(out) {}
 
     void OnlyIn(char mark, const Record& record) {
         ++m_differences;
-        m_out << fmt::format("{} {} {}{}\n", mark, record.sequence, Located(record, CallText(record, false)),
-                             OutcomeText(record, false));
+        m_out << fmt::format("{} {} {}{}\n", mark, record.sequence, Located(record, CallText(record, m_isFull)),
+                             OutcomeText(record, m_isFull));
     }
 
     void Compare(const Record& one, const Record& other) {
-        m_isTold = false;
+        m_lines.clear();
         CompareArguments(one, other);
-        Tell(one.flags == other.flags && one.named == other.named, one, other, WayOfCalling(one), WayOfCalling(other));
-        Tell(IsSame(one.result, other.result) && IsSame(one.after, other.after) && one.code == other.code &&
-                 one.description == other.description && one.argumentError == other.argumentError &&
-                 one.isOpen == other.isOpen,
-             one, other, OutcomeText(one, true), OutcomeText(other, true));
+        if (one.flags != other.flags || one.named != other.named) {
+            TellBoth(WayOfCalling(one), WayOfCalling(other));
+        }
+        CompareOutcomes(one, other);
+        if (m_lines.empty()) {
+            return;
+        }
+        ++m_differences;
+        m_out << fmt::format("~ {} / {} {}\n", one.sequence, other.sequence, Located(one, CallText(one, m_isFull)));
+        for (const std::string& line : m_lines) {
+            m_out << "    " << line << '\n';
+        }
     }
 
     std::size_t Differences() const { return m_differences; }
@@ -171,8 +161,36 @@ private:
         for (std::size_t i = 0; i < count; ++i) {
             const nlohmann::json mine = i < one.arguments.size() ? one.arguments[i] : nlohmann::json();
             const nlohmann::json theirs = i < other.arguments.size() ? other.arguments[i] : nlohmann::json();
-            Tell(IsSame(mine, theirs), one, other, fmt::format("argument {}: {}", i + 1, Whole(mine)),
-                 fmt::format("argument {}: {}", i + 1, Whole(theirs)));
+            CompareValues(fmt::format("argument {}", i + 1), mine, theirs);
+        }
+    }
+
+    void CompareOutcomes(const Record& one, const Record& other) {
+        const bool isAlike = IsSameValue(one.after, other.after) && one.code == other.code &&
+                             one.description == other.description && one.argumentError == other.argumentError &&
+                             one.isOpen == other.isOpen;
+        if (isAlike) {
+            CompareValues("result", one.result, other.result);
+            return;
+        }
+        const std::string mine = OutcomeText(one, m_isFull);
+        const std::string theirs = OutcomeText(other, m_isFull);
+        if (mine != theirs) {
+            TellBoth(mine, theirs);
+        } else {
+            TellBoth(OutcomeText(one, true), OutcomeText(other, true));
+        }
+    }
+
+    void CompareValues(const std::string& what, const nlohmann::json& was, const nlohmann::json& is) {
+        constexpr std::size_t mostLines = 8;
+        const std::vector<ValueDifference> found = ValueDifferences(was, is, m_isFull);
+        const std::size_t told = m_isFull ? found.size() : std::min(found.size(), mostLines);
+        for (std::size_t i = 0; i < told; ++i) {
+            m_lines.push_back(fmt::format("{}{}: was {}, is {}", what, found[i].place, found[i].was, found[i].is));
+        }
+        if (told < found.size()) {
+            m_lines.push_back(fmt::format("{}: {} more differences, which --full shows", what, found.size() - told));
         }
     }
 
@@ -181,33 +199,26 @@ private:
                            record.named.empty() ? "" : ", named arguments " + record.named.dump());
     }
 
-    static std::string Whole(const nlohmann::json& value) { return ValueText(value, TextLimits::None()); }
-
-    void Tell(bool isSame, const Record& one, const Record& other, const std::string& mine, const std::string& theirs) {
-        if (isSame) {
-            return;
-        }
-        if (!m_isTold) {
-            m_out << fmt::format("~ {} / {} {}\n", one.sequence, other.sequence, Located(one, one.method));
-            ++m_differences;
-        }
-        m_isTold = true;
-        m_out << "    - " << mine << '\n' << "    + " << theirs << '\n';
+    void TellBoth(const std::string& mine, const std::string& theirs) {
+        m_lines.push_back("- " + mine);
+        m_lines.push_back("+ " + theirs);
     }
 
+    const bool m_isFull;
     std::ostream& m_out;
     std::size_t m_differences = 0;
-    bool m_isTold = false;
+    /// What differs between the two calls at hand.
+    std::vector<std::string> m_lines;
 };
 
 } // namespace
 
-std::size_t Diff(const Session& first, const Session& second, std::ostream& out) {
+std::size_t Diff(const Session& first, const Session& second, bool isFull, std::ostream& out) {
     const Calls mine = ComparedCalls(first);
     const Calls theirs = ComparedCalls(second);
     auto pairs = Alignment(mine, theirs).Pairs();
     pairs.emplace_back(static_cast<std::ptrdiff_t>(mine.size()), static_cast<std::ptrdiff_t>(theirs.size()));
-    Comparison comparison(out);
+    Comparison comparison(isFull, out);
     std::size_t x = 0;
     std::size_t y = 0;
     for (const auto& [pairX, pairY] : pairs) {

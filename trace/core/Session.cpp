@@ -1,6 +1,7 @@
 #include "trace/core/Session.h"
 
 #include "programs/Errors.h"
+#include "trace/core/ErrorText.h"
 #include "trace/core/ValueCheck.h"
 
 #include <algorithm>
@@ -157,6 +158,25 @@ void WarnOfGaps(Session& session) {
         session.warnings.push_back("calls are missing (" + gaps + (count > mostNamed ? ", .." : "") +
                                    "): the parts that held them were deleted as the trace grew, or are not here");
     }
+}
+
+void WarnOfMissingDesktop(Session& session) {
+    const Record* failed = nullptr;
+    for (const Record& record : session.records) {
+        if (record.kind != Record::Kind::Create || !record.HasFailed()) {
+            return;
+        }
+        failed = &record;
+    }
+    if (!failed) {
+        session.warnings.push_back("the trace holds no calls: its program launched no desktop");
+        return;
+    }
+    session.warnings.push_back(
+        "there was no desktop to trace: " + failed->method + " cannot be created (" + HResultNumber(failed->code) +
+        (failed->codeText.empty() ? "" : " " + failed->codeText) +
+        "). Register that desktop, or set VANTOR_TRACE_TARGET to the version of another: the simulator's is "
+        "VANTOR_TRACE_TARGET=Simulator");
 }
 
 void ReadTrace(std::istream& stream, const std::string& name, Session& session) {

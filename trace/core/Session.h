@@ -61,4 +61,7 @@ void ReadTrace(std::istream& stream, const std::string& name, Session& session);
 /// not read. Call it when all parts are read.
 void WarnOfGaps(Session& session);
 
+/// Adds a warning, with the cure, when no desktop was created in the whole session. Call it when all parts are read.
+void WarnOfMissingDesktop(Session& session);
+
 } // namespace kinora::trace
