@@ -10,6 +10,8 @@
 namespace vantor::solver {
 namespace {
 
+constexpr double solidAngleOfAll = 12.566370614359172954;
+
 void CheckOptions(const Options& options) {
     if (!std::isfinite(options.percentError) || options.percentError <= 0) {
         throw SolveError("The percent error " + std::to_string(options.percentError) +
@@ -23,6 +25,26 @@ void CheckOptions(const Options& options) {
         throw SolveError("The number of threads is " + std::to_string(options.threads) +
                          "; give 0 for as many as the machine has.");
     }
+}
+
+/// The share of the whole sphere that a closed mesh fills, seen from a point: 1 inside, 0 outside, a half on a face.
+double SolidAngleShare(const TriangleMesh& mesh, const Eigen::Vector3d& point) {
+    constexpr double inThePlane = 1e-12;
+    double halfAngle = 0;
+    for (const auto& triangle : mesh.triangles) {
+        const auto toCorner = [&](std::size_t i) -> Eigen::Vector3d {
+            return mesh.vertices[static_cast<std::size_t>(triangle[i])] - point;
+        };
+        const Eigen::Vector3d a = toCorner(0), b = toCorner(1), c = toCorner(2);
+        const double distances = a.norm() * b.norm() * c.norm();
+        const double volume = a.dot(b.cross(c));
+        // A triangle that the point lies on is seen from both sides, one that it is in line with from none.
+        if (std::abs(volume) > inThePlane * distances) {
+            halfAngle +=
+                std::atan2(volume, distances + a.dot(b) * c.norm() + b.dot(c) * a.norm() + c.dot(a) * b.norm());
+        }
+    }
+    return 2 * halfAngle / solidAngleOfAll;
 }
 
 } // namespace
@@ -67,7 +89,6 @@ FieldEvaluator::FieldEvaluator(FieldEvaluator&&) noexcept = default;
 FieldEvaluator& FieldEvaluator::operator=(FieldEvaluator&&) noexcept = default;
 
 Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
-    constexpr double solidAngleOfAll = 12.566370614359172954;
     const Eigen::Vector3d x = point - m_implementation->origin;
     Eigen::Vector3d field = Eigen::Vector3d::Zero();
     for (const PreparedMagnet& magnet : m_implementation->magnets) {
@@ -76,6 +97,19 @@ Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
         }
     }
     return field;
+}
+
+Eigen::Vector3d FieldEvaluator::M(const Eigen::Vector3d& point) const {
+    // Rounding takes a point of the surface this far out of the box at most.
+    constexpr double margin = 1e-9;
+    const Eigen::Vector3d x = point - m_implementation->origin;
+    Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
+    for (const PreparedMagnet& magnet : m_implementation->magnets) {
+        if (magnet.box.exteriorDistance(x) <= margin * magnet.radius) {
+            magnetisation += SolidAngleShare(magnet.mesh, x) * magnet.magnetisation;
+        }
+    }
+    return magnetisation;
 }
 
 Eigen::Vector3d FieldH(const std::vector<Body>& bodies, const Eigen::Vector3d& point) {

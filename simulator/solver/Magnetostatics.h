@@ -108,6 +108,9 @@ public:
     /// both sides. On an edge of a charged face, where H grows beyond all bounds, it is a finite value of no meaning.
     Eigen::Vector3d H(const Eigen::Vector3d& point) const;
 
+    /// Magnetisation (A/m) at a point (metres): 0 outside the magnets, and the mean of both sides on their surfaces.
+    Eigen::Vector3d M(const Eigen::Vector3d& point) const;
+
 private:
     struct Implementation;
     std::unique_ptr<Implementation> m_implementation;

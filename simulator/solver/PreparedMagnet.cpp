@@ -135,6 +135,7 @@ std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, co
     }
     prepared.mesh = WithoutFlatTriangles(magnet.mesh, origin);
     SetMoments(prepared, magnet.magnetisation);
+    prepared.magnetisation = magnet.magnetisation;
     for (Polygon& polygon : ChargedPolygons(prepared.mesh, magnet.magnetisation)) {
         const double charge = magnet.magnetisation.dot(polygon.normal);
         for (const Edge& edge : polygon.edges) {

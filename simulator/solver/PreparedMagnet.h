@@ -19,6 +19,8 @@ struct PreparedMagnet {
     /// Without the triangles that have no area.
     TriangleMesh mesh;
     std::vector<ChargedFace> faces;
+    /// A/m.
+    Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
     /// A m^2: magnetisation times volume.
     Eigen::Vector3d moment = Eigen::Vector3d::Zero();
     /// Centroid of the volume.

@@ -42,6 +42,35 @@ TEST(Field, JumpsByTheChargeAcrossAFaceAndIsTheMeanOnIt) {
     EXPECT_NEAR(field.H({0.1, 0.2, 0.5}).z(), (above + below) / 2, 1e-6);
 }
 
+TEST(Field, KnowsWhichPointsAreMagnetised) {
+    const shapes::Block block = Slanted();
+    const FieldEvaluator field({BodyOf("body", block)});
+    const auto share = [&](const Vector3d& place) {
+        const Vector3d m = field.M(block.centre + block.rotation * place);
+        const double part = m.dot(block.magnetisation) / block.magnetisation.squaredNorm();
+        EXPECT_LE((m - part * block.magnetisation).norm(), 1e-9 * block.magnetisation.norm());
+        return part;
+    };
+    EXPECT_NEAR(share({0, 0, 0}), 1, 1e-12);
+    EXPECT_NEAR(share({0.0999, -0.0499, 0.0249}), 1, 1e-9);
+    EXPECT_NEAR(share({0.1001, 0, 0}), 0, 1e-9);
+    EXPECT_NEAR(share({0.1, 0.01, 0.003}), 0.5, 1e-9) << "on a face";
+    EXPECT_NEAR(share({0.1, 0.025, 0.0125}), 0.5, 1e-9) << "on the line between two triangles of a face";
+    EXPECT_NEAR(share({0.1, 0.05, 0.01}), 0.25, 1e-9) << "on an edge";
+    EXPECT_NEAR(share({5, 4, -3}), 0, 0);
+}
+
+/// Of B the component across a face, of H the components along it are the same on both sides.
+TEST(Field, OfFluxIsContinuousAcrossAFace) {
+    shapes::Block block;
+    block.magnetisation = {300, 200, 1000};
+    const FieldEvaluator field({BodyOf("body", block)});
+    const auto flux = [&](double z) -> Vector3d { return field.H({0.1, 0.2, z}) + field.M({0.1, 0.2, z}); };
+    EXPECT_NEAR(flux(0.5 + 1e-9).z(), flux(0.5 - 1e-9).z(), 1e-4);
+    EXPECT_NEAR(flux(0.5).z(), flux(0.5 - 1e-9).z(), 1e-4);
+    EXPECT_NEAR(field.H({0.1, 0.2, 0.5 + 1e-9}).x(), field.H({0.1, 0.2, 0.5 - 1e-9}).x(), 1e-4);
+}
+
 TEST(Field, IsFiniteOnFacesEdgesCornersAndTheirExtensions) {
     shapes::Block block;
     block.magnetisation = {300, 200, 1000};
