@@ -14,35 +14,39 @@ constexpr int cellsAlongLongestSide = 30;
 
 /// Points of a regular grid, x running fastest.
 struct Grid {
-    Eigen::Vector3d origin;
-    double spacing = 0.0;
-    std::array<int, 3> cells{};
+    Eigen::Vector3d middle;
+    Eigen::Vector3d spacing;
+    std::array<int, 3> points{};
 
     std::size_t PointCount() const {
-        return static_cast<std::size_t>(cells[0] + 1) * static_cast<std::size_t>(cells[1] + 1) *
-               static_cast<std::size_t>(cells[2] + 1);
+        return static_cast<std::size_t>(points[0]) * static_cast<std::size_t>(points[1]) *
+               static_cast<std::size_t>(points[2]);
     }
 
     std::size_t CellCount() const {
-        return static_cast<std::size_t>(cells[0]) * static_cast<std::size_t>(cells[1]) *
-               static_cast<std::size_t>(cells[2]);
+        return static_cast<std::size_t>(points[0] - 1) * static_cast<std::size_t>(points[1] - 1) *
+               static_cast<std::size_t>(points[2] - 1);
     }
 
     template <typename Visit>
     void ForEachPoint(Visit visit) const {
-        for (int k = 0; k <= cells[2]; ++k) {
-            for (int j = 0; j <= cells[1]; ++j) {
-                for (int i = 0; i <= cells[0]; ++i) {
-                    visit(Eigen::Vector3d(origin + spacing * Eigen::Vector3d(i, j, k)));
+        // From the middle, so that points on both sides of it mirror each other.
+        const Eigen::Vector3d last(points[0] - 1, points[1] - 1, points[2] - 1);
+        for (int k = 0; k < points[2]; ++k) {
+            for (int j = 0; j < points[1]; ++j) {
+                for (int i = 0; i < points[0]; ++i) {
+                    const Eigen::Vector3d steps = Eigen::Vector3d(i, j, k) - last / 2;
+                    visit(Eigen::Vector3d(middle + steps.cwiseProduct(spacing)));
                 }
             }
         }
     }
 
-    int PointNumber(int i, int j, int k) const { return (k * (cells[1] + 1) + j) * (cells[0] + 1) + i; }
+    int PointNumber(int i, int j, int k) const { return (k * points[1] + j) * points[0] + i; }
 };
 
-Grid GridAround(const std::vector<solver::Body>& bodies) {
+/// @throws model::DesktopError (SolutionError) when there are no magnets
+model::Box BoxAround(const std::vector<solver::Body>& bodies) {
     model::Box box;
     for (const auto& body : bodies) {
         for (const auto& magnet : body.magnets) {
@@ -55,14 +59,28 @@ Grid GridAround(const std::vector<solver::Body>& bodies) {
         throw model::DesktopError(model::ErrorCode::SolutionError, "the design has no magnets");
     }
     const Eigen::Vector3d margin = Eigen::Vector3d::Constant(0.5 * (box.upper - box.lower).maxCoeff());
-    const Eigen::Vector3d size = box.upper - box.lower + 2.0 * margin;
+    box.lower -= margin;
+    box.upper += margin;
+    return box;
+}
+
+/// An odd number of points along every axis, for cells of about equal edge.
+std::array<int, 3> PointsFor(const Eigen::Vector3d& size) {
+    const double edge = size.maxCoeff() / cellsAlongLongestSide;
+    std::array<int, 3> points{};
+    std::transform(size.begin(), size.end(), points.begin(), [edge](double side) {
+        return 2 * std::max(1, static_cast<int>(std::ceil(side / edge / 2 - 1e-9))) + 1;
+    });
+    return points;
+}
+
+Grid MakeGrid(const FieldGrid& wanted, const std::vector<solver::Body>& bodies) {
+    const model::Box box = wanted.box ? *wanted.box : BoxAround(bodies);
+    const Eigen::Vector3d size = box.upper - box.lower;
     Grid grid;
-    grid.origin = box.lower - margin;
-    grid.spacing = size.maxCoeff() / cellsAlongLongestSide;
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        grid.cells[axis] =
-            std::max(1, static_cast<int>(std::ceil(size[static_cast<Eigen::Index>(axis)] / grid.spacing - 1e-9)));
-    }
+    grid.middle = box.lower + size / 2;
+    grid.points = wanted.points ? *wanted.points : PointsFor(size);
+    grid.spacing = size.cwiseQuotient(Eigen::Vector3d(grid.points[0] - 1, grid.points[1] - 1, grid.points[2] - 1));
     return grid;
 }
 
@@ -79,18 +97,28 @@ std::string PointsText(const Grid& grid) {
     return text;
 }
 
-std::string FieldText(const Grid& grid, const solver::FieldEvaluator& field) {
-    std::string text;
-    grid.ForEachPoint([&](const Eigen::Vector3d& point) { AppendVector(text, field.H(point)); });
-    return text;
+/// The vectors of both fields, point by point.
+struct FieldTexts {
+    std::string h;
+    std::string b;
+};
+
+FieldTexts TextsOf(const Grid& grid, const solver::FieldEvaluator& field) {
+    FieldTexts texts;
+    grid.ForEachPoint([&](const Eigen::Vector3d& point) {
+        const Eigen::Vector3d h = field.H(point);
+        AppendVector(texts.h, h);
+        AppendVector(texts.b, solver::vacuumPermeability * (h + field.M(point)));
+    });
+    return texts;
 }
 
 /// Hexahedra (VTK cell type 12) with their corners in VTK's order.
 std::string CellsText(const Grid& grid) {
     std::string corners;
-    for (int k = 0; k < grid.cells[2]; ++k) {
-        for (int j = 0; j < grid.cells[1]; ++j) {
-            for (int i = 0; i < grid.cells[0]; ++i) {
+    for (int k = 0; k + 1 < grid.points[2]; ++k) {
+        for (int j = 0; j + 1 < grid.points[1]; ++j) {
+            for (int i = 0; i + 1 < grid.points[0]; ++i) {
                 for (const int corner :
                      {grid.PointNumber(i, j, k), grid.PointNumber(i + 1, j, k), grid.PointNumber(i + 1, j + 1, k),
                       grid.PointNumber(i, j + 1, k), grid.PointNumber(i, j, k + 1), grid.PointNumber(i + 1, j, k + 1),
@@ -122,9 +150,10 @@ std::string WriteVtu(const Grid& grid, const solver::FieldEvaluator& field) {
                        "<UnstructuredGrid>\n<Piece NumberOfPoints=\"" +
                        std::to_string(grid.PointCount()) + "\" NumberOfCells=\"" + std::to_string(grid.CellCount()) +
                        "\">\n";
+    const FieldTexts fields = TextsOf(grid, field);
     text += "<PointData Vectors=\"H\">\n" +
-            DataArray("type=\"Float64\" Name=\"H\" NumberOfComponents=\"3\"", FieldText(grid, field)) +
-            "</PointData>\n";
+            DataArray("type=\"Float64\" Name=\"H\" NumberOfComponents=\"3\"", fields.h) +
+            DataArray("type=\"Float64\" Name=\"B\" NumberOfComponents=\"3\"", fields.b) + "</PointData>\n";
     text += "<Points>\n" + DataArray("type=\"Float64\" NumberOfComponents=\"3\"", PointsText(grid)) + "</Points>\n";
     text += "<Cells>\n" + DataArray("type=\"Int32\" Name=\"connectivity\"", CellsText(grid)) +
             DataArray("type=\"Int32\" Name=\"offsets\"",
@@ -154,11 +183,11 @@ model::Variables SolvedVariables(const model::Design& design) {
 } // namespace
 
 std::string ExportFields(const model::Project& project, const model::MaterialTable& library,
-                         const model::Design& design) {
+                         const model::Design& design, const FieldGrid& grid) {
     const model::Variables variables = SolvedVariables(design);
     const FieldModel fieldModel =
         BuildFieldModel(project, library, design, variables, [](model::Severity, const std::string&) {});
-    return WriteVtu(GridAround(fieldModel.bodies), solver::FieldEvaluator(fieldModel.bodies));
+    return WriteVtu(MakeGrid(grid, fieldModel.bodies), solver::FieldEvaluator(fieldModel.bodies));
 }
 
 } // namespace vantor::analysis

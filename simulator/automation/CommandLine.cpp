@@ -1,6 +1,10 @@
 #include "simulator/automation/CommandLine.h"
 
+#include "programs/Utf.h"
+#include "simulator/model/Text.h"
+
 #include <algorithm>
+#include <cmath>
 #include <cwctype>
 
 namespace vantor::automation {
@@ -23,6 +27,17 @@ std::wstring SwitchName(const std::wstring& argument) {
     return name;
 }
 
+/// Finite numbers between commas; none when there is anything else.
+std::vector<double> Numbers(const std::wstring& text) {
+    std::vector<double> numbers;
+    for (const std::string& part : model::Split(kinora::programs::Utf8FromWide(text), ',')) {
+        if (!model::ParseNumber(part, numbers.emplace_back())) {
+            return {};
+        }
+    }
+    return numbers;
+}
+
 /// Takes the arguments one after the other.
 class Parser {
 public:
@@ -32,6 +47,7 @@ public:
         while (m_line.task != CommandLine::Task::Bad && m_next < m_arguments.size()) {
             Take(m_arguments[m_next++]);
         }
+        CheckTask();
         return m_line;
     }
 
@@ -73,6 +89,12 @@ private:
             if (TakeValue(L"the project file of --export-fields", m_line.project)) {
                 TakeValue(L"the output file of --export-fields", m_line.output);
             }
+        } else if (name == L"full") {
+            m_line.isFull = true;
+        } else if (name == L"grid") {
+            TakeGrid();
+        } else if (name == L"box") {
+            TakeBox();
         } else if (name != L"help" && name != L"h" && name != L"?") {
             Fail(L"unknown argument " + argument);
         }
@@ -95,6 +117,48 @@ private:
         }
     }
 
+    void TakeGrid() {
+        std::wstring text;
+        if (!TakeValue(L"the value of --grid", text)) {
+            return;
+        }
+        const std::vector<double> numbers = Numbers(text);
+        const auto isCount = [](double n) { return n >= 2 && n <= analysis::mostFieldPoints && n == std::floor(n); };
+        if (numbers.size() != 3 || !std::all_of(numbers.begin(), numbers.end(), isCount) ||
+            numbers[0] * numbers[1] * numbers[2] > analysis::mostFieldPoints) {
+            Fail(L"--grid needs the numbers of points along x, y and z as nx,ny,nz, 2 or more each and " +
+                 std::to_wstring(analysis::mostFieldPoints) + L" in all at most, not " + text);
+            return;
+        }
+        std::array<int, 3>& points = m_line.grid.points.emplace();
+        std::transform(numbers.begin(), numbers.end(), points.begin(), [](double n) { return static_cast<int>(n); });
+    }
+
+    void TakeBox() {
+        std::wstring text;
+        if (!TakeValue(L"the value of --box", text)) {
+            return;
+        }
+        const std::vector<double> numbers = Numbers(text);
+        if (numbers.size() != 6 || numbers[0] >= numbers[3] || numbers[1] >= numbers[4] || numbers[2] >= numbers[5]) {
+            Fail(L"--box needs two corners in metres, the lower one first, as x0,y0,z0,x1,y1,z1, not " + text);
+            return;
+        }
+        m_line.grid.box = model::Box{{numbers[0], numbers[1], numbers[2]}, {numbers[3], numbers[4], numbers[5]}};
+    }
+
+    /// Options that another task, or none, has.
+    void CheckTask() {
+        if (m_line.task == CommandLine::Task::Bad) {
+            return;
+        }
+        if (m_line.isFull && m_line.task != CommandLine::Task::List) {
+            Fail(L"--full belongs to --list");
+        } else if ((m_line.grid.points || m_line.grid.box) && m_line.task != CommandLine::Task::ExportFields) {
+            Fail(L"--grid and --box belong to --export-fields");
+        }
+    }
+
     const std::vector<std::wstring>& m_arguments;
     std::size_t m_next = 0;
     CommandLine m_line;
@@ -113,9 +177,11 @@ const wchar_t* UsageText() {
            L"  vantor-sim /UnregServer                 take the registration back\n"
            L"  vantor-sim -Embedding [/Idle SECONDS] [/UpdateReports VALUE]\n"
            L"                                          serve clients (the system starts it so)\n"
-           L"  vantor-sim --list PROJECT               print a project\n"
-           L"  vantor-sim --export-fields PROJECT FILE.vtu\n"
-           L"                                          write the H field of the last solved state for a VTK viewer\n";
+           L"  vantor-sim --list PROJECT [--full]      print a project; --full: every row of its history\n"
+           L"  vantor-sim --export-fields PROJECT FILE.vtu [--grid NX,NY,NZ] [--box X0,Y0,Z0,X1,Y1,Z1]\n"
+           L"                                          write the fields H and B of the last solved state for a VTK "
+           L"viewer,\n"
+           L"                                          at so many points of a box (metres)\n";
 }
 
 } // namespace vantor::automation

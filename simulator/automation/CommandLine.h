@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simulator/analysis/FieldExport.h"
+
 #include <chrono>
 #include <string>
 #include <vector>
@@ -21,8 +23,11 @@ struct CommandLine {
     std::wstring updateReports = L"Automatically";
     /// List, ExportFields: the project file.
     std::wstring project;
-    /// ExportFields: the file to write.
+    /// List: all rows of a long history.
+    bool isFull = false;
+    /// ExportFields: the file to write, and the points.
     std::wstring output;
+    analysis::FieldGrid grid;
     /// Bad: what is wrong.
     std::wstring problem;
 };

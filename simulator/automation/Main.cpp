@@ -190,7 +190,7 @@ void ExportActiveDesign(const automation::CommandLine& line) {
     if (!design) {
         throw model::DesktopError(model::ErrorCode::NoActiveDesign, "the project has no active design");
     }
-    model::WriteWholeFile(line.output, analysis::ExportFields(*project, LoadLibrary(), *design));
+    model::WriteWholeFile(line.output, analysis::ExportFields(*project, LoadLibrary(), *design, line.grid));
     Print(STD_OUTPUT_HANDLE, L"Wrote " + line.output + L"\n");
 }
 
@@ -205,7 +205,7 @@ ExitStatus RunFileTask(const automation::CommandLine& line) {
     try {
         if (line.task == automation::CommandLine::Task::List) {
             const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
-            Print(STD_OUTPUT_HANDLE, WideFromUtf8(model::ListProject(*project)));
+            Print(STD_OUTPUT_HANDLE, WideFromUtf8(model::ListProject(*project, line.isFull)));
         } else {
             ExportActiveDesign(line);
         }

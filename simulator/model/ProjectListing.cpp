@@ -99,20 +99,36 @@ std::string LastValue(const Design& design, const OutputVariable& variable) {
     }
 }
 
-void ListHistory(const Design& design, Listing& listing) {
+/// A setup's rows: the first is what its sweeps began with. Of a long history the middle is only counted.
+void ListRows(const ParametricSetup& setup, bool isFull, Listing& listing) {
+    constexpr std::size_t shownAtEachEnd = 3;
+    std::vector<std::string> first;
+    for (const auto& sweep : setup.sweeps) {
+        first.push_back(sweep.data);
+    }
+    const std::size_t count = setup.addedRows.size() + 1;
+    // One more is written out rather than announced.
+    const bool isWhole = isFull || count <= 2 * shownAtEachEnd + 1;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!isWhole && i == shownAtEachEnd) {
+            const std::size_t leftOut = count - 2 * shownAtEachEnd;
+            listing.Line(3, ".. " + std::to_string(leftOut) + " more rows, which --full shows");
+            i += leftOut;
+        }
+        listing.Line(3, Joined(i == 0 ? first : setup.addedRows[i - 1], ", "));
+    }
+}
+
+void ListHistory(const Design& design, bool isFull, Listing& listing) {
     listing.Heading(1, "Parametric setups", design.parametricSetups.size());
     for (const auto& setup : design.parametricSetups) {
         listing.Heading(2, setup.name + ": rows", setup.addedRows.size() + 1);
-        std::vector<std::string> names, first;
+        std::vector<std::string> names;
         for (const auto& sweep : setup.sweeps) {
             names.push_back(sweep.variable);
-            first.push_back(sweep.data);
         }
         listing.Line(3, Joined(names, ", "));
-        listing.Line(3, Joined(first, ", "));
-        for (const auto& row : setup.addedRows) {
-            listing.Line(3, Joined(row, ", "));
-        }
+        ListRows(setup, isFull, listing);
     }
 }
 
@@ -142,7 +158,7 @@ void ListResults(const Design& design, Listing& listing) {
 
 } // namespace
 
-std::string ListProject(const Project& project) {
+std::string ListProject(const Project& project, bool isFull) {
     Listing listing;
     listing.Line(0, "Project " + project.name + " in " + Utf8(project.file));
     ListMaterials(project, listing);
@@ -151,7 +167,7 @@ std::string ListProject(const Project& project) {
                             (design->name == project.activeDesign ? ", active" : ""));
         ListModel(*design, listing);
         ListSetups(*design, listing);
-        ListHistory(*design, listing);
+        ListHistory(*design, isFull, listing);
         ListResults(*design, listing);
     }
     return listing.Text();

@@ -175,6 +175,22 @@ TEST(ProjectListing, ShowsWhatAUserLooksFor) {
     }
 }
 
+TEST(ProjectListing, ShortensALongHistoryUnlessItIsFull) {
+    Project project = FullProject();
+    auto& rows = project.designs[0]->parametricSetups[0].addedRows;
+    rows.clear();
+    for (int i = 1; i < 8; ++i) {
+        rows.push_back({"row " + std::to_string(i)});
+    }
+    const std::string shortened = ListProject(project);
+    EXPECT_THAT(shortened, HasSubstr("KinoraHistory: rows (8)\n"));
+    EXPECT_THAT(shortened, HasSubstr("      row 1\n      row 2\n      .. 2 more rows, which --full shows\n"
+                                     "      row 5\n      row 6\n      row 7\n"));
+    EXPECT_THAT(ListProject(project, true), HasSubstr("      row 2\n      row 3\n      row 4\n      row 5\n"));
+    rows.pop_back();
+    EXPECT_THAT(ListProject(project), HasSubstr("      row 2\n      row 3\n      row 4\n"));
+}
+
 TEST(Materials, BuiltInMagnetHasARemanenceOfOneTesla) {
     const Material magnet = BuiltInMaterials().at("magnet_1T");
     EXPECT_NEAR(4e-7 * std::acos(-1.0) * magnet.relativePermeability * magnet.coercivity->magnitude, 1.0, 1e-9);
