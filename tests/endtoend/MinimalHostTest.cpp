@@ -1,0 +1,86 @@
+// The smallest host: its forces, and what it says when an operation fails.
+#include "tests/endtoend/Programs.h"
+#include "tests/support/ThisProgram.h"
+
+#include <windows.h>
+
+#include <cmath>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace endtoend {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class MinimalHost : public testing::Test {
+protected:
+    void SetUp() override { SetEnvironmentVariableW(L"KINORA_VELTRIX_VTDK_VERSION", L"Simulator"); }
+    void TearDown() override { SetEnvironmentVariableW(L"KINORA_VELTRIX_VTDK_VERSION", nullptr); }
+
+    static Outcome Run(const std::vector<std::wstring>& arguments) {
+        return RunProgram(fake::BesideThisProgram(L"minimal-host.exe"), arguments);
+    }
+
+    Outcome RunWith(const std::filesystem::path& geometry) const {
+        return Run({(m_folder / "pull.vtdk").wstring(), geometry.wstring()});
+    }
+
+    ScratchFolder m_folder;
+    const std::filesystem::path m_cubes = Examples() / "cube-magnets" / "cube-magnets.obj";
+};
+
+TEST_F(MinimalHost, PrintsTheForceOfEveryStep) {
+    const Outcome outcome = RunWith(m_cubes);
+    EXPECT_EQ(outcome.exitCode, 0);
+    const std::vector<std::string> lines = Lines(outcome.output);
+    ASSERT_EQ(lines.size(), 5U) << outcome.output;
+    const std::vector<double> expected =
+        Column(Examples() / "cube-magnets" / "scenario.expected.csv", "upper.Force_z [N]");
+    for (std::size_t i = 0; i < 5; ++i) {
+        EXPECT_THAT(lines[i], StartsWith("z = " + std::to_string(12 + i) + " mm: "));
+        EXPECT_NEAR(std::stod(lines[i].substr(lines[i].find(':') + 1)), expected[i], 1e-4 * std::fabs(expected[0]));
+    }
+}
+
+TEST_F(MinimalHost, SaysHowItIsUsed) {
+    const Outcome outcome = Run({});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.output, StartsWith("usage: minimal-host PROJECT GEOMETRY\n  PROJECT   the project file"));
+}
+
+TEST_F(MinimalHost, SaysThatTheProjectIsThereAlready) {
+    std::ofstream(m_folder / "pull.vtdk") << "mine";
+    const Outcome outcome = RunWith(m_cubes);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, "CreateProject failed; is PROJECT there already, or GEOMETRY not readable?\n"
+                              "QuitApplication failed: PROJECT is not saved, and the desktop stays open\n");
+    EXPECT_EQ(Content(m_folder / "pull.vtdk"), "mine");
+}
+
+TEST_F(MinimalHost, GivesTheDesktopsWordsWithTheirSeverity) {
+    std::ofstream(m_folder / "broken.obj") << "o broken\nv 0 0\n";
+    const Outcome unreadable = RunWith(m_folder / "broken.obj");
+    EXPECT_EQ(unreadable.exitCode, 1);
+    EXPECT_THAT(unreadable.output, StartsWith("CreateProject failed"));
+    EXPECT_THAT(unreadable.output, HasSubstr("\n  desktop, error: Import: 0x"));
+    EXPECT_THAT(unreadable.output, HasSubstr("broken.obj"));
+}
+
+TEST_F(MinimalHost, NamesTheOperationThatMissesAnObject) {
+    const std::string text = Content(m_cubes);
+    std::ofstream(m_folder / "other.obj", std::ios::binary)
+        << std::regex_replace(text, std::regex("upper_magnet"), "another_magnet");
+    const Outcome outcome = RunWith(m_folder / "other.obj");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output,
+                StartsWith("InitMagneticObjects failed; has GEOMETRY the objects lower_magnet and upper_magnet?\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("\n  desktop, error: "));
+    EXPECT_THAT(outcome.output, HasSubstr("upper_magnet"));
+}
+
+} // namespace
+} // namespace endtoend
