@@ -37,8 +37,8 @@ json ElementOr(const json& elements, std::size_t index) {
     return index < elements.size() ? elements[index] : json();
 }
 
-/// What an element stands for in the lists of the scripting interface, which begin with their name and give a key before
-/// each value.
+/// What an element stands for in the lists of the scripting interface, which begin with their name and give a key
+/// before each value.
 std::string NamesOf(const json& elements, std::size_t index) {
     const std::string name = index == 0 ? "" : TextOf(elements[0]);
     const std::string key = index < 1 || index > elements.size() ? "" : TextOf(elements[index - 1]);
