@@ -529,6 +529,35 @@ test('controls have names, and the narrow page has no sideways scroll', async ()
   await close(page);
 });
 
+test('no number is cut on a narrow page', async () => {
+  const loads = [-1.99812e-14, -2.12345e-14, -3.14159e-14, 1.1e-14, 0, 0];
+  const values = [-0.000123457, 0.000123457, -0.01, 0, 0, 0, ...loads];
+  const page = await open(write(logText(['a body with a rather long name'], 2, 0.1, () => values)), {
+    viewport: { width: 420, height: 900 },
+  });
+  await ready(page);
+  assert.deepEqual(await present(page, 'a body with a rather long name', 'force'), [
+    '−1.998e−14',
+    '−2.123e−14',
+    '−3.142e−14',
+  ]);
+  const cut = await page.evaluate(() => {
+    const scrolls = (element: Element | null): boolean =>
+      element !== null && (/auto|scroll/.test(getComputedStyle(element).overflowX) || scrolls(element.parentElement));
+    return [...document.querySelectorAll<HTMLElement>('body *')]
+      .filter((element) => /\d/.test(element.textContent!) && element.checkVisibility())
+      .filter((element) => {
+        const { overflowX, textOverflow } = getComputedStyle(element);
+        const isCut = element.scrollWidth > element.clientWidth && /hidden|clip/.test(overflowX);
+        const isOutside = element.getBoundingClientRect().right > innerWidth && !scrolls(element);
+        return isCut || isOutside || textOverflow === 'ellipsis';
+      })
+      .map((element) => `${element.tagName} ${element.className} ${element.textContent}`);
+  });
+  assert.deepEqual(cut, []);
+  await close(page);
+});
+
 test('a hundred thousand steps are all there, and a single outlier is drawn', async () => {
   const rows = 100_000;
   const log = logText(['a', 'b'], rows, 0.001, (time, row) => {
