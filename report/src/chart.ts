@@ -59,6 +59,8 @@ export class TimeChart {
   private readonly plotPlace = el('div', { class: 'plot' });
   private readonly legend = el('div', { class: 'legend' });
   private readonly readouts: HTMLElement[] = [];
+  /** Where the cursor meets each line. */
+  private markers: HTMLElement[] = [];
   private readonly lines: ChartLine[];
   private plot: uPlot | null = null;
 
@@ -148,7 +150,7 @@ export class TimeChart {
       cursor: {
         y: false,
         drag: { x: true, y: false, setScale: false, dist: 4 },
-        points: { size: 6, width: 1.5, fill: () => look().surface },
+        points: { size: 6, fill: () => look().surface, show: (_, series) => this.makeMarker(series - 1) },
         bind: {
           // Only what the pointer does reaches the other charts, nothing that the library does by itself.
           mousemove: (plot, _, handler) => (event) => {
@@ -169,6 +171,12 @@ export class TimeChart {
         setSelect: [(plot) => this.onSelect(plot)],
       },
     };
+  }
+
+  /** The chart library brings the markers of hidden lines back with every change of its size. */
+  private makeMarker(line: number): HTMLElement {
+    this.markers[line] = el('div', { hidden: !this.lines[line].isShown });
+    return this.markers[line];
   }
 
   private seriesOf(line: ChartLine): uPlot.Series {
@@ -205,6 +213,7 @@ export class TimeChart {
             line.isShown = !line.isShown;
             button.setAttribute('aria-pressed', String(line.isShown));
             this.plot?.setSeries(index + 1, { show: line.isShown });
+            this.markers[index].hidden = !line.isShown;
           },
         },
         el('span', { class: 'swatch' }),

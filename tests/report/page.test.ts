@@ -199,6 +199,22 @@ test('legend entries hide and show their line', async () => {
   await close(page);
 });
 
+test('a hidden line has no marker, however the page changes its size', async () => {
+  const page = await open(write(pulledApart()));
+  const chart = page.locator('.charts-of figure').nth(1);
+  const markers = () => chart.locator('.u-cursor-pt').evaluateAll((all) => all.map((m) => m.checkVisibility()));
+  const width = await chart.locator('.uplot').evaluate((plot) => (plot as HTMLElement).offsetWidth);
+  await page.setViewportSize({ width: 1300, height: 950 });
+  await page.waitForFunction((w) => document.querySelector<HTMLElement>('.uplot')!.offsetWidth !== w, width);
+  assert.deepEqual(await markers(), [true, true, true, false]);
+  await legend(page, 'Forces', 1).first().click();
+  await legend(page, 'Forces', 1).nth(3).click();
+  await page.setViewportSize({ width: 1500, height: 950 });
+  await goTo(page, 5);
+  assert.deepEqual(await markers(), [false, true, true, true]);
+  await close(page);
+});
+
 test('bodies can be taken out of the charts', async () => {
   const page = await open(write(pulledApart()));
   const charts = page.locator('.charts-of figure');
