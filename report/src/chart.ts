@@ -4,7 +4,8 @@ import uPlot from 'uplot';
 import type { Column } from './data.ts';
 import { el } from './dom.ts';
 import { rowNear } from './decimate.ts';
-import { number } from './format.ts';
+import { number, tickLabels } from './format.ts';
+import { axisRange } from './range.ts';
 import type { Store } from './store.ts';
 import { lineColour, lineDash, look } from './theme.ts';
 
@@ -19,8 +20,10 @@ export interface ChartLine {
 export interface ChartContent {
   title: string;
   unit: string;
-  /** The y range is never narrower than twice this. */
+  /** What varies by less than this is drawn flat. */
   floor: number;
+  /** What is smaller than this is rounding. */
+  rounding: number;
   lines: ChartLine[];
 }
 
@@ -50,7 +53,7 @@ export function axisLook(label: string, size: uPlot.Axis.Size): uPlot.Axis {
     stroke: () => look().muted,
     grid: { stroke: () => look().grid, width: 1 },
     ticks: { stroke: () => look().grid, width: 1, size: 4 },
-    values: (_, splits) => splits.map((value) => (value === null ? '' : number(value))),
+    values: (_, splits, _axis, _space, increment) => tickLabels(splits, increment),
   };
 }
 
@@ -119,7 +122,7 @@ export class TimeChart {
 
   showRow(): void {
     const { row } = this.store;
-    this.lines.forEach((line, index) => (this.readouts[index].textContent = number(line.values![row])));
+    this.lines.forEach((line, index) => (this.readouts[index].textContent = number(line.values![row], this.content.rounding)));
     if (!this.plot) return;
     const x = this.store.xs()[row];
     const [min, max] = this.store.range;
@@ -143,7 +146,7 @@ export class TimeChart {
       legend: { show: false },
       scales: {
         x: { time: false, range: () => store.range },
-        y: { range: (_, min, max) => paddedRange(min, max, content.floor) },
+        y: { range: (_, min, max) => axisRange(min, max, content.floor) },
       },
       axes: [axisLook(store.xLabel(), 30), axisLook('', numberRoom)],
       series: [{}, ...this.lines.map((line) => this.seriesOf(line))],
@@ -250,14 +253,6 @@ export class TimeChart {
       { passive: false },
     );
   }
-}
-
-function paddedRange(min: number | null, max: number | null, floor: number): [number, number] {
-  if (min === null || max === null || !Number.isFinite(min) || !Number.isFinite(max)) return [-1, 1];
-  const middle = (min + max) / 2;
-  const least = Math.max(floor, Math.abs(middle) * 1e-5, 1e-12);
-  const half = Math.max((max - min) / 2, least) * 1.06;
-  return [middle - half, middle + half];
 }
 
 /** Keys of a focused chart. */

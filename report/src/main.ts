@@ -152,13 +152,13 @@ class Page {
   }
 
   private stillText(body: number, quantity: Quantity): string {
-    const { components, title, unit } = this.store.info(quantity);
+    const { components, title, unit, rounding } = this.store.info(quantity);
     const { name } = this.run.bodies[body];
     if (quantity === 'force' || quantity === 'torque') {
-      const largest = extremesOf(this.store.columns(body, quantity)[3]!)!.max;
-      return `${name} has no ${title.toLowerCase()}${largest > 0 ? ` beyond rounding (${number(largest, 2)} ${unit})` : ''}`;
+      const largest = number(extremesOf(this.store.columns(body, quantity)[3]!)!.max, rounding, 2);
+      return `${name} has no ${title.toLowerCase()}${largest === '0' ? '' : ` beyond rounding (${largest} ${unit})`}`;
     }
-    const values = this.store.columns(body, quantity).map((column, i) => `${components[i]} ${number(column![0])}`);
+    const values = this.store.columns(body, quantity).map((column, i) => `${components[i]} ${number(column![0], rounding)}`);
     return `${name} does not ${quantity === 'position' ? 'move' : 'turn'}: ${values.join(', ')} ${unit}`;
   }
 
@@ -171,7 +171,7 @@ class Page {
       colour: component,
       isShown: component < 3,
     }));
-    return new TimeChart(this.store, { title: this.run.bodies[body].name, unit: info.unit, floor: info.floor, lines });
+    return new TimeChart(this.store, { ...info, title: this.run.bodies[body].name, lines });
   }
 
   /** The host's own states: one chart per unit of each joint. */
@@ -194,7 +194,8 @@ class Page {
             isShown: true,
           }));
           const title = list.length > 2 ? 'Energies' : list.map((series) => series.name).join(', ');
-          return new TimeChart(this.store, { title, unit, floor: 0, lines });
+          const rounding = this.store.roundingOf(unit);
+          return new TimeChart(this.store, { title, unit, floor: rounding, rounding, lines });
         }),
       );
     }

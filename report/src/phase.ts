@@ -6,6 +6,7 @@ import type { Column } from './data.ts';
 import { nearestRow, thinCurve } from './decimate.ts';
 import { el } from './dom.ts';
 import { number } from './format.ts';
+import { axisRange } from './range.ts';
 import type { Quantity, Store } from './store.ts';
 import { lineColour } from './theme.ts';
 
@@ -15,6 +16,10 @@ export interface Variable {
   group: string;
   label: string;
   axis: string;
+  /** What varies by less than this is drawn flat. */
+  floor: number;
+  /** What is smaller than this is rounding. */
+  rounding: number;
   values: () => Column;
 }
 
@@ -23,9 +28,10 @@ const HEIGHT = 300;
 
 export function variablesOf(store: Store): Variable[] {
   const { run } = store;
+  const ofRun = { group: 'Run', floor: 0, rounding: 0 };
   const variables: Variable[] = [
-    { key: 'time', group: 'Run', label: 'Time', axis: 'Time (s)', values: () => run.time ?? run.step },
-    { key: 'step', group: 'Run', label: 'Step', axis: 'Step', values: () => run.step },
+    { ...ofRun, key: 'time', label: 'Time', axis: 'Time (s)', values: () => run.time ?? run.step },
+    { ...ofRun, key: 'step', label: 'Step', axis: 'Step', values: () => run.step },
   ];
   run.bodies.forEach((body, index) => {
     for (const quantity of QUANTITIES) {
@@ -38,20 +44,25 @@ export function variablesOf(store: Store): Variable[] {
           group: body.name,
           label,
           axis: `${body.name}: ${label} (${info.unit})`,
+          floor: info.floor,
+          rounding: info.rounding,
           values: () => store.columns(index, quantity)[component]!,
         });
       });
     }
   });
-  run.series.forEach((series, index) =>
+  run.series.forEach((series, index) => {
+    const rounding = store.roundingOf(series.unit);
     variables.push({
       key: `series ${index}`,
       group: series.group,
       label: series.name,
       axis: `${series.group}: ${series.name} (${series.unit})`,
+      floor: rounding,
+      rounding,
       values: () => series.values,
-    }),
-  );
+    });
+  });
   return variables;
 }
 
@@ -61,7 +72,10 @@ export function usualChoice(store: Store): [string, string] {
     store
       .columns(index, quantity)
       .slice(0, components)
-      .map((column, component) => ({ key: `${index} ${quantity} ${component}`, size: column ? spreadOf(column) : 0 }));
+      .map((column, component) => {
+        const size = column ? spreadOf(column) : 0;
+        return { key: `${index} ${quantity} ${component}`, size: size > store.info(quantity).floor ? size : 0 };
+      });
   const largest = (entries: { key: string; size: number }[]) =>
     entries.reduce<{ key: string; size: number } | null>((a, b) => (b.size > (a?.size ?? 0) ? b : a), null);
   const bodies = store.run.bodies.map((_, index) => {
@@ -96,6 +110,7 @@ export class PhasePlot {
   private plot: uPlot | null = null;
   private xs: Column = new Float64Array();
   private ys: Column = new Float64Array();
+  private roundings: [number, number] = [0, 0];
 
   constructor(
     private readonly store: Store,
@@ -122,8 +137,9 @@ export class PhasePlot {
     this.destroy();
     const [x, y] = this.chosen.map((key) => this.variables.find((variable) => variable.key === key)!);
     [this.xs, this.ys] = [x.values(), y.values()];
+    this.roundings = [x.rounding, y.rounding];
     const data = [null, [this.xs, this.ys]] as unknown as uPlot.AlignedData;
-    this.plot = new uPlot(this.options(x.axis, y.axis), data, this.plotPlace);
+    this.plot = new uPlot(this.options(x, y), data, this.plotPlace);
     this.plot.over.append(this.marker);
     this.plot.over.addEventListener('pointermove', (event) => this.onPointer(event));
     this.plotPlace.setAttribute('role', 'img');
@@ -150,7 +166,7 @@ export class PhasePlot {
 
   showRow(): void {
     const [x, y] = [this.xs[this.store.row], this.ys[this.store.row]];
-    this.readout.textContent = `${number(x)} , ${number(y)}`;
+    this.readout.textContent = `${number(x, this.roundings[0])} , ${number(y, this.roundings[1])}`;
     if (!this.plot) return;
     const isPlace = Number.isFinite(x) && Number.isFinite(y);
     this.marker.hidden = !isPlace;
@@ -178,7 +194,7 @@ export class PhasePlot {
     return el('label', { class: 'choice' }, el('span', {}, label), select);
   }
 
-  private options(xLabel: string, yLabel: string): uPlot.Options {
+  private options(horizontal: Variable, vertical: Variable): uPlot.Options {
     return {
       mode: 2,
       width: Math.max(this.width(), 200),
@@ -186,10 +202,10 @@ export class PhasePlot {
       padding: [8, 16, 0, 0],
       legend: { show: false },
       scales: {
-        x: { time: false, range: (_, min, max) => padded(min, max) },
-        y: { range: (_, min, max) => padded(min, max) },
+        x: { time: false, range: (_, min, max) => axisRange(min, max, horizontal.floor) },
+        y: { range: (_, min, max) => axisRange(min, max, vertical.floor) },
       },
-      axes: [axisLook(xLabel, 30), axisLook(yLabel, numberRoom)],
+      axes: [axisLook(horizontal.axis, 30), axisLook(vertical.axis, numberRoom)],
       series: [
         {},
         {
@@ -237,10 +253,4 @@ export class PhasePlot {
     const row = nearestRow(this.xs, this.ys, x, y, pixel('x', box.width), pixel('y', box.height));
     if (row >= 0) store.setRow(row);
   }
-}
-
-function padded(min: number | null, max: number | null): [number, number] {
-  if (min === null || max === null || !Number.isFinite(min) || !Number.isFinite(max)) return [-1, 1];
-  const half = Math.max((max - min) / 2, Math.abs(min + max) * 1e-6, 1e-12) * 1.06;
-  return [(min + max) / 2 - half, (min + max) / 2 + half];
 }

@@ -40,7 +40,7 @@ export class Player {
     const durations: [string, string][] = [2, 4, 8, 16, 32, 64].map((s) => [String(s), `${s} s`]);
     durations.push([
       String(span),
-      store.timeAscends ? `real time (${number(span, 3)} s)` : `${ROWS_PER_SECOND} rows a second`,
+      store.timeAscends ? `real time (${number(span, 0, 3)} s)` : `${ROWS_PER_SECOND} rows a second`,
     ]);
     this.element = el(
       'div',

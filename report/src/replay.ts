@@ -235,7 +235,7 @@ export class Replay {
   private arrowKey(): HTMLElement {
     const entry = (name: string, size: number, unit: string, className: string) =>
       size > 0 &&
-      el('div', { class: className }, el('span', { class: 'swatch' }), `${name}, longest ${number(size, 4)} ${unit}`);
+      el('div', { class: className }, el('span', { class: 'swatch' }), `${name}, longest ${number(size, 0, 4)} ${unit}`);
     return el(
       'div',
       { class: 'arrow-key' },

@@ -14,9 +14,14 @@ export interface QuantityInfo {
   unit: string;
   factor: number;
   components: string[];
-  /** Half a chart's height is at least this, in its unit: below it there is only rounding. */
+  /** What varies by less than this, in its unit, is drawn flat. */
   floor: number;
+  /** What is smaller than this, in its unit, is rounding and shown as 0. */
+  rounding: number;
 }
+
+/** What is smaller than this part of the largest value of its quantity in the run is rounding. */
+const ROUNDING = 1e-9;
 
 interface Topics {
   row: [row: number];
@@ -41,6 +46,7 @@ export class Store {
   readonly lengthFactor: number;
   /** The force below which there is only rounding; the torque of that force on an arm of a millimetre has the same number. */
   private loadFloor = 0;
+  private roundings: Record<Quantity, number> = { force: 0, torque: 0, position: 0, angles: 0 };
   private readonly listeners = new Map<keyof Topics, (() => void)[]>();
   private readonly cache = new Map<string, (Column | null)[]>();
 
@@ -54,6 +60,7 @@ export class Store {
     this.shownBodies = new Set(run.bodies.slice(0, 4).keys());
     this.range = this.fullRange();
     this.loadFloor = 1e-6 * this.largestMagnitude('force');
+    this.roundings = this.findRoundings();
   }
 
   on(topic: keyof Topics, listener: () => void): void {
@@ -143,20 +150,45 @@ export class Store {
     return size > this.info(quantity).floor ? size : 0;
   }
 
+  /** What is smaller than this is rounding, in a quantity of the host with a unit: beside all quantities with it. */
+  roundingOf(unit: string): number {
+    const { force, torque, position, angles } = this.roundings;
+    const ofBodies: Record<string, number> = {
+      N: force,
+      'N m': torque / 1000,
+      m: position / this.lengthFactor,
+      rad: (angles * Math.PI) / 180,
+    };
+    const largest = largestOf(this.run.series.filter((series) => series.unit === unit).map(({ values }) => values));
+    return Math.max(ofBodies[unit] ?? 0, ROUNDING * largest);
+  }
+
+  private findRoundings(): Record<Quantity, number> {
+    const largest = (quantity: Quantity) =>
+      largestOf(this.run.bodies.flatMap((_, index) => this.columns(index, quantity)));
+    const [force, torque] = [largest('force'), largest('torque')];
+    return {
+      // Where one of the loads is rounding as a whole, the other one tells: on an arm of a metre or of a millimetre.
+      force: ROUNDING * Math.max(force, torque / 1000),
+      torque: ROUNDING * Math.max(torque, force),
+      position: ROUNDING * Math.max(largest('position'), this.info('position').floor),
+      // Angles come of functions whose rounding is that of a radian.
+      angles: ROUNDING * Math.max(largest('angles'), 180 / Math.PI),
+    };
+  }
+
   private largestMagnitude(quantity: 'force' | 'torque'): number {
-    const each = this.run.bodies.map((_, index) => {
-      const magnitude = this.columns(index, quantity)[3];
-      return (magnitude && extremesOf(magnitude)?.max) ?? 0;
-    });
-    return Math.max(0, ...each);
+    return largestOf(this.run.bodies.map((_, index) => this.columns(index, quantity)[3]));
   }
 
   info(quantity: Quantity): QuantityInfo {
+    const rounding = this.roundings[quantity];
+    const floor = this.loadFloor;
     switch (quantity) {
       case 'force':
-        return { title: 'Force', unit: 'N', factor: 1, components: ['X', 'Y', 'Z', '|F|'], floor: this.loadFloor };
+        return { title: 'Force', unit: 'N', factor: 1, components: ['X', 'Y', 'Z', '|F|'], floor, rounding };
       case 'torque':
-        return { title: 'Torque', unit: 'mN·m', factor: 1, components: ['X', 'Y', 'Z', '|T|'], floor: this.loadFloor };
+        return { title: 'Torque', unit: 'mN·m', factor: 1, components: ['X', 'Y', 'Z', '|T|'], floor, rounding };
       case 'position':
         return {
           title: 'Position',
@@ -164,9 +196,17 @@ export class Store {
           factor: this.lengthFactor,
           components: ['X', 'Y', 'Z'],
           floor: 1e-6 * this.lengthFactor,
+          rounding,
         };
       case 'angles':
-        return { title: 'Angle', unit: '°', factor: 180 / Math.PI, components: ['Phi', 'Theta', 'Psi'], floor: 1e-4 };
+        return {
+          title: 'Angle',
+          unit: '°',
+          factor: 180 / Math.PI,
+          components: ['Phi', 'Theta', 'Psi'],
+          floor: 1e-4,
+          rounding,
+        };
     }
   }
 
@@ -191,6 +231,14 @@ export class Store {
     const components = this.loadAxes === 'global' ? globalComponents(body, logged) : logged;
     return [...components, magnitudes(logged)];
   }
+}
+
+/** The largest size of a value in some columns; 0 when there is none. */
+function largestOf(columns: (Column | null)[]): number {
+  return columns.reduce((most, values) => {
+    const found = values && extremesOf(values);
+    return found ? Math.max(most, -found.min, found.max) : most;
+  }, 0);
 }
 
 function ascends(values: Column): boolean {

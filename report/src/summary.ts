@@ -57,7 +57,7 @@ export function facts(run: Run): HTMLElement {
   const steps = extremesOf(run.step);
   entries.push(['Steps', steps ? `${count(run.rows, 'step')}, ${number(steps.min)} to ${number(steps.max)}` : 'none']);
   const width = run.time && stepWidth(run.time);
-  if (width) entries.push(['Step width', `${number(width, 3)} s`]);
+  if (width) entries.push(['Step width', `${number(width, 0, 3)} s`]);
   entries.push(['Bodies', run.bodies.length ? run.bodies.map((body) => body.name).join(', ') : 'none']);
   return el(
     'dl',
@@ -78,19 +78,21 @@ export function extremesTable(store: Store): HTMLElement {
   const unit = (quantity: Quantity) => store.info(quantity).unit;
   const rows = run.bodies.map((body, index) => {
     const peak = (quantity: 'force' | 'torque') => {
+      const { floor, rounding } = store.info(quantity);
       const values = store.columns(index, quantity)[3];
       const found = values && extremesOf(values);
       if (!found) return [el('td', {}, '–'), el('td')];
       // Rounding has no place worth going to.
-      if (found.max <= store.info(quantity).floor) return [el('td', { title: number(found.max) }, '≈ 0'), el('td')];
-      return [el('td', {}, number(found.max)), whereCell(store, found.maxRow)];
+      const text = number(found.max, rounding);
+      if (found.max <= floor) return [el('td', { title: text }, text === '0' ? '0' : '≈ 0'), el('td')];
+      return [el('td', {}, text), whereCell(store, found.maxRow)];
     };
     const spans = (quantity: 'position' | 'angles') => {
       const { components } = store.info(quantity);
       return store.columns(index, quantity).flatMap((values, i) => {
         const found = values && extremesOf(values);
         return found && found.max - found.min > store.info(quantity).floor
-          ? [`${components[i]} ${number(found.max - found.min, 4)}`]
+          ? [`${components[i]} ${number(found.max - found.min, 0, 4)}`]
           : [];
       });
     };
@@ -138,9 +140,9 @@ export function componentTable(store: Store): HTMLElement {
           {},
           el('th', { scope: 'row' }, body.name),
           el('td', { class: 'text' }, `${info.title} ${info.components[component]} (${info.unit})`),
-          el('td', {}, number(found.min)),
+          el('td', {}, number(found.min, info.rounding)),
           whereCell(store, found.minRow),
-          el('td', {}, number(found.max)),
+          el('td', {}, number(found.max, info.rounding)),
           whereCell(store, found.maxRow),
         );
       });
@@ -176,7 +178,7 @@ function whereCell(store: Store, row: number): HTMLElement {
 /** All values of the shown bodies at the present row. */
 export class PresentValues {
   readonly element = el('div', { class: 'present', 'aria-label': 'Values at the present step' });
-  private cells: { cell: HTMLElement; values: Column }[] = [];
+  private cells: { cell: HTMLElement; values: Column; rounding: number }[] = [];
 
   constructor(private readonly store: Store) {
     this.build();
@@ -204,7 +206,7 @@ export class PresentValues {
         .slice(0, 3)
         .map((values) => {
           const cell = el('td', {}, '–');
-          if (values) this.cells.push({ cell, values });
+          if (values) this.cells.push({ cell, values, rounding: info.rounding });
           return cell;
         });
       return el('tr', { 'data-quantity': quantity }, el('th', { scope: 'row' }, name), ...cells);
@@ -223,6 +225,8 @@ export class PresentValues {
   }
 
   private showRow(): void {
-    for (const { cell, values } of this.cells) cell.textContent = number(values[this.store.row]);
+    for (const { cell, values, rounding } of this.cells) {
+      cell.textContent = number(values[this.store.row], rounding);
+    }
   }
 }

@@ -326,6 +326,35 @@ test('loads can be had in global axes', async () => {
   await close(page);
 });
 
+test('rounding is shown as zero wherever a value stands', async () => {
+  const noise = (row: number) => (row % 2 ? 3.9e-13 : -3.9e-13);
+  const log = logText(['a', 'b'], 21, 0.05, (time, row) => [
+    ...[noise(row) / 1e6, 0, time, noise(row), 0, 0, noise(row), noise(row), -14.6725, noise(row), 0, 0],
+    ...[0, 0, 0, 0, 0, 0, 0, noise(row), 2e-8, 0, 0, noise(row)],
+  ]);
+  const states = join(folder, 'noisy.csv');
+  const rows = Array.from({ length: 21 }, (_, i) => `${i},${i * 0.05},${0.001 * i},${noise(i) / 1000},2,${noise(i)}`);
+  const heads = 'Step,Time [s],lift.Coordinate [m],lift.Field force [N],lift.Kinetic [J],lift.Imbalance [J]';
+  writeFileSync(states, [heads, ...rows].join('\n') + '\n');
+  const page = await open(write(log, ['--states', states]));
+  await ready(page);
+  assert.deepEqual(await present(page, 'a', 'force'), ['0', '0', '−14.6725']);
+  assert.deepEqual(await present(page, 'a', 'torque'), ['0', '0', '0']);
+  assert.deepEqual(await present(page, 'a', 'position'), ['0', '0', '0']);
+  assert.deepEqual(await present(page, 'a', 'angles'), ['0', '0', '0']);
+  // Small beside 14.6725 N, but no rounding.
+  assert.deepEqual(await present(page, 'b', 'force'), ['0', '0', '2e−8']);
+  assert.match((await legend(page, 'Forces', 0).first().textContent())!, /^X0$/);
+  assert.match((await legend(page, 'lift', 1).first().textContent())!, /^Field force0$/);
+  assert.match((await legend(page, 'lift', 2).nth(1).textContent())!, /^Imbalance0$/);
+  await page.locator('summary').click();
+  await page.locator('details tbody tr').first().waitFor();
+  await page.locator('.phase select').first().selectOption({ label: 'Force X' });
+  assert.match((await page.locator('.phase-readout').textContent())!, /, 0$/);
+  assert.doesNotMatch((await page.locator('body').innerText())!, /e−1\d/);
+  await close(page);
+});
+
 test('phase plots show what is chosen', async () => {
   const page = await open(write(pulledApart()));
   const plot = page.locator('.phase').first();
@@ -448,6 +477,31 @@ test('a run without bodies, of one step, or of two runs is shown as far as it go
   await goTo(two, 2);
   assert.deepEqual(await present(two, 'a', 'force'), ['3', '3', '3']);
   await close(two);
+});
+
+test('axes of values that do not change have labels that differ', async () => {
+  const page = await open(write([head(['a']), line(1, 1, Array(12).fill(1)), ''].join('\r\n')));
+  await page.addInitScript(() => {
+    const fill = CanvasRenderingContext2D.prototype.fillText;
+    CanvasRenderingContext2D.prototype.fillText = function (text, ...place) {
+      const { dataset } = this.canvas;
+      dataset.texts = `${dataset.texts ?? ''}${text} `;
+      fill.call(this, text, ...place);
+    };
+  });
+  await page.reload();
+  await ready(page);
+  const texts = await page
+    .locator('.phase canvas, .charts-of canvas')
+    .evaluateAll((all) => all.map((canvas) => (canvas as HTMLCanvasElement).dataset.texts!));
+  const time = 'Time (s) 0.5 0.6 0.7 0.8 0.9 1 1.1 1.2 1.3 1.4 1.5';
+  assert.deepEqual(texts, [
+    `${time} 0.5 0.75 1 1.25 1.5 `,
+    `${time} 0.5 0.75 1 1.25 1.5 `,
+    // The phase plot: time over step, for want of anything that moves.
+    `${time} Step 0.6 0.8 1 1.2 1.4 `,
+  ]);
+  await close(page);
 });
 
 test('a page whose data is damaged says so', async () => {

@@ -4,7 +4,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { readRun, unpackColumn, DataError } from '../../report/src/data.ts';
 import { extremesOf, nearestRow, rowNear, thinCurve } from '../../report/src/decimate.ts';
-import { count, number } from '../../report/src/format.ts';
+import { count, number, tickLabels } from '../../report/src/format.ts';
 import { MeshError, readObj, readStl } from '../../report/src/mesh.ts';
 import {
   angleBetween,
@@ -15,6 +15,7 @@ import {
   outOfFrame,
   type Rows,
 } from '../../report/src/pose.ts';
+import { axisRange } from '../../report/src/range.ts';
 
 const near = (actual: ArrayLike<number>, expected: number[]) =>
   expected.forEach((value, i) =>
@@ -92,6 +93,34 @@ test('numbers have six digits and a true minus', () => {
   assert.equal(number(NaN), '–');
   assert.equal(count(1, 'step'), '1 step');
   assert.equal(count(100000, 'step'), '100\u202f000 steps');
+});
+
+test('what is rounding beside the largest value is shown as zero', () => {
+  assert.equal(number(3.9e-13, 1e-12), '0');
+  assert.equal(number(-3.9e-13, 1e-12), '0');
+  assert.equal(number(-1.25e-12, 1e-12), '−1.25e−12');
+  assert.equal(number(0.04, 0, 1), '0.04');
+});
+
+test('labels of an axis are as long as tells them apart, and of one form', () => {
+  assert.deepEqual(tickLabels([-2.5, 0, 2.5, 5, 7.5], 2.5), ['−2.5', '0', '2.5', '5', '7.5']);
+  assert.deepEqual(tickLabels([-0.1, 1.3878e-17, 0.1], 0.1), ['−0.1', '0', '0.1']);
+  assert.deepEqual(tickLabels([0.999999, 1, 1.000001], 1e-6), ['0.999999', '1', '1.000001']);
+  assert.deepEqual(tickLabels([12345678, 12345679, null], 1), ['1.2345678e7', '1.2345679e7', '']);
+  assert.deepEqual(tickLabels([5e-5, 1e-4, 1.5e-4], 5e-5), ['0.00005', '0.0001', '0.00015']);
+  assert.deepEqual(tickLabels([5e-6, 1e-5, 1.5e-5], 5e-6), ['5e−6', '1e−5', '1.5e−5']);
+});
+
+test('values that are one and the same get an axis of their size', () => {
+  near(axisRange(-2, 4, 0), [-2.18, 4.18]);
+  near(axisRange(1, 1, 0), [0.47, 1.53]);
+  near(axisRange(-12.000001, -12, 0.001), [-18.360000765, -5.640000235]);
+  // One unit of the sixth digit is rounding, two are not.
+  near(axisRange(1, 1.00001, 0), [0.47000235, 1.53000765]);
+  near(axisRange(1, 1.00002, 0), [0.9999994, 1.0000206]);
+  near(axisRange(0, 0, 0), [-1.06, 1.06]);
+  near(axisRange(-1e-13, 1e-13, 1e-6), [-1.06, 1.06]);
+  near(axisRange(null, null, 0), [-1, 1]);
 });
 
 test('a right-handed turn about X has a negative psi', () => {
