@@ -1,6 +1,7 @@
 #include "report/core/HostStates.h"
 
 #include "report/core/ToUtf8.h"
+#include "scenario/EnergyBooks.h"
 #include "scenario/Errors.h"
 
 #include <algorithm>
@@ -80,6 +81,52 @@ std::vector<std::ptrdiff_t> MatchTimes(const Column& times, const Table& table) 
     return matches;
 }
 
+/// Where a joint's accounts stand, in the order of scenario::EnergyRow; nothing when one of them is missing.
+std::optional<std::array<std::size_t, 6>> AccountColumns(const Table& table, const std::string& joint) {
+    constexpr std::array<const char*, 6> accounts = {"Kinetic",   "Potential",  "Field work",
+                                                     "Load work", "Dissipated", "Imbalance"};
+    std::array<std::size_t, 6> columns{};
+    for (std::size_t i = 0; i < accounts.size(); ++i) {
+        const auto found =
+            std::find(table.heads.begin(), table.heads.end(), fmt::format("{}.{} [J]", joint, accounts[i]));
+        if (found == table.heads.end()) {
+            return std::nullopt;
+        }
+        columns[i] = static_cast<std::size_t>(found - table.heads.begin());
+    }
+    return columns;
+}
+
+/// A joint's books over all rows that tell its accounts. A prescribed joint keeps none: its cells are empty.
+scenario::EnergyBooks KeepBooks(const Table& table, const std::array<std::size_t, 6>& columns) {
+    scenario::EnergyBooks books;
+    for (const Column& row : table.rows) {
+        if (std::any_of(columns.begin(), columns.end(), [&row](std::size_t at) { return std::isnan(row[at]); })) {
+            continue;
+        }
+        books.Add({row[1], row[columns[0]], row[columns[1]], row[columns[2]], row[columns[3]], row[columns[4]],
+                   row[columns[5]]});
+    }
+    return books;
+}
+
+/// The warnings of the joints whose energy books do not close.
+std::vector<Notice> CheckEnergies(const Table& table) {
+    std::vector<Notice> notices;
+    for (const std::string& head : table.heads) {
+        StateSeries series;
+        if (!ParseHead(head, series) || series.name != "Imbalance") {
+            continue;
+        }
+        const auto columns = AccountColumns(table, series.group);
+        const auto books = columns ? KeepBooks(table, *columns) : scenario::EnergyBooks();
+        if (!books.Close()) {
+            notices.push_back({Severity::Warning, books.Warning(series.group)});
+        }
+    }
+    return notices;
+}
+
 Column Pick(const Table& table, std::size_t column, const std::vector<std::ptrdiff_t>& matches) {
     Column values;
     for (const std::ptrdiff_t match : matches) {
@@ -99,6 +146,7 @@ HostStates ParseHostStates(const std::string& text, const std::string& fileName,
             fileName));
     }
     HostStates states;
+    states.notices = CheckEnergies(table);
     if (!log.times) {
         states.notices.push_back(
             {Severity::Warning, "The host's states are left out: the log has no times to match them with."});

@@ -17,7 +17,9 @@ struct StateSeries {
 struct HostStates {
     /// Times with every bit, one per row of the log; absent when not every row has its state.
     std::optional<Column> times;
+    /// Those that have a value at all.
     std::vector<StateSeries> series;
+    /// Steps that the table lacks, and energy books that do not close.
     std::vector<Notice> notices;
 };
 

@@ -5,6 +5,7 @@
 #include "scenario/Errors.h"
 #include "scenario/Text.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace kinora::report {
@@ -38,6 +39,17 @@ std::string ReadGeometry(const scenario::Scenario& scenario, std::vector<Notice>
         notices.push_back({Severity::Warning, fmt::format("The replay shows frames only: {}", error.what())});
         return {};
     }
+}
+
+/// The notices without those whose text an earlier one has: the host tells by itself some of what its files tell.
+std::vector<Notice> WithoutRepeats(const std::vector<Notice>& notices) {
+    std::vector<Notice> once;
+    for (const Notice& notice : notices) {
+        if (std::none_of(once.begin(), once.end(), [&](const Notice& other) { return other.text == notice.text; })) {
+            once.push_back(notice);
+        }
+    }
+    return once;
 }
 
 } // namespace
@@ -75,6 +87,7 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
         states = ParseHostStates(scenario::ReadFile(*sources.states), scenario::Utf8FromPath(*sources.states), log);
         append(context.notices, states.notices);
     }
+    context.notices = WithoutRepeats(context.notices);
     const std::string templateName = scenario::Utf8FromPath(templateFile);
     const std::string filled = FillTemplate(page, MakePageData(log, states, context), templateName);
     scenario::ReplaceFile(pageFile, filled);

@@ -16,7 +16,7 @@ struct ReportSources {
     std::filesystem::path scenarioFile;
     /// The host's own states; none when absent.
     std::optional<std::filesystem::path> states;
-    /// Warnings of the run itself, shown first.
+    /// Warnings of the run itself, shown first. What the sources tell in the same words is not shown again.
     std::vector<Notice> notices;
     /// Name and version of the program that writes the page.
     std::string generator;

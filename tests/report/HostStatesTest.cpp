@@ -50,6 +50,32 @@ TEST(HostStates, LeavesGapsForStepsThatItLacks) {
     EXPECT_THAT(states.notices[0].text, HasSubstr("2 of 4 steps of the log are not in the host's states, states.csv"));
 }
 
+const std::string accounts =
+    "Step,Time [s],swing.Kinetic [J],swing.Potential [J],swing.Field work [J],swing.Load work [J],"
+    "swing.Dissipated [J],swing.Imbalance [J]\n";
+
+TEST(HostStates, TellsEnergyBooksThatDoNotClose) {
+    const HostStates states = ParseHostStates(
+        accounts + "0,0,0,-5,0,0,0,0\n1,0.5,1,-4,2,0,0,0.25\n2,1,0,-5,0.5,0,0,-0.5\n3,1.5,0,-5,0.5,0,0,\n",
+        "states.csv", LogWithTimes({0.0, 0.5, 1.0, 1.5}));
+    ASSERT_EQ(states.notices.size(), 1u);
+    EXPECT_EQ(states.notices[0].severity, Severity::Warning);
+    EXPECT_EQ(states.notices[0].text,
+              "The energy books of joint \"swing\" do not close: -0.5 J at 1 s are unexplained, 25 % of the 2 J that "
+              "went through. The time step is too long for this motion, or the field's loads are not exact enough: "
+              "halve \"solver.step\" until the figure falls.");
+}
+
+TEST(HostStates, TellsEnergyBooksWhateverTheLogHas) {
+    CouplingLog log;
+    EXPECT_EQ(ParseHostStates(accounts + "0,0,1,0,0,0,0,1\n", "states.csv", log).notices.size(), 2u);
+}
+
+TEST(HostStates, FindsNothingToSayAboutEnergyBooksThatClose) {
+    const std::string rows = "0,0,0,-5,0,0,0,0\n1,0.5,1,-4,2,0,0,0.02\n";
+    EXPECT_THAT(ParseHostStates(accounts + rows, "states.csv", LogWithTimes({0.0, 0.5})).notices, IsEmpty());
+}
+
 TEST(HostStates, RefusesAnotherTable) {
     EXPECT_THROW(ParseHostStates("Step,SimTime\n", "other.csv", LogWithTimes({})), scenario::InputError);
 }

@@ -1,9 +1,11 @@
 #include "report/tool/Tool.h"
 
 #include "report/core/Report.h"
+#include "scenario/EnergyBooks.h"
 #include "scenario/Text.h"
 #include "tests/report/LogText.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -83,6 +85,25 @@ TEST_F(Tool, TakesScenarioGeometryAndStates) {
     EXPECT_THAT(page, HasSubstr(R"("scenario":"scenario.json")"));
     EXPECT_THAT(page, HasSubstr(R"("obj":"o magnet\nv 0 0 0)"));
     EXPECT_THAT(page, HasSubstr(R"("series":[{"group":"lift","name":"Coordinate","unit":"m","values":[0.0,0.5]}])"));
+}
+
+TEST_F(Tool, TellsOnceWhatTheHostHasToldAlready) {
+    Write(m_folder / "states.csv",
+          "Step,Time [s],lift.Kinetic [J],lift.Potential [J],lift.Field work [J],lift.Load work [J],"
+          "lift.Dissipated [J],lift.Imbalance [J]\n0,0,0,0,0,0,0,0\n1,0.1,2,0,1,0,0,1\n");
+    scenario::EnergyBooks books;
+    books.Add({0.0});
+    books.Add({0.1, 2.0, 0.0, 1.0, 0.0, 0.0, 1.0});
+    ReportSources sources;
+    sources.log = m_log;
+    sources.states = m_folder / "states.csv";
+    sources.notices = {{Severity::Warning, books.Warning("lift")}, {Severity::Warning, "Another."}};
+    const WrittenReport written = WriteReport(sources, m_folder / "template.html", m_folder / "run.report.html");
+    EXPECT_THAT(written.notices[0].text, StartsWith("The energy books of joint \"lift\" do not close: 1 J at 0.1 s"));
+    EXPECT_EQ(written.notices[1].text, "Another.");
+    EXPECT_EQ(std::count_if(written.notices.begin(), written.notices.end(),
+                            [&](const Notice& notice) { return notice.text == books.Warning("lift"); }),
+              1);
 }
 
 TEST_F(Tool, WritesWhereItIsTold) {
