@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<std::string_view, 9> bodyQuantities = {"X",       "Y",        "Z",        "Force_x", "Force_y",
                                                             "Force_z", "Torque_x", "Torque_y", "Torque_z"};
 
-/// Lines and cells of a table of numbers under one line of heads.
+/// Lines and cells of a table of numbers under one line of heads; NaN for a cell without a number.
 struct Table {
     std::vector<std::string> heads;
     std::vector<Column> rows;
@@ -167,7 +167,10 @@ HostStates ParseHostStates(const std::string& text, const std::string& fileName,
             continue;
         }
         series.values = Pick(table, column, matches);
-        states.series.push_back(std::move(series));
+        // What means nothing for a joint has empty cells.
+        if (!std::all_of(series.values.begin(), series.values.end(), [](double value) { return std::isnan(value); })) {
+            states.series.push_back(std::move(series));
+        }
     }
     return states;
 }

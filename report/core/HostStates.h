@@ -4,7 +4,7 @@
 
 namespace kinora::report {
 
-/// A quantity of a joint, over the rows of the log.
+/// A quantity of a joint, over the rows of the log; NaN where the host has no value.
 struct StateSeries {
     /// Name of the joint.
     std::string group;
@@ -24,7 +24,8 @@ struct HostStates {
 };
 
 /// Reads the table of the joints that `kinora-run` writes. Its rows and the log's are matched in order by their times,
-/// which the log has with six digits only. Columns of the bodies, which the log has too, are left out.
+/// which the log has with six digits only. Columns of the bodies, which the log has too, are left out. An empty cell is no
+/// value.
 /// @throws scenario::InputError  the file is no such table
 HostStates ParseHostStates(const std::string& text, const std::string& fileName, const CouplingLog& log);
 

@@ -169,9 +169,10 @@ std::string WithoutMarkup(const std::string& text) {
     return result;
 }
 
-/// A prescribed joint is driven by whatever it takes, which the host's account of energies leaves out.
+/// A prescribed joint is driven by whatever it takes, which the host's account of energies leaves out; what the field
+/// does to it is known all the same.
 bool IsMeaningful(const StateSeries& series, const scenario::Scenario* scenario) {
-    const bool isAccount = series.unit == "J" || series.name == "Load";
+    const bool isAccount = (series.unit == "J" && series.name != "Field work") || series.name == "Load";
     if (!scenario || !isAccount) {
         return true;
     }

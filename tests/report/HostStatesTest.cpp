@@ -76,6 +76,16 @@ TEST(HostStates, FindsNothingToSayAboutEnergyBooksThatClose) {
     EXPECT_THAT(ParseHostStates(accounts + rows, "states.csv", LogWithTimes({0.0, 0.5})).notices, IsEmpty());
 }
 
+TEST(HostStates, TakesAnEmptyCellForNoValue) {
+    const HostStates states =
+        ParseHostStates(accounts + "0,0,,,0,,,\n1,0.5,,,2,,,\n", "states.csv", LogWithTimes({0.0, 0.5}));
+    ASSERT_EQ(states.series.size(), 1u);
+    EXPECT_EQ(states.series[0].name, "Field work");
+    EXPECT_THAT(states.series[0].values, ElementsAre(0.0, 2.0));
+    EXPECT_THAT(*states.times, ElementsAre(0.0, 0.5));
+    EXPECT_THAT(states.notices, IsEmpty());
+}
+
 TEST(HostStates, RefusesAnotherTable) {
     EXPECT_THROW(ParseHostStates("Step,SimTime\n", "other.csv", LogWithTimes({})), scenario::InputError);
 }

@@ -116,17 +116,18 @@ TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
     scenario.joints = {driven, loose};
     HostStates states;
     for (const char* joint : {"driven", "loose"}) {
-        for (const auto& [name, unit] :
-             {std::pair("Coordinate", "m"), std::pair("Load", "N"), std::pair("Kinetic", "J")}) {
+        for (const auto& [name, unit] : {std::pair("Coordinate", "m"), std::pair("Load", "N"),
+                                         std::pair("Kinetic", "J"), std::pair("Field work", "J")}) {
             states.series.push_back({joint, name, unit, {0.0, 1.0}});
         }
     }
     PageContext context;
     context.scenario = &scenario;
     const json data = json::parse(MakePageData(LogOf("a", 2), states, context));
-    ASSERT_EQ(data["series"].size(), 4u);
+    ASSERT_EQ(data["series"].size(), 6u);
     EXPECT_EQ(data["series"][0]["name"], "Coordinate");
-    EXPECT_EQ(data["series"][1]["group"], "loose");
+    EXPECT_EQ(data["series"][1]["name"], "Field work");
+    EXPECT_EQ(data["series"][2]["group"], "loose");
 }
 
 TEST(CheckRun, TellsBodiesThatOnlyOneSideHas) {
