@@ -24,8 +24,8 @@ struct HostStates {
 };
 
 /// Reads the table of the joints that `kinora-run` writes. Its rows and the log's are matched in order by their times,
-/// which the log has with six digits only. Columns of the bodies, which the log has too, are left out. An empty cell is no
-/// value.
+/// which the log has with six digits only. Columns of the bodies, which the log has too, are left out. An empty cell is
+/// no value.
 /// @throws scenario::InputError  the file is no such table
 HostStates ParseHostStates(const std::string& text, const std::string& fileName, const CouplingLog& log);
 

@@ -122,7 +122,8 @@ export class TimeChart {
 
   showRow(): void {
     const { row } = this.store;
-    this.lines.forEach((line, index) => (this.readouts[index].textContent = number(line.values![row], this.content.rounding)));
+    const { rounding } = this.content;
+    this.lines.forEach((line, index) => (this.readouts[index].textContent = number(line.values![row], rounding)));
     if (!this.plot) return;
     const x = this.store.xs()[row];
     const [min, max] = this.store.range;

@@ -158,7 +158,9 @@ class Page {
       const largest = number(extremesOf(this.store.columns(body, quantity)[3]!)!.max, rounding, 2);
       return `${name} has no ${title.toLowerCase()}${largest === '0' ? '' : ` beyond rounding (${largest} ${unit})`}`;
     }
-    const values = this.store.columns(body, quantity).map((column, i) => `${components[i]} ${number(column![0], rounding)}`);
+    const values = this.store
+      .columns(body, quantity)
+      .map((column, i) => `${components[i]} ${number(column![0], rounding)}`);
     return `${name} does not ${quantity === 'position' ? 'move' : 'turn'}: ${values.join(', ')} ${unit}`;
   }
 

@@ -15,9 +15,12 @@ import {
 import { OrbitControls } from 'three/addons/controls/OrbitControls.js';
 import { Arrow } from './arrows.ts';
 import { makeModel, makeTriad, paintModel, paintTriad, type Colouring, type ModelPart } from './bodyview.ts';
+import { standBack } from './camera.ts';
 import type { Triple } from './data.ts';
+import { extremesOf } from './decimate.ts';
 import { el } from './dom.ts';
 import { number } from './format.ts';
+import { placeLabels, type Box, type Label } from './labels.ts';
 import { outOfFrame, rowsAt, tripleAt, type Rows } from './pose.ts';
 import { poseAt, type Store } from './store.ts';
 import { bodyColour, lineColour, look } from './theme.ts';
@@ -29,7 +32,10 @@ const VIEWS: Record<View, Triple<number>> = { iso: [1, -1.3, 0.75], x: [1, 0, 0]
 const LONGEST_ARROW = 0.75;
 /** Radius of a scene in which nothing has a size, metres. */
 const SMALLEST_SCENE = 0.05;
-const LABEL_HEIGHT = 19;
+/** What stays free around bodies and arrows, pixels: room for a name above, for the arrows' key below. */
+const MARGIN = { side: 14, top: 28, bottom: 46 };
+/** Poses by which the run of one body is judged; several bodies share them. */
+const SAMPLES = 400;
 
 interface BodyView {
   group: Group;
@@ -37,6 +43,7 @@ interface BodyView {
   force: Arrow;
   torque: Arrow;
   label: HTMLElement;
+  labelPlace: Label;
   radius: number;
 }
 
@@ -62,8 +69,15 @@ export class Replay {
   private readonly controls: OrbitControls;
   private readonly parts: ModelPart[];
   private readonly bodies: BodyView[];
+  /** Around the bodies in all their poses. */
   private readonly bounds: Sphere;
+  /** What the whole run's picture must hold: corners of the bodies and tips of their arrows. */
+  private readonly extents: Vector3[];
   private readonly corner = document.createElementNS('http://www.w3.org/2000/svg', 'svg');
+  /** Null once the reader has turned the picture. */
+  private view: View | null = 'iso';
+  /** Where the axes and the arrows' key stand. */
+  private furniture: Box[] = [];
   private isQueued = false;
   private shows = { forces: true, torques: true, frames: false, names: true };
 
@@ -82,11 +96,13 @@ export class Replay {
     this.controls = new OrbitControls(this.camera, this.renderer.domElement);
     const groups = store.run.bodies.map(() => new Group());
     this.placeParts(groups);
-    this.bounds = this.sceneBounds(groups);
-    this.bodies = groups.map((group, index) => this.makeBody(group, index));
+    const boxes = groups.map((group) => new Box3().setFromObject(group));
+    const rows = store.run.bodies.map((_, index) => this.tellingRows(index));
+    this.bounds = this.sceneBounds(boxes, rows);
+    this.bodies = groups.map((group, index) => this.makeBody(group, boxes[index], index));
+    this.extents = this.sceneExtents(boxes, rows);
     this.light();
     this.putInPage();
-    this.look('iso');
     this.restyle();
   }
 
@@ -122,15 +138,22 @@ export class Replay {
     this.queue();
   }
 
+  /** Shows the whole run from a side. */
   look(view: View): void {
-    const distance = (1.12 * this.bounds.radius) / Math.sin((this.camera.fov * Math.PI) / 360);
-    const narrow = Math.min(1, this.camera.aspect);
-    this.controls.target.copy(this.bounds.center);
-    this.camera.position
-      .set(...VIEWS[view])
-      .normalize()
-      .multiplyScalar(distance / narrow)
-      .add(this.bounds.center);
+    this.view = view;
+    const { clientWidth: width, clientHeight: height } = this.place;
+    const half = Math.tan((this.camera.fov * Math.PI) / 360);
+    const part = (margin: number, size: number) => half * Math.max(0.2, 1 - (2 * margin) / size);
+    const side = part(MARGIN.side, width) * this.camera.aspect;
+    const toEye = new Vector3(...VIEWS[view]).normalize();
+    const { target, distance } = standBack(this.extents, toEye, {
+      left: side,
+      right: side,
+      top: part(MARGIN.top, height),
+      bottom: part(MARGIN.bottom, height),
+    });
+    this.controls.target.copy(target);
+    this.camera.position.copy(target).addScaledVector(toEye, distance);
     this.camera.near = distance / 100;
     this.camera.far = distance * 20;
     this.camera.updateProjectionMatrix();
@@ -168,22 +191,45 @@ export class Replay {
     for (const { body, mesh, edges } of this.parts) (body === null ? this.scene : groups[body]).add(mesh, edges);
   }
 
-  /** A sphere around everything in every pose of the run. */
-  private sceneBounds(groups: Group[]): Sphere {
-    const { store } = this;
-    const spheres: Sphere[] = [];
-    for (const { body, mesh } of this.parts) {
-      if (body === null) spheres.push(new Box3().setFromObject(mesh).getBoundingSphere(new Sphere()));
-    }
-    const stride = Math.max(1, Math.floor(store.run.rows / 300));
-    groups.forEach((group, index) => {
-      const sphere = new Box3().setFromObject(group).getBoundingSphere(new Sphere());
-      for (let row = 0; row < store.run.rows; row += stride) {
-        const { position, rows } = poseAt(store, store.run.bodies[index], row);
-        const around = sphere.isEmpty() ? new Sphere(new Vector3(), 0) : sphere.clone();
-        spheres.push(around.applyMatrix4(placement(position, rows)));
+  /** Rows by which a body's run is judged: at equal distances, and the farthest places and largest loads between. */
+  private tellingRows(index: number): number[] {
+    const { run } = this.store;
+    const loads = (['force', 'torque'] as const).map((load) => this.store.columns(index, load)[3]);
+    const columns = [...run.bodies[index].position, ...loads];
+    const stride = Math.ceil(run.rows / Math.max(20, SAMPLES / run.bodies.length));
+    const rows = new Set([run.rows - 1]);
+    for (let first = 0; first < run.rows; first += stride) {
+      rows.add(first);
+      for (const column of columns) {
+        const found = column && extremesOf(column.subarray(first, first + stride));
+        if (found) rows.add(first + found.minRow).add(first + found.maxRow);
       }
-    });
+    }
+    return [...rows];
+  }
+
+  /** What every telling pose of every body gives. */
+  private ofPoses<T>(rows: number[][], of: (index: number, row: number, pose: Matrix4) => T[]): T[] {
+    const { store } = this;
+    return store.run.bodies.flatMap((body, index) =>
+      rows[index].flatMap((row) => {
+        const { position, rows: axes } = poseAt(store, body, row);
+        return of(index, row, placement(position, axes));
+      }),
+    );
+  }
+
+  private standingBoxes(): Box3[] {
+    return this.parts.filter(({ body }) => body === null).map(({ mesh }) => new Box3().setFromObject(mesh));
+  }
+
+  private sceneBounds(boxes: Box3[], rows: number[][]): Sphere {
+    const around = (box: Box3) => (box.isEmpty() ? new Sphere(new Vector3(), 0) : box.getBoundingSphere(new Sphere()));
+    const own = boxes.map(around);
+    const spheres = [
+      ...this.standingBoxes().map(around),
+      ...this.ofPoses(rows, (index, _, pose) => [own[index].clone().applyMatrix4(pose)]),
+    ];
     const all = spheres.reduce((box, sphere) => box.union(sphere.getBoundingBox(new Box3())), new Box3());
     const center = all.getCenter(new Vector3());
     const radius = spheres.reduce(
@@ -193,17 +239,44 @@ export class Replay {
     return new Sphere(center, radius > 0 ? radius : SMALLEST_SCENE);
   }
 
-  private makeBody(group: Group, index: number): BodyView {
-    const box = new Box3().setFromObject(group);
+  private sceneExtents(boxes: Box3[], rows: number[][]): Vector3[] {
+    // A body without meshes is shown by its triad.
+    const triad = new Box3(new Vector3(), new Vector3().setScalar(this.triadLength(new Box3(), 0)));
+    const corners = boxes.map((box) => cornersOf(box.isEmpty() ? triad : box));
+    const tips = (index: number, row: number, pose: Matrix4) => {
+      const body = this.store.run.bodies[index];
+      const axes = rowsAt(body, row, 'desktop');
+      const from = new Vector3().setFromMatrixPosition(pose);
+      return (['force', 'torque'] as const).map((load) => {
+        const vector = outOfFrame(axes, tripleAt(body[load], row));
+        const length = this.arrowLength(vector, load === 'force' ? this.largestForce : this.largestTorque);
+        return new Vector3(...vector).setLength(length).add(from);
+      });
+    };
+    return [
+      ...this.standingBoxes().flatMap(cornersOf),
+      ...this.ofPoses(rows, (index, row, pose) => [
+        ...corners[index].map((corner) => corner.clone().applyMatrix4(pose)),
+        ...tips(index, row, pose),
+      ]),
+    ];
+  }
+
+  private triadLength(box: Box3, radius: number): number {
+    return box.isEmpty() ? 0.25 * this.bounds.radius : 1.1 * radius;
+  }
+
+  private makeBody(group: Group, box: Box3, index: number): BodyView {
     const radius = box.isEmpty() ? 0.12 * this.bounds.radius : box.getBoundingSphere(new Sphere()).radius;
     const triad = makeTriad();
-    triad.scale.setScalar(box.isEmpty() ? 0.25 * this.bounds.radius : 1.1 * radius);
+    triad.scale.setScalar(this.triadLength(box, radius));
     group.add(triad);
     const force = new Arrow(0.011 * this.bounds.radius, 1);
     const torque = new Arrow(0.011 * this.bounds.radius, 2);
     this.scene.add(force.object, torque.object);
     const label = el('span', { class: 'body-label' }, this.store.run.bodies[index].name);
-    return { group, triad, force, torque, label, radius };
+    const labelPlace = { left: 0, top: 0, width: 0, height: 0, side: -1 };
+    return { group, triad, force, torque, label, labelPlace, radius };
   }
 
   private light(): void {
@@ -225,6 +298,7 @@ export class Replay {
     this.corner.setAttribute('aria-hidden', 'true');
     this.place.append(canvas, this.corner, this.arrowKey(), ...this.bodies.map((view) => view.label));
     this.controls.addEventListener('change', () => this.queue());
+    this.controls.addEventListener('start', () => (this.view = null));
     this.camera.up.set(0, 0, 1);
     this.controls.object = this.camera;
     this.fit();
@@ -251,13 +325,28 @@ export class Replay {
     this.renderer.setSize(width, height);
     this.camera.aspect = width / height;
     this.camera.updateProjectionMatrix();
+    for (const { label, labelPlace } of this.bodies) {
+      label.hidden = false;
+      [labelPlace.width, labelPlace.height] = [label.offsetWidth, label.offsetHeight];
+    }
+    const origin = this.place.getBoundingClientRect();
+    this.furniture = [...this.place.querySelectorAll('.corner-axes, .arrow-key div')].map((piece) => {
+      const box = piece.getBoundingClientRect();
+      return { left: box.left - origin.left, top: box.top - origin.top, width: box.width, height: box.height };
+    });
+    if (this.view) this.look(this.view);
     this.drawNow();
   }
 
   private pointArrow(arrow: Arrow, from: Triple<number>, load: Triple<number>, largest: number): void {
-    const length = largest > 0 ? (LONGEST_ARROW * this.bounds.radius * Math.hypot(...load)) / largest : 0;
+    arrow.point(from, load, this.arrowLength(load, largest));
+  }
+
+  /** Metres. */
+  private arrowLength(load: Triple<number>, largest: number): number {
+    const part = largest > 0 ? Math.hypot(...load) / largest : 0;
     // Below a hundredth of the longest there is nothing to see.
-    arrow.point(from, load, length < 0.01 * LONGEST_ARROW * this.bounds.radius ? 0 : length);
+    return part < 0.01 ? 0 : part * LONGEST_ARROW * this.bounds.radius;
   }
 
   private queue(): void {
@@ -269,21 +358,25 @@ export class Replay {
   private placeLabels(): void {
     const { clientWidth: width, clientHeight: height } = this.place;
     const up = new Vector3(0, 1, 0).applyQuaternion(this.camera.quaternion);
-    const taken: { left: number; top: number }[] = [];
+    const inPicture = (place: Vector3) => place.clone().project(this.camera);
+    const origin = (view: BodyView) => new Vector3().setFromMatrixPosition(view.group.matrix);
     for (const view of this.bodies) {
-      const place = new Vector3().setFromMatrixPosition(view.group.matrix).addScaledVector(up, 1.05 * view.radius);
-      place.project(this.camera);
-      view.label.hidden = !this.shows.names || Math.abs(place.z) > 1;
-      const left = ((place.x + 1) / 2) * width;
-      let top = ((1 - place.y) / 2) * height;
-      // A name that would cover another goes above it.
-      for (const other of taken)
-        if (Math.abs(other.left - left) < 80 && Math.abs(other.top - top) < LABEL_HEIGHT)
-          top = other.top - LABEL_HEIGHT;
-      taken.push({ left, top });
-      view.label.style.setProperty('left', `${left}px`);
-      view.label.style.setProperty('top', `${top}px`);
+      const { x, y, z } = inPicture(origin(view));
+      view.label.hidden = !this.shows.names || Math.max(Math.abs(x), Math.abs(y), Math.abs(z)) > 1;
     }
+    const named = this.bodies.filter((view) => !view.label.hidden);
+    const wanted = named.map((view) => {
+      const above = inPicture(origin(view).addScaledVector(up, 1.05 * view.radius));
+      const left = ((above.x + 1) / 2) * width - view.labelPlace.width / 2;
+      const top = ((1 - above.y) / 2) * height - view.labelPlace.height;
+      return { ...view.labelPlace, left, top };
+    });
+    placeLabels(wanted, { width, height }, this.furniture).forEach((place, index) => {
+      const { label } = named[index];
+      named[index].labelPlace = place;
+      label.style.setProperty('left', `${place.left}px`);
+      label.style.setProperty('top', `${place.top}px`);
+    });
   }
 
   /** The directions of the global axes, in a corner. */
@@ -329,6 +422,7 @@ export class Replay {
     offset
       .set(Math.sin(tilt) * Math.cos(angle), Math.sin(tilt) * Math.sin(angle), Math.cos(tilt))
       .multiplyScalar(length);
+    this.view = null;
     this.camera.position.copy(this.controls.target).add(offset);
     this.controls.update();
     this.queue();
@@ -338,6 +432,11 @@ export class Replay {
 /** The rows of a frame are the columns of the matrix that takes frame coordinates into global ones. */
 function placement([x, y, z]: Triple<number>, r: Rows): Matrix4 {
   return new Matrix4().set(r[0], r[3], r[6], x, r[1], r[4], r[7], y, r[2], r[5], r[8], z, 0, 0, 0, 1);
+}
+
+function cornersOf({ min, max }: Box3): Vector3[] {
+  const ends = [min, max];
+  return ends.flatMap(({ x }) => ends.flatMap(({ y }) => ends.map(({ z }) => new Vector3(x, y, z))));
 }
 
 function svg(tag: string, attributes: Record<string, string | number>, text = ''): SVGElement {

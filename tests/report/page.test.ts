@@ -293,6 +293,54 @@ test('the replay shows the meshes at their logged poses, with their poles', asyn
   await close(page);
 });
 
+test('the whole run fits into the view, with its arrows and its names', async () => {
+  const names = ['lower one', 'upper one', 'another'];
+  // Thrust upwards, most when highest; two of them stand in each other's place.
+  const log = logText(names, 21, 0.05, (time) => {
+    const body = (z: number, force: number) => [0, 0, z, 0, 0, 0, 0, 0, force, 0, 0, 0];
+    return [...body(0, 5 * time), ...body(0.02 * time, 20 * time), ...body(0, 0)];
+  });
+  for (const width of [420, 1500]) {
+    const page = await open(write(log, ['--scenario', join(examples, 'cube-magnets/scenario.json')]), {
+      viewport: { width, height: 950 },
+    });
+    await ready(page);
+    for (const row of [0, 10, 20]) {
+      await goTo(page, row);
+      await page.waitForTimeout(200);
+      const rim = await page.locator('#view canvas').evaluate((canvas) => {
+        const { width, height } = canvas as HTMLCanvasElement;
+        const copy = Object.assign(document.createElement('canvas'), { width, height });
+        const context = copy.getContext('2d', { willReadFrequently: true })!;
+        context.drawImage(canvas as HTMLCanvasElement, 0, 0);
+        const ink = (...box: [number, number, number, number]) =>
+          context.getImageData(...box).data.filter((value, i) => i % 4 === 3 && value > 0).length;
+        return [ink(0, 0, width, 3), ink(0, height - 3, width, 3), ink(0, 0, 3, height), ink(width - 3, 0, 3, height)];
+      });
+      assert.deepEqual(rim, [0, 0, 0, 0], `${width} pixels, row ${row}`);
+      const boxes = await page.locator('.body-label').evaluateAll((labels) =>
+        labels.map((label) => {
+          const view = document.querySelector('#view')!.getBoundingClientRect();
+          const box = label.getBoundingClientRect();
+          return {
+            isInside:
+              box.left >= view.left && box.right <= view.right && box.top >= view.top && box.bottom <= view.bottom,
+            top: box.top,
+            bottom: box.bottom,
+          };
+        }),
+      );
+      assert.ok(
+        boxes.every((box) => box.isInside),
+        JSON.stringify(boxes),
+      );
+      for (const a of boxes)
+        for (const b of boxes) assert.ok(a === b || a.bottom <= b.top || b.bottom <= a.top, JSON.stringify(boxes));
+    }
+    await close(page);
+  }
+});
+
 test('a state file brings the joints and exact times', async () => {
   const states = join(folder, 'states.csv');
   const rows = Array.from({ length: 21 }, (_, i) => `${i},${i * 0.05},${0.001 * i},0.02`);

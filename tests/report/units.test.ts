@@ -2,9 +2,12 @@
 
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
+import { PerspectiveCamera, Vector3 } from 'three';
+import { standBack } from '../../report/src/camera.ts';
 import { readRun, unpackColumn, DataError } from '../../report/src/data.ts';
 import { extremesOf, nearestRow, rowNear, thinCurve } from '../../report/src/decimate.ts';
 import { count, number, tickLabels } from '../../report/src/format.ts';
+import { placeLabels, type Label } from '../../report/src/labels.ts';
 import { MeshError, readObj, readStl } from '../../report/src/mesh.ts';
 import {
   angleBetween,
@@ -158,6 +161,59 @@ test('continuous angles have no jumps and keep gaps', () => {
     continuous(angles).filter((v) => !Number.isNaN(v)),
     [3, 2 * Math.PI - 3, 3, 2.9],
   );
+});
+
+test('the camera stands as near as shows everything, off the middle where the margins are', () => {
+  const points = [
+    [0.1, 0, 0],
+    [-0.3, 0.2, 0.5],
+    [0, 0, -0.02],
+    [0, 1, 0.1],
+  ].map((place) => new Vector3(...place));
+  const half = Math.tan(Math.PI / 10);
+  // A picture twice as wide as high, a tenth of its height free below.
+  const toEye = new Vector3(1, -1.3, 0.75);
+  const opening = { left: 2 * half, right: 2 * half, top: half, bottom: 0.8 * half };
+  const { target, distance } = standBack(points, toEye, opening);
+  const camera = new PerspectiveCamera(36, 2, 0.01, 100);
+  camera.up.set(0, 0, 1);
+  camera.position.copy(target).addScaledVector(toEye.normalize(), distance);
+  camera.lookAt(target);
+  camera.updateMatrixWorld();
+  const seen = points.map((point) => point.clone().project(camera));
+  const [xs, ys] = [seen.map(({ x }) => x), seen.map(({ y }) => y)];
+  near([Math.max(...ys), Math.min(...ys)], [1, -0.8]);
+  assert.ok(Math.max(...xs) < 1 && Math.min(...xs) > -1);
+});
+
+const label = (left: number, top: number, side = -1): Label => ({ left, top, width: 40, height: 20, side });
+const tops = (labels: Label[]) => labels.map(({ top }) => top);
+
+test('labels go into the picture and off each other', () => {
+  const picture = { width: 200, height: 100 };
+  const [corner] = placeLabels([label(-30, -50)], picture, []);
+  assert.deepEqual([corner.left, corner.top], [2, 2]);
+  const [far] = placeLabels([label(190, 300)], picture, []);
+  assert.deepEqual([far.left, far.top], [158, 78]);
+  // The second goes up, the third down, for there is no room above; one that stands beside them stays.
+  assert.deepEqual(tops(placeLabels([label(50, 30), label(60, 30), label(55, 30), label(100, 30)], picture, [])), [
+    30, 8, 52, 30,
+  ]);
+  assert.deepEqual(tops(placeLabels([label(50, 70)], picture, [{ left: 0, top: 75, width: 60, height: 20 }])), [53]);
+});
+
+test('a label keeps its side while bodies pass each other', () => {
+  const picture = { width: 200, height: 200 };
+  // The first passes the second from above to below; at equal heights nothing tells them apart.
+  let labels = [label(50, 60), label(50, 100)];
+  const distances: number[] = [];
+  for (let top = 60; top <= 140; top += 0.5) {
+    labels = placeLabels([{ ...labels[0], left: 50, top }, { ...labels[1], left: 50, top: 100 }], picture, []);
+    distances.push(labels[1].top - labels[0].top);
+  }
+  const changes = distances.filter((distance, i) => i > 0 && Math.sign(distance) !== Math.sign(distances[i - 1]));
+  assert.equal(changes.length, 1);
+  assert.ok(distances.every((distance) => Math.abs(distance) >= 20));
 });
 
 const OBJ = `# a square and a triangle
