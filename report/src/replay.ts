@@ -2,10 +2,8 @@
 
 import {
   AmbientLight,
-  Box3,
   DirectionalLight,
   Group,
-  Matrix4,
   PerspectiveCamera,
   Scene,
   Sphere,
@@ -17,11 +15,11 @@ import { Arrow } from './arrows.ts';
 import { makeModel, makeTriad, paintModel, paintTriad, type Colouring, type ModelPart } from './bodyview.ts';
 import { standBack } from './camera.ts';
 import type { Triple } from './data.ts';
-import { extremesOf } from './decimate.ts';
 import { el } from './dom.ts';
+import { outermost, placement, tellingPoses, type PlacedBody } from './extent.ts';
 import { number } from './format.ts';
 import { placeLabels, type Box, type Label } from './labels.ts';
-import { outOfFrame, rowsAt, tripleAt, type Rows } from './pose.ts';
+import { outOfFrame, rowsAt, tripleAt } from './pose.ts';
 import { poseAt, type Store } from './store.ts';
 import { bodyColour, lineColour, look } from './theme.ts';
 
@@ -34,11 +32,11 @@ const LONGEST_ARROW = 0.75;
 const SMALLEST_SCENE = 0.05;
 /** What stays free around bodies and arrows, pixels: room for a name above, for the arrows' key below. */
 const MARGIN = { side: 14, top: 28, bottom: 46 };
-/** Poses by which the run of one body is judged; several bodies share them. */
-const SAMPLES = 400;
 
 interface BodyView {
   group: Group;
+  /** Its corners, in its own coordinates. */
+  shape: Vector3[];
   triad: Group;
   force: Arrow;
   torque: Arrow;
@@ -71,7 +69,7 @@ export class Replay {
   private readonly bodies: BodyView[];
   /** Around the bodies in all their poses. */
   private readonly bounds: Sphere;
-  /** What the whole run's picture must hold: corners of the bodies and tips of their arrows. */
+  /** What the picture of the whole run must hold. */
   private readonly extents: Vector3[];
   private readonly corner = document.createElementNS('http://www.w3.org/2000/svg', 'svg');
   /** Null once the reader has turned the picture. */
@@ -96,11 +94,11 @@ export class Replay {
     this.controls = new OrbitControls(this.camera, this.renderer.domElement);
     const groups = store.run.bodies.map(() => new Group());
     this.placeParts(groups);
-    const boxes = groups.map((group) => new Box3().setFromObject(group));
-    const rows = store.run.bodies.map((_, index) => this.tellingRows(index));
-    this.bounds = this.sceneBounds(boxes, rows);
-    this.bodies = groups.map((group, index) => this.makeBody(group, boxes[index], index));
-    this.extents = this.sceneExtents(boxes, rows);
+    const shapes = groups.map((_, index) => this.shapeOf(index));
+    const poses = tellingPoses(store);
+    this.bounds = this.sceneBounds(shapes, poses);
+    this.bodies = groups.map((group, index) => this.makeBody(group, shapes[index], index));
+    this.extents = this.sceneExtents(poses);
     this.light();
     this.putInPage();
     this.restyle();
@@ -191,92 +189,53 @@ export class Replay {
     for (const { body, mesh, edges } of this.parts) (body === null ? this.scene : groups[body]).add(mesh, edges);
   }
 
-  /** Rows by which a body's run is judged: at equal distances, and the farthest places and largest loads between. */
-  private tellingRows(index: number): number[] {
-    const { run } = this.store;
-    const loads = (['force', 'torque'] as const).map((load) => this.store.columns(index, load)[3]);
-    const columns = [...run.bodies[index].position, ...loads];
-    const stride = Math.ceil(run.rows / Math.max(20, SAMPLES / run.bodies.length));
-    const rows = new Set([run.rows - 1]);
-    for (let first = 0; first < run.rows; first += stride) {
-      rows.add(first);
-      for (const column of columns) {
-        const found = column && extremesOf(column.subarray(first, first + stride));
-        if (found) rows.add(first + found.minRow).add(first + found.maxRow);
-      }
-    }
-    return [...rows];
+  /** Corners of the parts of a body, or of those that stand still (null). */
+  private shapeOf(owner: number | null): Vector3[] {
+    const parts = this.parts.filter(({ body }) => body === owner);
+    return outermost(parts.map(({ mesh }) => mesh.geometry.getAttribute('position').array));
   }
 
-  /** What every telling pose of every body gives. */
-  private ofPoses<T>(rows: number[][], of: (index: number, row: number, pose: Matrix4) => T[]): T[] {
-    const { store } = this;
-    return store.run.bodies.flatMap((body, index) =>
-      rows[index].flatMap((row) => {
-        const { position, rows: axes } = poseAt(store, body, row);
-        return of(index, row, placement(position, axes));
-      }),
+  private sceneBounds(shapes: Vector3[][], poses: PlacedBody[]): Sphere {
+    const origin = [new Vector3()];
+    const points = poses.flatMap(({ index, pose }) =>
+      (shapes[index].length > 0 ? shapes[index] : origin).map((corner) => corner.clone().applyMatrix4(pose)),
     );
+    const bounds = new Sphere().setFromPoints([...this.shapeOf(null), ...points]);
+    return bounds.radius > 0 ? bounds : new Sphere(bounds.center, SMALLEST_SCENE);
   }
 
-  private standingBoxes(): Box3[] {
-    return this.parts.filter(({ body }) => body === null).map(({ mesh }) => new Box3().setFromObject(mesh));
-  }
-
-  private sceneBounds(boxes: Box3[], rows: number[][]): Sphere {
-    const around = (box: Box3) => (box.isEmpty() ? new Sphere(new Vector3(), 0) : box.getBoundingSphere(new Sphere()));
-    const own = boxes.map(around);
-    const spheres = [
-      ...this.standingBoxes().map(around),
-      ...this.ofPoses(rows, (index, _, pose) => [own[index].clone().applyMatrix4(pose)]),
-    ];
-    const all = spheres.reduce((box, sphere) => box.union(sphere.getBoundingBox(new Box3())), new Box3());
-    const center = all.getCenter(new Vector3());
-    const radius = spheres.reduce(
-      (most, sphere) => Math.max(most, center.distanceTo(sphere.center) + sphere.radius),
-      0,
-    );
-    return new Sphere(center, radius > 0 ? radius : SMALLEST_SCENE);
-  }
-
-  private sceneExtents(boxes: Box3[], rows: number[][]): Vector3[] {
-    // A body without meshes is shown by its triad.
-    const triad = new Box3(new Vector3(), new Vector3().setScalar(this.triadLength(new Box3(), 0)));
-    const corners = boxes.map((box) => cornersOf(box.isEmpty() ? triad : box));
-    const tips = (index: number, row: number, pose: Matrix4) => {
+  /** Corners of everything and tips of all arrows. */
+  private sceneExtents(poses: PlacedBody[]): Vector3[] {
+    const tip = ({ index, row, pose }: PlacedBody, load: 'force' | 'torque') => {
       const body = this.store.run.bodies[index];
-      const axes = rowsAt(body, row, 'desktop');
-      const from = new Vector3().setFromMatrixPosition(pose);
-      return (['force', 'torque'] as const).map((load) => {
-        const vector = outOfFrame(axes, tripleAt(body[load], row));
-        const length = this.arrowLength(vector, load === 'force' ? this.largestForce : this.largestTorque);
-        return new Vector3(...vector).setLength(length).add(from);
-      });
+      const vector = outOfFrame(rowsAt(body, row, 'desktop'), tripleAt(body[load], row));
+      const length = this.arrowLength(vector, load === 'force' ? this.largestForce : this.largestTorque);
+      return new Vector3(...vector).setLength(length).add(new Vector3().setFromMatrixPosition(pose));
     };
-    return [
-      ...this.standingBoxes().flatMap(cornersOf),
-      ...this.ofPoses(rows, (index, row, pose) => [
-        ...corners[index].map((corner) => corner.clone().applyMatrix4(pose)),
-        ...tips(index, row, pose),
-      ]),
-    ];
+    const points = poses.flatMap((placed) => [
+      ...this.bodies[placed.index].shape.map((corner) => corner.clone().applyMatrix4(placed.pose)),
+      tip(placed, 'force'),
+      tip(placed, 'torque'),
+    ]);
+    return [...this.shapeOf(null), ...points];
   }
 
-  private triadLength(box: Box3, radius: number): number {
-    return box.isEmpty() ? 0.25 * this.bounds.radius : 1.1 * radius;
-  }
-
-  private makeBody(group: Group, box: Box3, index: number): BodyView {
-    const radius = box.isEmpty() ? 0.12 * this.bounds.radius : box.getBoundingSphere(new Sphere()).radius;
+  private makeBody(group: Group, corners: Vector3[], index: number): BodyView {
+    const own = new Sphere().setFromPoints(corners);
+    const isDrawn = corners.length > 0;
+    const triadLength = isDrawn ? 1.1 * own.radius : 0.25 * this.bounds.radius;
+    const radius = isDrawn ? own.radius : 0.12 * this.bounds.radius;
+    // A body without meshes is shown by its triad.
+    const shape = isDrawn ? corners : [0, 1, 2].map((axis) => new Vector3().setComponent(axis, triadLength));
     const triad = makeTriad();
-    triad.scale.setScalar(this.triadLength(box, radius));
+    triad.scale.setScalar(triadLength);
     group.add(triad);
     const force = new Arrow(0.011 * this.bounds.radius, 1);
     const torque = new Arrow(0.011 * this.bounds.radius, 2);
     this.scene.add(force.object, torque.object);
     const label = el('span', { class: 'body-label' }, this.store.run.bodies[index].name);
     const labelPlace = { left: 0, top: 0, width: 0, height: 0, side: -1 };
-    return { group, triad, force, torque, label, labelPlace, radius };
+    return { group, shape, triad, force, torque, label, labelPlace, radius };
   }
 
   private light(): void {
@@ -427,16 +386,6 @@ export class Replay {
     this.controls.update();
     this.queue();
   }
-}
-
-/** The rows of a frame are the columns of the matrix that takes frame coordinates into global ones. */
-function placement([x, y, z]: Triple<number>, r: Rows): Matrix4 {
-  return new Matrix4().set(r[0], r[3], r[6], x, r[1], r[4], r[7], y, r[2], r[5], r[8], z, 0, 0, 0, 1);
-}
-
-function cornersOf({ min, max }: Box3): Vector3[] {
-  const ends = [min, max];
-  return ends.flatMap(({ x }) => ends.flatMap(({ y }) => ends.map(({ z }) => new Vector3(x, y, z))));
 }
 
 function svg(tag: string, attributes: Record<string, string | number>, text = ''): SVGElement {

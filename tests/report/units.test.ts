@@ -6,6 +6,7 @@ import { PerspectiveCamera, Vector3 } from 'three';
 import { standBack } from '../../report/src/camera.ts';
 import { readRun, unpackColumn, DataError } from '../../report/src/data.ts';
 import { extremesOf, nearestRow, rowNear, thinCurve } from '../../report/src/decimate.ts';
+import { outermost } from '../../report/src/extent.ts';
 import { count, number, tickLabels } from '../../report/src/format.ts';
 import { placeLabels, type Label } from '../../report/src/labels.ts';
 import { MeshError, readObj, readStl } from '../../report/src/mesh.ts';
@@ -184,6 +185,18 @@ test('the camera stands as near as shows everything, off the middle where the ma
   const [xs, ys] = [seen.map(({ x }) => x), seen.map(({ y }) => y)];
   near([Math.max(...ys), Math.min(...ys)], [1, -0.8]);
   assert.ok(Math.max(...xs) < 1 && Math.min(...xs) > -1);
+});
+
+test('what sticks out of a shape stands for it', () => {
+  const inside = [0, 0, 0, 0.4, 0.4, 0.4];
+  const cube = [0, 1].flatMap((x) => [0, 1].flatMap((y) => [0, 1].flatMap((z) => [x, y, z])));
+  assert.equal(outermost([inside, cube, cube]).length, 8);
+  assert.deepEqual(outermost([]), []);
+  // A wheel of 500 points: no direction shows less than 99 hundredths of it.
+  const turns = Array.from({ length: 500 }, (_, i) => (i * Math.PI) / 250);
+  const rim = outermost([turns.flatMap((turn) => [0, Math.cos(turn), Math.sin(turn)])]);
+  for (const turn of turns)
+    assert.ok(Math.max(...rim.map(({ y, z }) => y * Math.cos(turn) + z * Math.sin(turn))) > 0.99);
 });
 
 const label = (left: number, top: number, side = -1): Label => ({ left, top, width: 40, height: 20, side });
