@@ -41,6 +41,22 @@ export function numberRoom(_: uPlot, values: string[] | null): number {
   return Math.max(46, 12 + 7.5 * longest);
 }
 
+/** Width of the labels of a level axis. */
+function labelWidth(min: number, max: number): number {
+  return 8 * Math.max(...tickLabels([min, max], (max - min) / 10).map((text) => text.length));
+}
+
+/** Room beside a level axis for the half of its last label. */
+export function endRoom(plot: uPlot): number {
+  const { min, max } = plot.scales.x;
+  return min == null || max == null ? 16 : Math.max(16, labelWidth(min, max) / 2 + 4);
+}
+
+/** A level axis, its labels far enough apart. */
+export function levelAxis(label: string): uPlot.Axis {
+  return { ...axisLook(label, 30), space: (_, _axis, min, max) => Math.max(50, labelWidth(min, max) + 12) };
+}
+
 export function axisLook(label: string, size: uPlot.Axis.Size): uPlot.Axis {
   return {
     label: label || undefined,
@@ -143,13 +159,13 @@ export class TimeChart {
     return {
       width: Math.max(this.width(), 200),
       height: CHART_HEIGHT,
-      padding: [8, 16, 0, 0],
+      padding: [8, endRoom, 0, 0],
       legend: { show: false },
       scales: {
         x: { time: false, range: () => store.range },
         y: { range: (_, min, max) => axisRange(min, max, content.floor) },
       },
-      axes: [axisLook(store.xLabel(), 30), axisLook('', numberRoom)],
+      axes: [levelAxis(store.xLabel()), axisLook('', numberRoom)],
       series: [{}, ...this.lines.map((line) => this.seriesOf(line))],
       cursor: {
         y: false,

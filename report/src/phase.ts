@@ -1,7 +1,7 @@
 // A phase plot: any column over any other.
 
 import uPlot from 'uplot';
-import { axisLook, numberRoom } from './chart.ts';
+import { axisLook, endRoom, levelAxis, numberRoom } from './chart.ts';
 import type { Column } from './data.ts';
 import { nearestRow, thinCurve } from './decimate.ts';
 import { el } from './dom.ts';
@@ -199,13 +199,13 @@ export class PhasePlot {
       mode: 2,
       width: Math.max(this.width(), 200),
       height: HEIGHT,
-      padding: [8, 16, 0, 0],
+      padding: [8, endRoom, 0, 0],
       legend: { show: false },
       scales: {
         x: { time: false, range: (_, min, max) => axisRange(min, max, horizontal.floor) },
         y: { range: (_, min, max) => axisRange(min, max, vertical.floor) },
       },
-      axes: [axisLook(horizontal.axis, 30), axisLook(vertical.axis, numberRoom)],
+      axes: [levelAxis(horizontal.axis), axisLook(vertical.axis, numberRoom)],
       series: [
         {},
         {

@@ -676,6 +676,32 @@ test('no number is cut on a narrow page', async () => {
   await close(page);
 });
 
+test('labels of axes are whole up to the end of the axis', async () => {
+  const page = await open(write(logText(['a'], 6, 0.0025, (time) => Array(12).fill(-1.23457e9 * time))), {
+    viewport: { width: 500, height: 900 },
+  });
+  await page.addInitScript(() => {
+    const texts = { whole: '', cut: '' };
+    Object.assign(window, { texts });
+    const fill = CanvasRenderingContext2D.prototype.fillText;
+    CanvasRenderingContext2D.prototype.fillText = function (text, x, y) {
+      const { actualBoundingBoxLeft: left, actualBoundingBoxRight: right } = this.measureText(text);
+      const isLevel = this.getTransform().b === 0;
+      // Those of a level axis; titles of upright ones are turned.
+      const isWhole = !isLevel || (x - left >= 0 && x + right <= this.canvas.width);
+      if (/\d/.test(text)) texts[isWhole ? 'whole' : 'cut'] += `${text} `;
+      fill.call(this, text, x, y);
+    };
+  });
+  await page.reload();
+  await ready(page);
+  const texts = () => (window as unknown as { texts: { whole: string; cut: string } }).texts;
+  const { whole, cut } = await page.evaluate(texts);
+  assert.equal(cut, '');
+  assert.match(whole, / 0\.005 0\.0075 0\.01 0\.0125 −1\.5e7 /);
+  await close(page);
+});
+
 test('a hundred thousand steps are all there, and a single outlier is drawn', async () => {
   const rows = 100_000;
   const log = logText(['a', 'b'], rows, 0.001, (time, row) => {
