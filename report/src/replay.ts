@@ -95,10 +95,11 @@ export class Replay {
     const groups = store.run.bodies.map(() => new Group());
     this.placeParts(groups);
     const shapes = groups.map((_, index) => this.shapeOf(index));
+    const standing = this.shapeOf(null);
     const poses = tellingPoses(store);
-    this.bounds = this.sceneBounds(shapes, poses);
+    this.bounds = this.sceneBounds(standing, shapes, poses);
     this.bodies = groups.map((group, index) => this.makeBody(group, shapes[index], index));
-    this.extents = this.sceneExtents(poses);
+    this.extents = [...standing, ...this.movingExtents(poses)];
     this.light();
     this.putInPage();
     this.restyle();
@@ -195,29 +196,28 @@ export class Replay {
     return outermost(parts.map(({ mesh }) => mesh.geometry.getAttribute('position').array));
   }
 
-  private sceneBounds(shapes: Vector3[][], poses: PlacedBody[]): Sphere {
+  private sceneBounds(standing: Vector3[], shapes: Vector3[][], poses: PlacedBody[]): Sphere {
     const origin = [new Vector3()];
     const points = poses.flatMap(({ index, pose }) =>
       (shapes[index].length > 0 ? shapes[index] : origin).map((corner) => corner.clone().applyMatrix4(pose)),
     );
-    const bounds = new Sphere().setFromPoints([...this.shapeOf(null), ...points]);
+    const bounds = new Sphere().setFromPoints([...standing, ...points]);
     return bounds.radius > 0 ? bounds : new Sphere(bounds.center, SMALLEST_SCENE);
   }
 
-  /** Corners of everything and tips of all arrows. */
-  private sceneExtents(poses: PlacedBody[]): Vector3[] {
+  /** Corners of the bodies and tips of their arrows. */
+  private movingExtents(poses: PlacedBody[]): Vector3[] {
     const tip = ({ index, row, pose }: PlacedBody, load: 'force' | 'torque') => {
       const body = this.store.run.bodies[index];
       const vector = outOfFrame(rowsAt(body, row, 'desktop'), tripleAt(body[load], row));
       const length = this.arrowLength(vector, load === 'force' ? this.largestForce : this.largestTorque);
       return new Vector3(...vector).setLength(length).add(new Vector3().setFromMatrixPosition(pose));
     };
-    const points = poses.flatMap((placed) => [
+    return poses.flatMap((placed) => [
       ...this.bodies[placed.index].shape.map((corner) => corner.clone().applyMatrix4(placed.pose)),
       tip(placed, 'force'),
       tip(placed, 'torque'),
     ]);
-    return [...this.shapeOf(null), ...points];
   }
 
   private makeBody(group: Group, corners: Vector3[], index: number): BodyView {
