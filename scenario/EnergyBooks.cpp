@@ -32,7 +32,7 @@ bool EnergyBooks::Close() const {
 
 std::string EnergyBooks::Warning(const std::string& joint) const {
     return fmt::format(
-        "The energy books of joint \"{}\" do not close: {:.3g} J at {:.6g} s are unexplained, {:.2g} % of "
+        "The energy books of joint \"{}\" do not close: {:.3g} J at {:.6g} s are unexplained, {:.3g} % of "
         "the {:.3g} J that went through. The time step is too long for this motion, or the field's loads "
         "are not exact enough: halve \"solver.step\" until the figure falls.",
         joint, worstImbalance, worstTime, 100.0 * std::fabs(worstImbalance) / throughput, throughput);
