@@ -26,7 +26,7 @@ using Matrix = Eigen::Matrix3d;
 constexpr double degreesPerRadian = 57.29577951308232;
 
 /// No place and no way along a slider is farther than this: poses reach the desktop with six decimals of a metre, and
-/// what is farther was most likely written in other units.
+/// what is farther was most likely written in other units, or runs away.
 constexpr double farthestMetres = 1000.0;
 
 /// X_WB: position and orientation of a rigid body.

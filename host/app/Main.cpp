@@ -33,21 +33,20 @@ std::vector<NamedFile> FurtherOutputs(const CommandLine& arguments, const Scenar
     return {{"the report page", PageFile(scenario)}};
 }
 
-/// The command line wins over the environment, and that over the scenario.
-void ChooseDesktop(const CommandLine& arguments, Scenario& scenario) {
+/// The command line wins over the environment; empty when both leave the choice to the scenario.
+std::string ChosenDesktop(const CommandLine& arguments) {
     const char* fromEnvironment = std::getenv(versionVariable);
-    if (!arguments.desktopVersion.empty()) {
-        scenario.desktop.version = arguments.desktopVersion;
-    } else if (fromEnvironment) {
-        scenario.desktop.version = fromEnvironment;
+    if (!arguments.desktopVersion.empty() || !fromEnvironment) {
+        return arguments.desktopVersion;
     }
-    if (!scenario.desktop.version.empty()) {
-        _putenv_s(versionVariable, AnsiFromUtf8(scenario.desktop.version).c_str());
-    }
+    return fromEnvironment;
 }
 
 Scenario Prepare(const CommandLine& arguments) {
-    Scenario scenario = ReadScenario(PathFromUtf8(arguments.scenarioFile));
+    Scenario scenario = ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments));
+    if (!scenario.desktop.version.empty()) {
+        _putenv_s(versionVariable, AnsiFromUtf8(scenario.desktop.version).c_str());
+    }
     if (!arguments.outputFolder.empty()) {
         scenario.outputFolder = PathFromUtf8(arguments.outputFolder);
     }
@@ -55,7 +54,6 @@ Scenario Prepare(const CommandLine& arguments) {
         scenario.csvFile = std::filesystem::absolute(PathFromUtf8(arguments.csvFile));
     }
     scenario.overwrite = scenario.overwrite || arguments.overwrite;
-    ChooseDesktop(arguments, scenario);
     RequireDistinctFiles(
         FilesOf(scenario),
         {{"the scenario", PathFromUtf8(arguments.scenarioFile)}, {"the geometry", scenario.geometryFile}},

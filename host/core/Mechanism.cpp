@@ -71,15 +71,17 @@ void Mechanism::MoveBodies(std::size_t joint) {
     }
 }
 
-double Mechanism::PrescribedCoordinate(const Joint& joint, double time) {
-    const double coordinate = std::get<PrescribedMotion>(joint.motion).Evaluate(time);
+void Mechanism::Prescribe(std::size_t joint, double time) {
+    const Joint& description = m_scenario.joints[joint];
+    const auto& motion = std::get<PrescribedMotion>(description.motion);
+    const double coordinate = motion.Evaluate(time);
     if (!std::isfinite(coordinate)) {
         throw RunError(
             fmt::format("The prescribed coordinate of joint \"{}\" is not a finite number at {} s; check its "
                         "expression.",
-                        joint.name, time));
+                        description.name, time));
     }
-    return coordinate;
+    m_records[joint].state = {coordinate, motion.Speed(time)};
 }
 
 void Mechanism::Start() {
@@ -93,7 +95,7 @@ void Mechanism::Start() {
             UpdateStoredEnergy(joint);
             record.energy.initial = record.energy.kinetic + record.energy.potential;
         } else {
-            record.state.coordinate = PrescribedCoordinate(description, 0.0);
+            Prescribe(joint, 0.0);
         }
         m_previousCoordinates[joint] = record.state.coordinate;
         MoveBodies(joint);
@@ -205,8 +207,7 @@ void Mechanism::Move(double toTime) {
         if (description.IsFree()) {
             MoveFree(joint);
         } else {
-            record.state.coordinate = PrescribedCoordinate(description, toTime);
-            record.state.speed = (record.state.coordinate - m_previousCoordinates[joint]) / m_stepSeconds;
+            Prescribe(joint, toTime);
         }
         MoveBodies(joint);
     }

@@ -91,7 +91,7 @@ private:
     double GravityForce(std::size_t joint, double coordinate) const;
     double GravityEnergy(std::size_t joint, double coordinate) const;
     double DrivingForce(std::size_t joint) const;
-    static double PrescribedCoordinate(const scenario::Joint& joint, double time);
+    void Prescribe(std::size_t joint, double time);
     void RequireBounded(std::size_t joint) const;
     void FlowHalfStep(std::size_t joint);
     void UpdateStoredEnergy(std::size_t joint);

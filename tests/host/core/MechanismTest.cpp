@@ -177,6 +177,21 @@ TEST(Mechanism, FollowsPrescribedMotion) {
     EXPECT_NEAR(mechanism.Joints()[0].state.speed, pi / 2, 1e-15);
 }
 
+TEST(Mechanism, ThePrescribedSpeedIsThatOfTheMomentFromTheStartOn) {
+    Scenario scenario = OneJoint(JointType::Slider, Vector::UnitX(), {});
+    scenario.joints[0].motion = PrescribedMotion(Expression::Parse("3*t + t^2", Expression::Variables::Time));
+    Mechanism mechanism(scenario);
+    mechanism.Start();
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 3.0);
+    mechanism.Move(0.5);
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 4.0);
+    scenario.joints[0].motion = PrescribedMotion(MotionTable{{{0.0, 0.0}, {0.5, 1.0}, {1.5, 5.0}}});
+    mechanism.Start();
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 2.0);
+    mechanism.Move(0.5);
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 4.0);
+}
+
 TEST(Mechanism, RefusesAPrescribedCoordinateThatIsNoNumber) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitX(), {});
     scenario.joints[0].motion = PrescribedMotion(Expression::Parse("1/(1-t)", Expression::Variables::Time));
