@@ -45,14 +45,22 @@ void CheckUnits(const Node& node, Scenario& scenario) {
     }
 }
 
-/// Reports objects of bodies that the geometry file does not have.
-void CheckObjects(const Node& bodies, const Names& inGeometry, const std::string& geometryFile) {
-    for (const Node& body : bodies.Items()) {
+/// Reports objects of bodies and materials that the geometry file does not have: with them no model can be built.
+void CheckObjects(const Node& root, const Names& inGeometry, const std::string& geometryFile) {
+    const auto check = [&](const Node& node, const std::string& object) {
+        if (!Contains(inGeometry, object)) {
+            node.Report(fmt::format("there is no object \"{}\" in {}, which has {}.{}", object, geometryFile,
+                                    Listed(inGeometry), Suggestion(object, inGeometry)));
+        }
+    };
+    for (const Node& body : root.At("bodies").Items()) {
         for (const Node& object : body.At("objects").Items()) {
-            if (!Contains(inGeometry, object.Text())) {
-                object.Report(fmt::format("there is no object \"{}\" in {}, which has {}.{}", object.Text(),
-                                          geometryFile, Listed(inGeometry), Suggestion(object.Text(), inGeometry)));
-            }
+            check(object, object.Text());
+        }
+    }
+    if (root.Has("materials")) {
+        for (const std::string& object : root.At("materials").Keys()) {
+            check(root.At("materials").At(object), object);
         }
     }
 }
@@ -107,7 +115,7 @@ void CheckGeometry(const Node& root, Scenario& scenario) {
     CheckUnits(root.At("geometry").At("units"), scenario);
     const std::optional<Names> inGeometry = GeometryObjects(scenario.geometryFile);
     if (inGeometry) {
-        CheckObjects(root.At("bodies"), *inGeometry, Utf8FromPath(scenario.geometryFile.filename()));
+        CheckObjects(root, *inGeometry, Utf8FromPath(scenario.geometryFile.filename()));
     }
     Names strangers;
     if (root.Has("materials")) {

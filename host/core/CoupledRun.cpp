@@ -48,6 +48,10 @@ RunEnd CoupledRun::Run() {
     for (const std::string& warning : m_scenario.warnings) {
         m_listener.OnWarning(warning);
     }
+    if (firstStep > m_scenario.stepping.steps) {
+        m_listener.OnPhase(fmt::format("The run is complete up to step {} already: nothing to do", m_lastStep));
+        return RunEnd::Complete;
+    }
     try {
         OpenModel();
         m_earlier.Discard();
@@ -73,12 +77,17 @@ int CoupledRun::PrepareOrLeaveAlone() {
     try {
         return Prepare();
     } catch (...) {
-        m_lock.reset();
-        for (auto folder = m_madeFolders.rbegin(); folder != m_madeFolders.rend(); ++folder) {
-            std::error_code ignored;
-            std::filesystem::remove(*folder, ignored);
-        }
+        LeaveFolder();
         throw;
+    }
+}
+
+/// Folders that were made for nothing go.
+void CoupledRun::LeaveFolder() {
+    m_lock.reset();
+    for (auto folder = m_madeFolders.rbegin(); folder != m_madeFolders.rend(); ++folder) {
+        std::error_code ignored;
+        std::filesystem::remove(*folder, ignored);
     }
 }
 
@@ -207,22 +216,16 @@ void CoupledRun::OpenModel() {
     }
 }
 
-std::vector<std::string> CoupledRun::LaunchAdvice() const {
+std::vector<std::string> CoupledRun::LaunchAdvice(bool isInstalled) const {
     std::vector<std::string> advice = {
         "Check that the desktop is installed and has a licence.",
         "Choose another version: \"desktop.version\" in the scenario, or the environment variable "
         "KINORA_VELTRIX_VTDK_VERSION.",
         "For the simulator: register it with \"vantor-sim /RegServer\" and choose the version \"Simulator\"."};
-    if (!m_options.launchHint.empty()) {
+    if (isInstalled && !m_options.launchHint.empty()) {
         advice.push_back(m_options.launchHint);
     }
     return advice;
-}
-
-/// False for a desktop that is not installed: waiting does not help there.
-bool CoupledRun::MayLaunchAgain(const LaunchDesktopExeption& error, int tries) const {
-    const std::string text = error.what();
-    return tries < m_options.launchTries && text.find("failed to launch") != std::string::npos;
 }
 
 template <class Operation>
@@ -233,8 +236,10 @@ bool CoupledRun::Launching(Operation operation) {
             m_isLaunched = true;
             return isDone;
         } catch (const LaunchDesktopExeption& error) {
-            if (!MayLaunchAgain(error, tries)) {
-                throw OperationFailed(fmt::format("LaunchDesktop failed: {}", error.what()), LaunchAdvice());
+            // Waiting does not help where none is installed.
+            const bool isInstalled = std::string(error.what()).find("failed to launch") != std::string::npos;
+            if (!isInstalled || tries >= m_options.launchTries) {
+                throw OperationFailed(fmt::format("LaunchDesktop failed: {}", error.what()), LaunchAdvice(isInstalled));
             }
             m_listener.OnWarning(fmt::format("{} Trying again.", error.what()));
             std::this_thread::sleep_for(m_options.launchPause);
@@ -425,6 +430,7 @@ void CoupledRun::CloseAfterFailure() noexcept {
             LetGoOfDesktop();
         }
         ClearAfterFailure();
+        LeaveFolder();
     } catch (const std::exception& error) {
         m_listener.OnWarning(fmt::format("While closing after the failure: {}", error.what()));
     }

@@ -95,6 +95,7 @@ private:
     /// @return the first step
     int Prepare();
     int PrepareOrLeaveAlone();
+    void LeaveFolder();
     void LockFolder();
     SavedState RequireResumable() const;
     void RecoverEarlierRun() const;
@@ -105,7 +106,6 @@ private:
     void OpenProject();
     template <class Operation>
     bool Launching(Operation operation);
-    bool MayLaunchAgain(const LaunchDesktopExeption& error, int tries) const;
     void BuildMagnetics();
     void OpenStates();
     RunEnd Advance(int firstStep);
@@ -120,7 +120,7 @@ private:
     [[noreturn]] static void Fail(const std::string& operation, const std::string& detail,
                                   std::vector<std::string> advice);
     void CollectMessages(OperationFailed& failure);
-    std::vector<std::string> LaunchAdvice() const;
+    std::vector<std::string> LaunchAdvice(bool isInstalled) const;
     OperationFailed DesktopHasEnded(const OperationFailed& failure) const;
 
     const scenario::Scenario& m_scenario;

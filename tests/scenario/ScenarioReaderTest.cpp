@@ -211,8 +211,9 @@ TEST_F(ScenarioReader, TellsAMaterialOfTheGeometryThatNoBodyHasFromAMisspeltOne)
                     "/materials/magnet2: no body has an object \"magnet2\". The geometry has it: it stands still "
                     "there, and no loads on it are recorded.")));
     document["materials"] = {{"magnet", {{"name", "magnet_1T"}}}, {"magnet3", {{"name", "magnet_1T"}}}};
-    EXPECT_THAT(Read(document).warnings,
-                ElementsAre(EndsWith("no body has an object \"magnet3\". Did you mean \"magnet\"?")));
+    EXPECT_THAT(ErrorOf(document),
+                EndsWith("/materials/magnet3: there is no object \"magnet3\" in magnets.obj, which has "
+                         "\"magnet\", \"magnet2\". Did you mean \"magnet\"?"));
 }
 
 TEST_F(ScenarioReader, RefusesAUnitThatTheSimulatorDoesNotKnow) {

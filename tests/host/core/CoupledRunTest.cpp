@@ -242,9 +242,10 @@ TEST_F(CoupledRunTest, ResumeDropsLinesBeyondTheSavedState) {
     const SavedState state = ReadState(FilesOf(m_scenario).state, m_scenario);
     std::ofstream(m_scenario.outputFolder / "states.csv", std::ios::app) << "6,half a li";
     m_options.resume = true;
+    m_scenario.stepping.steps = 6;
     Run();
     EXPECT_EQ(state.step, 5);
-    EXPECT_EQ(StatesFile(), whole);
+    EXPECT_THAT(StatesFile(), testing::StartsWith(whole + "6,0.06,"));
 }
 
 TEST_F(CoupledRunTest, ResumeCutsWhatAKilledStepLeftInTheReports) {
@@ -304,6 +305,21 @@ TEST_F(CoupledRunTest, MayGoOnForLonger) {
     m_scenario.stepping.steps = 5;
     EXPECT_EQ(Run(), RunEnd::Complete);
     EXPECT_EQ(m_coupling.calls[m_coupling.calls.size() - 4].substr(0, 12), "Analyze 0.25");
+}
+
+TEST_F(CoupledRunTest, ResumingACompleteRunStartsNothing) {
+    Run();
+    m_options.resume = true;
+    m_coupling.calls.clear();
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_TRUE(m_coupling.calls.empty());
+}
+
+TEST_F(CoupledRunTest, ARunThatCameToNothingLeavesNoFolder) {
+    m_scenario.projectFile = "deep/run.vantor";
+    m_coupling.launchErrors = {"Please check your QUORIX Vantor Desktop installation."};
+    FailureOf();
+    EXPECT_FALSE(std::filesystem::exists(m_scenario.outputFolder / "deep"));
 }
 
 TEST_F(CoupledRunTest, RefusesToResumeWithoutItsFilesUnlessForced) {
