@@ -31,26 +31,36 @@ std::string Listed(const Names& names) {
     return names.size() > most ? fmt::format("{} and {} more", list, names.size() - most) : list;
 }
 
-void CheckUnits(const Node& node, Scenario& scenario) {
-    const std::string unit = LowerCase(node.Text());
-    if (Contains(lengthUnits, unit)) {
-        return;
-    }
-    const std::string text = fmt::format("\"{}\" is not one of the length units {}.{}", node.Text(),
-                                         fmt::join(lengthUnits, ", "), Suggestion(unit, lengthUnits));
-    if (LowerCase(scenario.desktop.version) == "simulator") {
+/// Says what stops a run, or warns where it need not.
+void Tell(const Node& node, const std::string& text, bool stops, Scenario& scenario) {
+    if (stops) {
         node.Report(text);
     } else {
         scenario.warnings.push_back(node.Line(text));
     }
 }
 
+void CheckUnits(const Node& node, Purpose purpose, Scenario& scenario) {
+    const std::string unit = LowerCase(node.Text());
+    if (Contains(lengthUnits, unit)) {
+        return;
+    }
+    const std::string text = fmt::format("\"{}\" is not one of the length units {}.{}", node.Text(),
+                                         fmt::join(lengthUnits, ", "), Suggestion(unit, lengthUnits));
+    // Other desktops may know more units.
+    const bool isSimulator = LowerCase(scenario.desktop.version) == "simulator";
+    Tell(node, text, purpose == Purpose::Run && isSimulator, scenario);
+}
+
 /// Reports objects of bodies and materials that the geometry file does not have: with them no model can be built.
-void CheckObjects(const Node& root, const Names& inGeometry, const std::string& geometryFile) {
+void CheckObjects(const Node& root, const Names& inGeometry, Purpose purpose, Scenario& scenario) {
+    const std::string geometryFile = Utf8FromPath(scenario.geometryFile.filename());
     const auto check = [&](const Node& node, const std::string& object) {
         if (!Contains(inGeometry, object)) {
-            node.Report(fmt::format("there is no object \"{}\" in {}, which has {}.{}", object, geometryFile,
-                                    Listed(inGeometry), Suggestion(object, inGeometry)));
+            Tell(node,
+                 fmt::format("there is no object \"{}\" in {}, which has {}.{}", object, geometryFile,
+                             Listed(inGeometry), Suggestion(object, inGeometry)),
+                 purpose == Purpose::Run, scenario);
         }
     };
     for (const Node& body : root.At("bodies").Items()) {
@@ -111,11 +121,11 @@ void WarnOfBareObjects(const Node& bodies, const Names& strangers, Scenario& sce
 
 } // namespace
 
-void CheckGeometry(const Node& root, Scenario& scenario) {
-    CheckUnits(root.At("geometry").At("units"), scenario);
+void CheckGeometry(const Node& root, Purpose purpose, Scenario& scenario) {
+    CheckUnits(root.At("geometry").At("units"), purpose, scenario);
     const std::optional<Names> inGeometry = GeometryObjects(scenario.geometryFile);
     if (inGeometry) {
-        CheckObjects(root, *inGeometry, Utf8FromPath(scenario.geometryFile.filename()));
+        CheckObjects(root, *inGeometry, purpose, scenario);
     }
     Names strangers;
     if (root.Has("materials")) {

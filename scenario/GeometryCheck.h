@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scenario/Node.h"
-#include "scenario/Scenario.h"
+#include "scenario/ScenarioReader.h"
 
 namespace kinora::scenario {
 
@@ -10,6 +10,6 @@ namespace kinora::scenario {
 /// scenario.
 /// @param root      the document
 /// @param scenario  read as far as files, desktop, materials and bodies
-void CheckGeometry(const Node& root, Scenario& scenario);
+void CheckGeometry(const Node& root, Purpose purpose, Scenario& scenario);
 
 } // namespace kinora::scenario

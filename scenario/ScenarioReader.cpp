@@ -148,7 +148,8 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
     }
 }
 
-Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, const std::string& desktopVersion) {
+Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, const std::string& desktopVersion,
+                       Purpose purpose) {
     Scenario scenario;
     if (root.Has("title")) {
         scenario.title = root.At("title").Text();
@@ -172,13 +173,14 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, co
         }
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
-    CheckGeometry(root, scenario);
+    CheckGeometry(root, purpose, scenario);
     return scenario;
 }
 
 } // namespace
 
-Scenario ParseScenario(const std::string& text, const std::filesystem::path& file, const std::string& desktopVersion) {
+Scenario ParseScenario(const std::string& text, const std::filesystem::path& file, const std::string& desktopVersion,
+                       Purpose purpose) {
     const std::string fileName = Utf8FromPath(file);
     // A byte order mark at the start is what some editors write.
     const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
@@ -186,13 +188,13 @@ Scenario ParseScenario(const std::string& text, const std::filesystem::path& fil
     const auto document = nlohmann::json::parse(body, nullptr, true, true);
     CheckAgainstSchema(document, locations, fileName);
     Findings findings(locations, fileName);
-    Scenario scenario = BuildScenario(Node(document, findings), file.parent_path(), desktopVersion);
+    Scenario scenario = BuildScenario(Node(document, findings), file.parent_path(), desktopVersion, purpose);
     findings.ThrowIfAny();
     return scenario;
 }
 
-Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion) {
-    return ParseScenario(ReadFile(file), file, desktopVersion);
+Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion, Purpose purpose) {
+    return ParseScenario(ReadFile(file), file, desktopVersion, purpose);
 }
 
 } // namespace kinora::scenario

@@ -35,7 +35,7 @@ void WritePage(const CommandLine& arguments) {
     scenario::Scenario scenario;
     if (!arguments.scenarioFile.empty()) {
         sources.scenarioFile = scenario::PathFromUtf8(arguments.scenarioFile);
-        scenario = scenario::ReadScenario(sources.scenarioFile);
+        scenario = scenario::ReadScenario(sources.scenarioFile, {}, scenario::Purpose::Report);
         sources.scenario = &scenario;
         sources.states = FindStates(sources.log, scenario);
     }

@@ -191,6 +191,18 @@ TEST_F(ScenarioReader, RefusesAnObjectThatTheGeometryDoesNotHave) {
         "9: /bodies/0/objects/2: there is no object \"shaft\" in magnets.obj, which has \"magnet\", \"yoke\".");
 }
 
+TEST_F(ScenarioReader, OnlyWarnsOfAnotherGeometryForTheReportOfARunThatIsOver) {
+    WriteGeometry({"other"});
+    json document = Smallest();
+    document["desktop"] = {{"version", "Simulator"}};
+    document["geometry"]["units"] = "cubits";
+    const std::filesystem::path file = m_folder / "scenario.json";
+    EXPECT_THROW(ParseScenario(document.dump(1), file), InputError);
+    const Scenario scenario = ParseScenario(document.dump(1), file, {}, Purpose::Report);
+    EXPECT_THAT(scenario.warnings, testing::Contains(HasSubstr("there is no object \"magnet\" in magnets.obj")));
+    EXPECT_THAT(scenario.warnings, testing::Contains(HasSubstr("\"cubits\" is not one of the length units")));
+}
+
 TEST_F(ScenarioReader, ListsADozenObjectsOfTheGeometry) {
     std::vector<std::string> names;
     for (char letter = 'a'; letter <= 'o'; ++letter) {
