@@ -8,7 +8,7 @@ namespace kinora::scenario {
 enum class Purpose {
     /// A run that is to be done: everything must be right.
     Run,
-    /// The report of a run that is over: what the geometry file or the desktop does not know any more is only warned of.
+    /// The report of a run that is over: what the geometry file or the desktop does not know is only warned of.
     Report
 };
 

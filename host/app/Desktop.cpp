@@ -23,7 +23,7 @@ public:
     /// Null for anything but an object.
     IDispatch* Object() const { return value.vt == VT_DISPATCH ? value.pdispVal : nullptr; }
 
-    VARIANT value;
+    VARIANT value = {};
 };
 
 /// Asks an object for something that needs no arguments; nothing when it is no object or refuses.

@@ -74,8 +74,8 @@ enum class RunEnd { Complete, Interrupted };
 
 /// One coupled run through the interface, in its documented calling order: CreateProject (or OpenProject),
 /// InitMagneticObjects, Analyze per step with the first at exactly 0.0, SaveProject, CloseProject, QuitApplication or
-/// ReleaseApplication. After a failure what is open is saved and closed all the same. A project in whose place a new one
-/// could not be set up is put back.
+/// ReleaseApplication. After a failure what is open is saved and closed all the same. A project in whose place a new
+/// one could not be set up is put back.
 class CoupledRun {
 public:
     /// All arguments must outlive the run.
@@ -85,8 +85,8 @@ public:
     CoupledRun(const CoupledRun&) = delete;
     CoupledRun& operator=(const CoupledRun&) = delete;
 
-    /// @throws InputError       nothing was started and nothing changed: the project exists already, there is nothing to
-    ///                          resume, a file cannot be written, or another run works in the folder
+    /// @throws InputError       nothing was started and nothing changed: the project exists already, there is nothing
+    ///                          to resume, a file cannot be written, or another run works in the folder
     /// @throws OperationFailed  an operation of the interface failed; it carries the desktop's messages
     /// @throws RunError         the multibody side failed, or a file cannot be written
     RunEnd Run();

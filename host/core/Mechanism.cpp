@@ -201,8 +201,7 @@ void Mechanism::Move(double toTime) {
     m_stepSeconds = toTime - m_time;
     m_time = toTime;
     for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
-        JointRecord& record = m_records[joint];
-        m_previousCoordinates[joint] = record.state.coordinate;
+        m_previousCoordinates[joint] = m_records[joint].state.coordinate;
         const Joint& description = m_scenario.joints[joint];
         if (description.IsFree()) {
             MoveFree(joint);

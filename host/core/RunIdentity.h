@@ -8,8 +8,8 @@
 
 namespace kinora::host {
 
-/// What the numbers of a run depend on, by where it stands in the scenario ("/joints/slide/free/spring/stiffness"; bodies
-/// and joints by their names) with its value as text. Of the geometry file a digest of the content.
+/// What the numbers of a run depend on, by where it stands in the scenario ("/joints/slide/free/spring/stiffness";
+/// bodies and joints by their names) with its value as text. Of the geometry file a digest of the content.
 using RunIdentity = std::map<std::string, std::string>;
 
 /// The end time is no part of it: a longer run begins as a shorter one.

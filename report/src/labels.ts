@@ -17,8 +17,8 @@ const GAP = 2;
 
 /**
  * Moves labels into the picture, and up or down off each other and off what is taken, each by as little as it takes. A
- * label stays on its side while the other one does not save its height, so that it does not jump to and fro while
- * bodies pass each other.
+ * label stays on its side while the other one does not save its height, so that it does not jump back and forth
+ * while bodies pass each other.
  */
 export function placeLabels(wanted: Label[], picture: { width: number; height: number }, taken: Box[]): Label[] {
   const all = [...taken];

@@ -154,6 +154,7 @@ void LeaveStandardStreams() {
     for (const Stream& stream : {Stream{stdin, "r", STD_INPUT_HANDLE}, Stream{stdout, "w", STD_OUTPUT_HANDLE},
                                  Stream{stderr, "w", STD_ERROR_HANDLE}}) {
         if (std::freopen("NUL", stream.mode, stream.file)) {
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): the run-time library gives handles as numbers
             SetStdHandle(stream.handle, reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream.file))));
         }
     }

@@ -152,8 +152,8 @@ TEST_F(HostFailure, OverlappingBodiesFailTheStepWithTheDesktopsWords) {
 }
 
 TEST_F(HostFailure, ResultsThatGoMissingWithoutAFailureAreNoticed) {
-    // A file that may be written and not deleted keeps the reports folder from being emptied: the step is solved but not
-    // recorded.
+    // A file that may be written and not deleted keeps the reports folder from being emptied: the step is solved but
+    // not recorded.
     std::filesystem::create_directories(m_folder / "output/cube-magnets.reports");
     const HeldFile held(m_folder / "output/cube-magnets.reports/held.csv", FILE_SHARE_READ | FILE_SHARE_WRITE);
     const Outcome outcome = Run();
