@@ -1,5 +1,6 @@
 #include "scenario/ScenarioReader.h"
 
+#include "scenario/Errors.h"
 #include "scenario/GeometryCheck.h"
 #include "scenario/JointReader.h"
 #include "scenario/Node.h"
@@ -177,11 +178,19 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, co
     return scenario;
 }
 
+/// Some editors write UTF-16 when they are asked for "Unicode".
+void RequireUtf8(const std::string& text, const std::string& fileName) {
+    if (text.rfind("\xFF\xFE", 0) == 0 || text.rfind("\xFE\xFF", 0) == 0) {
+        throw InputError(fmt::format("{}:1: /: the file is UTF-16; save it as UTF-8.", fileName));
+    }
+}
+
 } // namespace
 
 Scenario ParseScenario(const std::string& text, const std::filesystem::path& file, const std::string& desktopVersion,
                        Purpose purpose) {
     const std::string fileName = Utf8FromPath(file);
+    RequireUtf8(text, fileName);
     // A byte order mark at the start is what some editors write.
     const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
     const JsonLocations locations = ReadJsonLocations(body, fileName);

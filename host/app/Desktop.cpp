@@ -1,5 +1,6 @@
 #include "host/app/Desktop.h"
 
+#include "host/core/RunFiles.h"
 #include "programs/Utf.h"
 
 #include <windows.h>
@@ -22,20 +23,29 @@ public:
 
     /// Null for anything but an object.
     IDispatch* Object() const { return value.vt == VT_DISPATCH ? value.pdispVal : nullptr; }
+    /// 0 for anything but a number.
+    long Number() {
+        return SUCCEEDED(VariantChangeType(&value, &value, 0, VT_I4)) && value.vt == VT_I4 ? value.lVal : 0;
+    }
+    /// Empty for anything but a text.
+    std::wstring Text() const {
+        return value.vt == VT_BSTR ? std::wstring(value.bstrVal, SysStringLen(value.bstrVal)) : std::wstring();
+    }
 
     VARIANT value = {};
 };
 
-/// Asks an object for something that needs no arguments; nothing when it is no object or refuses.
-void Ask(IDispatch* object, const wchar_t* name, Answer& answer) {
+/// Calls a method of an object; no answer when it is no object or refuses.
+/// @param argument  its only one; null for none
+void Ask(IDispatch* object, const wchar_t* name, Answer& answer, VARIANT* argument = nullptr) {
     std::wstring text = name;
     wchar_t* names[] = {text.data()};
     DISPID id = DISPID_UNKNOWN;
     if (!object || FAILED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id))) {
         return;
     }
-    DISPPARAMS none = {};
-    if (FAILED(object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, &answer.value, nullptr,
+    DISPPARAMS arguments = {argument, nullptr, argument ? 1U : 0U, 0};
+    if (FAILED(object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &arguments, &answer.value, nullptr,
                               nullptr))) {
         VariantClear(&answer.value);
     }
@@ -50,9 +60,8 @@ std::string BehindTrace(const std::string& version) {
     return target ? target : "";
 }
 
-} // namespace
-
-bool HasOpenProjects(const std::string& version) {
+/// The projects that are open; no object when the desktop cannot be asked.
+void AskForProjects(const std::string& version, Answer& projects) {
     const std::string asked = BehindTrace(version);
     const std::string progId = "Pellux.VantorDesktop" + (asked.empty() ? std::string() : "." + asked);
     CLSID classId = {};
@@ -60,16 +69,53 @@ bool HasOpenProjects(const std::string& version) {
     if (FAILED(CLSIDFromProgID(programs::WideFromUtf8(progId).c_str(), &classId)) ||
         FAILED(CoCreateInstance(classId, nullptr, CLSCTX_SERVER, IID_IDispatch,
                                 reinterpret_cast<void**>(&application.value.pdispVal)))) {
-        return false;
+        return;
     }
     application.value.vt = VT_DISPATCH;
     Answer desktop;
-    Answer projects;
-    Answer count;
     Ask(application.Object(), L"GetAppDesktop", desktop);
     Ask(desktop.Object(), L"GetProjects", projects);
+}
+
+long CountOf(const Answer& projects) {
+    Answer count;
     Ask(projects.Object(), L"Count", count);
-    return SUCCEEDED(VariantChangeType(&count.value, &count.value, 0, VT_I4)) && count.value.lVal > 0;
+    return count.Number();
+}
+
+} // namespace
+
+bool HasOpenProjects(const std::string& version) {
+    Answer projects;
+    AskForProjects(version, projects);
+    return CountOf(projects) > 0;
+}
+
+void CloseProjectOf(const std::filesystem::path& file, const std::string& version) {
+    // The simulator takes up to a second to notice that a client has died, and until then keeps its projects for it.
+    constexpr DWORD noticeMs = 1000;
+    Sleep(noticeMs);
+    Answer projects;
+    AskForProjects(version, projects);
+    const long count = CountOf(projects);
+    for (long i = 0; i < count; ++i) {
+        VARIANT index = {};
+        index.vt = VT_INT;
+        index.intVal = static_cast<int>(i);
+        Answer project;
+        Answer folder;
+        Answer name;
+        Ask(projects.Object(), L"Item", project, &index);
+        Ask(project.Object(), L"GetPath", folder);
+        Ask(project.Object(), L"GetName", name);
+        std::filesystem::path itsFile = std::filesystem::path(folder.Text()) / name.Text();
+        itsFile += file.extension();
+        if (!name.Text().empty() && IsSameFile(itsFile, file)) {
+            Answer closed;
+            Ask(project.Object(), L"Close", closed);
+            return;
+        }
+    }
 }
 
 std::string LaunchHint() {

@@ -70,6 +70,9 @@ RunOptions OptionsFrom(const CommandLine& arguments, const Scenario& scenario) {
     options.isInterrupted = IsInterrupted;
     options.toNarrow = AnsiFromUtf8;
     options.fromNarrow = Utf8FromAnsi;
+    options.closeLeftProject = [&scenario](const std::filesystem::path& project) {
+        CloseProjectOf(project, scenario.desktop.version);
+    };
     options.isDesktopShared = [&scenario] { return HasOpenProjects(scenario.desktop.version); };
     options.launchHint = LaunchHint();
     options.scriptErrorText = GetKinoraVeltrixScriptErrorText;

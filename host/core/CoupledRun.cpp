@@ -155,8 +155,9 @@ SavedState CoupledRun::RequireResumable() const {
 }
 
 /// A run may have been killed while it replaced an earlier one.
-void CoupledRun::RecoverEarlierRun() const {
+void CoupledRun::RecoverEarlierRun() {
     std::error_code ignored;
+    m_followsBrokenSetUp = m_earlier.IsAside() || IsBeforeFirstStep(m_files.state);
     if (!m_earlier.IsAside()) {
         return;
     }
@@ -259,6 +260,9 @@ void CoupledRun::CreateProject() {
     const std::string narrowProject = Narrow(project);
     const std::string narrowGeometry = Narrow(geometry);
     const std::string units = m_options.toNarrow(m_scenario.units);
+    if (m_followsBrokenSetUp) {
+        m_options.closeLeftProject(project);
+    }
     const bool isCreated = Launching([&] { return m_coupling.CreateProject(narrowProject, narrowGeometry, units); });
     if (!isCreated) {
         Fail("CreateProject", fmt::format("project {}, geometry {}", Utf8FromPath(project), Utf8FromPath(geometry)),

@@ -61,6 +61,9 @@ struct RunOptions {
     /// an earlier run may still be on its way out.
     int launchTries = 3;
     std::chrono::milliseconds launchPause{2000};
+    /// Closes the project of a file in the desktop, if it is open there: a run that was killed while it set its project
+    /// up has left it, and the desktop would refuse a new one in its place.
+    std::function<void(const std::filesystem::path&)> closeLeftProject = [](const std::filesystem::path&) {};
     /// Asked at the end: whether projects of others are open in the desktop, which then is not quit.
     std::function<bool()> isDesktopShared = [] { return false; };
     /// What may help on this system when no desktop starts after one has died; empty for nothing.
@@ -98,7 +101,7 @@ private:
     void LeaveFolder();
     void LockFolder();
     SavedState RequireResumable() const;
-    void RecoverEarlierRun() const;
+    void RecoverEarlierRun();
     void MakeRoom() const;
     void Save(int step) const;
     void OpenModel();
@@ -139,6 +142,8 @@ private:
     /// Present when a run is gone on with.
     std::optional<SavedState> m_resumed;
     int m_lastStep = -1;
+    /// A run was killed, or has failed, before its first step was solved.
+    bool m_followsBrokenSetUp = false;
     bool m_isLaunched = false;
     bool m_isModelOpen = false;
     /// Its project was open, and it does not answer any more.

@@ -22,21 +22,6 @@ std::wstring LowerCase(const std::filesystem::path& path) {
     return text;
 }
 
-/// Also for files that are still to be made: then their folder and their name count, upper and lower case as the same.
-bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
-    std::error_code error;
-    if (std::filesystem::equivalent(a, b, error) && !error) {
-        return true;
-    }
-    const std::filesystem::path wholeA = std::filesystem::absolute(a);
-    const std::filesystem::path wholeB = std::filesystem::absolute(b);
-    if (LowerCase(wholeA) == LowerCase(wholeB)) {
-        return true;
-    }
-    return LowerCase(wholeA.filename()) == LowerCase(wholeB.filename()) &&
-           std::filesystem::equivalent(wholeA.parent_path(), wholeB.parent_path(), error) && !error;
-}
-
 bool IsInFolder(const std::filesystem::path& file, const std::filesystem::path& folder) {
     std::filesystem::path parent = std::filesystem::absolute(file).lexically_normal().parent_path();
     for (; parent.has_relative_path(); parent = parent.parent_path()) {
@@ -127,6 +112,20 @@ void AddMissing(const std::filesystem::path& file, std::uintmax_t wanted, std::v
 }
 
 } // namespace
+
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+    std::error_code error;
+    if (std::filesystem::equivalent(a, b, error) && !error) {
+        return true;
+    }
+    const std::filesystem::path wholeA = std::filesystem::absolute(a);
+    const std::filesystem::path wholeB = std::filesystem::absolute(b);
+    if (LowerCase(wholeA) == LowerCase(wholeB)) {
+        return true;
+    }
+    return LowerCase(wholeA.filename()) == LowerCase(wholeB.filename()) &&
+           std::filesystem::equivalent(wholeA.parent_path(), wholeB.parent_path(), error) && !error;
+}
 
 RunFiles FilesOf(const Scenario& scenario) {
     RunFiles files;

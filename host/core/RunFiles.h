@@ -26,6 +26,10 @@ struct RunFiles {
 
 RunFiles FilesOf(const scenario::Scenario& scenario);
 
+/// By what they are, not by how they are spelt. Of files that are still to be made folder and name count, upper and
+/// lower case as the same.
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b);
+
 /// A file and what it is to the user ("the geometry").
 struct NamedFile {
     std::string what;

@@ -7,6 +7,8 @@
 #include <objbase.h>
 
 #include <cstdio>
+#include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -98,12 +100,12 @@ TEST_F(CouplingFiles, TheHostSaysWhereTheyAre) {
     EXPECT_THAT(s_output, testing::HasSubstr("step 20/20  1 s"));
 }
 
-/// Lists the designs of a project. The desktop of the run before may still be on its way out, as a user's may: then the
+/// An operation that launches. The desktop of the run before may still be on its way out, as a user's may: then the
 /// launch is repeated, as every host should.
-bool ListDesigns(IKinoraVeltrixInterface& coupling, const std::string& project, std::vector<std::string>& designs) {
+bool Patiently(const std::function<bool()>& operation) {
     for (int tries = 1;; ++tries) {
         try {
-            return coupling.GetVeltrixDesigns(project, designs);
+            return operation();
         } catch (const LaunchDesktopExeption&) {
             if (tries == 5) {
                 throw;
@@ -119,7 +121,7 @@ TEST_F(CouplingFiles, TheSavedProjectOpensAgain) {
     IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
     std::vector<std::string> designs;
     const std::string project = (*s_folder / "cube-magnets.vantor").u8string();
-    EXPECT_TRUE(ListDesigns(*coupling, project, designs));
+    EXPECT_TRUE(Patiently([&] { return coupling->GetVeltrixDesigns(project, designs); }));
     EXPECT_THAT(designs, ElementsAre("Veltrix3DDesign1"));
     EXPECT_TRUE(coupling->OpenProject(project, "Veltrix3DDesign1"));
     // Another run leaves the desktop alone in which this project is open.
@@ -131,6 +133,23 @@ TEST_F(CouplingFiles, TheSavedProjectOpensAgain) {
     EXPECT_TRUE(coupling->CloseProject());
     EXPECT_TRUE(coupling->QuitApplication());
     CoUninitialize();
+}
+
+TEST(SecondRun, TakesThePlaceOfAProjectThatAKilledRunHasLeftInTheDesktop) {
+    const ScratchFolder folder;
+    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+    _putenv_s("KINORA_VELTRIX_VTDK_VERSION", "Simulator");
+    IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
+    const std::string geometry = (Examples() / "cube-magnets" / "cube-magnets.obj").u8string();
+    ASSERT_TRUE(Patiently(
+        [&] { return coupling->CreateProject((folder / "cube-magnets.vantor").u8string(), geometry, "mm"); }));
+    EXPECT_TRUE(coupling->SaveProject());
+    EXPECT_TRUE(coupling->ReleaseApplication());
+    CoUninitialize();
+    std::ofstream(folder / "cube-magnets.state.json") << "{ \"step\": -1 }";
+    const Outcome outcome = RunHost({CubeMagnets(), L"--out", folder.Path().wstring(), L"--steps", L"1"});
+    EXPECT_THAT(outcome.output, testing::HasSubstr("Saving and closing the project\n"));
+    EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
 }
 
 TEST(SecondRun, RefusesToReplaceAProjectUnlessToldTo) {

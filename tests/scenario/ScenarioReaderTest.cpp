@@ -95,6 +95,15 @@ TEST_F(ScenarioReader, TakesCommentsAndAByteOrderMark) {
     EXPECT_EQ(ReadText("\xEF\xBB\xBF// first\n" + Smallest().dump() + "/* last */").bodies.size(), 1u);
 }
 
+TEST_F(ScenarioReader, NamesTheEncodingThatItDoesNotTake) {
+    try {
+        ReadText(std::string("\xFF\xFE{\0}\0", 6));
+        FAIL();
+    } catch (const InputError& error) {
+        EXPECT_THAT(error.what(), EndsWith("scenario.json:1: /: the file is UTF-16; save it as UTF-8."));
+    }
+}
+
 TEST_F(ScenarioReader, TakesQuantitiesAsNumbersAndAsFormulas) {
     json document = Smallest();
     document["bodies"][0]["position"] = {0.5, "12*mm", "-1e-3"};

@@ -345,6 +345,20 @@ TEST_F(CoupledRunTest, AProjectWithoutASolvedStepIsReplacedUnasked) {
     EXPECT_THAT(RefusalOf(), HasSubstr("--overwrite replaces it"));
 }
 
+TEST_F(CoupledRunTest, ClosesTheProjectThatABrokenSetUpMayHaveLeftInTheDesktop) {
+    m_options.closeLeftProject = [this](const std::filesystem::path& project) {
+        m_coupling.calls.push_back("close " + project.filename().u8string());
+    };
+    m_coupling.failing = "InitMagneticObjects";
+    FailureOf();
+    EXPECT_THAT(m_coupling.calls, testing::Not(testing::Contains("close run.vantor")));
+    m_coupling.failing.clear();
+    m_coupling.calls.clear();
+    Run();
+    EXPECT_EQ(m_coupling.calls[0], "close run.vantor");
+    EXPECT_THAT(m_coupling.calls[1], testing::StartsWith("CreateProject"));
+}
+
 TEST_F(CoupledRunTest, ResumingARunWithoutASolvedStepBeginsIt) {
     m_coupling.failing = "InitMagneticObjects";
     FailureOf();
