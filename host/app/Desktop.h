@@ -9,8 +9,8 @@ namespace kinora::host {
 /// cannot be asked. Its own client lets go at once. Needs a ComScope around it.
 bool HasOpenProjects(const std::string& version);
 
-/// Closes the project of a file in the desktop of a version without saving it; nothing happens when it is not open there,
-/// or the desktop cannot be asked. Waits until what a dead process held is free. Needs a ComScope around it.
+/// Closes the project of a file in the desktop of a version without saving it; nothing happens when it is not open
+/// there, or the desktop cannot be asked. Waits until what a dead process held is free. Needs a ComScope around it.
 void CloseProjectOf(const std::filesystem::path& file, const std::string& version);
 
 /// What helps on this system when no desktop starts after one has died; empty for nothing.
