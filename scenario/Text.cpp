@@ -3,10 +3,12 @@
 #include "scenario/Errors.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fmt/format.h>
 #include <fstream>
 #include <iterator>
 #include <numeric>
+#include <thread>
 
 namespace kinora::scenario {
 namespace {
@@ -73,8 +75,15 @@ void ReplaceFile(const std::filesystem::path& file, const std::string& content) 
     if (!stream) {
         fail("cannot be written; check the folder and the space left.");
     }
+    // Others look at files for moments, and while they do the system refuses.
+    constexpr int tries = 100;
+    constexpr std::chrono::milliseconds pause(10);
     std::error_code error;
     std::filesystem::rename(temporary, file, error);
+    for (int i = 1; error && i < tries; ++i) {
+        std::this_thread::sleep_for(pause);
+        std::filesystem::rename(temporary, file, error);
+    }
     if (error) {
         fail(fmt::format("cannot be replaced ({}); is it open elsewhere?", error.message()));
     }

@@ -17,7 +17,8 @@ std::string Suggestion(std::string_view name, const std::vector<std::string>& ca
 /// @throws InputError  it cannot be read
 std::string ReadFile(const std::filesystem::path& file);
 
-/// Writes a file next to the wanted one and renames it, so that the wanted one is never half-written.
+/// Writes a file next to the wanted one and renames it, so that the wanted one is never half-written. Waits a second at
+/// most for others who hold it.
 /// @throws RunError  it cannot be written; the wanted one is as it was, and nothing lies beside it
 void ReplaceFile(const std::filesystem::path& file, const std::string& content);
 
