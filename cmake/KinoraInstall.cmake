@@ -20,8 +20,8 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/KinoraVeltrixCouplingConfi
 install(FILES "${CMAKE_BINARY_DIR}/KinoraVeltrixCouplingConfigVersion.cmake" DESTINATION "${package_folder}")
 
 install(TARGETS kinora-run vantor-sim vantor-trace RUNTIME)
-# Nobody links this one, so its import library stays behind.
-install(FILES "$<TARGET_FILE:vantor-trace-server>" DESTINATION "${CMAKE_INSTALL_BINDIR}")
+# Nobody links these, so their import libraries stay behind.
+install(FILES "$<TARGET_FILE:vantor-sim-inprocess>" "$<TARGET_FILE:vantor-trace-server>" DESTINATION "${CMAKE_INSTALL_BINDIR}")
 if(MINGW)
     install(FILES ${kinora_runtime_dlls} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()

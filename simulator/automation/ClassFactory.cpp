@@ -5,16 +5,15 @@
 #include <windows.h>
 
 #include <new>
+#include <utility>
 
 namespace vantor::automation {
-
-const CLSID simulatorClassId = {0x6e8c1b52, 0x4b7d, 0x4e0f, {0x9c, 0x55, 0x2d, 0x0a, 0x7f, 0x3b, 0x91, 0xc4}};
-
 namespace {
 
 class ClassFactory final : public kinora::programs::ComObject<IClassFactory, IID_IClassFactory> {
 public:
-    explicit ClassFactory(Server& server) : m_server(server) {}
+    ClassFactory(std::function<IDispatch*()> newClient, std::function<void(bool)> lock)
+        : m_newClient(std::move(newClient)), m_lock(std::move(lock)) {}
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** result) override {
         if (!result) {
@@ -25,7 +24,7 @@ public:
             return CLASS_E_NOAGGREGATION;
         }
         try {
-            IDispatch* application = m_server.NewClient();
+            IDispatch* application = m_newClient();
             if (!application) {
                 return CO_E_SERVER_STOPPING;
             }
@@ -34,26 +33,25 @@ public:
             return status;
         } catch (const std::bad_alloc&) {
             return E_OUTOFMEMORY;
+        } catch (...) {
+            return E_UNEXPECTED;
         }
     }
 
     HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override {
-        if (lock != FALSE) {
-            m_server.ItsLifetime().AddObject();
-        } else {
-            m_server.ItsLifetime().RemoveObject();
-        }
+        m_lock(lock != FALSE);
         return S_OK;
     }
 
 private:
-    Server& m_server;
+    std::function<IDispatch*()> m_newClient;
+    std::function<void(bool)> m_lock;
 };
 
 } // namespace
 
-IClassFactory* MakeClassFactory(Server& server) {
-    return new ClassFactory(server);
+IClassFactory* MakeClassFactory(std::function<IDispatch*()> newClient, std::function<void(bool)> lock) {
+    return new ClassFactory(std::move(newClient), std::move(lock));
 }
 
 } // namespace vantor::automation

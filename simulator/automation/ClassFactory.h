@@ -1,16 +1,16 @@
 #pragma once
 
-#include "simulator/automation/Server.h"
+#include <oaidl.h>
 
-#include <unknwn.h>
+#include <functional>
 
 namespace vantor::automation {
 
-/// The class id of the simulator: {6E8C1B52-4B7D-4E0F-9C55-2D0A7F3B91C4}.
-extern const CLSID simulatorClassId;
-
 /// The class object that hands every client an application object of its own on the one desktop; the caller owns one
-/// reference. The server must outlive it.
-IClassFactory* MakeClassFactory(Server& server);
+/// reference.
+/// @param newClient  makes a client's application object, whose reference goes to the client; null when the desktop is
+///                   leaving. Called on any thread.
+/// @param lock       keeps the server, or lets it go, as a client of the class object asks
+IClassFactory* MakeClassFactory(std::function<IDispatch*()> newClient, std::function<void(bool)> lock);
 
 } // namespace vantor::automation

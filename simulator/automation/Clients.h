@@ -2,8 +2,8 @@
 
 #include <oaidl.h>
 
+#include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <set>
 #include <vector>
@@ -23,16 +23,19 @@ protected:
     ~ClientObject() = default;
 };
 
-/// Which process holds which objects, so that what a process holds can be taken back when it dies: the system's own
+/// Which client holds which objects, so that what it holds can be taken back when its process dies: the system's own
 /// housekeeping takes minutes, or never does it.
 ///
 /// Safe to use from any thread.
 class Clients {
 public:
-    /// Watches the process that is calling now, as far as the system tells which one it is. `client` tells the client's
-    /// objects from others.
+    /// True once a client's process has ended.
+    using HasEnded = std::function<bool()>;
+
+    /// Tells how to find out that a client has died. `client` tells the client's objects from others.
+    /// @param hasEnded  empty when nobody can tell
     /// @pre the client holds an object
-    void Watch(const void* client);
+    void Watch(const void* client, HasEnded hasEnded);
 
     void Add(const void* client, ClientObject* object);
     void Remove(const void* client, ClientObject* object);
@@ -40,20 +43,16 @@ public:
     /// How many clients other than this one hold objects. Those whose process has died do not count.
     int CountOthers(const void* client) const;
 
-    /// Takes back what dead processes held.
-    void ReclaimDead();
+    /// What dead clients hold; the caller owns one reference to each.
+    std::vector<IUnknown*> ObjectsOfTheDead();
 
 private:
-    struct HandleCloser {
-        void operator()(void* handle) const;
-    };
     struct Client {
-        /// Null where the system does not tell the process.
-        std::unique_ptr<void, HandleCloser> process;
+        HasEnded hasEnded;
         std::set<ClientObject*> objects;
-    };
 
-    std::vector<IUnknown*> ObjectsOfTheDead();
+        bool IsDead() const { return hasEnded && hasEnded(); }
+    };
 
     mutable std::mutex m_mutex;
     /// Those that hold objects.

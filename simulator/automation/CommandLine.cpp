@@ -80,7 +80,7 @@ private:
         } else if (name == L"idle") {
             TakeIdleTime();
         } else if (name == L"updatereports") {
-            TakeValue(L"the value of /UpdateReports", m_line.updateReports);
+            TakeUpdateReports();
         } else if (name == L"list") {
             m_line.task = CommandLine::Task::List;
             TakeValue(L"the project file of --list", m_line.project);
@@ -97,6 +97,13 @@ private:
             TakeBox();
         } else if (name != L"help" && name != L"h" && name != L"?") {
             Fail(L"unknown argument " + argument);
+        }
+    }
+
+    void TakeUpdateReports() {
+        std::wstring text;
+        if (TakeValue(L"the value of /UpdateReports", text)) {
+            m_line.updateReports = kinora::programs::Utf8FromWide(text);
         }
     }
 
@@ -174,6 +181,9 @@ const wchar_t* UsageText() {
     return L"vantor-sim: simulator of the QUORIX Vantor Desktop\n"
            L"  vantor-sim /RegServer [/Default]        register; /Default takes the desktop's own ProgID if it is "
            L"free\n"
+           L"                                          also registers vantor-sim-inprocess.dll beside it, which lives "
+           L"in\n"
+           L"                                          its client's process\n"
            L"  vantor-sim /UnregServer                 take the registration back\n"
            L"  vantor-sim -Embedding [/Idle SECONDS] [/UpdateReports VALUE]\n"
            L"                                          serve clients (the system starts it so)\n"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulator/analysis/FieldExport.h"
+#include "simulator/automation/DesktopSetup.h"
 
 #include <chrono>
 #include <string>
@@ -20,7 +21,7 @@ struct CommandLine {
     /// Serve: how long the server stays without clients.
     std::chrono::seconds idleTime{300};
     /// Serve: value of the desktop option.
-    std::wstring updateReports = L"Automatically";
+    std::string updateReports = usualUpdateReports;
     /// List, ExportFields: the project file.
     std::wstring project;
     /// List: all rows of a long history.

@@ -48,10 +48,10 @@ HRESULT Raise(EXCEPINFO* exception, const DesktopError& error) {
 /// IDispatch over one object of the scripting interface.
 class DispatchObject final : public ComObject<IDispatch, IID_IDispatch>, private ClientObject {
 public:
-    DispatchObject(Server& server, Value::Object object)
-        : m_server(server), m_object(std::move(object)), m_client(&m_object->ItsSession()) {
-        m_server.ItsLifetime().AddObject();
-        m_server.ItsClients().Add(m_client, this);
+    DispatchObject(std::shared_ptr<Server> server, Value::Object object)
+        : m_server(std::move(server)), m_object(std::move(object)), m_client(&m_object->ItsSession()) {
+        m_server->ItsLifetime().AddObject();
+        m_server->ItsClients().Add(m_client, this);
     }
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
@@ -118,13 +118,13 @@ public:
 
 private:
     ~DispatchObject() override {
-        m_server.ItsClients().Remove(m_client, this);
+        m_server->ItsClients().Remove(m_client, this);
         // What the object holds may be shared with a command that is running.
         {
-            const std::lock_guard<std::mutex> lock(m_server.CommandMutex());
+            const std::lock_guard<std::mutex> lock(m_server->CommandMutex());
             m_object.reset();
         }
-        m_server.ItsLifetime().RemoveObject();
+        m_server->ItsLifetime().RemoveObject();
     }
 
     bool TryAddRef() override { return AddRefUnlessEnding(); }
@@ -139,7 +139,7 @@ private:
         }
         Value value;
         {
-            const std::lock_guard<std::mutex> lock(m_server.CommandMutex());
+            const std::lock_guard<std::mutex> lock(m_server->CommandMutex());
             value = m_object->Invoke(method, arguments);
         }
         if (result) {
@@ -149,7 +149,8 @@ private:
         return S_OK;
     }
 
-    Server& m_server;
+    /// A desktop that has been quit lives on for those who still hold its objects.
+    std::shared_ptr<Server> m_server;
     Value::Object m_object;
     /// Identity of the session, for the registry of clients only.
     const void* m_client;
@@ -157,8 +158,8 @@ private:
 
 } // namespace
 
-IDispatch* MakeDispatchObject(Server& server, Value::Object object) {
-    return new DispatchObject(server, std::move(object));
+IDispatch* MakeDispatchObject(std::shared_ptr<Server> server, Value::Object object) {
+    return new DispatchObject(std::move(server), std::move(object));
 }
 
 } // namespace vantor::automation

@@ -4,8 +4,7 @@
 
 namespace vantor::automation {
 
-/// The dispatch face of an object of the scripting interface, which the server must outlive. The caller owns one
-/// reference.
-IDispatch* MakeDispatchObject(Server& server, commands::Value::Object object);
+/// The dispatch face of an object of the scripting interface, which keeps its server. The caller owns one reference.
+IDispatch* MakeDispatchObject(std::shared_ptr<Server> server, commands::Value::Object object);
 
 } // namespace vantor::automation

@@ -10,7 +10,7 @@ constexpr std::chrono::seconds patience(10);
 
 } // namespace
 
-Lifetime::Lifetime(std::chrono::seconds idleTime) : m_idleTime(std::max(idleTime, lingering)) {}
+Lifetime::Lifetime(std::optional<std::chrono::seconds> idleTime) : m_idleTime(idleTime) {}
 
 void Lifetime::AddObject() {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -39,7 +39,10 @@ bool Lifetime::MayLeave(Clock::time_point now) const {
     if (m_objects > 0) {
         return m_quitting && now - m_quitRequested >= patience;
     }
-    const auto wait = m_quitting ? lingering : m_idleTime;
+    if (!m_quitting && !m_idleTime) {
+        return false;
+    }
+    const auto wait = m_quitting ? lingering : std::max(*m_idleTime, lingering);
     return now - m_lastRelease >= wait;
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <mutex>
+#include <optional>
 
 namespace vantor::automation {
 
@@ -13,8 +14,8 @@ public:
     using Clock = std::chrono::steady_clock;
 
     /// @param idleTime how long the server stays without clients; at least two seconds, so that a client that comes
-    ///                 right after another finds it.
-    explicit Lifetime(std::chrono::seconds idleTime);
+    ///                 right after another finds it. None: until it is to quit.
+    explicit Lifetime(std::optional<std::chrono::seconds> idleTime);
 
     void AddObject();
     void RemoveObject();
@@ -28,7 +29,7 @@ public:
     bool MayLeave(Clock::time_point now) const;
 
 private:
-    const std::chrono::seconds m_idleTime;
+    const std::optional<std::chrono::seconds> m_idleTime;
     mutable std::mutex m_mutex;
     int m_objects = 0;
     bool m_quitting = false;

@@ -2,11 +2,14 @@
 #include "programs/Utf.h"
 #include "simulator/analysis/FieldExport.h"
 #include "simulator/automation/ClassFactory.h"
+#include "simulator/automation/ClassIds.h"
+#include "simulator/automation/ClientProcess.h"
 #include "simulator/automation/CommandLine.h"
+#include "simulator/automation/DesktopSetup.h"
 #include "simulator/automation/Registration.h"
+#include "simulator/automation/Server.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
-#include "simulator/model/Materials.h"
 #include "simulator/model/ProjectFile.h"
 #include "simulator/model/ProjectListing.h"
 
@@ -16,7 +19,6 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <io.h>
 
 namespace {
@@ -31,46 +33,6 @@ void Print(DWORD handle, const std::wstring& text) {
     const std::string bytes = Utf8FromWide(text);
     DWORD written = 0;
     WriteFile(GetStdHandle(handle), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-}
-
-/// The value of an environment variable; empty when it is not set.
-std::wstring Environment(const wchar_t* name) {
-    const wchar_t* value = _wgetenv(name);
-    return value == nullptr ? std::wstring() : std::wstring(value);
-}
-
-/// The library with the user's materials.
-/// @throws model::DesktopError for a materials file that cannot be used.
-model::MaterialTable LoadLibrary() {
-    model::MaterialTable library = model::BuiltInMaterials();
-    const std::wstring file = Environment(L"VANTOR_SIM_MATERIALS");
-    if (!file.empty()) {
-        for (const auto& material : model::ReadMaterialsFile(file)) {
-            library[material.name] = material;
-        }
-    }
-    return library;
-}
-
-/// Gives a desktop its library. A materials file that cannot be used becomes a message that every client sees.
-void StockDesktop(model::Desktop& desktop) {
-    try {
-        desktop.library = LoadLibrary();
-    } catch (const model::DesktopError& error) {
-        desktop.library = model::BuiltInMaterials();
-        desktop.messages.Add(
-            {"", "", model::Severity::Error,
-             std::string("the materials file named by VANTOR_SIM_MATERIALS is not used: ") + error.what()});
-    }
-}
-
-std::shared_ptr<model::Desktop> MakeDesktop(const automation::CommandLine& line) {
-    auto desktop = std::make_shared<model::Desktop>();
-    StockDesktop(*desktop);
-    const std::wstring fromEnvironment = Environment(L"VANTOR_SIM_UPDATE_REPORTS");
-    const std::wstring& updateReports = fromEnvironment.empty() ? line.updateReports : fromEnvironment;
-    desktop->options[model::updateReportsKey] = Utf8FromWide(updateReports);
-    return desktop;
 }
 
 /// Keeps the factory's interface ready for calls. Wine otherwise readies it for every client anew, takes that back when
@@ -138,7 +100,7 @@ void WaitUntilDone(automation::Server& server, ClientDoor& door) {
                 return;
             }
         }
-        server.ItsClients().ReclaimDead();
+        automation::ReclaimDead(server.ItsClients());
         Sleep(100);
     }
 }
@@ -168,16 +130,21 @@ ExitStatus Serve(const automation::CommandLine& line) {
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
         return ExitStatus::Failed;
     }
-    automation::Server server(MakeDesktop(line), line.idleTime);
-    IClassFactory* factory = automation::MakeClassFactory(server);
+    const auto server = std::make_shared<automation::Server>(automation::SetUpDesktop(line.updateReports),
+                                                             line.idleTime, automation::WatchCallingProcess);
+    IClassFactory* factory = automation::MakeClassFactory([server] { return server->NewClient(); },
+                                                          [server](bool lock) {
+                                                              automation::Lifetime& lifetime = server->ItsLifetime();
+                                                              lock ? lifetime.AddObject() : lifetime.RemoveObject();
+                                                          });
     HRESULT status = S_OK;
     {
         ClientDoor door(factory);
         status = door.Status();
         // A client that launches right after another one's quit must not meet the leaving server.
-        server.OnQuit([&door] { door.Close(); });
+        server->OnQuit([&door] { door.Close(); });
         if (SUCCEEDED(status)) {
-            WaitUntilDone(server, door);
+            WaitUntilDone(*server, door);
         }
     }
     factory->Release();
@@ -191,7 +158,8 @@ void ExportActiveDesign(const automation::CommandLine& line) {
     if (!design) {
         throw model::DesktopError(model::ErrorCode::NoActiveDesign, "the project has no active design");
     }
-    model::WriteWholeFile(line.output, analysis::ExportFields(*project, LoadLibrary(), *design, line.grid));
+    model::WriteWholeFile(line.output,
+                          analysis::ExportFields(*project, automation::MaterialsLibrary(), *design, line.grid));
     Print(STD_OUTPUT_HANDLE, L"Wrote " + line.output + L"\n");
 }
 

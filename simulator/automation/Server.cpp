@@ -22,8 +22,10 @@ IDispatch* Server::NewClient() {
         return nullptr;
     }
     const commands::SessionPointer session = std::make_shared<ClientSession>(*this, m_desktop);
-    IDispatch* application = MakeDispatchObject(*this, commands::MakeApplication(session));
-    m_clients.Watch(session.get());
+    IDispatch* application = MakeDispatchObject(shared_from_this(), commands::MakeApplication(session));
+    if (m_watchCaller) {
+        m_clients.Watch(session.get(), m_watchCaller());
+    }
     return application;
 }
 

@@ -10,14 +10,21 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace vantor::automation {
 
-/// What all dispatch objects of one desktop share. Calls arrive on any thread and run one after the other.
-class Server {
+/// What all dispatch objects of one desktop share, and keep. Calls arrive on any thread and run one after the other.
+class Server : public std::enable_shared_from_this<Server> {
 public:
-    Server(std::shared_ptr<model::Desktop> desktop, std::chrono::seconds idleTime)
-        : m_desktop(std::move(desktop)), m_lifetime(idleTime) {}
+    /// Begins to watch the process that is calling.
+    using WatchCaller = std::function<Clients::HasEnded()>;
+
+    /// @param idleTime     how long the desktop stays without clients; none when only a client makes it leave
+    /// @param watchCaller  empty where all clients live in this process
+    explicit Server(std::shared_ptr<model::Desktop> desktop, std::optional<std::chrono::seconds> idleTime = {},
+                    WatchCaller watchCaller = {})
+        : m_desktop(std::move(desktop)), m_lifetime(idleTime), m_watchCaller(std::move(watchCaller)) {}
 
     Lifetime& ItsLifetime() { return m_lifetime; }
     Clients& ItsClients() { return m_clients; }
@@ -42,6 +49,7 @@ private:
     std::shared_ptr<model::Desktop> m_desktop;
     Lifetime m_lifetime;
     Clients m_clients;
+    const WatchCaller m_watchCaller;
     std::function<void()> m_onQuit;
     std::mutex m_commandMutex;
     /// Held while a client comes in, so that a quit counts it or keeps it out; taken after the command mutex.

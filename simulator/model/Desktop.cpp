@@ -81,4 +81,11 @@ std::shared_ptr<Project> Desktop::NewProject() {
     return project;
 }
 
+void Desktop::CloseProjects() {
+    for (const auto& project : projects) {
+        project->closed = true;
+    }
+    projects.clear();
+}
+
 } // namespace vantor::model

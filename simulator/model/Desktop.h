@@ -72,6 +72,9 @@ struct Desktop {
 
     /// A new, empty project with a name that no open project has: Project1, Project2, ...
     std::shared_ptr<Project> NewProject();
+
+    /// Closes all projects without saving.
+    void CloseProjects();
 };
 
 /// The desktop option that says when reports are refilled.

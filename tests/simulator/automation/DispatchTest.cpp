@@ -1,4 +1,3 @@
-#include "simulator/automation/ClassFactory.h"
 #include "simulator/automation/CommandLine.h"
 #include "simulator/automation/Server.h"
 #include "simulator/automation/VariantConversion.h"
@@ -21,12 +20,12 @@ protected:
     Dispatch() {
         world->library = model::BuiltInMaterials();
         world->options[model::updateReportsKey] = "Never";
-        const Object application(server.NewClient());
+        const Object application(server->NewClient());
         desktop = CallObject(application.Get(), L"GetAppDesktop", {});
     }
 
     std::shared_ptr<model::Desktop> world = std::make_shared<model::Desktop>();
-    automation::Server server{world, std::chrono::seconds(2)};
+    std::shared_ptr<automation::Server> server = std::make_shared<automation::Server>(world, std::chrono::seconds(2));
     Object desktop;
 };
 
@@ -95,20 +94,20 @@ TEST_F(Dispatch, GivesOneIdentityForUnknownAndDispatch) {
 TEST_F(Dispatch, CountsItsObjects) {
     using Clock = automation::Lifetime::Clock;
     const auto later = [] { return Clock::now() + std::chrono::minutes(5); };
-    EXPECT_FALSE(server.ItsLifetime().MayLeave(later()));
+    EXPECT_FALSE(server->ItsLifetime().MayLeave(later()));
     desktop = Object();
-    EXPECT_TRUE(server.ItsLifetime().MayLeave(later()));
-    EXPECT_FALSE(server.ItsLifetime().MayLeave(Clock::now() + std::chrono::seconds(1)));
+    EXPECT_TRUE(server->ItsLifetime().MayLeave(later()));
+    EXPECT_FALSE(server->ItsLifetime().MayLeave(Clock::now() + std::chrono::seconds(1)));
 }
 
 TEST_F(Dispatch, StaysWhenAClientQuitsWhileOthersUseIt) {
     using Clock = automation::Lifetime::Clock;
     int timesLeft = 0;
-    server.OnQuit([&] { ++timesLeft; });
-    const Object first(server.NewClient());
-    Object second(server.NewClient());
+    server->OnQuit([&] { ++timesLeft; });
+    const Object first(server->NewClient());
+    Object second(server->NewClient());
     Call(desktop.Get(), L"QuitApplication", {});
-    EXPECT_FALSE(server.ItsLifetime().MayLeave(Clock::now() + std::chrono::hours(1)));
+    EXPECT_FALSE(server->ItsLifetime().MayLeave(Clock::now() + std::chrono::hours(1)));
     second = Object();
     Call(desktop.Get(), L"QuitApplication", {});
     EXPECT_EQ(timesLeft, 0);
@@ -117,21 +116,21 @@ TEST_F(Dispatch, StaysWhenAClientQuitsWhileOthersUseIt) {
     EXPECT_EQ(messages[0].text, "QuitApplication: the desktop stays open, 2 other clients use it.");
     EXPECT_EQ(messages[1].text, "QuitApplication: the desktop stays open, 1 other client uses it.");
     EXPECT_EQ(messages[1].severity, model::Severity::Info);
-    EXPECT_NE(Object(server.NewClient()).Get(), nullptr) << "the door is open";
+    EXPECT_NE(Object(server->NewClient()).Get(), nullptr) << "the door is open";
 }
 
 TEST_F(Dispatch, LeavesAtTheQuitOfItsLastClientWhateverItHolds) {
     int timesLeft = 0;
-    server.OnQuit([&] { ++timesLeft; });
+    server->OnQuit([&] { ++timesLeft; });
     {
-        const Object other(server.NewClient());
+        const Object other(server->NewClient());
         Call(desktop.Get(), L"QuitApplication", {});
     }
     const Object project = CallObject(desktop.Get(), L"NewProject", {});
     Call(desktop.Get(), L"QuitApplication", {});
     EXPECT_EQ(timesLeft, 1);
-    EXPECT_TRUE(server.ItsLifetime().IsQuitting());
-    EXPECT_EQ(server.NewClient(), nullptr) << "the door is closed";
+    EXPECT_TRUE(server->ItsLifetime().IsQuitting());
+    EXPECT_EQ(server->NewClient(), nullptr) << "the door is closed";
 }
 
 TEST(Lifetime, LingersTwoSecondsAtLeastAndLeavesAfterAQuitRequest) {
@@ -149,6 +148,10 @@ TEST(Lifetime, LingersTwoSecondsAtLeastAndLeavesAfterAQuitRequest) {
     patient.RemoveObject();
     EXPECT_TRUE(patient.MayLeave(Clock::now() + 2100ms));
     EXPECT_FALSE(patient.MayLeave(Clock::now() + 1900ms));
+    automation::Lifetime endless(std::nullopt);
+    EXPECT_FALSE(endless.MayLeave(Clock::now() + 1000h));
+    endless.RequestQuit();
+    EXPECT_TRUE(endless.MayLeave(Clock::now() + 2100ms));
 }
 
 TEST(VariantConversion, FollowsReferences) {
