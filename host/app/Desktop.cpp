@@ -60,14 +60,29 @@ std::string BehindTrace(const std::string& version) {
     return target ? target : "";
 }
 
-/// The projects that are open; no object when the desktop cannot be asked.
-void AskForProjects(const std::string& version, Answer& projects) {
+/// The class of a version's desktop; that of nothing when there is none.
+CLSID ClassOf(const std::string& version) {
     const std::string asked = BehindTrace(version);
     const std::string progId = "Pellux.VantorDesktop" + (asked.empty() ? std::string() : "." + asked);
     CLSID classId = {};
+    return SUCCEEDED(CLSIDFromProgID(programs::WideFromUtf8(progId).c_str(), &classId)) ? classId : CLSID{};
+}
+
+/// Whether the desktop is one that this process has for itself.
+bool LivesInThisProcess(const CLSID& classId) {
+    IUnknown* classObject = nullptr;
+    if (FAILED(CoGetClassObject(classId, CLSCTX_INPROC_SERVER, nullptr, IID_IUnknown,
+                                reinterpret_cast<void**>(&classObject)))) {
+        return false;
+    }
+    classObject->Release();
+    return true;
+}
+
+/// The projects that are open; no object when the desktop cannot be asked.
+void AskForProjects(const CLSID& classId, Answer& projects) {
     Answer application;
-    if (FAILED(CLSIDFromProgID(programs::WideFromUtf8(progId).c_str(), &classId)) ||
-        FAILED(CoCreateInstance(classId, nullptr, CLSCTX_SERVER, IID_IDispatch,
+    if (FAILED(CoCreateInstance(classId, nullptr, CLSCTX_SERVER, IID_IDispatch,
                                 reinterpret_cast<void**>(&application.value.pdispVal)))) {
         return;
     }
@@ -86,17 +101,25 @@ long CountOf(const Answer& projects) {
 } // namespace
 
 bool HasOpenProjects(const std::string& version) {
+    const CLSID classId = ClassOf(version);
+    if (LivesInThisProcess(classId)) {
+        return false;
+    }
     Answer projects;
-    AskForProjects(version, projects);
+    AskForProjects(classId, projects);
     return CountOf(projects) > 0;
 }
 
 void CloseProjectOf(const std::filesystem::path& file, const std::string& version) {
+    const CLSID classId = ClassOf(version);
+    if (LivesInThisProcess(classId)) {
+        return;
+    }
     // The simulator takes up to a second to notice that a client has died, and until then keeps its projects for it.
     constexpr DWORD noticeMs = 1000;
     Sleep(noticeMs);
     Answer projects;
-    AskForProjects(version, projects);
+    AskForProjects(classId, projects);
     const long count = CountOf(projects);
     for (long i = 0; i < count; ++i) {
         VARIANT index = {};
