@@ -6,11 +6,14 @@
 
 #include <objbase.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace endtoend {
 namespace {
@@ -100,6 +103,22 @@ TEST_F(CouplingFiles, TheHostSaysWhereTheyAre) {
     EXPECT_THAT(s_output, testing::HasSubstr("step 20/20  1 s"));
 }
 
+TEST_F(CouplingFiles, AreTheSameWithTheSimulatorInTheHostsProcess) {
+    const ScratchFolder folder;
+    const Outcome outcome =
+        RunHost({CubeMagnets(), L"--out", folder.Path().wstring(), L"--desktop", L"SimulatorInProcess"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
+    EXPECT_EQ(Content(folder / "cube-magnets.reports/cube-magnets.coupling.csv"), Report("cube-magnets.coupling.csv"));
+    const std::string header = Lines(Content(*s_folder / "states.csv")).front();
+    EXPECT_EQ(Lines(Content(folder / "states.csv")).front(), header);
+    std::istringstream columns(header);
+    for (std::string column; std::getline(columns, column, ',');) {
+        SCOPED_TRACE(column);
+        ExpectNear(Column(folder / "states.csv", column), Column(*s_folder / "states.csv", column), 1e-12);
+    }
+}
+
 /// An operation that launches. The desktop of the run before may still be on its way out, as a user's may: then the
 /// launch is repeated, as every host should.
 bool Patiently(const std::function<bool()>& operation) {
@@ -150,6 +169,23 @@ TEST(SecondRun, TakesThePlaceOfAProjectThatAKilledRunHasLeftInTheDesktop) {
     const Outcome outcome = RunHost({CubeMagnets(), L"--out", folder.Path().wstring(), L"--steps", L"1"});
     EXPECT_THAT(outcome.output, testing::HasSubstr("Saving and closing the project\n"));
     EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
+}
+
+TEST(SecondRun, WaitsForNobodyWhereTheKilledRunsDesktopWentWithItsProcess) {
+    auto shortest = std::chrono::steady_clock::duration::max();
+    for (int run = 0; run < 3; ++run) {
+        const ScratchFolder folder;
+        std::ofstream(folder / "cube-magnets.vantor") << "what the killed run had saved";
+        std::ofstream(folder / "cube-magnets.state.json") << "{ \"step\": -1 }";
+        const auto start = std::chrono::steady_clock::now();
+        const Outcome outcome = RunHost(
+            {CubeMagnets(), L"--out", folder.Path().wstring(), L"--desktop", L"SimulatorInProcess", L"--steps", L"1"});
+        shortest = std::min(shortest, std::chrono::steady_clock::now() - start);
+        EXPECT_THAT(outcome.output, testing::HasSubstr("Saving and closing the project\n"));
+        EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
+    }
+    // A desktop in another process is given a second to notice the death of its client.
+    EXPECT_LT(shortest, std::chrono::seconds(1));
 }
 
 TEST(SecondRun, RefusesToReplaceAProjectUnlessToldTo) {

@@ -2,7 +2,6 @@
 // (scripts/make-examples computes the expected files).
 #include "tests/endtoend/Programs.h"
 
-#include <cmath>
 #include <gtest/gtest.h>
 
 namespace endtoend {
@@ -37,14 +36,7 @@ TEST_P(ExampleRun, GivesTheExpectedResult) {
     const std::vector<double> expected = Column(expectedFile, example.column);
     const std::vector<double> actual = Column(folder / example.states, example.column);
     EXPECT_EQ(Column(folder / example.states, "Time [s]").size(), expected.size());
-    ASSERT_EQ(actual.size(), expected.size());
-    double largest = 0.0;
-    for (const double value : expected) {
-        largest = std::fmax(largest, std::fabs(value));
-    }
-    for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_NEAR(actual[i], expected[i], example.tolerance * largest) << "step " << i;
-    }
+    ExpectNear(actual, expected, example.tolerance);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -157,6 +158,17 @@ std::vector<double> Column(const std::filesystem::path& file, const std::string&
         }
     }
     return values;
+}
+
+void ExpectNear(const std::vector<double>& actual, const std::vector<double>& expected, double tolerance) {
+    ASSERT_EQ(actual.size(), expected.size());
+    double largest = 0.0;
+    for (const double value : expected) {
+        largest = std::fmax(largest, std::fabs(value));
+    }
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(actual[i], expected[i], tolerance * largest) << "step " << i;
+    }
 }
 
 } // namespace endtoend

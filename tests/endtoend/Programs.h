@@ -43,4 +43,8 @@ std::vector<std::string> Lines(const std::string& text);
 /// One column of a comma-separated file by its header; fails the test when there is none.
 std::vector<double> Column(const std::filesystem::path& file, const std::string& header);
 
+/// Expects numbers beside as many others.
+/// @param tolerance  allowed deviation as a share of the largest expected one
+void ExpectNear(const std::vector<double>& actual, const std::vector<double>& expected, double tolerance);
+
 } // namespace endtoend

@@ -158,6 +158,23 @@ TEST_F(InProcessServer, KeepsItsProjectsForTheNextClientOfTheProcess) {
     EXPECT_EQ(ProjectCount(NewDesktop()), 1);
     QuitDesktop();
     EXPECT_EQ(ProjectCount(NewDesktop()), 0);
+    QuitDesktop();
+}
+
+TEST_F(InProcessServer, ReadsTheEnvironmentWhenADesktopBegins) {
+    const Apartment apartment(COINIT_APARTMENTTHREADED);
+    SetEnvironmentVariableW(L"VANTOR_SIM_UPDATE_REPORTS", L"On Completion");
+    SetEnvironmentVariableW(L"VANTOR_SIM_MATERIALS", L"C:\\no\\materials.json");
+    const Object desktop = NewDesktop();
+    SetEnvironmentVariableW(L"VANTOR_SIM_UPDATE_REPORTS", nullptr);
+    SetEnvironmentVariableW(L"VANTOR_SIM_MATERIALS", nullptr);
+    const Variant option = Call(desktop.Get(), L"GetRegistryString",
+                                {Text(L"Desktop\\Settings\\ProjectOptions\\Veltrix 3D\\UpdateReportsOnSolve")});
+    ASSERT_EQ(option.vt, VT_BSTR);
+    EXPECT_STREQ(option.bstrVal, L"On Completion");
+    EXPECT_THAT(Messages(desktop), testing::ElementsAre(testing::StartsWith(
+                                       L"the materials file named by VANTOR_SIM_MATERIALS is not used: ")));
+    Call(desktop.Get(), L"QuitApplication", {});
 }
 
 TEST_F(InProcessServer, ServesThreadsOfEitherKindAtOnce) {
