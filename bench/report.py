@@ -76,8 +76,8 @@ def plot(steps, target):
 def main():
     folder, page, target = map(pathlib.Path, sys.argv[1:])
     read = lambda name: json.loads((folder / f"{name}.json").read_text())
-    step, without_files, memory, peers, share = (
-        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share"))
+    step, without_files, memory, peers, share, in_process = (
+        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share", "inprocess"))
     history = step["history"]
     figures = {
         "step": step_table(step["step"], without_files["step"]),
@@ -89,6 +89,9 @@ def main():
         "peers-out-of-process": peer_table(peers["outOfProcess"]),
         "share": f"Share of the library in the time of a step with the simulator in its own process "
                  f"({share['bodies']} bodies, {share['steps']} steps): at most **{100 * share['share']:.1f} %**.",
+        "in-process": f"A step with the simulator in its own process takes **{in_process['ratio']:.0f}** times as long as "
+                      f"with the simulator in the host's ({in_process['bodies']} bodies, "
+                      f"{in_process['recordedSteps']} recorded steps).",
         "growth": growth_table(step["step"]),
     }
     fill(page, figures)

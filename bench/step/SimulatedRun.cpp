@@ -13,11 +13,11 @@ void Require(bool done, const char* what) {
 
 } // namespace
 
-SimulatedRun::SimulatedRun(const std::string& geometry)
-    : m_folder(std::filesystem::current_path() / "bench-simulated") {
+SimulatedRun::SimulatedRun(const std::string& geometry, const std::string& version)
+    : m_folder(std::filesystem::current_path() / ("bench-" + version)) {
     std::filesystem::remove_all(m_folder);
     std::filesystem::create_directory(m_folder);
-    Require(_putenv("KINORA_VELTRIX_VTDK_VERSION=Simulator") == 0, "setting the desktop version");
+    Require(_putenv(("KINORA_VELTRIX_VTDK_VERSION=" + version).c_str()) == 0, "setting the desktop version");
     m_bodies[0].transform.name = "lower";
     m_bodies[0].objects = {"lower_magnet"};
     m_bodies[1].transform.name = "upper";

@@ -6,11 +6,12 @@
 #include <string>
 #include <vector>
 
-/// A run on the simulator, in its own process: two cube magnets, "lower" and "upper", of which the upper one moves.
+/// A run on the simulator: two cube magnets, "lower" and "upper", of which the upper one moves.
 class SimulatedRun {
 public:
     /// @param geometry  examples/cube-magnets/cube-magnets.obj
-    explicit SimulatedRun(const std::string& geometry);
+    /// @param version   of the desktop: "Simulator" for one in its own process, "SimulatorInProcess" for one in this
+    explicit SimulatedRun(const std::string& geometry, const std::string& version = "Simulator");
     ~SimulatedRun();
     SimulatedRun(const SimulatedRun&) = delete;
     SimulatedRun& operator=(const SimulatedRun&) = delete;
