@@ -4,7 +4,6 @@
 #include "simulator/model/Text.h"
 
 #include <fstream>
-#include <iterator>
 
 namespace vantor::model {
 
@@ -21,8 +20,13 @@ std::string ReadWholeFile(const std::filesystem::path& path) {
     if (!std::filesystem::is_regular_file(path, ignored)) {
         throw DesktopError(ErrorCode::ReadFile, "there is no file " + Quoted(Utf8(path)));
     }
-    std::ifstream stream(path, std::ios::binary);
-    std::string content((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    // As one piece: a stream's own buffer may be so small that each fill of it costs more than the parsing of its text.
+    std::ifstream stream(path, std::ios::binary | std::ios::ate);
+    std::string content(stream ? static_cast<std::size_t>(stream.tellg()) : 0, '\0');
+    stream.seekg(0);
+    stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+    // A file that has been cut meanwhile ends early.
+    content.resize(static_cast<std::size_t>(stream.gcount()));
     if (!stream.is_open() || stream.bad()) {
         throw DesktopError(ErrorCode::ReadFile, "the file " + Quoted(Utf8(path)) + " cannot be read");
     }

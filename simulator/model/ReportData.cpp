@@ -4,6 +4,8 @@
 #include "simulator/model/Files.h"
 #include "simulator/model/Text.h"
 
+#include <algorithm>
+
 namespace vantor::model {
 namespace {
 
@@ -33,7 +35,7 @@ Label ParseLabel(const std::string& field, const std::string& fileName) {
     return label;
 }
 
-std::vector<Trace> TracesOfLabels(const std::string& line, const std::string& fileName) {
+std::vector<Trace> TracesOfLabels(std::string_view line, const std::string& fileName) {
     const auto fields = Split(line, ',');
     if (fields.size() < 2) {
         Fail(fileName, 1, "at least two labelled columns are needed");
@@ -50,19 +52,28 @@ std::vector<Trace> TracesOfLabels(const std::string& line, const std::string& fi
     return traces;
 }
 
-void AddPoints(std::vector<Trace>& traces, const std::string& line, const std::string& fileName, std::size_t number) {
-    const auto fields = Split(line, ',');
-    if (fields.size() != traces.size() + 1) {
+/// Takes the text up to a separator off its front, with the separator; all of it when there is none.
+std::string_view TakeField(std::string_view& text, char separator) {
+    const auto end = text.find(separator);
+    const std::string_view field = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    return field;
+}
+
+/// @param values  room for the line's numbers, used again for every line
+void AddPoints(std::vector<Trace>& traces, std::string_view line, std::vector<double>& values,
+               const std::string& fileName, std::size_t number) {
+    const auto fields = static_cast<std::size_t>(std::count(line.begin(), line.end(), ',')) + 1;
+    if (fields != traces.size() + 1) {
         Fail(fileName, number,
-             std::to_string(traces.size() + 1) + " fields are needed, here are " + std::to_string(fields.size()));
+             std::to_string(traces.size() + 1) + " fields are needed, here are " + std::to_string(fields));
     }
-    std::vector<double> values;
-    for (const auto& field : fields) {
-        double value = 0.0;
+    values.resize(fields);
+    for (double& value : values) {
+        const std::string_view field = TakeField(line, ',');
         if (!ParseNumber(Trim(field), value)) {
             Fail(fileName, number, "not a finite number: " + Quoted(field));
         }
-        values.push_back(value);
     }
     for (std::size_t i = 0; i < traces.size(); ++i) {
         traces[i].x.push_back(values[0]);
@@ -73,14 +84,17 @@ void AddPoints(std::vector<Trace>& traces, const std::string& line, const std::s
 } // namespace
 
 std::vector<Trace> ReadTraces(const std::string& text, const std::string& fileName) {
-    const auto lines = Split(text, '\n');
-    if (Trim(lines[0]).empty()) {
+    std::string_view rest = text;
+    const std::string_view labels = TakeField(rest, '\n');
+    if (Trim(labels).empty()) {
         Fail(fileName, 1, "the column labels are missing");
     }
-    std::vector<Trace> traces = TracesOfLabels(lines[0], fileName);
-    for (std::size_t i = 1; i < lines.size(); ++i) {
-        if (!Trim(lines[i]).empty()) {
-            AddPoints(traces, lines[i], fileName, i + 1);
+    std::vector<Trace> traces = TracesOfLabels(labels, fileName);
+    std::vector<double> values;
+    for (std::size_t number = 2; !rest.empty(); ++number) {
+        const std::string_view line = TakeField(rest, '\n');
+        if (!Trim(line).empty()) {
+            AddPoints(traces, line, values, fileName, number);
         }
     }
     return traces;
