@@ -224,6 +224,15 @@ std::size_t Refinement::Cost(const Term& term) const {
     return Evaluations(term) * other.edges.size();
 }
 
+unsigned Refinement::ThreadsFor(std::size_t cost) const {
+    if (cost < workForThreads) {
+        return 1;
+    }
+    // Asked only where it matters: the answer takes as long as a small pass.
+    return m_options.threads > 0 ? static_cast<unsigned>(m_options.threads)
+                                 : std::max(1u, std::thread::hardware_concurrency());
+}
+
 Pass Refinement::Evaluate() {
     Pass pass;
     pass.number = ++m_pass;
@@ -232,10 +241,7 @@ Pass Refinement::Evaluate() {
         pass.evaluations += Evaluations(m_terms[i]);
         cost += Cost(m_terms[i]);
     }
-    const unsigned available = std::max(1u, std::thread::hardware_concurrency());
-    const unsigned wanted = m_options.threads > 0 ? static_cast<unsigned>(m_options.threads) : available;
-    const unsigned threads = cost < workForThreads ? 1u : wanted;
-    ForRanges(m_terms.size() - m_evaluated, threads, [this](std::size_t begin, std::size_t end) {
+    ForRanges(m_terms.size() - m_evaluated, ThreadsFor(cost), [this](std::size_t begin, std::size_t end) {
         for (std::size_t i = m_evaluated + begin; i < m_evaluated + end; ++i) {
             m_terms[i].interaction = Evaluated(m_terms[i]);
         }

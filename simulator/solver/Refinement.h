@@ -70,6 +70,7 @@ private:
     Interaction Evaluated(const Term& term) const;
     Interaction EvaluatedFarFaces(const Term& term) const;
     std::size_t Cost(const Term& term) const;
+    unsigned ThreadsFor(std::size_t cost) const;
     std::size_t Evaluations(const Term& term) const;
     void SumUp();
     double PercentError() const;
