@@ -84,7 +84,9 @@ HRESULT GetInProcessClassObject(REFCLSID classId, REFIID iid, void** result) {
         IClassFactory* factory = MakeClassFactory([] { return TheProcessDesktop().NewClient(); }, [](bool) {});
         const HRESULT status = factory->QueryInterface(iid, result);
         factory->Release();
-        isInUse = isInUse || SUCCEEDED(status);
+        if (SUCCEEDED(status)) {
+            isInUse = true;
+        }
         return status;
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;

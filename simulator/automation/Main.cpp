@@ -134,8 +134,11 @@ ExitStatus Serve(const automation::CommandLine& line) {
                                                              line.idleTime, automation::WatchCallingProcess);
     IClassFactory* factory = automation::MakeClassFactory([server] { return server->NewClient(); },
                                                           [server](bool lock) {
-                                                              automation::Lifetime& lifetime = server->ItsLifetime();
-                                                              lock ? lifetime.AddObject() : lifetime.RemoveObject();
+                                                              if (lock) {
+                                                                  server->ItsLifetime().AddObject();
+                                                              } else {
+                                                                  server->ItsLifetime().RemoveObject();
+                                                              }
                                                           });
     HRESULT status = S_OK;
     {
