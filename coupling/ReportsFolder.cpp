@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr wchar_t separator = std::filesystem::path::preferred_separator;
+
 struct EndSearch {
     void operator()(HANDLE search) const noexcept { FindClose(search); }
 };
@@ -52,7 +54,7 @@ public:
 private:
     void DeleteContents(const std::wstring& folder) const {
         WIN32_FIND_DATAW entry;
-        const HANDLE handle = FindFirstFileW((folder + L"\\*").c_str(), &entry);
+        const HANDLE handle = FindFirstFileW((folder + separator + L"*").c_str(), &entry);
         if (handle == INVALID_HANDLE_VALUE) {
             Fail(folder, GetLastError());
         }
@@ -60,7 +62,7 @@ private:
         do {
             const std::wstring name = entry.cFileName;
             if (name != L"." && name != L"..") {
-                DeleteTree(folder + L"\\" + name, entry.dwFileAttributes);
+                DeleteTree(folder + separator + name, entry.dwFileAttributes);
             }
         } while (FindNextFileW(handle, &entry));
         if (GetLastError() != ERROR_NO_MORE_FILES) {

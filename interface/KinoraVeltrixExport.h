@@ -3,11 +3,12 @@
 /// @file
 /// The mark of exported names.
 
-/// Marks what the DLL exports; the library's own sources define KINORA_VELTRIX_EXPORTS. Nobody else needs a mark: a
-/// program reaches the DLL through its import library, and one that compiles the sources in, or is tested on another
-/// system against a coupling of its own, uses the same headers.
+/// Marks what the library exports. Its own sources define KINORA_VELTRIX_EXPORTS for the DLL; a program reaches that
+/// through its import library and needs no mark. On other systems the mark is the same for both.
 #if defined(_WIN32) && defined(KINORA_VELTRIX_EXPORTS)
 #define KINORA_VELTRIX_API __declspec(dllexport)
-#else
+#elif defined(_WIN32)
 #define KINORA_VELTRIX_API
+#else
+#define KINORA_VELTRIX_API __attribute__((visibility("default")))
 #endif

@@ -1,0 +1,61 @@
+#include <oleauto.h>
+
+#include <cstdint>
+#include <cstring>
+#include <cwchar>
+#include <limits>
+#include <new>
+
+namespace {
+
+/// What stands before the characters; they begin behind it, aligned.
+struct Head {
+    std::uint32_t unused;
+    std::uint32_t bytes;
+};
+
+constexpr std::size_t longest =
+    (std::numeric_limits<std::uint32_t>::max() - sizeof(Head)) / sizeof(OLECHAR) - 1; // and the closing zero
+
+Head* HeadOf(BSTR text) {
+    return reinterpret_cast<Head*>(text) - 1;
+}
+
+} // namespace
+
+BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
+    if (length > longest) {
+        return nullptr;
+    }
+    void* const memory = ::operator new(sizeof(Head) + (length + std::size_t{1}) * sizeof(OLECHAR), std::nothrow);
+    if (!memory) {
+        return nullptr;
+    }
+    Head* const head = new (memory) Head{0, static_cast<std::uint32_t>(length * sizeof(OLECHAR))};
+    const BSTR result = reinterpret_cast<BSTR>(head + 1);
+    if (text) {
+        std::wmemcpy(result, text, length);
+    } else {
+        std::wmemset(result, L'\0', length);
+    }
+    result[length] = L'\0';
+    return result;
+}
+
+BSTR SysAllocString(const OLECHAR* text) {
+    return text ? SysAllocStringLen(text, static_cast<UINT>(std::wcslen(text))) : nullptr;
+}
+
+void SysFreeString(BSTR text) {
+    if (text) {
+        ::operator delete(HeadOf(text));
+    }
+}
+
+UINT SysStringByteLen(BSTR text) {
+    return text ? HeadOf(text)->bytes : 0;
+}
+
+UINT SysStringLen(BSTR text) {
+    return SysStringByteLen(text) / sizeof(OLECHAR);
+}
