@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <objbase.h>
+#include <oleauto.h>
 
 #include <functional>
 #include <gtest/gtest.h>
