@@ -170,7 +170,13 @@ BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) {
 }
 
 BOOL DeleteFileW(LPCWSTR path) {
-    return Succeeded(unlink(Native(path).c_str()));
+    const std::string native = Native(path);
+    const DWORD attributes = AttributesOf(native);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
+        SetError(EPERM);
+        return FALSE;
+    }
+    return Succeeded(unlink(native.c_str()));
 }
 
 BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {

@@ -95,7 +95,7 @@ void PutUtf8(char32_t code, Target<char>& target) {
         return;
     }
     const unsigned following = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
-    const unsigned mark = 0xF00U >> following & 0xFFU;
+    const unsigned mark = 0xFF00U >> (following + 1) & 0xFFU;
     target.Put(static_cast<char>(mark | code >> 6 * following));
     for (unsigned left = following; left > 0; --left) {
         target.Put(static_cast<char>(0x80U | (code >> 6 * (left - 1) & 0x3FU)));
