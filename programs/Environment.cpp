@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <vector>
-#else
-#include <cstdlib>
 #endif
+
+#include <cstdlib>
 
 namespace kinora::programs {
 
@@ -26,6 +26,14 @@ std::string EnvironmentValue(const char* name) {
 #else
     const char* value = std::getenv(name);
     return value == nullptr ? std::string() : std::string(value);
+#endif
+}
+
+void SetEnvironmentValue(const char* name, const std::string& value) {
+#ifdef _WIN32
+    _putenv_s(name, value.c_str());
+#else
+    setenv(name, value.c_str(), 1);
 #endif
 }
 

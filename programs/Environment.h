@@ -8,4 +8,8 @@ namespace kinora::programs {
 /// set. Not while another thread changes the environment.
 std::string EnvironmentValue(const char* name);
 
+/// Sets an environment variable for this process, whose getenv gives the same bytes, and for those that it starts.
+/// @param value  in the system's narrow encoding
+void SetEnvironmentValue(const char* name, const std::string& value);
+
 } // namespace kinora::programs

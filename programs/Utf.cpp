@@ -24,9 +24,10 @@ std::wstring Widened(std::string_view text, UINT codePage) {
 } // namespace
 
 std::string Utf8FromWide(std::wstring_view text) {
-    // UTF-8 takes at most three bytes for each UTF-16 unit: short texts need no second pass.
-    char small[384];
-    if (text.size() > sizeof(small) / 3) {
+    // UTF-8 takes at most three bytes for each UTF-16 unit, four for a UTF-32 one: short texts need no second pass.
+    constexpr std::size_t mostBytes = sizeof(wchar_t) == 2 ? 3 : 4;
+    char small[128 * mostBytes];
+    if (text.size() > sizeof(small) / mostBytes) {
         return Narrowed(text, CP_UTF8, 0);
     }
     const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), small, sizeof(small),

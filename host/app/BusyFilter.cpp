@@ -1,24 +1,10 @@
 #include "host/app/BusyFilter.h"
 
-#include "scenario/Errors.h"
-
 #include <objbase.h>
 
-#include <fmt/format.h>
 #include <utility>
 
 namespace kinora::host {
-
-ComScope::ComScope() {
-    const HRESULT result = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    if (FAILED(result)) {
-        throw scenario::RunError(fmt::format("COM cannot be initialised ({:#x}).", static_cast<unsigned>(result)));
-    }
-}
-
-ComScope::~ComScope() {
-    CoUninitialize();
-}
 
 BusyFilter::BusyFilter(BusyWait wait) : m_wait(std::move(wait)) {
     // Without the filter a busy desktop fails calls at once; that is worse, but no reason to stop.

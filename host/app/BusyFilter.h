@@ -8,16 +8,6 @@
 
 namespace kinora::host {
 
-/// Initialises COM on the thread, single-threaded as the coupling does, and lets go of it at the end.
-class ComScope {
-public:
-    /// @throws RunError  COM cannot be initialised
-    ComScope();
-    ~ComScope();
-    ComScope(const ComScope&) = delete;
-    ComScope& operator=(const ComScope&) = delete;
-};
-
 /// Waits out a desktop that turns calls away, for as long as it lives. Needs a ComScope around it.
 class BusyFilter : private IMessageFilter {
 public:

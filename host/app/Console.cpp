@@ -1,37 +1,12 @@
 #include "host/app/Console.h"
 
+#include "host/app/Terminal.h"
 #include "host/core/RunText.h"
 
-#include <windows.h>
-
-#include <atomic>
 #include <cstdio>
 #include <fmt/format.h>
 
 namespace kinora::host {
-namespace {
-
-std::atomic<bool> interrupted{false};
-
-BOOL WINAPI OnConsoleEvent(DWORD event) {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
-        return FALSE;
-    }
-    // The first one is answered by the run itself, the second by the system.
-    return interrupted.exchange(true) ? FALSE : TRUE;
-}
-
-int TerminalWidth() {
-    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-    CONSOLE_SCREEN_BUFFER_INFO info = {};
-    DWORD mode = 0;
-    if (!GetConsoleMode(output, &mode) || !GetConsoleScreenBufferInfo(output, &info)) {
-        return 0;
-    }
-    return info.srWindow.Right - info.srWindow.Left;
-}
-
-} // namespace
 
 void Print(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
@@ -41,14 +16,6 @@ void Print(const std::string& text) {
 void PrintError(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);
-}
-
-void CatchInterrupts() {
-    SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
-}
-
-bool IsInterrupted() {
-    return interrupted;
 }
 
 Console::Console(const scenario::Scenario& scenario, Talk talk)

@@ -43,8 +43,4 @@ private:
 void Print(const std::string& text);
 void PrintError(const std::string& text);
 
-/// From now on Ctrl-C asks the run to stop after its step; pressed again it ends the program at once.
-void CatchInterrupts();
-bool IsInterrupted();
-
 } // namespace kinora::host

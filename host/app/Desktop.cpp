@@ -141,6 +141,15 @@ void CloseProjectOf(const std::filesystem::path& file, const std::string& versio
     }
 }
 
+#ifdef _WIN32
+
+std::vector<std::string> LaunchAdvice() {
+    return {"Check that the desktop is installed and has a licence.",
+            "Choose another version: \"desktop.version\" in the scenario, or the environment variable "
+            "KINORA_VELTRIX_VTDK_VERSION.",
+            "For the simulator: register it with \"vantor-sim /RegServer\" and choose the version \"Simulator\"."};
+}
+
 std::string LaunchHint() {
     const HMODULE system = GetModuleHandleW(L"ntdll.dll");
     if (!system || !GetProcAddress(system, "wine_get_version")) {
@@ -149,5 +158,19 @@ std::string LaunchHint() {
     return "Under Wine a desktop that died can keep the next one from starting: \"wineserver -k\" ends everything of "
            "this Wine prefix; then start again.";
 }
+
+#else
+
+std::vector<std::string> LaunchAdvice() {
+    return {"The only desktop on this system is the simulator, a part of the library: choose the version \"Simulator\" "
+            "(\"desktop.version\" in the scenario, --desktop, or the environment variable "
+            "KINORA_VELTRIX_VTDK_VERSION)."};
+}
+
+std::string LaunchHint() {
+    return {};
+}
+
+#endif
 
 } // namespace kinora::host

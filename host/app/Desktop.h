@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace kinora::host {
 
@@ -14,6 +15,9 @@ bool HasOpenProjects(const std::string& version);
 /// there, the desktop cannot be asked, or lives in this very process and so has been left nothing. Waits until what a
 /// dead process held is free. Needs a ComScope around it.
 void CloseProjectOf(const std::filesystem::path& file, const std::string& version);
+
+/// What to try when no desktop starts.
+std::vector<std::string> LaunchAdvice();
 
 /// What helps on this system when no desktop starts after one has died; empty for nothing.
 std::string LaunchHint();

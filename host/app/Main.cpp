@@ -1,19 +1,24 @@
 #include "programs/Main.h"
 
 #include "host/app/AnsiText.h"
-#include "host/app/BusyFilter.h"
+#include "host/app/ComScope.h"
 #include "host/app/CommandLine.h"
 #include "host/app/Console.h"
 #include "host/app/Desktop.h"
+#include "host/app/Terminal.h"
 #include "host/core/RunText.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
+#include "programs/Environment.h"
 #include "programs/Errors.h"
 #include "report/core/Report.h"
 #include "scenario/ScenarioReader.h"
 #include "scenario/Text.h"
 
-#include <cstdlib>
 #include <fmt/format.h>
+
+#ifdef _WIN32
+#include "host/app/BusyFilter.h"
+#endif
 
 namespace {
 
@@ -35,17 +40,14 @@ std::vector<NamedFile> FurtherOutputs(const CommandLine& arguments, const Scenar
 
 /// The command line wins over the environment; empty when both leave the choice to the scenario.
 std::string ChosenDesktop(const CommandLine& arguments) {
-    const char* fromEnvironment = std::getenv(versionVariable);
-    if (!arguments.desktopVersion.empty() || !fromEnvironment) {
-        return arguments.desktopVersion;
-    }
-    return fromEnvironment;
+    return arguments.desktopVersion.empty() ? kinora::programs::EnvironmentValue(versionVariable)
+                                            : arguments.desktopVersion;
 }
 
 Scenario Prepare(const CommandLine& arguments) {
     Scenario scenario = ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments));
     if (!scenario.desktop.version.empty()) {
-        _putenv_s(versionVariable, AnsiFromUtf8(scenario.desktop.version).c_str());
+        kinora::programs::SetEnvironmentValue(versionVariable, AnsiFromUtf8(scenario.desktop.version));
     }
     if (!arguments.outputFolder.empty()) {
         scenario.outputFolder = PathFromUtf8(arguments.outputFolder);
@@ -74,6 +76,7 @@ RunOptions OptionsFrom(const CommandLine& arguments, const Scenario& scenario) {
         CloseProjectOf(project, scenario.desktop.version);
     };
     options.isDesktopShared = [&scenario] { return HasOpenProjects(scenario.desktop.version); };
+    options.launchAdvice = LaunchAdvice();
     options.launchHint = LaunchHint();
     options.scriptErrorText = GetKinoraVeltrixScriptErrorText;
     return options;
@@ -109,12 +112,12 @@ void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, con
     Print(fmt::format("report        {}\n", Utf8FromPath(page)));
 }
 
-/// A DLL that another compiler made has the same names, and corrupts memory at the first text.
+/// A library that another compiler made has the same names, and corrupts memory at the first text.
 void RequireLibraryOfThisCompiler() {
     if (!IsKinoraVeltrixCompatible()) {
         throw kinora::programs::RunError(fmt::format(
-            "KinoraVeltrixCoupling.dll is of another build than this program: {} (the DLL), {} (the program). "
-            "Use the one that came with kinora-run.",
+            KINORA_LIBRARY_FILE " is of another build than this program: {} (the library), {} (the program). "
+                                "Use the one that came with kinora-run.",
             GetKinoraVeltrixBinaryInterface(), KINORA_VELTRIX_BINARY_INTERFACE));
     }
 }
@@ -124,8 +127,10 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     const RunOptions options = OptionsFrom(arguments, scenario);
     const ComScope com;
     Console console(scenario, arguments.talk);
+#ifdef _WIN32 // elsewhere the desktop lives in this process and is never busy
     const BusyFilter filter(
         BusyWait(scenario.desktop.busyTimeoutSeconds, [&](const std::string& text) { console.OnWarning(text); }));
+#endif
     CatchInterrupts();
     CoupledRun run(scenario, options, *GetKinoraVeltrixFactoryInterface(), console);
     const RunEnd end = run.Run();
@@ -173,6 +178,10 @@ ExitStatus ExecuteWords(std::vector<std::string> words) {
 
 } // namespace
 
+#ifdef _WIN32
 int wmain(int count, wchar_t** values) {
+#else
+int main(int count, char** values) {
+#endif
     return kinora::programs::RunMain(count, values, "the run", ExecuteWords);
 }

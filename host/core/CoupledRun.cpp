@@ -218,11 +218,7 @@ void CoupledRun::OpenModel() {
 }
 
 std::vector<std::string> CoupledRun::LaunchAdvice(bool isInstalled) const {
-    std::vector<std::string> advice = {
-        "Check that the desktop is installed and has a licence.",
-        "Choose another version: \"desktop.version\" in the scenario, or the environment variable "
-        "KINORA_VELTRIX_VTDK_VERSION.",
-        "For the simulator: register it with \"vantor-sim /RegServer\" and choose the version \"Simulator\"."};
+    std::vector<std::string> advice = m_options.launchAdvice;
     if (isInstalled && !m_options.launchHint.empty()) {
         advice.push_back(m_options.launchHint);
     }

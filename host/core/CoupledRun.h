@@ -66,6 +66,8 @@ struct RunOptions {
     std::function<void(const std::filesystem::path&)> closeLeftProject = [](const std::filesystem::path&) {};
     /// Asked at the end: whether projects of others are open in the desktop, which then is not quit.
     std::function<bool()> isDesktopShared = [] { return false; };
+    /// What to try when no desktop starts.
+    std::vector<std::string> launchAdvice;
     /// What may help on this system when no desktop starts after one has died; empty for nothing.
     std::string launchHint;
     /// Text of a script error code; null for an unknown one.

@@ -2,10 +2,9 @@
 
 #ifdef _WIN32
 #include <windows.h>
-#else
-#include <cstdlib>
 #endif
 
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 namespace {
@@ -22,6 +21,14 @@ TEST(Environment, GivesAValueAsUtf8AndNothingForAVariableThatIsNotSet) {
     unsetenv(name);
 #endif
     EXPECT_EQ(kinora::programs::EnvironmentValue(name), "");
+}
+
+TEST(Environment, TakesAValueForThisProcess) {
+    constexpr const char* name = "KINORA_TEST_SET_ENVIRONMENT";
+    kinora::programs::SetEnvironmentValue(name, "before");
+    kinora::programs::SetEnvironmentValue(name, "Simulator");
+    EXPECT_STREQ(std::getenv(name), "Simulator");
+    EXPECT_EQ(kinora::programs::EnvironmentValue(name), "Simulator");
 }
 
 } // namespace
