@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <system_error>
+#include <type_traits>
 
 namespace Text {
 namespace {
@@ -62,6 +63,24 @@ std::wstring Widened(std::string_view text, UINT codePage) {
     return wide;
 }
 
+template <class Native>
+std::wstring WideFromNative(const Native& text) {
+    if constexpr (std::is_same_v<Native, std::wstring>) {
+        return text;
+    } else {
+        return ToWide(text);
+    }
+}
+
+template <class Native>
+Native NativeFromWide(const std::wstring& text) {
+    if constexpr (std::is_same_v<Native, std::wstring>) {
+        return text;
+    } else {
+        return ToNarrow(text, CP_ACP);
+    }
+}
+
 } // namespace
 
 BSTR ToBstr(std::string_view text) {
@@ -99,7 +118,15 @@ std::string ToNarrow(std::wstring_view text, UINT codePage) {
 }
 
 std::filesystem::path ToFileSystemPath(std::string_view text) {
-    return Widened(text, AreFileApisANSI() ? CP_ACP : CP_OEMCP);
+    return ToPath(Widened(text, AreFileApisANSI() ? CP_ACP : CP_OEMCP));
+}
+
+std::wstring OfPath(const std::filesystem::path& path) {
+    return WideFromNative(path.native());
+}
+
+std::filesystem::path ToPath(const std::wstring& text) {
+    return NativeFromWide<std::filesystem::path::string_type>(text);
 }
 
 std::string Fixed(double number) {

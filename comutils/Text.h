@@ -29,6 +29,11 @@ std::string ToNarrow(std::wstring_view text, UINT codePage);
 /// A path made from a narrow string directly is that on some standard libraries only.
 std::filesystem::path ToFileSystemPath(std::string_view text);
 
+/// A path as wide text, and back. Paths are wide themselves on some systems only, and elsewhere the standard library's
+/// own conversions know seven-bit characters at most.
+std::wstring OfPath(const std::filesystem::path& path);
+std::filesystem::path ToPath(const std::wstring& text);
+
 /// C formatting "%f" (six decimals) in the "C" locale, whatever locale the host has set.
 std::string Fixed(double number);
 

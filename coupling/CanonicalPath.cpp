@@ -1,5 +1,7 @@
 #include "coupling/CanonicalPath.h"
 
+#include "comutils/Text.h"
+
 #include <windows.h>
 
 #include <memory>
@@ -17,8 +19,9 @@ using File = std::unique_ptr<void, CloseFile>;
 
 /// Opened for nothing but its name, so that nobody who holds the file is in the way. Folders need the flag.
 File Open(const std::filesystem::path& path) {
-    const HANDLE file = CreateFileW(path.wstring().c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE file =
+        CreateFileW(Text::OfPath(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         const std::error_code code(static_cast<int>(GetLastError()), std::system_category());
         throw std::filesystem::filesystem_error("canonical", path, code);
@@ -29,8 +32,8 @@ File Open(const std::filesystem::path& path) {
 /// What is left where a file system cannot tell what its files are called, as that of some network and memory drives.
 std::filesystem::path FullPath(const std::filesystem::path& path) {
     std::wstring name(longestPath, L'\0');
-    name.resize(GetFullPathNameW(path.wstring().c_str(), longestPath, name.data(), nullptr));
-    const std::filesystem::path full = name;
+    name.resize(GetFullPathNameW(Text::OfPath(path).c_str(), longestPath, name.data(), nullptr));
+    const std::filesystem::path full = Text::ToPath(name);
     return full.has_filename() ? full : full.parent_path();
 }
 
@@ -59,5 +62,5 @@ std::filesystem::path CanonicalPath(const std::filesystem::path& path) {
         return FullPath(path);
     }
     name.resize(length);
-    return WithoutPathMark(name);
+    return Text::ToPath(WithoutPathMark(name));
 }

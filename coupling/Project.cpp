@@ -25,7 +25,7 @@ std::filesystem::path Canonical(const std::string& path) {
 
 ProjectLocation LocationOf(const std::string& projectPath) {
     const std::filesystem::path path = Canonical(projectPath);
-    return {Text::ToNarrow(path.stem().wstring(), CP_UTF8), path.parent_path()};
+    return {Text::ToNarrow(Text::OfPath(path.stem()), CP_UTF8), path.parent_path()};
 }
 
 /// The names differ in encoding on purpose: one with other than ASCII characters never matches, and its file is opened

@@ -38,6 +38,18 @@ HRESULT CoInitializeEx(void* reserved, DWORD model) {
     return apartment.count++ == 0 ? S_OK : S_FALSE;
 }
 
+HRESULT CoGetApartmentType(APTTYPE* type, APTTYPEQUALIFIER* qualifier) {
+    if (!type || !qualifier) {
+        return E_INVALIDARG;
+    }
+    if (!platform::HasApartment()) {
+        return CO_E_NOTINITIALIZED;
+    }
+    *type = apartment.model == COINIT_MULTITHREADED ? APTTYPE_MTA : APTTYPE_STA;
+    *qualifier = APTTYPEQUALIFIER_NONE;
+    return S_OK;
+}
+
 void CoUninitialize() {
     if (apartment.count > 0) {
         --apartment.count;

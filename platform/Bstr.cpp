@@ -1,3 +1,5 @@
+#include "platform/Memory.h"
+
 #include <oleauto.h>
 
 #include <cstdint>
@@ -27,7 +29,7 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
     if (length > longest) {
         return nullptr;
     }
-    void* const memory = ::operator new(sizeof(Head) + (length + std::size_t{1}) * sizeof(OLECHAR), std::nothrow);
+    void* const memory = platform::Allocate(sizeof(Head) + (length + std::size_t{1}) * sizeof(OLECHAR));
     if (!memory) {
         return nullptr;
     }
@@ -48,7 +50,7 @@ BSTR SysAllocString(const OLECHAR* text) {
 
 void SysFreeString(BSTR text) {
     if (text) {
-        ::operator delete(HeadOf(text));
+        platform::Free(HeadOf(text));
     }
 }
 

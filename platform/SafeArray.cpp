@@ -1,4 +1,5 @@
 #include "platform/Elements.h"
+#include "platform/Memory.h"
 
 #include <oleauto.h>
 
@@ -53,13 +54,13 @@ void* AllocateElements(const SAFEARRAY& array) {
         }
         bytes *= count;
     }
-    void* const memory = ::operator new(std::max<std::size_t>(bytes, 1), std::nothrow);
+    void* const memory = platform::Allocate(std::max<std::size_t>(bytes, 1));
     return memory ? std::memset(memory, 0, bytes) : nullptr;
 }
 
 SAFEARRAY* AllocateRecord(VARTYPE type, UINT rank) {
     const std::size_t further = (rank - std::size_t{1}) * sizeof(SAFEARRAYBOUND);
-    void* const memory = ::operator new(sizeof(Head) + sizeof(SAFEARRAY) + further, std::nothrow);
+    void* const memory = platform::Allocate(sizeof(Head) + sizeof(SAFEARRAY) + further);
     if (!memory) {
         return nullptr;
     }
@@ -72,8 +73,8 @@ SAFEARRAY* AllocateRecord(VARTYPE type, UINT rank) {
 }
 
 void FreeRecord(SAFEARRAY* array) {
-    ::operator delete(array->pvData);
-    ::operator delete(HeadOf(array));
+    platform::Free(array->pvData);
+    platform::Free(HeadOf(array));
 }
 
 BYTE* ElementAt(const SAFEARRAY& array, std::size_t place) {

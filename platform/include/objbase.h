@@ -15,6 +15,11 @@ inline constexpr DWORD COINIT_APARTMENTTHREADED = 0x2;
 HRESULT CoInitialize(void* reserved);
 HRESULT CoInitializeEx(void* reserved, DWORD model);
 void CoUninitialize();
+
+enum APTTYPE { APTTYPE_CURRENT = -1, APTTYPE_STA = 0, APTTYPE_MTA = 1 };
+enum APTTYPEQUALIFIER { APTTYPEQUALIFIER_NONE = 0, APTTYPEQUALIFIER_IMPLICIT_MTA = 1 };
+/// A thread without an apartment of its own has none, whatever the others have: APTTYPEQUALIFIER_NONE always.
+HRESULT CoGetApartmentType(APTTYPE* type, APTTYPEQUALIFIER* qualifier);
 /// @}
 
 /// @name Classes

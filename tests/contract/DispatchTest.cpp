@@ -119,7 +119,7 @@ TEST_F(Dispatch, EveryCallLooksTheNameUpAnew) {
 }
 
 TEST(CreateVariant, ConvertsFromTheAnsiCodePage) {
-    OwnedVariant text(CComUtils::CreateVariant("caf\xE9 \x80"));
+    OwnedVariant text(CComUtils::CreateVariant(ToAnsi(L"caf\x00E9 \x20AC")));
     EXPECT_STREQ(text.value.bstrVal, L"caf\x00E9 \x20AC");
 }
 
@@ -165,7 +165,7 @@ TEST(CreateVariantArray, OfNothingIsAnArrayWithoutElements) {
 
 TEST(ReadStringArray, ConvertsToTheAnsiCodePage) {
     OwnedVariant array(Texts({L"caf\x00E9", std::wstring(L"a\0b", 3)}));
-    EXPECT_THAT(CComUtils::ReadStringArray(array.value), ElementsAre("caf\xE9", std::string("a\0b", 3)));
+    EXPECT_THAT(CComUtils::ReadStringArray(array.value), ElementsAre(ToAnsi(L"caf\x00E9"), std::string("a\0b", 3)));
 }
 
 TEST(ReadStringArray, TakesOnlyTextsFromAMixedArray) {
@@ -382,7 +382,7 @@ TEST_F(Dispatch, FlagsAreMinusOneNeverOne) {
 
 TEST_F(Dispatch, NamesTravelThroughTheCodePageWithTheirZeros) {
     object.On("SetWCS", Nothing());
-    EXPECT_TRUE(CComUtils::CallSetWorkingCS(&object, std::string("caf\xE9\0\x80", 6)));
+    EXPECT_TRUE(CComUtils::CallSetWorkingCS(&object, ToAnsi(std::wstring(L"caf\x00E9\0\x20AC", 6))));
     const Value& name = world.Entries()[0].arguments[0].items[2];
     EXPECT_EQ(name.text, std::wstring(L"caf\x00E9\0\x20AC", 6));
 }

@@ -291,14 +291,18 @@ TEST(Launch, WithoutAVersionThePlainIdentifierIsUsed) {
     EXPECT_TRUE(coupling.ReleaseApplication());
 }
 
-/// Makes the variable exist with no text, which no function of the C library can: it cuts off the value in place.
+/// Makes the variable exist with no text. On Windows no function of the C library can: it cuts off the value in place.
 void EmptyTheVersion() {
+#ifdef _WIN32
     constexpr std::size_t nameLength = sizeof("KINORA_VELTRIX_VTDK_VERSION=") - 1;
     for (char** entry = _environ; *entry != nullptr; ++entry) {
         if (std::strncmp(*entry, "KINORA_VELTRIX_VTDK_VERSION=", nameLength) == 0) {
             (*entry)[nameLength] = '\0';
         }
     }
+#else
+    SetEnvironment("KINORA_VELTRIX_VTDK_VERSION", "");
+#endif
 }
 
 TEST(Launch, EmptyVersionGivesTheBaseAndALonePoint) {

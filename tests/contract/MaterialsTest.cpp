@@ -168,7 +168,7 @@ TEST_F(Modeler, UnitsAreSetWithoutRescaling) {
 }
 
 TEST_F(Modeler, ImportTakesTheMaterialsOfTheFile) {
-    EXPECT_TRUE(CComUtils::CallImport(&fake.editor, "C:\\geometry\\\xE9t\xE9.obj"));
+    EXPECT_TRUE(CComUtils::CallImport(&fake.editor, ToAnsi(L"C:\\geometry\\\x00E9t\x00E9.obj")));
     EXPECT_EQ(fake.world.Entries()[0].arguments[0].items[4].text, L"C:\\geometry\\\x00E9t\x00E9.obj");
     fake.world.ClearJournal();
     EXPECT_TRUE(CComUtils::CallImport(&fake.editor, "a.obj"));

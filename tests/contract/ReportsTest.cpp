@@ -344,7 +344,7 @@ TEST_F(Reports, DesktopSettingIsReadAsText) {
     EXPECT_EQ(CComUtils::CallGetRegistryString(&fake.desktop, "Desktop\\Settings\\A B"), "On Completion");
     EXPECT_TRANSCRIPT(fake.world, R"(desktop.GetRegistryString("Desktop\\Settings\\A B"))");
     fake.updateReports = L"caf\x00E9";
-    EXPECT_EQ(CComUtils::CallGetRegistryString(&fake.desktop, "k"), "caf\xE9");
+    EXPECT_EQ(CComUtils::CallGetRegistryString(&fake.desktop, "k"), ToAnsi(L"caf\x00E9"));
     for (const Answer& answer : {Fails(), Long(1), Nothing(), FailsWith(Text(L"Never"))}) {
         fake.desktop.On("GetRegistryString", answer);
         EXPECT_EQ(CComUtils::CallGetRegistryString(&fake.desktop, "k"), "");

@@ -5,6 +5,7 @@
 #include "tests/fault/WholeSession.h"
 #include "tests/support/MemoryGuard.h"
 #include "tests/support/OpenHandles.h"
+#include "tests/support/ThisProgram.h"
 
 #include <windows.h>
 
@@ -139,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(All, MemoryFaults, testing::ValuesIn(kinds),
 struct Balance {
     Balance(WholeSession& session)
         : texts(MemoryGuard::LiveBlocks()), blocks(CountingNew::LiveBlocks()), bytes(CountingNew::LiveBytes()),
-          references(session.Desktop().world.OutstandingReferences()), handles(OpenHandles(GetCurrentProcessId())) {}
+          references(session.Desktop().world.OutstandingReferences()), handles(OpenHandles(fake::ThisProcess())) {}
     std::size_t texts;
     std::size_t blocks;
     std::size_t bytes;

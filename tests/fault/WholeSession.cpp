@@ -1,10 +1,9 @@
 #include "tests/fault/WholeSession.h"
 
-#include <windows.h>
-
 #include <objbase.h>
 
 #include <algorithm>
+#include <filesystem>
 
 using Group = IKinoraVeltrixInterface::Group;
 using Material = IKinoraVeltrixInterface::Material;
@@ -38,9 +37,10 @@ void FillDesktop(fake::FakeDesktop& desktop, int bodies) {
 
 struct WholeSession::Shared {
     Shared() : version(fake::Registration::UniqueVersion().c_str()), registration(fake::Registration::UniqueProgId()) {
-        SetCurrentDirectoryW(folder.Path().c_str());
+        std::filesystem::current_path(folder.Path());
     }
-    ~Shared() { SetCurrentDirectoryW(L"C:\\"); }
+    /// No folder can go while somebody stands in it.
+    ~Shared() { std::filesystem::current_path(std::filesystem::temp_directory_path()); }
     fake::TestFolder folder;
     fake::VersionVariable version;
     fake::Registration registration;
@@ -77,7 +77,7 @@ void WholeSession::End() {
 void WholeSession::RestartDesktop() {
     m_desktops.push_back(std::make_unique<fake::FakeDesktop>());
     FillDesktop(Desktop(), m_size.bodies);
-    Desktop().projectFolder = Folder().Path() + L"\\";
+    Desktop().projectFolder = Folder().PathWithSeparator();
     Offer(&Desktop().application);
 }
 

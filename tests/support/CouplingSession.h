@@ -30,7 +30,7 @@ class CouplingSession {
 public:
     CouplingSession() : version(Registration::UniqueVersion().c_str()), registration(Registration::UniqueProgId()) {
         registration.Create(&fake.application);
-        fake.projectFolder = folder.Path() + L"\\";
+        fake.projectFolder = folder.PathWithSeparator();
     }
     ~CouplingSession() {
         fake.world.ClearFaults();

@@ -3,7 +3,6 @@
 #include "tests/support/FakeDesktop.h"
 
 #include "tests/support/MemoryGuard.h"
-#include "tests/support/OpenHandles.h"
 
 #include <array>
 #include <cmath>
@@ -219,27 +218,6 @@ TEST(FakeDesktop, RemembersVariablesThatWereCreated) {
     VariantClear(&copy);
     EXPECT_THAT(fake.variables, ElementsAre(L"SimTime"));
     fake.design.Release();
-}
-
-TEST(MemoryGuard, SeesAByteWrittenBehindABlockWhenTheHeapIsChecked) {
-    const char* const checks = std::getenv("WINEDEBUG");
-    if (!checks || !std::strstr(checks, "+heap")) {
-        GTEST_SKIP() << "the heap is checked in the tests of the preset mingw-debug only";
-    }
-    auto* const block = static_cast<volatile char*>(HeapAlloc(GetProcessHeap(), 0, 13));
-    const char behind = block[13];
-    block[13] = static_cast<char>(~behind);
-    EXPECT_FALSE(HeapValidate(GetProcessHeap(), 0, nullptr));
-    block[13] = behind;
-    EXPECT_TRUE(HeapFree(GetProcessHeap(), 0, const_cast<char*>(block)));
-}
-
-TEST(OpenHandles, CountsAnEventWhileItIsOpen) {
-    const std::size_t before = OpenHandles(GetCurrentProcessId());
-    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    EXPECT_EQ(OpenHandles(GetCurrentProcessId()), before + 1);
-    CloseHandle(event);
-    EXPECT_EQ(OpenHandles(GetCurrentProcessId()), before);
 }
 
 } // namespace

@@ -5,12 +5,17 @@
 #include <windows.h>
 
 #include <objbase.h>
+#include <objidl.h>
 #include <oleauto.h>
 
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <map>
 #include <mutex>
+#include <thread>
+
+#ifdef _WIN32
+#include <malloc.h>
+#endif
 
 namespace fake {
 namespace {
@@ -71,14 +76,14 @@ public:
         m_failing = number;
         m_count = 0;
     }
-    void Watch() { m_thread = GetCurrentThreadId(); }
+    void Watch() { m_thread = std::this_thread::get_id(); }
 
 private:
-    bool IsWatchedThread() const { return GetCurrentThreadId() == m_thread; }
+    bool IsWatchedThread() const { return std::this_thread::get_id() == m_thread; }
 
     std::mutex m_mutex;
     std::map<void*, std::size_t> m_blocks;
-    DWORD m_thread = 0;
+    std::thread::id m_thread;
     std::size_t m_size = 0;
     std::size_t m_count = 0;
     std::size_t m_failing = 0;
@@ -88,6 +93,27 @@ MallocSpy& Spy() {
     static MallocSpy& spy = *new MallocSpy; // must outlive everything that COM frees at exit
     return spy;
 }
+
+#ifdef _WIN32
+void CheckHeaps() {
+    EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr)) << "the process heap is damaged";
+    EXPECT_NE(_heapchk(), _HEAPBADNODE) << "the C runtime's heap is damaged";
+}
+
+void SwitchTextCacheOff() {
+    // Cached texts would bypass the spy.
+    using SetOaNoCacheFunction = void(WINAPI*)();
+    const HMODULE library = GetModuleHandleW(L"oleaut32.dll");
+    const FARPROC function = library == nullptr ? nullptr : GetProcAddress(library, "SetOaNoCache");
+    if (function) {
+        reinterpret_cast<SetOaNoCacheFunction>(reinterpret_cast<void*>(function))();
+    }
+}
+#else
+/// The sanitizers look at every block, and no text is cached.
+void CheckHeaps() {}
+void SwitchTextCacheOff() {}
+#endif
 
 bool blocksMayLive = false;
 
@@ -103,21 +129,10 @@ class Listener final : public testing::EmptyTestEventListener {
         if (!blocksMayLive && live > m_liveAtStart) {
             ADD_FAILURE() << live - m_liveAtStart << " BSTR, SAFEARRAY or task blocks leaked";
         }
-        EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr)) << "the process heap is damaged";
-        EXPECT_NE(_heapchk(), _HEAPBADNODE) << "the C runtime's heap is damaged";
+        CheckHeaps();
     }
     std::size_t m_liveAtStart = 0;
 };
-
-void SwitchTextCacheOff() {
-    // Cached texts would bypass the spy.
-    using SetOaNoCacheFunction = void(WINAPI*)();
-    const HMODULE library = GetModuleHandleW(L"oleaut32.dll");
-    const FARPROC function = library == nullptr ? nullptr : GetProcAddress(library, "SetOaNoCache");
-    if (function) {
-        reinterpret_cast<SetOaNoCacheFunction>(reinterpret_cast<void*>(function))();
-    }
-}
 
 const bool isInstalled = [] {
     SwitchTextCacheOff();

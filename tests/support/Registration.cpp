@@ -2,14 +2,8 @@
 
 #include "tests/support/ThisProgram.h"
 
-#include <windows.h>
-
-#include <objbase.h>
-#include <oleauto.h>
-
-#include <array>
+#include <algorithm>
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <vector>
 
 namespace fake {
@@ -17,18 +11,6 @@ namespace {
 
 constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
 std::vector<Registration*> registrations;
-
-std::wstring ClassIdText(const CLSID& classId) {
-    std::array<wchar_t, 40> text{};
-    StringFromGUID2(classId, text.data(), static_cast<int>(text.size()));
-    return text.data();
-}
-
-bool WriteKey(HKEY root, const std::wstring& key, const std::wstring& value, const wchar_t* name = nullptr) {
-    const auto size = static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t));
-    return RegSetKeyValueW(root, (L"Software\\Classes\\" + key).c_str(), name, REG_SZ, value.c_str(), size) ==
-           ERROR_SUCCESS;
-}
 
 } // namespace
 
@@ -51,63 +33,33 @@ public:
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 
-    static HRESULT Find(REFCLSID classId, REFIID iid, void** object) {
-        for (Registration* const registration : registrations) {
-            if (IsEqualCLSID(registration->m_classId, classId)) {
-                return Of(*registration).QueryInterface(iid, object);
-            }
-        }
-        return CLASS_E_CLASSNOTAVAILABLE;
-    }
-
 private:
     Registration* m_registration = nullptr;
 };
 
-Registration::Registration(const std::wstring& progId) : m_progId(progId) {
-    CoCreateGuid(&m_classId);
-    registrations.push_back(this);
-    // Per user where the system merges that into what it looks up, else for the machine.
-    for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-        if (Register(root)) {
-            m_root = root;
-            return;
+HRESULT FindClassObject(REFCLSID classId, REFIID iid, void** object) {
+    for (Registration* const registration : registrations) {
+        if (IsEqualCLSID(registration->ClassId(), classId)) {
+            return ClassFactory::Of(*registration).QueryInterface(iid, object);
         }
-        Unregister(root);
     }
-    ADD_FAILURE() << "cannot register a class for the test";
+    return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+Registration::Registration(const std::wstring& progId) : m_entry(progId) {
+    registrations.push_back(this);
 }
 
 Registration::~Registration() {
-    for (std::size_t index = 0; index < registrations.size(); ++index) {
-        if (registrations[index] == this) {
-            registrations.erase(registrations.begin() + static_cast<std::ptrdiff_t>(index));
-        }
-    }
-    if (m_root) {
-        Unregister(m_root);
-    }
-}
-
-bool Registration::Register(HKEY root) {
-    const std::wstring serverKey = L"CLSID\\" + ClassIdText(m_classId) + L"\\InprocServer32";
-    CLSID found{};
-    return WriteKey(root, m_progId + L"\\CLSID", ClassIdText(m_classId)) && WriteKey(root, serverKey, ThisProgram()) &&
-           WriteKey(root, serverKey, L"Both", L"ThreadingModel") && CLSIDFromProgID(m_progId.c_str(), &found) == S_OK &&
-           IsEqualCLSID(found, m_classId);
-}
-
-void Registration::Unregister(HKEY root) const {
-    RegDeleteTreeW(root, (L"Software\\Classes\\" + m_progId).c_str());
-    RegDeleteTreeW(root, (L"Software\\Classes\\CLSID\\" + ClassIdText(m_classId)).c_str());
+    registrations.erase(std::remove(registrations.begin(), registrations.end(), this), registrations.end());
 }
 
 std::string Registration::UniqueVersion() {
-    return "Test" + std::to_string(GetCurrentProcessId());
+    return "Test" + std::to_string(ThisProcess());
 }
 
 std::wstring Registration::UniqueProgId() {
-    return L"Pellux.VantorDesktop.Test" + std::to_wstring(GetCurrentProcessId());
+    return L"Pellux.VantorDesktop.Test" + std::to_wstring(ThisProcess());
 }
 
 HRESULT Registration::CreateInstance(IUnknown* outer, REFIID iid, void** object) {
@@ -122,17 +74,14 @@ HRESULT Registration::CreateInstance(IUnknown* outer, REFIID iid, void** object)
 
 VersionVariable::VersionVariable(const char* version) {
     const char* const before = std::getenv(versionVariable);
-    m_before = before == nullptr ? "" : before;
-    _putenv_s(versionVariable, !version ? "" : version);
+    if (before) {
+        m_before = before;
+    }
+    SetEnvironment(versionVariable, version);
 }
 
 VersionVariable::~VersionVariable() {
-    _putenv_s(versionVariable, m_before.c_str());
+    SetEnvironment(versionVariable, m_before ? m_before->c_str() : nullptr);
 }
 
 } // namespace fake
-
-/// Exported by exports.def: the test program is the in-process server of its own classes.
-STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, void** object) {
-    return fake::ClassFactory::Find(classId, iid, object);
-}

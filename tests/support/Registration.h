@@ -1,17 +1,17 @@
 #pragma once
 
-#include <windows.h>
+#include "tests/support/ClassEntry.h"
 
-#include <objbase.h>
 #include <oleauto.h>
 
+#include <optional>
 #include <string>
 
 namespace fake {
 
 /// Registers a class of this process under "Pellux.VantorDesktop." + version (the plain base for no version), so that a
-/// launch gets the object that the test names. The class lives in the test program itself, which is registered as its
-/// own in-process server, so a launch works on every thread. The registry is cleaned up at the end.
+/// launch gets the object that the test names. The class lives in the test program itself, so a launch works on every
+/// thread.
 class Registration {
 public:
     explicit Registration(const std::wstring& progId);
@@ -30,17 +30,14 @@ public:
     unsigned Creations() const { return m_creations; }
     /// False when a creation asked for something else than IDispatch of an object that stands alone.
     bool AskedForDispatchOnly() const { return m_askedForDispatchOnly; }
+    const CLSID& ClassId() const { return m_entry.ClassId(); }
 
 private:
     friend class ClassFactory;
 
     HRESULT CreateInstance(IUnknown* outer, REFIID iid, void** object);
-    bool Register(HKEY root);
-    void Unregister(HKEY root) const;
 
-    std::wstring m_progId;
-    CLSID m_classId{};
-    HKEY m_root = nullptr;
+    ClassEntry m_entry;
     IDispatch* m_application = nullptr;
     HRESULT m_refusal = S_OK;
     unsigned m_creations = 0;
@@ -56,7 +53,7 @@ public:
     VersionVariable& operator=(const VersionVariable&) = delete;
 
 private:
-    std::string m_before;
+    std::optional<std::string> m_before;
 };
 
 } // namespace fake

@@ -5,7 +5,8 @@
 
 namespace fake {
 
-/// A folder of its own for one test, removed with everything in it at the end. Paths are wide and use back slashes.
+/// A folder of its own for one test, removed with everything in it at the end. Paths are wide, with the system's own
+/// separators.
 class TestFolder {
 public:
     TestFolder();
@@ -15,7 +16,9 @@ public:
 
     /// Without a separator at its end.
     const std::wstring& Path() const { return m_path; }
-    std::wstring operator/(const std::wstring& name) const { return m_path + L"\\" + name; }
+    /// As the desktop gives its folders.
+    std::wstring PathWithSeparator() const;
+    std::wstring operator/(const std::wstring& name) const;
 
 protected:
     /// A folder that is there already; empty for none.

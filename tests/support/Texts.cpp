@@ -30,4 +30,12 @@ std::wstring FromAnsi(const std::string& text) {
     return Widen(text, CP_ACP);
 }
 
+std::filesystem::path ToPath(const std::wstring& text) {
+    return std::filesystem::u8path(ToUtf8(text));
+}
+
+std::wstring OfPath(const std::filesystem::path& path) {
+    return Widen(path.u8string(), CP_UTF8);
+}
+
 } // namespace fake

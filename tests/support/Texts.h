@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <filesystem>
 #include <string>
 
 namespace fake {
@@ -15,5 +16,9 @@ std::string ToUtf8(const std::wstring& text);
 /// UTF-16 to the system's ANSI code page, in which the library takes its texts.
 std::string ToAnsi(const std::wstring& text);
 std::wstring FromAnsi(const std::string& text);
+
+/// A wide text as a path, and back; the standard library's own conversions do that on Windows only.
+std::filesystem::path ToPath(const std::wstring& text);
+std::wstring OfPath(const std::filesystem::path& path);
 
 } // namespace fake

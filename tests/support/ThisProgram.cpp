@@ -1,20 +1,30 @@
 #include "tests/support/ThisProgram.h"
 
-#include <windows.h>
+#include "programs/ProgramFile.h"
+#include "tests/support/Texts.h"
 
-#include <array>
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <unistd.h>
+#endif
 
 namespace fake {
 
 std::wstring ThisProgram() {
-    std::array<wchar_t, 1024> path{};
-    GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    return path.data();
+    return OfPath(kinora::programs::ProgramFile());
 }
 
 std::wstring BesideThisProgram(const std::wstring& name) {
-    const std::wstring program = ThisProgram();
-    return program.substr(0, program.find_last_of(L'\\') + 1) + name;
+    return OfPath(kinora::programs::ProgramFile().parent_path() / ToPath(name));
+}
+
+unsigned long ThisProcess() {
+#ifdef _WIN32
+    return GetCurrentProcessId();
+#else
+    return static_cast<unsigned long>(getpid());
+#endif
 }
 
 } // namespace fake

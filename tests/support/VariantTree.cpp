@@ -108,6 +108,7 @@ void ReadArray(const VARIANT& variant, Value& value) {
     SafeArrayGetUBound(array, 1, &upperBound);
     const ArrayElements<unsigned char> elements(array);
     const unsigned char* element = elements.First();
+    value.items.reserve(static_cast<std::size_t>(std::int64_t{upperBound} - value.lowerBound + 1));
     for (LONG index = value.lowerBound; index <= upperBound; ++index, element += size) {
         value.items.push_back(
             Read(type == VT_VARIANT ? *reinterpret_cast<const VARIANT*>(element) : SeenAsVariant(element, size, type)));

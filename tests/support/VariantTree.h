@@ -25,7 +25,7 @@ struct Value {
     double real = 0.0;
     /// Arrays.
     std::vector<Value> items;
-    long lowerBound = 0;
+    LONG lowerBound = 0;
     unsigned dimensions = 1;
 };
 

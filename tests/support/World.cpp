@@ -20,7 +20,7 @@ BSTR MakeText(const std::wstring& text) {
     return SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
 }
 
-void FillItems(VARIANT& result, const std::vector<Answer>& items, long lowerBound) {
+void FillItems(VARIANT& result, const std::vector<Answer>& items, LONG lowerBound) {
     SAFEARRAY* const array = SafeArrayCreateVector(VT_VARIANT, lowerBound, static_cast<ULONG>(items.size()));
     const ArrayElements<VARIANT> elements(array);
     VARIANT* element = elements.First();
@@ -84,7 +84,7 @@ Answer Texts(const std::vector<std::wstring>& texts) {
     return Items(items);
 }
 
-Answer Items(const std::vector<Answer>& items, long lowerBound) {
+Answer Items(const std::vector<Answer>& items, LONG lowerBound) {
     return Filled([items, lowerBound](VARIANT& result) { FillItems(result, items, lowerBound); });
 }
 

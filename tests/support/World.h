@@ -26,7 +26,7 @@ Answer Text(const std::wstring& text);
 /// An array of VARIANTs that hold texts.
 Answer Texts(const std::vector<std::wstring>& texts);
 /// An array of VARIANTs with any contents; a lower bound other than 0 is possible.
-Answer Items(const std::vector<Answer>& items, long lowerBound = 0);
+Answer Items(const std::vector<Answer>& items, LONG lowerBound = 0);
 /// VT_ARRAY | VT_BSTR, which is not what a list of texts is in this interface.
 Answer TextArray(const std::vector<std::wstring>& texts);
 Answer Long(std::int32_t number);

@@ -1,7 +1,5 @@
 #include "coupling/CanonicalPath.h"
 
-#include <windows.h>
-
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -16,16 +14,8 @@ TEST(CanonicalPath, IsWrittenAsUsersWriteIt) {
     EXPECT_EQ(WithoutPathMark(L""), L"");
 }
 
-TEST(CanonicalPath, IsTheAbsoluteOneWhereTheSystemKnowsNoOther) {
-    const std::wstring name = L"\\\\.\\pipe\\kinora-" + std::to_wstring(GetCurrentProcessId());
-    const HANDLE pipe = CreateNamedPipeW(name.c_str(), PIPE_ACCESS_DUPLEX, 0, 1, 16, 16, 0, nullptr);
-    ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(CanonicalPath(name), name);
-    CloseHandle(pipe);
-}
-
 TEST(CanonicalPath, MissingPathsThrow) {
-    for (const wchar_t* const path : {L"", L"no such file", L"a?b", L"C:\\no such folder\\file"}) {
+    for (const wchar_t* const path : {L"", L"no such file", L"a?b", L"/no such folder/file"}) {
         EXPECT_THROW(CanonicalPath(path), std::filesystem::filesystem_error) << std::filesystem::path(path);
     }
     try {

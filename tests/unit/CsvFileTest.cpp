@@ -1,5 +1,7 @@
 #include "coupling/CsvFile.h"
 
+#include "tests/support/Texts.h"
+
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -17,14 +19,14 @@ protected:
     void SetUp() override { std::filesystem::remove(m_path); }
     void TearDown() override { std::filesystem::remove(m_path); }
 
-    const std::string m_name = "csv-file-test \xE9.csv";
-    const std::filesystem::path m_path = L"csv-file-test \u00E9.csv";
+    const std::string m_name = fake::ToAnsi(L"csv-file-test \u00E9.csv");
+    const std::filesystem::path m_path = fake::ToPath(L"csv-file-test \u00E9.csv");
 };
 
 } // namespace
 
 TEST_F(CsvFile, AFileThatCannotBeOpenedIsNoError) {
-    CCsvFile file("no-such-folder\\file.csv");
+    CCsvFile file("no-such-folder/file.csv");
     file << "text";
     file.EndLine();
     EXPECT_FALSE(file.IsOpen());

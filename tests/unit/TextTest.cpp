@@ -23,6 +23,12 @@ std::string General(double number) {
     return text;
 }
 
+#ifdef _WIN32
+constexpr UINT ansiCodePages[] = {874, 932, 936, 949, 950, 1250, 1251, 1252, 1253, 1254, 1255, 1256, 1257, 1258};
+#else
+constexpr UINT ansiCodePages[] = {CP_ACP};
+#endif
+
 struct DecimalComma : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
@@ -42,8 +48,7 @@ TEST(Text, WidensEveryByteAsTheAnsiCodePageDoes) {
 }
 
 TEST(Text, SevenBitCharactersAreThemselvesInEveryAnsiCodePage) {
-    for (const UINT codePage :
-         {874u, 932u, 936u, 949u, 950u, 1250u, 1251u, 1252u, 1253u, 1254u, 1255u, 1256u, 1257u, 1258u}) {
+    for (const UINT codePage : ansiCodePages) {
         for (int character = 0; character < 128; ++character) {
             const std::string narrow(1, static_cast<char>(character));
             const std::wstring wide(1, static_cast<wchar_t>(character));
@@ -53,18 +58,18 @@ TEST(Text, SevenBitCharactersAreThemselvesInEveryAnsiCodePage) {
     }
 }
 
-TEST(Text, ComesBackFromEveryByteOfTheAnsiCodePage) {
-    for (int value = 0; value < 256; ++value) {
-        const std::string text = "x" + std::string(1, static_cast<char>(value));
+TEST(Text, ComesBackFromEveryCharacterOfTheAnsiCodePage) {
+    for (wchar_t character = 0; character < 256; ++character) {
+        const std::string text = "x" + fake::ToAnsi(std::wstring(1, character));
         const BSTR bstr = Text::ToBstr(text);
-        EXPECT_EQ(Text::FromBstr(bstr), text) << "byte " << value;
+        EXPECT_EQ(Text::FromBstr(bstr), text) << "character " << static_cast<int>(character);
         SysFreeString(bstr);
     }
 }
 
 TEST(Text, KeepsEmbeddedZeros) {
-    const std::string text("a\0b\xE9\0", 5);
-    EXPECT_EQ(Widened(text), std::wstring(L"a\0b\u00E9\0", 5));
+    const std::wstring text(L"a\0b\u00E9\0", 5);
+    EXPECT_EQ(Widened(fake::ToAnsi(text)), text);
     const BSTR bstr = SysAllocStringLen(L"a\0b", 3);
     EXPECT_EQ(Text::FromBstr(bstr), std::string("a\0b", 3));
     SysFreeString(bstr);
@@ -78,13 +83,18 @@ TEST(Text, WritesUtf8WhereAsked) {
     EXPECT_EQ(Text::ToNarrow(L"\u00E9\u20AC", CP_UTF8), "\xC3\xA9\xE2\x82\xAC");
 }
 
+#ifdef _WIN32
 TEST(Text, CharactersOutsideTheCodePageAreReplaced) {
     EXPECT_EQ(Text::ToNarrow(L"a\u4E2Db", 1252), "a?b");
 }
+#endif
 
 TEST(Text, PathsAreNotTheFileLibrarysGuess) {
-    EXPECT_EQ(Text::ToFileSystemPath("C:/\xE9.txt").wstring(),
-              fake::Widen("C:/\xE9.txt", AreFileApisANSI() ? CP_ACP : CP_OEMCP));
+    const UINT codePage = AreFileApisANSI() ? CP_ACP : CP_OEMCP;
+    const std::string narrow = fake::Narrow(L"C:/\u00E9.txt", codePage);
+    EXPECT_EQ(Text::OfPath(Text::ToFileSystemPath(narrow)), L"C:/\u00E9.txt");
+    EXPECT_EQ(Text::ToFileSystemPath(narrow).u8string(), "C:/\xC3\xA9.txt");
+    EXPECT_EQ(Text::OfPath(Text::ToPath(L"\u03A9/\u20AC")), L"\u03A9/\u20AC");
 }
 
 TEST(Text, FixedHasSixDecimals) {
