@@ -12,4 +12,10 @@ inline constexpr CLSID simulatorClassId = {
 inline constexpr CLSID inProcessClassId = {
     0xcc02643d, 0x559f, 0x41eb, {0x8f, 0x1f, 0xed, 0x5c, 0x1a, 0x35, 0xef, 0x3c}};
 
+/// ProgID that a client reaches by selecting the version "Simulator".
+inline constexpr const wchar_t* simulatorProgId = L"Pellux.VantorDesktop.Simulator";
+
+/// ProgID of the simulator in its client's process: the version "SimulatorInProcess".
+inline constexpr const wchar_t* inProcessProgId = L"Pellux.VantorDesktop.SimulatorInProcess";
+
 } // namespace vantor::automation

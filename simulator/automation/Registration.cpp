@@ -1,7 +1,6 @@
 #include "simulator/automation/Registration.h"
 
 #include "programs/ProgramFile.h"
-#include "simulator/automation/ClassIds.h"
 
 namespace vantor::automation {
 namespace {

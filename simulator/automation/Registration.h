@@ -1,14 +1,9 @@
 #pragma once
 
 #include "programs/ClassRegistration.h"
+#include "simulator/automation/ClassIds.h"
 
 namespace vantor::automation {
-
-/// ProgID that a client reaches by selecting the version "Simulator".
-inline constexpr const wchar_t* simulatorProgId = L"Pellux.VantorDesktop.Simulator";
-
-/// ProgID of the simulator in its client's process: the version "SimulatorInProcess".
-inline constexpr const wchar_t* inProcessProgId = L"Pellux.VantorDesktop.SimulatorInProcess";
 
 /// The desktop's own ProgID, which the simulator takes only when nobody holds it.
 inline constexpr const wchar_t* desktopProgId = L"Pellux.VantorDesktop";
