@@ -62,6 +62,25 @@ TEST(Apartment, StaysOfItsKindUntilTheLastEnd) {
     });
 }
 
+TEST(Apartment, TellsItsKind) {
+    OnThreadOfItsOwn([] {
+        APTTYPE type = APTTYPE_CURRENT;
+        APTTYPEQUALIFIER qualifier = APTTYPEQUALIFIER_NONE;
+        EXPECT_EQ(CoGetApartmentType(&type, &qualifier), CO_E_NOTINITIALIZED);
+        EXPECT_EQ(CoInitializeEx(nullptr, COINIT_MULTITHREADED), S_OK);
+        EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
+        EXPECT_EQ(type, APTTYPE_MTA);
+        EXPECT_EQ(qualifier, APTTYPEQUALIFIER_NONE);
+        EXPECT_EQ(CoGetApartmentType(nullptr, &qualifier), E_INVALIDARG);
+        EXPECT_EQ(CoGetApartmentType(&type, nullptr), E_INVALIDARG);
+        CoUninitialize();
+        EXPECT_EQ(CoInitialize(nullptr), S_OK);
+        EXPECT_EQ(CoGetApartmentType(&type, &qualifier), S_OK);
+        EXPECT_NE(type, APTTYPE_MTA);
+        CoUninitialize();
+    });
+}
+
 TEST(Apartment, IsTheThreadsOwn) {
     OnThreadOfItsOwn([] {
         EXPECT_EQ(CoInitialize(nullptr), S_OK);

@@ -1,5 +1,5 @@
-// Conversion between wide and narrow texts, in UTF-8, which every platform has. A wide character has 16 bits on one and 32
-// on the other, so that the length of characters outside the basic plane differs.
+// Conversion between wide and narrow texts, in UTF-8, which every platform has. A wide character has 16 bits on one and
+// 32 on the other, so that the length of characters outside the basic plane differs.
 
 #include <windows.h>
 
