@@ -5,6 +5,7 @@
 #include "simulator/commands/ProjectObject.h"
 #include "simulator/commands/ScriptObject.h"
 #include "simulator/model/DesktopError.h"
+#include "tests/fuzz/InputBytes.h"
 
 #include <array>
 #include <cstdlib>
@@ -115,13 +116,10 @@ const std::vector<std::string> words = {
     "NAME:magnet_1T",
 };
 
-/// Takes the input apart.
-class ByteReader {
+/// Arguments from the input.
+class ByteReader : public InputBytes {
 public:
-    ByteReader(const unsigned char* data, std::size_t size) : m_data(data), m_size(size) {}
-
-    bool AtEnd() const { return m_next >= m_size; }
-    unsigned Byte() { return AtEnd() ? 0U : m_data[m_next++]; }
+    using InputBytes::InputBytes;
 
     Value Argument(int depth) {
         switch (Byte() % (depth > 5 ? 8U : 10U)) {
@@ -161,10 +159,6 @@ private:
         }
         return text;
     }
-
-    const unsigned char* m_data;
-    std::size_t m_size;
-    std::size_t m_next = 0;
 };
 
 Value::Object ObjectOf(const Value& value) {
