@@ -1,6 +1,7 @@
 #include "bench/step/SimulatedRun.h"
 
-#include <cstdlib>
+#include "programs/Environment.h"
+
 #include <stdexcept>
 
 namespace {
@@ -17,7 +18,7 @@ SimulatedRun::SimulatedRun(const std::string& geometry, const std::string& versi
     : m_folder(std::filesystem::current_path() / ("bench-" + version)) {
     std::filesystem::remove_all(m_folder);
     std::filesystem::create_directory(m_folder);
-    Require(_putenv(("KINORA_VELTRIX_VTDK_VERSION=" + version).c_str()) == 0, "setting the desktop version");
+    kinora::programs::SetEnvironmentValue("KINORA_VELTRIX_VTDK_VERSION", version);
     m_bodies[0].transform.name = "lower";
     m_bodies[0].objects = {"lower_magnet"};
     m_bodies[1].transform.name = "upper";
