@@ -5,6 +5,7 @@
 
 #include "coupling/KinoraVeltrixCoupling.h"
 #include "tests/fault/Interposer.h"
+#include "tests/fault/Sweep.h"
 #include "tests/support/CouplingSession.h"
 #include "tests/support/Processes.h"
 
@@ -181,29 +182,20 @@ protected:
 class DeathAtEveryCall : public Death, public testing::WithParamInterface<Moment> {};
 
 /// Every how many-th call is tried; all of them unless the variable says otherwise.
-std::size_t Stride() {
-    const char* const text = std::getenv("KINORA_DEATH_STRIDE");
-    return text == nullptr ? 1 : static_cast<std::size_t>(std::strtoul(text, nullptr, 10));
-}
-
-int Complaints() {
-    return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
-}
-
 TEST_P(DeathAtEveryCall, NeverHangsAnOperationAndLetsGo) {
     const std::vector<std::size_t> calls = CallsOfOperations();
     std::size_t injected = 0;
     std::size_t held = 0;
     std::size_t operation = 0;
-    for (std::size_t call = 1; call <= calls.back() && injected - held < 5; call += Stride()) {
+    for (std::size_t call = 1; call <= calls.back() && injected - held < 5; call += sweep::Stride()) {
         while (calls[operation] < call) {
             ++operation;
         }
         SCOPED_TRACE(testing::Message() << "call " << call << " of " << calls.back());
-        const int before = Complaints();
+        const int before = sweep::Complaints();
         DieAt(call, operation, GetParam());
         ++injected;
-        held += Complaints() == before ? 1U : 0U;
+        held += sweep::Complaints() == before ? 1U : 0U;
     }
     std::printf("%s: %zu deaths, %zu held\n", GetParam() == Moment::BeforeTheCall ? "before a call" : "during a call",
                 injected, held);
