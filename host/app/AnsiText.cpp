@@ -9,15 +9,23 @@
 
 namespace kinora::host {
 
+namespace {
+
+std::string NameOfCodePage() {
+    const unsigned codePage = GetACP();
+    return codePage == CP_UTF8 ? "UTF-8" : fmt::format("this system's code page {}", codePage);
+}
+
+} // namespace
+
 std::string AnsiFromUtf8(const std::string& text) {
-    const std::wstring wide = programs::WideFromUtf8(text);
-    std::string narrow = programs::AnsiFromWide(wide);
+    std::string narrow = programs::AnsiFromWide(programs::WideFromUtf8(text));
     // Checked by the way back: not every code page can report a replaced character.
-    if (programs::WideFromAnsi(narrow) != wide) {
+    if (Utf8FromAnsi(narrow) != text) {
         throw programs::InputError(
-            fmt::format("\"{}\" has characters that this system's code page {} lacks, and the coupling takes "
-                        "narrow text only; choose another name or folder.",
-                        text, GetACP()));
+            fmt::format("\"{}\" has characters that {} lacks, and the coupling takes narrow text "
+                        "only; choose another name or folder.",
+                        text, NameOfCodePage()));
     }
     return narrow;
 }

@@ -4,6 +4,7 @@
 #include "scenario/Text.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cwctype>
 #include <fmt/format.h>
 #include <fstream>
@@ -15,10 +16,16 @@ using namespace scenario;
 
 namespace {
 
-std::wstring LowerCase(const std::filesystem::path& path) {
-    std::wstring text = path.lexically_normal().wstring();
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](wchar_t letter) { return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(letter))); });
+/// Where paths are UTF-8, only the letters of ASCII.
+std::filesystem::path::string_type LowerCase(const std::filesystem::path& path) {
+    std::filesystem::path::string_type text = path.lexically_normal().native();
+    std::transform(text.begin(), text.end(), text.begin(), [](auto letter) {
+        if constexpr (sizeof(letter) == 1) {
+            return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+        } else {
+            return static_cast<wchar_t>(std::towlower(static_cast<wint_t>(letter)));
+        }
+    });
     return text;
 }
 

@@ -2,6 +2,8 @@
 // not do so yet, it lets such calls through).
 #include "host/app/BusyFilter.h"
 
+#include "host/app/ComScope.h"
+
 #include <windows.h>
 
 #include <objbase.h>

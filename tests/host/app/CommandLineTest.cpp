@@ -1,7 +1,5 @@
 #include "host/app/CommandLine.h"
 
-#include "host/app/AnsiText.h"
-#include "programs/Utf.h"
 #include "scenario/Errors.h"
 
 #include <gtest/gtest.h>
@@ -40,17 +38,6 @@ TEST(CommandLine, RefusesWhatItDoesNotKnow) {
     EXPECT_THROW(ReadCommandLine({"run.json", "--steps", "0"}), scenario::InputError);
     EXPECT_THROW(ReadCommandLine({"run.json", "--resume", "--overwrite"}), scenario::InputError);
     EXPECT_THROW(ReadCommandLine({"run.json", "-q", "-v"}), scenario::InputError);
-}
-
-TEST(AnsiText, GoesThereAndBack) {
-    EXPECT_EQ(Utf8FromAnsi(AnsiFromUtf8("C:/Spule 5/rotor")), "C:/Spule 5/rotor");
-    EXPECT_EQ(AnsiFromUtf8(""), "");
-    EXPECT_EQ(programs::Utf8FromWide(L"\u00e9\u65e5"), "\xc3\xa9\xe6\x97\xa5");
-}
-
-TEST(AnsiText, RefusesWhatTheCodePageLacks) {
-    // A character outside every ANSI code page.
-    EXPECT_THROW(AnsiFromUtf8("\xf0\x9f\xa7\xb2"), scenario::InputError);
 }
 
 } // namespace

@@ -63,6 +63,7 @@ TEST_F(RunFilesTest, NoFileOfARunIsOneThatItReads) {
 TEST_F(RunFilesTest, NoTwoFilesOfARunAreTheSame) {
     EXPECT_THAT(RefusalOfCsv("mine.vantor"), HasSubstr("the project and the states (csv)"));
     EXPECT_THAT(RefusalOfCsv("Mine.State.json"), HasSubstr("the state file and the states (csv)"));
+    EXPECT_THAT(RefusalOfCsv(std::filesystem::u8path("Mine.\u78c1.csv")), "");
     EXPECT_THAT(RefusalOfCsv("kinora-run.lock"), HasSubstr("the states (csv) and the lock"));
     m_scenario.csvFile = "page.html";
     EXPECT_THAT(Refusal({{"the report page", m_scenario.outputFolder / "page.html"}}),
