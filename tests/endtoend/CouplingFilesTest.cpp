@@ -1,16 +1,13 @@
 // What a run leaves behind: the coupling log, the report files and a project that opens again.
-#include "interface/IKinoraVeltrixInterface.h"
+#include "programs/Environment.h"
+#include "tests/endtoend/Patiently.h"
 #include "tests/endtoend/Programs.h"
 
 #include <windows.h>
 
 #include <objbase.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -21,16 +18,13 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-std::wstring CubeMagnets() {
-    return (Examples() / "cube-magnets" / "scenario.json").wstring();
-}
-
 /// One run of the cube magnets for all tests of this suite.
 class CouplingFiles : public testing::Test {
 protected:
     static void SetUpTestSuite() {
         s_folder = new ScratchFolder;
-        const Outcome outcome = RunHost({CubeMagnets(), L"--out", s_folder->Path().wstring()});
+        const std::filesystem::path scenario = Examples() / "cube-magnets/scenario.json";
+        const Outcome outcome = RunHost({scenario.u8string(), "--out", s_folder->Path().u8string()});
         ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
         s_output = outcome.output;
     }
@@ -63,7 +57,7 @@ TEST_F(CouplingFiles, LogHasItsHeaderAndOneLinePerStepWithWindowsLineEnds) {
         "Torque_lower_X,Torque_lower_Y,Torque_lower_Z,upper_X,upper_Y,upper_Z,upper_Phi,upper_Theta,upper_Psi,"
         "Force_upper_X,Force_upper_Y,Force_upper_Z,Torque_upper_X,Torque_upper_Y,Torque_upper_Z\r\n";
     ASSERT_THAT(log, StartsWith(header));
-    EXPECT_EQ(log.substr(log.size() - 2), "\r\n");
+    EXPECT_THAT(log, testing::EndsWith("\r\n"));
     const std::vector<std::string> lines = Lines(log);
     ASSERT_EQ(lines.size(), 22u);
     for (int step = 0; step <= 20; ++step) {
@@ -103,10 +97,12 @@ TEST_F(CouplingFiles, TheHostSaysWhereTheyAre) {
     EXPECT_THAT(s_output, testing::HasSubstr("step 20/20  1 s"));
 }
 
+#ifdef _WIN32
 TEST_F(CouplingFiles, AreTheSameWithTheSimulatorInTheHostsProcess) {
     const ScratchFolder folder;
+    const std::filesystem::path scenario = Examples() / "cube-magnets/scenario.json";
     const Outcome outcome =
-        RunHost({CubeMagnets(), L"--out", folder.Path().wstring(), L"--desktop", L"SimulatorInProcess"});
+        RunHost({scenario.u8string(), "--out", folder.Path().u8string(), "--desktop", "SimulatorInProcess"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
     EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
     EXPECT_EQ(Content(folder / "cube-magnets.reports/cube-magnets.coupling.csv"), Report("cube-magnets.coupling.csv"));
@@ -118,110 +114,22 @@ TEST_F(CouplingFiles, AreTheSameWithTheSimulatorInTheHostsProcess) {
         ExpectNear(Column(folder / "states.csv", column), Column(*s_folder / "states.csv", column), 1e-12);
     }
 }
-
-/// An operation that launches. The desktop of the run before may still be on its way out, as a user's may: then the
-/// launch is repeated, as every host should.
-bool Patiently(const std::function<bool()>& operation) {
-    for (int tries = 1;; ++tries) {
-        try {
-            return operation();
-        } catch (const LaunchDesktopExeption&) {
-            if (tries == 5) {
-                throw;
-            }
-            Sleep(1000);
-        }
-    }
-}
+#endif
 
 TEST_F(CouplingFiles, TheSavedProjectOpensAgain) {
     ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-    _putenv_s("KINORA_VELTRIX_VTDK_VERSION", "Simulator");
+    kinora::programs::SetEnvironmentValue("KINORA_VELTRIX_VTDK_VERSION", "Simulator");
     IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
     std::vector<std::string> designs;
     const std::string project = (*s_folder / "cube-magnets.vantor").u8string();
     EXPECT_TRUE(Patiently([&] { return coupling->GetVeltrixDesigns(project, designs); }));
     EXPECT_THAT(designs, ElementsAre("Veltrix3DDesign1"));
     EXPECT_TRUE(coupling->OpenProject(project, "Veltrix3DDesign1"));
-    // Another run leaves the desktop alone in which this project is open.
-    const ScratchFolder other;
-    const Outcome run = RunHost({CubeMagnets(), L"--out", other.Path().wstring(), L"--steps", L"1"});
-    EXPECT_THAT(run.output, testing::HasSubstr("The desktop stays open: other projects are open in it\n"));
     std::vector<std::string> messages;
     EXPECT_TRUE(coupling->GetMessages(messages, IKinoraVeltrixInterface::MessageSeverity::Error));
     EXPECT_TRUE(coupling->CloseProject());
     EXPECT_TRUE(coupling->QuitApplication());
     CoUninitialize();
-}
-
-TEST(SecondRun, TakesThePlaceOfAProjectThatAKilledRunHasLeftInTheDesktop) {
-    const ScratchFolder folder;
-    ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-    _putenv_s("KINORA_VELTRIX_VTDK_VERSION", "Simulator");
-    IKinoraVeltrixInterface* coupling = GetKinoraVeltrixFactoryInterface();
-    const std::string geometry = (Examples() / "cube-magnets" / "cube-magnets.obj").u8string();
-    ASSERT_TRUE(Patiently(
-        [&] { return coupling->CreateProject((folder / "cube-magnets.vantor").u8string(), geometry, "mm"); }));
-    EXPECT_TRUE(coupling->SaveProject());
-    EXPECT_TRUE(coupling->ReleaseApplication());
-    CoUninitialize();
-    std::ofstream(folder / "cube-magnets.state.json") << "{ \"step\": -1 }";
-    const Outcome outcome = RunHost({CubeMagnets(), L"--out", folder.Path().wstring(), L"--steps", L"1"});
-    EXPECT_THAT(outcome.output, testing::HasSubstr("Saving and closing the project\n"));
-    EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
-}
-
-TEST(SecondRun, WaitsForNobodyWhereTheKilledRunsDesktopWentWithItsProcess) {
-    auto shortest = std::chrono::steady_clock::duration::max();
-    for (int run = 0; run < 3; ++run) {
-        const ScratchFolder folder;
-        std::ofstream(folder / "cube-magnets.vantor") << "what the killed run had saved";
-        std::ofstream(folder / "cube-magnets.state.json") << "{ \"step\": -1 }";
-        const auto start = std::chrono::steady_clock::now();
-        const Outcome outcome = RunHost(
-            {CubeMagnets(), L"--out", folder.Path().wstring(), L"--desktop", L"SimulatorInProcess", L"--steps", L"1"});
-        shortest = std::min(shortest, std::chrono::steady_clock::now() - start);
-        EXPECT_THAT(outcome.output, testing::HasSubstr("Saving and closing the project\n"));
-        EXPECT_THAT(outcome.output, testing::Not(testing::HasSubstr("stays open")));
-    }
-    // A desktop in another process is given a second to notice the death of its client.
-    EXPECT_LT(shortest, std::chrono::seconds(1));
-}
-
-TEST(SecondRun, RefusesToReplaceAProjectUnlessToldTo) {
-    const ScratchFolder folder;
-    const std::filesystem::path scenario = folder / "scenario.json";
-    std::string text = Content(Examples() / "cube-magnets" / "scenario.json");
-    const std::string overwrite = ", \"overwrite\": true";
-    text.erase(text.find(overwrite), overwrite.size());
-    std::filesystem::copy_file(Examples() / "cube-magnets" / "cube-magnets.obj", folder / "cube-magnets.obj");
-    FILE* file = _wfopen(scenario.c_str(), L"wb");
-    ASSERT_NE(file, nullptr);
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::fclose(file);
-    EXPECT_EQ(RunHost({scenario.wstring(), L"--steps", L"2", L"-q"}).exitCode, 1);
-    const Outcome again = RunHost({scenario.wstring(), L"-q"});
-    EXPECT_EQ(again.exitCode, 2);
-    EXPECT_THAT(again.output, testing::HasSubstr("--overwrite replaces it"));
-    EXPECT_EQ(RunHost({scenario.wstring(), L"-q", L"--overwrite", L"--steps", L"2"}).exitCode, 1);
-}
-
-TEST(ResumedRun, GoesOnWhereTheInterruptedOneStopped) {
-    const ScratchFolder whole;
-    const ScratchFolder parts;
-    const std::wstring spring = (Examples() / "magnetic-spring" / "scenario.json").wstring();
-    ASSERT_EQ(RunHost({spring, L"--out", whole.Path().wstring(), L"-q"}).exitCode, 0);
-    const Outcome first = RunHost({spring, L"--out", parts.Path().wstring(), L"--steps", L"30"});
-    EXPECT_EQ(first.exitCode, 1);
-    EXPECT_THAT(first.output, testing::HasSubstr("--resume goes on with it"));
-    const Outcome second = RunHost({spring, L"--out", parts.Path().wstring(), L"--resume"});
-    ASSERT_EQ(second.exitCode, 0) << second.output;
-    EXPECT_THAT(second.output, testing::HasSubstr("step 30/80"));
-    EXPECT_EQ(Content(whole / "states.csv"), Content(parts / "states.csv"));
-    // The log goes on as well: one header, every time once.
-    const auto log = parts / "magnetic-spring.reports/magnetic-spring.coupling.csv";
-    EXPECT_EQ(Column(log, "SimTime"),
-              Column(whole / "magnetic-spring.reports/magnetic-spring.coupling.csv", "SimTime"));
 }
 
 } // namespace

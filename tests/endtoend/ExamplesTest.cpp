@@ -29,7 +29,7 @@ TEST_P(ExampleRun, GivesTheExpectedResult) {
     const Example& example = GetParam();
     const ScratchFolder folder;
     const std::filesystem::path scenario = Examples() / (std::string(example.scenario) + ".json");
-    const Outcome outcome = RunHost({scenario.wstring(), L"--out", folder.Path().wstring(), L"--quiet"});
+    const Outcome outcome = RunHost({scenario.u8string(), "--out", folder.Path().u8string(), "--quiet"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
 
     const std::filesystem::path expectedFile = Examples() / (std::string(example.scenario) + ".expected.csv");

@@ -1,8 +1,6 @@
 // The smallest host: its forces, and what it says when an operation fails.
+#include "programs/Environment.h"
 #include "tests/endtoend/Programs.h"
-#include "tests/support/ThisProgram.h"
-
-#include <windows.h>
 
 #include <cmath>
 #include <fstream>
@@ -18,15 +16,14 @@ using testing::StartsWith;
 
 class MinimalHost : public testing::Test {
 protected:
-    void SetUp() override { SetEnvironmentVariableW(L"KINORA_VELTRIX_VTDK_VERSION", L"Simulator"); }
-    void TearDown() override { SetEnvironmentVariableW(L"KINORA_VELTRIX_VTDK_VERSION", nullptr); }
+    void SetUp() override { kinora::programs::SetEnvironmentValue("KINORA_VELTRIX_VTDK_VERSION", "Simulator"); }
 
-    static Outcome Run(const std::vector<std::wstring>& arguments) {
-        return RunProgram(fake::BesideThisProgram(L"minimal-host.exe"), arguments);
+    static Outcome Run(const std::vector<std::string>& arguments) {
+        return RunProgram(ProgramBeside("minimal-host"), arguments);
     }
 
     Outcome RunWith(const std::filesystem::path& geometry) const {
-        return Run({(m_folder / "pull.vtdk").wstring(), geometry.wstring()});
+        return Run({(m_folder / "pull.vtdk").u8string(), geometry.u8string()});
     }
 
     ScratchFolder m_folder;

@@ -26,10 +26,12 @@ private:
     std::filesystem::path m_path;
 };
 
-/// Runs a program to its end.
-Outcome RunProgram(const std::filesystem::path& program, const std::vector<std::wstring>& arguments);
-/// The same for kinora-run.exe, which lies beside the test program.
-Outcome RunHost(const std::vector<std::wstring>& arguments);
+/// Runs a program to its end. Its arguments are UTF-8.
+Outcome RunProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments);
+/// One of the programs that lie beside the test program, by its name without the system's ending.
+std::filesystem::path ProgramBeside(const std::string& name);
+/// RunProgram for kinora-run.
+Outcome RunHost(const std::vector<std::string>& arguments);
 
 /// The examples' folder.
 std::filesystem::path Examples();
