@@ -1,0 +1,104 @@
+#!/usr/bin/env python3
+"""Compares the files of two runs. Usage: same_numbers.py FOLDER OTHER_FOLDER NAME. Prints a line of NAME and how much they differ;
+exit status 1 when that is too much.
+
+States may differ by 1e-12 of their column's largest value. A column that is zero but for roundoff (by symmetry, six orders and more
+below what has its unit) has no such value: there it is 1e-12 of the largest with its unit, and for a torque at least that of the
+largest force at a lever of a millimetre. In the coupling log and the reports, six digits, every cell must be the same text, but
+for such roundoff. Each run must have written the same files with the same lines.
+"""
+import csv
+import pathlib
+import re
+import sys
+
+ALLOWED = 1e-12
+ROUNDOFF = 1e-6
+
+
+class Table:
+    """A CSV file: its columns by their headers, cells as texts."""
+
+    def __init__(self, file):
+        with open(file, newline="") as stream:
+            header, *self.rows = csv.reader(stream)
+        self.columns = dict(zip(header, zip(*self.rows)))
+
+    def shape(self):
+        return list(self.columns), len(self.rows)
+
+    def largest(self, name):
+        return max((abs(float(cell)) for cell in self.columns[name] if cell), default=0.0)
+
+
+def unit_of(name):
+    return re.search(r"\[(.*)\]|$", name)[1]
+
+
+def scales_by_unit(states):
+    scales = {}
+    for name in states.columns:
+        scales[unit_of(name)] = max(scales.get(unit_of(name), 0.0), states.largest(name))
+    # One newton at a millimetre is one millinewton-metre.
+    scales["mN m"] = max(scales["mN m"], scales["N"])
+    return scales
+
+
+def states_difference(states, others, scales):
+    """The largest one, as a share of what it is measured by, its column and row."""
+    worst = (0.0, "", 0)
+    for name, cells in states.columns.items():
+        own, shared = states.largest(name), scales[unit_of(name)]
+        scale = own if own > ROUNDOFF * shared else shared
+        for row, (one, other) in enumerate(zip(cells, others.columns[name])):
+            if one != other:
+                worst = max(worst, (abs(float(one or "inf") - float(other or "inf")) / scale, name, row))
+    return worst
+
+
+def differing_cells(table, other, scales):
+    """How many cells differ by no more than roundoff, and a text for every one that differs by more."""
+    roundoff, findings = 0, []
+    for name, cells in table.columns.items():
+        scale = scales["N"] if "Force" in name else scales["mN m"] if "Torque" in name else 0.0
+        for row, (here, there) in enumerate(zip(cells, other.columns[name]), 2):
+            if here == there:
+                continue
+            if abs(float(here) - float(there)) <= ALLOWED * scale:
+                roundoff += 1
+            else:
+                findings.append(f"{name}, line {row}: {here} and {there}")
+    return roundoff, findings
+
+
+def compare(folders, name):
+    findings = []
+    states, others = [Table(next(folder.glob("*states.csv"))) for folder in folders]
+    if states.shape() != others.shape():
+        return [f"{name}: the states have other columns or rows"]
+    scales = scales_by_unit(states)
+    difference, column, row = states_difference(states, others, scales)
+    if difference > ALLOWED:
+        findings.append(f"{column}, row {row}: {states.columns[column][row]} and {others.columns[column][row]}")
+
+    reports, other_reports = [{file.name: Table(file) for file in folder.glob("*.reports/*.csv")} for folder in folders]
+    if sorted(reports) != sorted(other_reports):
+        return [f"{name}: other reports: {sorted(reports)} and {sorted(other_reports)}"]
+    cells = roundoff = 0
+    for file, table in sorted(reports.items()):
+        if table.shape() != other_reports[file].shape():
+            findings.append(f"{file} has other columns or lines")
+            continue
+        cells += len(table.columns) * len(table.rows)
+        count, texts = differing_cells(table, other_reports[file], scales)
+        roundoff += count
+        findings += [f"{file}: {text}" for text in texts]
+    print(f"{name:48} {len(states.rows):4} steps: states differ by {difference:.1e}, "
+          f"{roundoff} of {cells} cells of log and reports by roundoff")
+    return findings
+
+
+found = compare([pathlib.Path(folder) for folder in sys.argv[1:3]], sys.argv[3])
+for finding in found[:10]:
+    print(f"  {finding}")
+sys.exit(bool(found))
