@@ -32,9 +32,18 @@ need() {
 need_build_tools() {
     need g++ g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
          libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev python3 git
-    # Any Node.js from 18 on will do.
-    command -v node >/dev/null && command -v npm >/dev/null || need nodejs npm
+    need_node
 }
+
+# What the preset native-release uses of it: no cross compiler, no Wine.
+need_native_tools() {
+    need g++ cmake ninja-build googletest nlohmann-json3-dev libcli11-dev libfmt-dev libtinyobjloader-dev libeigen3-dev \
+         libvalijson-dev python3
+    need_node
+}
+
+# Any Node.js from 18 on will do.
+need_node() { command -v node >/dev/null && command -v npm >/dev/null || need nodejs npm; }
 
 # The second compiler, for the presets mingw-clang and native.
 need_clang() { need clang libclang-rt-14-dev lld; }
