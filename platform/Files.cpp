@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cwchar>
+#include <climits>
+#include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
-#include <string>
+#include <new>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,11 +19,6 @@ thread_local DWORD lastError = ERROR_SUCCESS;
 
 struct File {
     int descriptor;
-};
-
-struct Search {
-    std::string folder;
-    DIR* stream;
 };
 
 /// What the system says, in the words of the platform's functions.
@@ -49,41 +46,50 @@ BOOL Succeeded(int outcome) {
     return TRUE;
 }
 
-/// A path as the system takes it.
-/// @return empty for what is no text, which no file has as its name
-std::string Native(LPCWSTR path) {
-    const int size = WideCharToMultiByte(CP_UTF8, 0, path, -1, nullptr, 0, nullptr, nullptr);
-    std::string native(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, path, -1, native.data(), size, nullptr, nullptr);
-    native.resize(native.size() - 1);
-    return native;
-}
+/// A path as the system takes it; empty for one that is too long, which no file has. No function of the platform
+/// throws, so nothing is allocated.
+class NativePath {
+public:
+    NativePath(LPCWSTR path) {
+        if (WideCharToMultiByte(CP_UTF8, 0, path, -1, m_text, sizeof(m_text), nullptr, nullptr) == 0) {
+            m_text[0] = '\0';
+        }
+    }
+    operator const char*() const { return m_text; }
+
+private:
+    char m_text[PATH_MAX];
+};
 
 /// Writes a name with its closing zero.
 /// @return its length; when it has no room, what it needs
-DWORD Give(const std::string& text, LPWSTR name, DWORD capacity) {
-    const int length = static_cast<int>(text.size()) + 1;
-    const int needed = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), length, nullptr, 0);
+DWORD Give(const char* text, LPWSTR name, DWORD capacity) {
+    const int needed = MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0);
     if (static_cast<DWORD>(needed) > capacity) {
         SetError(ENAMETOOLONG);
         return static_cast<DWORD>(needed);
     }
-    MultiByteToWideChar(CP_UTF8, 0, text.c_str(), length, name, needed);
+    MultiByteToWideChar(CP_UTF8, 0, text, -1, name, needed);
     return static_cast<DWORD>(needed - 1);
 }
 
+bool IsLink(const char* path) {
+    struct stat entry = {};
+    return lstat(path, &entry) == 0 && S_ISLNK(entry.st_mode);
+}
+
 /// Opens a file for appending, and makes it when it is not there; the last error tells which.
-int OpenOrMake(const std::string& path) {
+int OpenOrMake(const char* path) {
     constexpr int how = O_WRONLY | O_APPEND | O_CLOEXEC;
     for (;;) {
-        const int made = open(path.c_str(), how | O_CREAT | O_EXCL, 0666);
+        const int made = open(path, how | O_CREAT | O_EXCL, 0666);
         if (made >= 0 || errno != EEXIST) {
             lastError = ERROR_SUCCESS;
             return made;
         }
-        const int found = open(path.c_str(), how);
+        const int found = open(path, how);
         // It may have gone between the two.
-        if (found >= 0 || errno != ENOENT || std::filesystem::is_symlink(path)) {
+        if (found >= 0 || errno != ENOENT || IsLink(path)) {
             lastError = ERROR_ALREADY_EXISTS;
             return found;
         }
@@ -91,12 +97,12 @@ int OpenOrMake(const std::string& path) {
 }
 
 /// @return negative, and errno, for failure
-int Open(const std::string& path, DWORD access, DWORD disposition) {
+int Open(const char* path, DWORD access, DWORD disposition) {
     if (access == FILE_APPEND_DATA && disposition == OPEN_ALWAYS) {
         return OpenOrMake(path);
     }
     if (access == 0 && disposition == OPEN_EXISTING) {
-        return open(path.c_str(), O_PATH | O_CLOEXEC);
+        return open(path, O_PATH | O_CLOEXEC);
     }
     errno = EINVAL;
     return -1;
@@ -114,9 +120,9 @@ DWORD AttributesOf(const struct stat& entry) {
 }
 
 /// @return INVALID_FILE_ATTRIBUTES, and the last error, for failure
-DWORD AttributesOf(const std::string& path) {
+DWORD AttributesOf(const char* path) {
     struct stat entry = {};
-    return Succeeded(lstat(path.c_str(), &entry)) ? AttributesOf(entry) : INVALID_FILE_ATTRIBUTES;
+    return Succeeded(lstat(path, &entry)) ? AttributesOf(entry) : INVALID_FILE_ATTRIBUTES;
 }
 
 } // namespace
@@ -130,8 +136,19 @@ void SetLastError(DWORD error) {
 }
 
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD, HANDLE) {
-    const int descriptor = Open(Native(path), access, disposition);
-    return Succeeded(descriptor) ? new File{descriptor} : INVALID_HANDLE_VALUE;
+    const int descriptor = Open(NativePath(path), access, disposition);
+    if (!Succeeded(descriptor)) {
+        return INVALID_HANDLE_VALUE;
+    }
+    const DWORD whetherItWasThere = GetLastError();
+    auto* const file = new (std::nothrow) File{descriptor};
+    if (!file) {
+        close(descriptor);
+        SetError(ENOMEM);
+        return INVALID_HANDLE_VALUE;
+    }
+    SetLastError(whetherItWasThere);
+    return file;
 }
 
 BOOL WriteFile(HANDLE file, const void* data, DWORD size, DWORD* written, OVERLAPPED*) {
@@ -155,66 +172,68 @@ BOOL CloseHandle(HANDLE file) {
 }
 
 DWORD GetFileAttributesW(LPCWSTR path) {
-    return AttributesOf(Native(path));
+    return AttributesOf(NativePath(path));
 }
 
 BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) {
-    const std::string native = Native(path);
+    const NativePath native(path);
     struct stat entry = {};
-    if (!Succeeded(stat(native.c_str(), &entry))) {
+    if (!Succeeded(stat(native, &entry))) {
         return FALSE;
     }
     constexpr mode_t writable = S_IWUSR;
     const bool isReadOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-    return Succeeded(chmod(native.c_str(), isReadOnly ? entry.st_mode & ~writable : entry.st_mode | writable));
+    return Succeeded(chmod(native, isReadOnly ? entry.st_mode & ~writable : entry.st_mode | writable));
 }
 
 BOOL DeleteFileW(LPCWSTR path) {
-    const std::string native = Native(path);
+    const NativePath native(path);
     const DWORD attributes = AttributesOf(native);
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
         SetError(EPERM);
         return FALSE;
     }
-    return Succeeded(unlink(native.c_str()));
+    return Succeeded(unlink(native));
 }
 
 BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) {
-    return Succeeded(mkdir(Native(path).c_str(), 0777));
+    return Succeeded(mkdir(NativePath(path), 0777));
 }
 
 BOOL RemoveDirectoryW(LPCWSTR path) {
-    return Succeeded(rmdir(Native(path).c_str()));
+    return Succeeded(rmdir(NativePath(path)));
 }
 
 HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* entry) {
-    const std::filesystem::path native = Native(pattern);
-    if (native.filename() != "*") {
+    const std::wstring_view whole(pattern);
+    const std::size_t folderLength = whole.rfind(L'/') + 1;
+    wchar_t folder[PATH_MAX] = L".";
+    if (whole.substr(folderLength) != L"*" || folderLength >= PATH_MAX) {
         SetError(EINVAL);
         return INVALID_HANDLE_VALUE;
     }
-    auto search = std::make_unique<Search>(Search{native.parent_path().string(), nullptr});
-    search->stream = opendir(search->folder.empty() ? "." : search->folder.c_str());
-    if (!search->stream) {
+    whole.copy(folder, folderLength);
+    DIR* const search = opendir(NativePath(folder));
+    if (!search) {
         SetError(errno);
         return INVALID_HANDLE_VALUE;
     }
     // Every folder has an entry: the one for itself.
-    FindNextFileW(search.get(), entry);
-    return search.release();
+    FindNextFileW(search, entry);
+    return search;
 }
 
 BOOL FindNextFileW(HANDLE handle, WIN32_FIND_DATAW* entry) {
-    const auto& search = *static_cast<Search*>(handle);
+    auto* const search = static_cast<DIR*>(handle);
     errno = 0;
-    const dirent* const next = readdir(search.stream);
+    const dirent* const next = readdir(search);
     if (!next) {
         SetError(errno == 0 ? ENODATA : errno);
         return FALSE;
     }
     struct stat status = {};
     // One that is gone already is given all the same: who deletes it finds out.
-    entry->dwFileAttributes = fstatat(dirfd(search.stream), next->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0
+    entry->dwFileAttributes = fstatat(dirfd(search), next->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0
                                   ? AttributesOf(status)
                                   : FILE_ATTRIBUTE_NORMAL;
     Give(next->d_name, entry->cFileName, sizeof(entry->cFileName) / sizeof(WCHAR));
@@ -222,27 +241,24 @@ BOOL FindNextFileW(HANDLE handle, WIN32_FIND_DATAW* entry) {
 }
 
 BOOL FindClose(HANDLE handle) {
-    const std::unique_ptr<Search> search(static_cast<Search*>(handle));
-    return Succeeded(closedir(search->stream));
+    return Succeeded(closedir(static_cast<DIR*>(handle)));
 }
 
 DWORD GetFullPathNameW(LPCWSTR path, DWORD capacity, LPWSTR name, LPWSTR*) {
-    std::error_code error;
-    const std::filesystem::path full = std::filesystem::absolute(Native(path), error).lexically_normal();
-    if (error) {
-        SetError(error.value());
-        return 0;
+    try {
+        const std::filesystem::path full = std::filesystem::absolute(NativePath(path).operator const char*());
+        return Give(full.lexically_normal().c_str(), name, capacity);
+    } catch (const std::filesystem::filesystem_error& error) {
+        SetError(error.code().value());
+    } catch (const std::bad_alloc&) {
+        SetError(ENOMEM);
     }
-    return Give(full.string(), name, capacity);
+    return 0;
 }
 
 DWORD GetFinalPathNameByHandleW(HANDLE file, LPWSTR name, DWORD capacity, DWORD) {
-    std::error_code error;
-    const std::string link = "/proc/self/fd/" + std::to_string(static_cast<File*>(file)->descriptor);
-    const std::filesystem::path path = std::filesystem::read_symlink(link, error);
-    if (error) {
-        SetError(error.value());
-        return 0;
-    }
-    return Give(path.string(), name, capacity);
+    char link[32];
+    std::snprintf(link, sizeof(link), "/proc/self/fd/%d", static_cast<File*>(file)->descriptor);
+    char path[PATH_MAX] = {};
+    return Succeeded(static_cast<int>(readlink(link, path, sizeof(path) - 1))) ? Give(path, name, capacity) : 0;
 }
