@@ -11,7 +11,7 @@ namespace {
 
 /// Beyond these every call throws, so that a session ends that the desktop could keep going for ever (a count of two
 /// thousand million projects, an object that is its own child).
-constexpr std::size_t mostCalls = 3000;
+constexpr unsigned mostCalls = 3000;
 
 constexpr int deepestValue = 4;
 
@@ -159,6 +159,7 @@ HRESULT Object::GetTypeInfo(UINT, LCID, ITypeInfo**) {
 
 HRESULT Object::GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) {
     Require(m_references > 0, "an object is asked for a name after its last release");
+    m_desktop.CountLookUp();
     return m_isDead ? RPC_E_DISCONNECTED : m_desktop.LookUp(names[0], ids[0]);
 }
 
@@ -224,10 +225,13 @@ Desktop::Mood Desktop::TakeMood() {
     return mood;
 }
 
-HRESULT Desktop::LookUp(const std::wstring& method, DISPID& id) {
-    if (m_calls.size() >= mostCalls && !m_isGood) {
+void Desktop::CountLookUp() {
+    if (++m_lookUps > mostCalls && !m_isGood) {
         Throw();
     }
+}
+
+HRESULT Desktop::LookUp(const std::wstring& method, DISPID& id) {
     const Mood mood = TakeMood();
     if (mood == Mood::LookupFails) {
         return Failure();

@@ -122,6 +122,7 @@ private:
     };
 
     Mood TakeMood();
+    void CountLookUp();
     HRESULT LookUp(const std::wstring& method, DISPID& id);
     HRESULT Answer(Object& object, DISPID id, const DISPPARAMS& parameters, VARIANT& result);
     [[noreturn]] void Throw();
@@ -165,6 +166,7 @@ private:
     /// What VT_BYREF values lead to.
     std::deque<VARIANT> m_storage;
     unsigned m_quietCalls = 0;
+    unsigned m_lookUps = 0;
     unsigned m_throws = 0;
     bool m_isGood = false;
     bool m_isHandlerDueAtRelease = false;
