@@ -76,6 +76,28 @@ bool RotateAbout(IDispatch* editor, std::string_view objectName, const char* axi
                            {"NAME:RotateParameters", "RotateAxis:=", axis, "RotateAngle:=", Text::Fixed(radians)}});
 }
 
+/// Deeper than any model nests its objects. One that is its own child would otherwise take the whole stack.
+constexpr int deepestNesting = 256;
+
+bool AttachToBody(IDispatch* object, const std::string& body, int depth) {
+    const std::vector<std::string> properties = ObjectCommands::GetPropNames(object);
+    if (Names::Contains(properties, frameProperty) &&
+        !ObjectCommands::SetPropValue(object, frameProperty, Names::ObjectFrame(body))) {
+        return false;
+    }
+    if (Names::Contains(properties, orientationProperty) &&
+        !ObjectCommands::SetPropValue(object, orientationProperty, Names::MagnetFrame(body))) {
+        return false;
+    }
+    for (const std::string& name : ObjectCommands::ChildNames(object)) {
+        const CObject child = ObjectCommands::GetChildObject(object, name);
+        if (!child || depth == deepestNesting || !AttachToBody(child.get(), body, depth + 1)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 bool CreateBodyFrames(IDispatch* editor, const std::string& body) {
@@ -94,22 +116,7 @@ bool SetWorkingFrame(IDispatch* editor, std::string_view frame) {
 }
 
 bool AttachToBody(IDispatch* object, const std::string& body) {
-    const std::vector<std::string> properties = ObjectCommands::GetPropNames(object);
-    if (Names::Contains(properties, frameProperty) &&
-        !ObjectCommands::SetPropValue(object, frameProperty, Names::ObjectFrame(body))) {
-        return false;
-    }
-    if (Names::Contains(properties, orientationProperty) &&
-        !ObjectCommands::SetPropValue(object, orientationProperty, Names::MagnetFrame(body))) {
-        return false;
-    }
-    for (const std::string& name : ObjectCommands::ChildNames(object)) {
-        const CObject child = ObjectCommands::GetChildObject(object, name);
-        if (!child || !AttachToBody(child.get(), body)) {
-            return false;
-        }
-    }
-    return true;
+    return AttachToBody(object, body, 0);
 }
 
 bool Move(IDispatch* editor, const IKinoraVeltrixInterface::Transform& pose, std::string_view objectName) {

@@ -28,8 +28,12 @@ bool GetCount(IDispatch* projects, LONG& count) {
     if (!Dispatch::Call(projects, L"Count", {}, result)) {
         return false;
     }
-    count = result.Get().lVal;
-    return true;
+    const VARIANT& value = result.Get();
+    // Of a text, an object or an array it would be half a pointer.
+    const bool isPointer = value.vt == VT_BSTR || value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN ||
+                           (value.vt & (VT_ARRAY | VT_BYREF)) != 0;
+    count = isPointer ? 0 : value.lVal;
+    return !isPointer;
 }
 
 CObject GetItem(IDispatch* projects, LONG index) {

@@ -18,7 +18,7 @@ struct EndSearch {
 using Search = std::unique_ptr<void, EndSearch>;
 
 [[noreturn]] void Fail(const std::wstring& path, DWORD error) {
-    throw std::filesystem::filesystem_error("cannot prepare the reports folder", path,
+    throw std::filesystem::filesystem_error("cannot prepare the reports folder", Text::ToPath(path),
                                             std::error_code(static_cast<int>(error), std::system_category()));
 }
 
@@ -93,6 +93,10 @@ private:
 
 void PrepareReportsFolder(const std::string& narrowFolder, bool isFirst) {
     const std::wstring folder = Text::ToWide(narrowFolder);
+    if (folder.find(L'\0') != std::wstring::npos) {
+        // The system would take what stands before it for the whole, and that is somebody else's.
+        Fail(folder, ERROR_INVALID_PARAMETER);
+    }
     const DWORD attributes = GetFileAttributesW(folder.c_str());
     const bool exists = attributes != INVALID_FILE_ATTRIBUTES;
     const CFolderWork work;

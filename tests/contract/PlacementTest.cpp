@@ -141,6 +141,15 @@ TEST_F(Placement, AttachingEndsAtTheFirstFailedWriteOrMissingChild) {
     magnet.Release();
 }
 
+TEST_F(Placement, AttachingAnObjectThatIsItsOwnChildFails) {
+    Object& magnet = fake.AddSolid(L"Magnet", L"\"N45\"");
+    magnet.On("GetChildNames", Texts({L"Magnet"})).On("GetChildObject", Reference(magnet));
+    magnet.AddRef();
+    EXPECT_FALSE(CComUtils::RecurseSetCoordinateSystem(&magnet, "Rotor"));
+    EXPECT_EQ(magnet.References(), 1);
+    magnet.Release();
+}
+
 TEST_F(Placement, FailedNameListsCountAsEmpty) {
     Object& magnet = fake.AddSolid(L"Magnet", L"\"N45\"");
     fake.AddChild(magnet, L"Face", {L"Orientation"});

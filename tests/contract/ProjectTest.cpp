@@ -320,6 +320,18 @@ TEST_F(Project, FailedSearchOnlyOpensTheFile) {
     EXPECT_EQ(fake.world.Count("OpenProject"), 1U);
 }
 
+TEST_F(Project, CountThatIsNoNumberSkipsTheSearch) {
+    Launch();
+    const std::string file = MakeOpenFile(L"Magnets");
+    for (const Answer& answer : {Text(L"1"), Reference(fake.project), Texts({L"Magnets"}), Raw(VT_BYREF | VT_I4, 0)}) {
+        fake.projects.On("Count", answer);
+        fake.world.ClearJournal();
+        EXPECT_TRUE(coupling.OpenProject(file, ""));
+        EXPECT_EQ(fake.world.Count("Item"), 0U);
+        EXPECT_EQ(fake.world.Count("OpenProject"), 1U);
+    }
+}
+
 TEST_F(Project, OpenWithoutAFolderOfTheOpenProjectGoesOn) {
     Launch();
     const std::string file = MakeOpenFile(L"Magnets");

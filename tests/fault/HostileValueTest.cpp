@@ -209,6 +209,18 @@ TEST_F(HostileValues, ProjectNamesThatClimbOrAreNoFolder) {
     EXPECT_EQ(ReadFileBytes(folder / L"project/precious.csv"), "precious");
 }
 
+TEST_F(HostileValues, ProjectNameOrFolderWithAZeroTouchesNothing) {
+    fake.projectName = std::wstring(L"precious.csv\0", 13);
+    EXPECT_TRUE(Analyze(0.0, {MakeBody("Rotor")}));
+    fake.projectName = L"Magnets";
+    fake.projectFolder = folder / std::wstring(L"project\0/", 9);
+    EXPECT_TRUE(Analyze(0.0, {MakeBody("Rotor")}));
+    EXPECT_THAT(results, IsEmpty());
+    EXPECT_THAT(fake.messages, testing::Each(L"Kinora-Veltrix Coupling log path is not valid: "));
+    EXPECT_EQ(fake.messages.size(), 2U);
+    ExpectNothingTouchedOutside();
+}
+
 // Files and folders as users leave them.
 
 TEST_F(HostileValues, FolderIsEmptiedOfReadOnlyFilesAndFolders) {

@@ -397,12 +397,10 @@ VARIANT Desktop::AnyAnswer(const Object& self, const std::wstring& method) {
     return (method == L"GetPath" || method == L"GetName") && value.vt == VT_BSTR ? PathOf(value, method) : value;
 }
 
-/// A text as a folder or a name that leads nowhere else. Zeros are left out: a path ends at the first one, and is that
-/// of another file then.
+/// A text as a folder or a name that leads nowhere else.
 VARIANT Desktop::PathOf(VARIANT text, const std::wstring& method) {
     std::wstring path = text.bstrVal ? std::wstring(text.bstrVal, SysStringLen(text.bstrVal)) : std::wstring();
     VariantClear(&text);
-    path.erase(std::remove(path.begin(), path.end(), L'\0'), path.end());
     const bool isFolder = method == L"GetPath";
     return Text(isFolder ? m_folder + path + (path == L".." || m_bytes.Byte() % 2 == 0 ? L"" : L"/") : path);
 }
