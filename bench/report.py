@@ -76,8 +76,8 @@ def plot(steps, target):
 def main():
     folder, page, target = map(pathlib.Path, sys.argv[1:])
     read = lambda name: json.loads((folder / f"{name}.json").read_text())
-    step, without_files, memory, peers, share, in_process = (
-        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share", "inprocess"))
+    step, without_files, memory, peers, share, in_process, native = (
+        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native"))
     history = step["history"]
     figures = {
         "step": step_table(step["step"], without_files["step"]),
@@ -92,6 +92,11 @@ def main():
         "in-process": f"A step with the simulator in its own process takes **{in_process['ratio']:.0f}** times as long as "
                       f"with the simulator in the host's ({in_process['bodies']} bodies, "
                       f"{in_process['recordedSteps']} recorded steps).",
+        "native": f"A step with the simulator in its own process, under Wine, takes "
+                  f"**{in_process['outOfProcessSeconds'] / native['stepSeconds']:.0f}** times as long as natively, where it "
+                  f"takes **{native['stepSeconds'] / 1e-3:.2f}** of a millisecond; the library's share of that is "
+                  f"**{100 * native['libraryShare']:.0f} %** ({native['bodies']} bodies, {native['recordedSteps']} recorded "
+                  f"steps).",
         "growth": growth_table(step["step"]),
     }
     fill(page, figures)
