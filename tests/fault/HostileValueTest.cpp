@@ -49,14 +49,15 @@ protected:
         Create();
         fake.outputModule.On("GetOutputVariableValue", Real(1.0));
     }
-    /// Everything in the test's folder but the reports folder and what is in it.
+    /// Everything in the test's folder but the reports folder and what is in it, with slashes.
     std::set<std::wstring> FilesOutside() const {
         std::set<std::wstring> files;
-        const std::wstring reports = ReportsFolder();
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
-            const std::wstring path = OfPath(entry.path());
+        const std::wstring reports = L"project/Magnets.reports";
+        const std::filesystem::path whole = ToPath(folder.Path());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(whole)) {
+            const std::wstring path = Widen(entry.path().lexically_relative(whole).generic_u8string(), CP_UTF8);
             if (path.compare(0, reports.size(), reports) != 0) {
-                files.insert(path.substr(folder.Path().size() + 1));
+                files.insert(path);
             }
         }
         return files;
