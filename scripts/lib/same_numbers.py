@@ -2,10 +2,10 @@
 """Compares the files of two runs. Usage: same_numbers.py FOLDER OTHER_FOLDER NAME. Prints a line of NAME and how much they differ;
 exit status 1 when that is too much.
 
-States may differ by 1e-12 of their column's largest value. A column that is zero but for roundoff (by symmetry, six orders and more
-below what has its unit) has no such value: there it is 1e-12 of the largest with its unit, and for a torque at least that of the
-largest force at a lever of a millimetre. In the coupling log and the reports, six digits, every cell must be the same text, but
-for such roundoff. Each run must have written the same files with the same lines.
+States may differ by 1e-12 of their column's largest value. What is zero but for roundoff has no such value: a column that by symmetry
+lies six orders and more below what has its unit, and the imbalance of energies, their difference. There it is 1e-11 of the largest
+value with the unit, for a torque at least of the largest force at a lever of a millimetre. In the coupling log and the reports, six
+digits, every cell must be the same text, but for such zeros. Each run must have written the same files with the same lines.
 """
 import csv
 import pathlib
@@ -13,7 +13,8 @@ import re
 import sys
 
 ALLOWED = 1e-12
-ROUNDOFF = 1e-6
+ALLOWED_OF_ZERO = 1e-11
+NOTICED = 1e-6
 
 
 class Table:
@@ -44,16 +45,18 @@ def scales_by_unit(states):
     return scales
 
 
-def states_difference(states, others, scales):
-    """The largest one, as a share of what it is measured by, its column and row."""
-    worst = (0.0, "", 0)
+def states_differences(states, others, scales):
+    """The largest one of values and that of zeros, as shares of what they are measured by, each with its column and row."""
+    worst = {"values": (0.0, "", 0), "zeros": (0.0, "", 0)}
     for name, cells in states.columns.items():
         own, shared = states.largest(name), scales[unit_of(name)]
-        scale = own if own > ROUNDOFF * shared else shared
+        kind = "values" if own > NOTICED * shared and "Imbalance" not in name else "zeros"
+        scale = own if kind == "values" else shared
         for row, (one, other) in enumerate(zip(cells, others.columns[name])):
             if one != other:
-                worst = max(worst, (abs(float(one or "inf") - float(other or "inf")) / scale, name, row))
-    return worst
+                difference = abs(float(one or "inf") - float(other or "inf")) / scale
+                worst[kind] = max(worst[kind], (difference, name, row))
+    return worst["values"], worst["zeros"]
 
 
 def differing_cells(table, other, scales):
@@ -64,7 +67,7 @@ def differing_cells(table, other, scales):
         for row, (here, there) in enumerate(zip(cells, other.columns[name]), 2):
             if here == there:
                 continue
-            if abs(float(here) - float(there)) <= ALLOWED * scale:
+            if abs(float(here) - float(there)) <= ALLOWED_OF_ZERO * scale:
                 roundoff += 1
             else:
                 findings.append(f"{name}, line {row}: {here} and {there}")
@@ -77,9 +80,10 @@ def compare(folders, name):
     if states.shape() != others.shape():
         return [f"{name}: the states have other columns or rows"]
     scales = scales_by_unit(states)
-    difference, column, row = states_difference(states, others, scales)
-    if difference > ALLOWED:
-        findings.append(f"{column}, row {row}: {states.columns[column][row]} and {others.columns[column][row]}")
+    differences = states_differences(states, others, scales)
+    for (difference, column, row), allowed in zip(differences, (ALLOWED, ALLOWED_OF_ZERO)):
+        if difference > allowed:
+            findings.append(f"{column}, row {row}: {states.columns[column][row]} and {others.columns[column][row]}")
 
     reports, other_reports = [{file.name: Table(file) for file in folder.glob("*.reports/*.csv")} for folder in folders]
     if sorted(reports) != sorted(other_reports):
@@ -93,8 +97,8 @@ def compare(folders, name):
         count, texts = differing_cells(table, other_reports[file], scales)
         roundoff += count
         findings += [f"{file}: {text}" for text in texts]
-    print(f"{name:48} {len(states.rows):4} steps: states differ by {difference:.1e}, "
-          f"{roundoff} of {cells} cells of log and reports by roundoff")
+    print(f"{name:48} {len(states.rows):4} steps: states differ by {differences[0][0]:.1e}, zeros by {differences[1][0]:.1e}; "
+          f"{roundoff} of {cells} cells of log and reports are other zeros")
     return findings
 
 

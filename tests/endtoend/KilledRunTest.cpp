@@ -1,4 +1,4 @@
-// A run in the place of one that was killed together with its desktop (the script "killed" beside this file does the killing).
+// A run in the place of one that was killed together with its desktop (the script "killed" does the killing).
 #include "tests/endtoend/CubeMagnets.h"
 
 #include <algorithm>
