@@ -1,7 +1,9 @@
 # Libraries of the programs around the DLL (docs/dependencies.md says why each one). The DLL itself uses none of them.
 #
 # Debian's header packages serve the cross build too, but /usr/include as a whole must never be on its path: each
-# library gets a folder of its own that holds a link to its headers.
+# library gets a folder of its own that holds a link to its headers. Packages that are only unpacked do (need_headers in
+# scripts/lib/common.sh).
+set(unpacked_headers "${PROJECT_SOURCE_DIR}/build/headers/usr/include")
 function(kinora_header_library name)
     cmake_parse_arguments(arg "" "PACKAGE;TARGET" "HEADERS" ${ARGN})
     add_library(thirdparty_${name} INTERFACE)
@@ -15,10 +17,13 @@ function(kinora_header_library name)
     foreach(header ${arg_HEADERS})
         get_filename_component(parent "${folder}/${header}" DIRECTORY)
         file(MAKE_DIRECTORY "${parent}")
-        if(NOT EXISTS "/usr/include/${header}")
-            message(FATAL_ERROR "/usr/include/${header} is missing: run scripts/setup, which installs what the build needs.")
+        set(place "/usr/include/${header}")
+        if(NOT EXISTS "${place}" AND EXISTS "${unpacked_headers}/${header}")
+            set(place "${unpacked_headers}/${header}")
+        elseif(NOT EXISTS "${place}")
+            message(FATAL_ERROR "${place} is missing: run scripts/setup, which installs what the build needs.")
         endif()
-        file(CREATE_LINK "/usr/include/${header}" "${folder}/${header}" SYMBOLIC)
+        file(CREATE_LINK "${place}" "${folder}/${header}" SYMBOLIC)
     endforeach()
     target_include_directories(thirdparty_${name} SYSTEM INTERFACE "${folder}")
 endfunction()

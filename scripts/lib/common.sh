@@ -7,11 +7,13 @@ export LC_ALL=C.UTF-8
 say() { printf '\033[1m== %s\033[0m\n' "$*"; }
 fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 
+is_installed() { dpkg-query -W -f '${Status}' "$1" 2>/dev/null | grep -q 'install ok installed'; }
+
 # need PACKAGE...: installs the Debian packages that are missing.
 need() {
     local missing=() package
     for package in "$@"; do
-        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+        is_installed "$package" || missing+=("$package")
     done
     [ ${#missing[@]} -eq 0 ] && return
     command -v apt-get >/dev/null || fail "these packages are missing and apt-get is not here to install them: ${missing[*]}"
@@ -35,15 +37,34 @@ need_build_tools() {
     need_node
 }
 
-# What the preset native-release uses of it: no cross compiler, no Wine.
+# need_headers PACKAGE...: unpacks in build/headers what is not installed, for cmake/ThirdParty.cmake. Of packages that consist of
+# headers: libvalijson-dev would bring 200 others along, for uses of it that are not ours.
+need_headers() {
+    local missing=() package folder=build/headers
+    for package in "$@"; do
+        is_installed "$package" || [ -e "$folder/usr/share/doc/$package" ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    say "Unpacking ${missing[*]}"
+    local archives; archives=$(mktemp -d)
+    (cd "$archives" && apt-get download "${missing[@]}") >"$archives/log" 2>&1 \
+        || { tail -n 20 "$archives/log" >&2; rm -rf "$archives"; fail "could not download: ${missing[*]}"; }
+    mkdir -p "$folder"
+    for package in "$archives"/*.deb; do
+        dpkg-deb --extract "$package" "$folder"
+    done
+    rm -rf "$archives"
+}
+
+# What the preset native-release uses of it, but for the report page: no cross compiler, no Wine.
 need_native_tools() {
-    need g++ cmake ninja-build googletest nlohmann-json3-dev libcli11-dev libfmt-dev libtinyobjloader-dev libeigen3-dev \
-         libvalijson-dev python3
-    need_node
+    need g++ cmake ninja-build googletest python3
+    need_headers nlohmann-json3-dev libcli11-dev libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev
 }
 
 # Any Node.js from 18 on will do.
-need_node() { command -v node >/dev/null && command -v npm >/dev/null || need nodejs npm; }
+has_node() { command -v node >/dev/null && command -v npm >/dev/null; }
+need_node() { has_node || need nodejs npm; }
 
 # The second compiler, for the presets mingw-clang and native.
 need_clang() { need clang libclang-rt-14-dev lld; }
