@@ -26,6 +26,7 @@ HRESULT CoInitialize(void* reserved) {
     return CoInitializeEx(reserved, COINIT_APARTMENTTHREADED);
 }
 
+// cppcheck-suppress constParameter ; the platform's signature
 HRESULT CoInitializeEx(void* reserved, DWORD model) {
     if (reserved) {
         return E_INVALIDARG;

@@ -6,7 +6,6 @@
 #include <cstring>
 #include <cwchar>
 #include <limits>
-#include <new>
 
 namespace {
 
@@ -29,11 +28,12 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
     if (length > longest) {
         return nullptr;
     }
-    void* const memory = platform::Allocate(sizeof(Head) + (length + std::size_t{1}) * sizeof(OLECHAR));
-    if (!memory) {
+    auto* const head =
+        static_cast<Head*>(platform::Allocate(sizeof(Head) + (length + std::size_t{1}) * sizeof(OLECHAR)));
+    if (!head) {
         return nullptr;
     }
-    Head* const head = new (memory) Head{0, static_cast<std::uint32_t>(length * sizeof(OLECHAR))};
+    *head = {0, static_cast<std::uint32_t>(length * sizeof(OLECHAR))};
     const BSTR result = reinterpret_cast<BSTR>(head + 1);
     if (text) {
         std::wmemcpy(result, text, length);

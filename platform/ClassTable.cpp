@@ -86,6 +86,7 @@ HRESULT CLSIDFromProgID(LPCOLESTR progId, CLSID* classId) {
     return CO_E_CLASSSTRING;
 }
 
+// cppcheck-suppress constParameter ; the platform's signature
 HRESULT CoGetClassObject(REFCLSID classId, DWORD context, void* server, REFIID iid, void** object) {
     if (!object) {
         return E_INVALIDARG;

@@ -219,7 +219,7 @@ HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* entry) {
         return INVALID_HANDLE_VALUE;
     }
     // Every folder has an entry: the one for itself.
-    FindNextFileW(search, entry);
+    (void)FindNextFileW(search, entry);
     return search;
 }
 

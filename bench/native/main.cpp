@@ -1,5 +1,5 @@
-// A step natively, on the simulator in the process: two magnets, and a history of a hundred steps. Writes a JSON object to
-// standard output.
+// A step natively, on the simulator in the process: two magnets, and a history of a hundred steps. Writes a JSON object
+// to standard output.
 // Usage: bench_native GEOMETRY; GEOMETRY is examples/cube-magnets/cube-magnets.obj
 //
 // What a step takes without what its calls take inside of the simulator is the library's.
