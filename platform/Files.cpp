@@ -50,7 +50,7 @@ BOOL Succeeded(int outcome) {
 /// throws, so nothing is allocated.
 class NativePath {
 public:
-    NativePath(LPCWSTR path) {
+    NativePath(LPCWSTR path) { // NOLINT(*-member-init): only what is written is read
         if (WideCharToMultiByte(CP_UTF8, 0, path, -1, m_text, sizeof(m_text), nullptr, nullptr) == 0) {
             m_text[0] = '\0';
         }
@@ -223,25 +223,25 @@ HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* entry) {
     return search;
 }
 
-BOOL FindNextFileW(HANDLE handle, WIN32_FIND_DATAW* entry) {
-    auto* const search = static_cast<DIR*>(handle);
+BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* entry) {
+    auto* const stream = static_cast<DIR*>(search);
     errno = 0;
-    const dirent* const next = readdir(search);
+    const dirent* const next = readdir(stream);
     if (!next) {
         SetError(errno == 0 ? ENODATA : errno);
         return FALSE;
     }
     struct stat status = {};
     // One that is gone already is given all the same: who deletes it finds out.
-    entry->dwFileAttributes = fstatat(dirfd(search), next->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0
+    entry->dwFileAttributes = fstatat(dirfd(stream), next->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0
                                   ? AttributesOf(status)
                                   : FILE_ATTRIBUTE_NORMAL;
     Give(next->d_name, entry->cFileName, sizeof(entry->cFileName) / sizeof(WCHAR));
     return TRUE;
 }
 
-BOOL FindClose(HANDLE handle) {
-    return Succeeded(closedir(static_cast<DIR*>(handle)));
+BOOL FindClose(HANDLE search) {
+    return Succeeded(closedir(static_cast<DIR*>(search)));
 }
 
 DWORD GetFullPathNameW(LPCWSTR path, DWORD capacity, LPWSTR name, LPWSTR*) {

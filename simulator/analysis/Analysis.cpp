@@ -2,6 +2,7 @@
 
 #include "simulator/model/Text.h"
 
+#include <cmath>
 #include <map>
 #include <new>
 #include <stdexcept>
@@ -13,11 +14,17 @@ using model::Severity;
 
 using Quantities = std::map<std::string, model::Quantity>;
 
+/// Zero for what is zero but for rounding, which is another one with every compiler and mathematical library.
+double WithoutRounding(double value, double scale) {
+    constexpr double rounding = 1e-12;
+    return std::abs(value) <= rounding * scale ? 0.0 : value;
+}
+
 void AddForce(const model::LoadParameter& load, const solver::Load& found, const model::Pose& frame,
               Quantities& quantities) {
     const Eigen::Vector3d force = frame.linear().transpose() * found.force;
     const auto add = [&](const char* component, double value) {
-        quantities[load.name + "." + component] = {value, model::forceDimension};
+        quantities[load.name + "." + component] = {WithoutRounding(value, found.forceScale), model::forceDimension};
     };
     add("Force_x", force.x());
     add("Force_y", force.y());
@@ -29,7 +36,9 @@ void AddTorque(const model::LoadParameter& load, const solver::Load& found, cons
                Quantities& quantities) {
     const Eigen::Vector3d aboutOrigin = found.torque - frame.translation().cross(found.force);
     const double component = frame.linear().col(load.axis - 'X').dot(aboutOrigin);
-    quantities[load.name + ".Torque"] = {load.isPositive ? component : -component, model::torqueDimension};
+    const double scale = found.torqueScale + frame.translation().norm() * found.forceScale;
+    const double torque = WithoutRounding(load.isPositive ? component : -component, scale);
+    quantities[load.name + ".Torque"] = {torque, model::torqueDimension};
 }
 
 Quantities LoadQuantities(const model::Design& design, const FieldModel& fieldModel, const solver::Solution& solution) {

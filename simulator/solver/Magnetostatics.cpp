@@ -67,6 +67,7 @@ Solution Solve(const std::vector<Body>& bodies, const Options& options) {
     for (Load& load : solution.loads) {
         load.torque += origin.cross(load.force);
         load.torqueError += origin.norm() * load.forceError;
+        load.torqueScale += origin.norm() * load.forceScale;
         if (!load.force.allFinite() || !load.torque.allFinite()) {
             throw SolveError("The loads are beyond what numbers can hold; check the bodies' sizes and magnetisations.");
         }

@@ -57,6 +57,10 @@ struct Load {
     double forceError = 0;
     /// Estimate of |error of torque|, N m.
     double torqueError = 0;
+    /// What the load is the sum of, faces by faces, without regard to direction: N and N m. A component that is a
+    /// trillionth of it is nothing but rounding.
+    double forceScale = 0;
+    double torqueScale = 0;
 };
 
 /// What one refinement pass reached.

@@ -260,6 +260,8 @@ void Refinement::SumUp() {
     const auto add = [this](std::size_t body, double sign, const Interaction& interaction, double torqueError) {
         m_loads[body].force += sign * interaction.wrench.force;
         m_loads[body].torque += sign * interaction.wrench.torque;
+        m_loads[body].forceScale += interaction.wrench.force.norm();
+        m_loads[body].torqueScale += interaction.wrench.torque.norm();
         m_loads[body].forceError += interaction.forceError;
         m_loads[body].torqueError += interaction.torqueError;
         m_bodies[body].forceError += interaction.forceError;

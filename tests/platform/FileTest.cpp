@@ -264,7 +264,8 @@ TEST_F(Files, ListOfAFolderNamesEverythingInIt) {
 TEST_F(Files, ListOfAFolderThatIsNotThereFails) {
     WIN32_FIND_DATAW entry;
     SetLastError(ERROR_SUCCESS);
-    EXPECT_EQ(FindFirstFileW((In("missing") + m_separator + L"*").c_str(), &entry), INVALID_HANDLE_VALUE);
+    const HANDLE search = FindFirstFileW((In("missing") + m_separator + L"*").c_str(), &entry);
+    EXPECT_EQ(search, INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PATH_NOT_FOUND));
 }
 

@@ -68,10 +68,7 @@ TEST(TerminalDeathTest, KnowsHowWideItIs) {
 }
 
 TEST(TerminalDeathTest, HasNoWidthWhenItIsNone) {
-    const auto toFile = [] {
-        std::freopen("/dev/null", "w", stdout);
-        std::exit(TerminalWidth());
-    };
+    const auto toFile = [] { std::exit(std::freopen("/dev/null", "w", stdout) ? TerminalWidth() : -1); };
     EXPECT_EXIT(toFile(), testing::ExitedWithCode(0), "");
 }
 #endif
