@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
 #include <cwchar>
 #include <string_view>
@@ -102,6 +103,14 @@ void PutUtf8(char32_t code, Target<char>& target) {
     }
 }
 
+bool IsAscii(std::wstring_view text) {
+    unsigned seen = 0; // without an early end, for several units at a time
+    for (const wchar_t unit : text) {
+        seen |= static_cast<unsigned>(unit);
+    }
+    return seen < 0x80;
+}
+
 bool IsKnown(UINT codePage) {
     return codePage == CP_ACP || codePage == CP_OEMCP || codePage == CP_UTF8;
 }
@@ -138,6 +147,11 @@ int WideCharToMultiByte(UINT codePage, DWORD, const wchar_t* text, int length, c
         *usedDefault = FALSE;
     }
     const std::wstring_view whole(text, length < 0 ? std::wcslen(text) + 1 : static_cast<std::size_t>(length));
+    // Nearly all texts are of seven-bit characters, which are themselves.
+    if (IsAscii(whole) && whole.size() <= static_cast<std::size_t>(capacity)) {
+        std::transform(whole.begin(), whole.end(), target, [](wchar_t unit) { return static_cast<char>(unit); });
+        return static_cast<int>(whole.size());
+    }
     Target<char> narrow(target, capacity);
     for (const wchar_t unit : whole) {
         const auto code = static_cast<char32_t>(unit);

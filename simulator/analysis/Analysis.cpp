@@ -43,9 +43,16 @@ void AddTorque(const model::LoadParameter& load, const solver::Load& found, cons
 
 Quantities LoadQuantities(const model::Design& design, const FieldModel& fieldModel, const solver::Solution& solution) {
     Quantities quantities;
+    // The four loads of a body have one frame, whose expressions are evaluated once.
+    std::map<std::string, model::Pose> frames;
+    for (const model::LoadParameter& load : design.loads) {
+        if (frames.count(load.frame) == 0) {
+            frames.emplace(load.frame, design.modeler.FramePose(load.frame, design.variables));
+        }
+    }
     for (std::size_t i = 0; i < design.loads.size(); ++i) {
         const model::LoadParameter& load = design.loads[i];
-        const model::Pose frame = design.modeler.FramePose(load.frame, design.variables);
+        const model::Pose& frame = frames.at(load.frame);
         const solver::Load& found = solution.loads[fieldModel.bodyOfLoad[i]];
         if (load.kind == model::LoadParameter::Kind::Force) {
             AddForce(load, found, frame, quantities);
