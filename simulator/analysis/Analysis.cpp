@@ -46,8 +46,9 @@ Quantities LoadQuantities(const model::Design& design, const FieldModel& fieldMo
     // The four loads of a body have one frame, whose expressions are evaluated once.
     std::map<std::string, model::Pose> frames;
     for (const model::LoadParameter& load : design.loads) {
-        if (frames.count(load.frame) == 0) {
-            frames.emplace(load.frame, design.modeler.FramePose(load.frame, design.variables));
+        const auto [frame, isNew] = frames.try_emplace(load.frame);
+        if (isNew) {
+            frame->second = design.modeler.FramePose(load.frame, design.variables);
         }
     }
     for (std::size_t i = 0; i < design.loads.size(); ++i) {
