@@ -1,5 +1,7 @@
 #include "trace/server/Launch.h"
 
+#include "programs/Environment.h"
+#include "programs/Utf.h"
 #include "trace/server/CallRecord.h"
 #include "trace/server/ClassId.h"
 #include "trace/server/Stopwatch.h"
@@ -41,7 +43,7 @@ bool HasProcessTracer() {
 }
 
 std::wstring TargetProgId() {
-    const std::wstring version = EnvironmentValue(L"VANTOR_TRACE_TARGET");
+    const std::wstring version = programs::WideFromUtf8(programs::EnvironmentValue("VANTOR_TRACE_TARGET"));
     return version.empty() ? desktopProgId : std::wstring(desktopProgId) + L"." + version;
 }
 

@@ -1,14 +1,14 @@
 #include "trace/server/Recorder.h"
 
+#include "programs/Environment.h"
 #include "programs/ProgramFile.h"
+#include "programs/Utf.h"
 #include "trace/server/JsonText.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cwchar>
+#include <cstdlib>
 #include <filesystem>
-#include <vector>
 
 namespace kinora::trace {
 namespace {
@@ -54,25 +54,16 @@ std::string TimeText() {
     return text.data();
 }
 
-std::wstring EnvironmentValue(const wchar_t* name) {
-    // Asked of the system: client and server may have C runtimes of their own.
-    std::vector<wchar_t> value(GetEnvironmentVariableW(name, nullptr, 0));
-    if (value.empty()) {
-        return {};
-    }
-    const DWORD length = GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size()));
-    return std::wstring(value.data(), std::min<std::size_t>(length, value.size() - 1));
-}
-
 RecorderSettings RecorderSettings::FromEnvironment() {
     constexpr unsigned long defaultMegabytes = 64;
     RecorderSettings settings;
-    settings.folder = EnvironmentValue(L"VANTOR_TRACE_DIR");
+    settings.folder = programs::WideFromUtf8(programs::EnvironmentValue("VANTOR_TRACE_DIR"));
     if (settings.folder.empty()) {
         std::array<wchar_t, MAX_PATH + 2> folder{};
         settings.folder.assign(folder.data(), GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()));
     }
-    const unsigned long megabytes = std::wcstoul(EnvironmentValue(L"VANTOR_TRACE_MAX_MB").c_str(), nullptr, 10);
+    const unsigned long megabytes =
+        std::strtoul(programs::EnvironmentValue("VANTOR_TRACE_MAX_MB").c_str(), nullptr, 10);
     settings.maxBytes = (megabytes == 0 ? defaultMegabytes : megabytes) * bytesPerMegabyte;
     return settings;
 }

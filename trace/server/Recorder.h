@@ -19,9 +19,6 @@ struct RecorderSettings {
     static RecorderSettings FromEnvironment();
 };
 
-/// Value of an environment variable, empty when it is not set.
-std::wstring EnvironmentValue(const wchar_t* name);
-
 /// The trace file of this process. The head of a line is written before its call runs, the tail after it, so that a
 /// program that ends in the middle leaves the call that it was in. No function throws, and when the file cannot be
 /// written nothing more is; only a debugger is told.
