@@ -19,16 +19,6 @@ long Interposer::Live() {
     return liveInterposers;
 }
 
-HRESULT Interposer::QueryInterface(REFIID iid, void** object) {
-    const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
-    *object = isKnown ? this : nullptr;
-    if (!isKnown) {
-        return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-}
-
 ULONG Interposer::AddRef() {
     return ++m_references;
 }
@@ -39,15 +29,6 @@ ULONG Interposer::Release() {
         delete this;
     }
     return left;
-}
-
-HRESULT Interposer::GetTypeInfoCount(UINT* count) {
-    *count = 0;
-    return S_OK;
-}
-
-HRESULT Interposer::GetTypeInfo(UINT, LCID, ITypeInfo**) {
-    return E_NOTIMPL;
 }
 
 HRESULT Interposer::GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) {

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <windows.h>
-
-#include <objbase.h>
-#include <oleauto.h>
+#include "tests/support/DispatchBase.h"
 
 #include <cstddef>
 #include <functional>
@@ -20,7 +17,7 @@ struct CallMeter {
 
 /// Stands between the library and an object of a desktop in another process: hands every call on, and gives an
 /// interposer in place of every object that comes back.
-class Interposer final : public IDispatch {
+class Interposer final : public DispatchBase {
 public:
     /// Takes over the caller's reference on the target; the new object has one reference.
     Interposer(IDispatch* target, CallMeter& meter);
@@ -28,11 +25,8 @@ public:
     /// Interposers that live now.
     static long Live();
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
                                      VARIANT* result, EXCEPINFO* exception, UINT* argumentError) override;

@@ -127,16 +127,6 @@ void Require(bool holds, const char* complaint) {
 
 // Objects.
 
-HRESULT Object::QueryInterface(REFIID iid, void** object) {
-    const bool isKnown = iid == IID_IUnknown || iid == IID_IDispatch;
-    *object = isKnown ? this : nullptr;
-    if (!isKnown) {
-        return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-}
-
 ULONG Object::AddRef() {
     return static_cast<ULONG>(++m_references);
 }
@@ -147,14 +137,6 @@ ULONG Object::Release() {
         m_desktop.LetGo();
     }
     return static_cast<ULONG>(m_references);
-}
-
-HRESULT Object::GetTypeInfoCount(UINT*) {
-    return E_NOTIMPL;
-}
-
-HRESULT Object::GetTypeInfo(UINT, LCID, ITypeInfo**) {
-    return E_NOTIMPL;
 }
 
 HRESULT Object::GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) {

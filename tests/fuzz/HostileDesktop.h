@@ -1,10 +1,7 @@
 #pragma once
 
 #include "tests/fuzz/InputBytes.h"
-
-#include <windows.h>
-
-#include <oleauto.h>
+#include "tests/support/DispatchBase.h"
 
 #include <cstdint>
 #include <deque>
@@ -27,7 +24,7 @@ struct Complaint : std::runtime_error {
 class Desktop;
 
 /// One of the desktop's objects. It lives as long as the desktop, so that a call on a released one is seen.
-class Object final : public IDispatch {
+class Object final : public DispatchBase {
 public:
     Object(Desktop& desktop, std::wstring name) : m_desktop(desktop), m_name(std::move(name)) {}
 
@@ -37,11 +34,8 @@ public:
     /// From now on the object fails all calls, as one whose server has gone.
     void Die() { m_isDead = true; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
                                      VARIANT* result, EXCEPINFO* exception, UINT* argumentError) override;

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <windows.h>
-
-#include <oleauto.h>
+#include "tests/support/DispatchBase.h"
 
 /// An automation object that knows no method and counts the references on it. It lives as long as its test.
-class CountedObject final : public IDispatch {
+class CountedObject final : public DispatchBase {
 public:
     CountedObject() = default;
     CountedObject(const CountedObject&) = delete;
@@ -13,22 +11,8 @@ public:
 
     long References() const { return m_references; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
-        *object = isKnown ? this : nullptr;
-        if (!isKnown) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
     ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++m_references); }
     ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--m_references); }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
-        *count = 0;
-        return S_OK;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
         return DISP_E_UNKNOWNNAME;
     }

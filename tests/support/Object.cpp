@@ -51,16 +51,6 @@ Object& Object::Forget(const std::string& method) {
     return *this;
 }
 
-HRESULT Object::QueryInterface(REFIID iid, void** object) {
-    const bool isKnown = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IDispatch);
-    *object = isKnown ? this : nullptr;
-    if (!isKnown) {
-        return E_NOINTERFACE;
-    }
-    AddRef();
-    return S_OK;
-}
-
 ULONG Object::AddRef() {
     return static_cast<ULONG>(++m_references);
 }
@@ -75,15 +65,6 @@ ULONG Object::Release() {
         m_world.onLetGo(*this);
     }
     return static_cast<ULONG>(m_references);
-}
-
-HRESULT Object::GetTypeInfoCount(UINT* count) {
-    *count = 0;
-    return S_OK;
-}
-
-HRESULT Object::GetTypeInfo(UINT, LCID, ITypeInfo**) {
-    return E_NOTIMPL;
 }
 
 void Object::Check(bool isKept, const std::string& method, const char* rule) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/DispatchBase.h"
 #include "tests/support/World.h"
 
 #include <functional>
@@ -12,7 +13,7 @@ namespace fake {
 /// automation are kept: one name, IID_NULL, locale 0x0800, DISPATCH_METHOD, no named arguments, no exception and
 /// argument-error pointers, a result VARIANT of zeros, a name looked up anew for every invocation, and a reference held
 /// by somebody.
-class Object final : public IDispatch {
+class Object final : public DispatchBase {
 public:
     using Handler = std::function<Answer(const Arguments&)>;
 
@@ -30,11 +31,8 @@ public:
     long References() const { return m_references - m_held; }
     const std::string& Path() const { return m_path; }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* parameters,
                                      VARIANT* result, EXCEPINFO* exception, UINT* argumentError) override;
