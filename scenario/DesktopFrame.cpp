@@ -1,20 +1,53 @@
 #include "scenario/DesktopFrame.h"
 
+#include "interface/KinoraVeltrixOrientation.h"
+
 #include <Eigen/Geometry>
 #include <cmath>
 
 namespace kinora::scenario {
 
-IKinoraVeltrixInterface::Transform ToTransform(const std::string& name, const Pose& X_WB) {
+namespace {
+
+/// Writes R * v over v. Without a turn every bit stays, that of a negative zero included.
+void Turn(const Matrix& R, double (&components)[3]) {
+    if (R == Matrix::Identity()) {
+        return;
+    }
+    Eigen::Map<Vector> vector(components);
+    vector = R * vector; // through a copy
+}
+
+} // namespace
+
+IKinoraVeltrixInterface::Transform DrawnTransform(const std::string& name, const Pose& X_WB0) {
     IKinoraVeltrixInterface::Transform transform;
     transform.name = name;
-    for (int row = 0; row < 3; ++row) {
-        transform.translation[row] = X_WB.p_WB_W[row];
-        for (int column = 0; column < 3; ++column) {
-            transform.rotation[3 * row + column] = X_WB.R_WB(column, row);
-        }
-    }
+    Eigen::Map<Vector>(transform.translation) = X_WB0.p_WB_W;
     return transform;
+}
+
+IKinoraVeltrixInterface::Transform ToTransform(const std::string& name, const Pose& X_WB, const Matrix& R_WB0) {
+    IKinoraVeltrixInterface::Transform transform = DrawnTransform(name, X_WB);
+    Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>> rotation(transform.rotation);
+    rotation = R_WB0 * X_WB.R_WB.transpose(); // R_DW
+    KinoraVeltrixRotationFor(transform.rotation, transform.rotation);
+    return transform;
+}
+
+IKinoraVeltrixInterface::Material ToDesktopAxes(const IKinoraVeltrixInterface::Material& material_B,
+                                                const Matrix& R_WB0) {
+    IKinoraVeltrixInterface::Material material_D = material_B;
+    Turn(R_WB0, material_D.coercivityDirection);
+    return material_D;
+}
+
+IKinoraVeltrixInterface::Result ToBodyAxes(const IKinoraVeltrixInterface::Result& result_D, const Matrix& R_WB0) {
+    IKinoraVeltrixInterface::Result result_B = result_D;
+    const Matrix R_BD = R_WB0.transpose();
+    Turn(R_BD, result_B.force);
+    Turn(R_BD, result_B.torque);
+    return result_B;
 }
 
 Angles AnglesOf(const Matrix& R_WB) {
@@ -39,18 +72,15 @@ Matrix DesktopAxes(const Matrix& R_WB) {
 }
 
 double FrameDeviation(const Matrix& R_WB) {
-    const Matrix R_BD = R_WB.transpose() * DesktopAxes(R_WB);
-    return std::fabs(Eigen::AngleAxisd(R_BD).angle());
+    const Matrix R_BF = R_WB.transpose() * DesktopAxes(R_WB);
+    return std::fabs(Eigen::AngleAxisd(R_BF).angle());
 }
 
-Load ToLoad(const IKinoraVeltrixInterface::Result& result, const Matrix& R_WB) {
+Load ToLoad(const IKinoraVeltrixInterface::Result& result_B, const Matrix& R_WB) {
     constexpr double newtonMetresPerMillinewtonMetre = 1e-3;
-    const Matrix R_WD = DesktopAxes(R_WB);
-    const Vector force_D(result.force[0], result.force[1], result.force[2]);
-    const Vector torque_D(result.torque[0], result.torque[1], result.torque[2]);
     Load load;
-    load.force_W = R_WD * force_D;
-    load.torque_W = newtonMetresPerMillinewtonMetre * (R_WD * torque_D);
+    load.force_W = R_WB * Eigen::Map<const Vector>(result_B.force);
+    load.torque_W = newtonMetresPerMillinewtonMetre * (R_WB * Eigen::Map<const Vector>(result_B.torque));
     return load;
 }
 

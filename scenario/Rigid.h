@@ -16,7 +16,7 @@ namespace kinora::scenario {
 //
 //   W   the global frame;
 //   B   the frame of a body, B0 the same as the geometry is drawn;
-//   D   the coordinate system that the desktop makes of the body's angles.
+//   D   the body's coordinate system in the desktop: W while the body is as drawn, moving with the body from there.
 //
 // C is a body's centre of mass, J a point of a hinge's axis. Metres, newtons, newton metres, radians throughout.
 

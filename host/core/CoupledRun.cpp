@@ -17,9 +17,6 @@ namespace {
 /// The design that the interface makes in a new project.
 constexpr const char* designName = "Veltrix3DDesign1";
 
-/// Radians; smaller deviations vanish in the six decimals of the angles that reach the desktop.
-constexpr double tolerableDeviation = 1e-4;
-
 std::string ObjectNames(const Scenario& scenario) {
     std::string names;
     for (const Body& body : scenario.bodies) {
@@ -35,7 +32,7 @@ std::string ObjectNames(const Scenario& scenario) {
 CoupledRun::CoupledRun(const Scenario& scenario, const RunOptions& options, IKinoraVeltrixInterface& coupling,
                        RunListener& listener)
     : m_scenario(scenario), m_options(options), m_coupling(coupling), m_listener(listener), m_files(FilesOf(scenario)),
-      m_mechanism(scenario), m_warnedDeviation(scenario.bodies.size(), tolerableDeviation), m_earlier(m_files) {}
+      m_mechanism(scenario), m_earlier(m_files) {}
 
 CoupledRun::~CoupledRun() = default;
 
@@ -281,21 +278,24 @@ void CoupledRun::OpenProject() {
 
 void CoupledRun::BuildMagnetics() {
     m_listener.OnPhase("Building the field model");
+    std::map<std::string, IKinoraVeltrixInterface::Material> wanted = m_scenario.materials;
     std::vector<IKinoraVeltrixInterface::Group> groups;
     for (const Body& body : m_scenario.bodies) {
         IKinoraVeltrixInterface::Group group;
-        // Always the drawn pose: the desktop moves the imported objects from it into the body's own frame.
-        group.transform = ToTransform(body.name, body.X_WB0);
+        // Always the drawn pose: the desktop moves the imported objects from it into the body's frame.
+        group.transform = DrawnTransform(body.name, body.X_WB0);
         for (const std::string& object : body.objects) {
             group.objects.push_back(m_options.toNarrow(object));
+            if (const auto material = wanted.find(object); material != wanted.end()) {
+                material->second = ToDesktopAxes(material->second, body.X_WB0.R_WB);
+            }
         }
         groups.push_back(std::move(group));
     }
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
-    for (const auto& [object, material] : m_scenario.materials) {
-        IKinoraVeltrixInterface::Material narrow = material;
-        narrow.name = m_options.toNarrow(material.name);
-        materials.emplace(m_options.toNarrow(object), narrow);
+    for (auto& [object, material] : wanted) {
+        material.name = m_options.toNarrow(material.name);
+        materials.emplace(m_options.toNarrow(object), material);
     }
     if (!m_coupling.InitMagneticObjects(groups, materials)) {
         Fail("InitMagneticObjects", fmt::format("{} bodies", groups.size()),
@@ -336,8 +336,8 @@ void CoupledRun::Solve(int step) {
     record.poses = m_mechanism.Poses();
     std::vector<IKinoraVeltrixInterface::Transform> transforms;
     for (std::size_t body = 0; body < record.poses.size(); ++body) {
-        WarnOfOrientation(record.poses[body], body, record.time);
-        transforms.push_back(ToTransform(m_scenario.bodies[body].name, record.poses[body]));
+        const Body& drawn = m_scenario.bodies[body];
+        transforms.push_back(ToTransform(drawn.name, record.poses[body], drawn.X_WB0.R_WB));
     }
     int status = 0;
     if (!m_coupling.Analyze(record.time, transforms, record.results, status)) {
@@ -360,6 +360,7 @@ void CoupledRun::Solve(int step) {
     }
     std::vector<Load> loads;
     for (std::size_t body = 0; body < transforms.size(); ++body) {
+        record.results[body] = ToBodyAxes(record.results[body], m_scenario.bodies[body].X_WB0.R_WB);
         loads.push_back(ToLoad(record.results[body], record.poses[body].R_WB));
     }
     m_mechanism.ApplyLoads(loads);
@@ -370,20 +371,6 @@ void CoupledRun::Solve(int step) {
     Save(step);
     m_lastStep = step;
     m_listener.OnStep(record);
-}
-
-void CoupledRun::WarnOfOrientation(const Pose& X_WB, std::size_t body, double time) {
-    const double deviation = FrameDeviation(X_WB.R_WB);
-    if (deviation <= m_warnedDeviation[body]) {
-        return;
-    }
-    // Once more only when it has become much worse.
-    m_warnedDeviation[body] = 2.0 * deviation;
-    m_listener.OnWarning(
-        fmt::format("Body \"{}\" at {} s: the desktop's frame is {:.3g} degrees away from the body's. Only "
-                    "orientations that differ from the global axes by a turn about X reach the desktop "
-                    "as they are; lay the model's turning axis along X.",
-                    m_scenario.bodies[body].name, time, deviation * degreesPerRadian));
 }
 
 void CoupledRun::Finish() {

@@ -115,7 +115,6 @@ private:
     void OpenStates();
     RunEnd Advance(int firstStep);
     void Solve(int step);
-    void WarnOfOrientation(const scenario::Pose& X_WB, std::size_t body, double time);
     void Finish();
     void WarnOfOpenBooks();
     void CloseAfterFailure() noexcept;
@@ -134,8 +133,6 @@ private:
     RunListener& m_listener;
     RunFiles m_files;
     Mechanism m_mechanism;
-    /// Largest deviation warned of so far, per body, radians.
-    std::vector<double> m_warnedDeviation;
     RunIdentity m_identity;
     EarlierRun m_earlier;
     std::vector<std::filesystem::path> m_madeFolders;

@@ -14,7 +14,7 @@ struct StepRecord {
     double time = 0.0;
     /// In the bodies' order.
     std::vector<scenario::Pose> poses;
-    /// As the desktop gave them, in the bodies' order.
+    /// In the bodies' order, every body's in its own axes B, units as the desktop gave them.
     std::vector<IKinoraVeltrixInterface::Result> results;
     /// In the joints' order.
     std::vector<JointRecord> joints;

@@ -1,6 +1,7 @@
 #include "host/core/CoupledRun.h"
 
 #include "host/core/StateFile.h"
+#include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
 
 #include <algorithm>
@@ -30,6 +31,12 @@ public:
     /// The time of the step in which the desktop dies.
     double endsAtTime = std::numeric_limits<double>::infinity();
     std::map<MessageSeverity, std::vector<std::string>> messages;
+    /// Added to the load of every body.
+    Result load;
+    /// What InitMagneticObjects and the last Analyze got.
+    std::vector<Group> groups;
+    std::map<std::string, Material> materials;
+    std::vector<Transform> transforms;
 
     bool GetMessages(std::vector<std::string>& texts, MessageSeverity severity) override {
         texts = messages[severity];
@@ -50,8 +57,10 @@ public:
                                            PathFromUtf8(geometry).filename().u8string() + " " + units);
     }
     bool InitGeometry(const std::string&, const std::string&) override { return Answer("InitGeometry", ""); }
-    bool InitMagneticObjects(const std::vector<Group>& groups,
-                             const std::map<std::string, Material>& materials) override {
+    bool InitMagneticObjects(const std::vector<Group>& newGroups,
+                             const std::map<std::string, Material>& newMaterials) override {
+        groups = newGroups;
+        materials = newMaterials;
         std::string text;
         for (const Group& group : groups) {
             text += fmt::format("{}@{:.3f} ", group.transform.name, group.transform.translation[2]);
@@ -61,15 +70,16 @@ public:
         }
         return Answer("InitMagneticObjects", text);
     }
-    bool Analyze(double time, const std::vector<Transform>& transforms, std::vector<Result>& results,
+    bool Analyze(double time, const std::vector<Transform>& newTransforms, std::vector<Result>& results,
                  int& status) override {
+        transforms = newTransforms;
         m_hasEnded = m_hasEnded || time >= endsAtTime;
         if (failing == "Analyze" && time > 0.0) {
             status = 0x0202;
         }
         for (std::size_t i = 0; i + missingResults < transforms.size(); ++i) {
-            results.emplace_back();
-            results.back().force[2] = -100.0 * transforms[i].translation[2];
+            results.push_back(load);
+            results.back().force[2] += -100.0 * transforms[i].translation[2];
         }
         const std::string text = fmt::format("{:.2f} z={:.4f}", time, transforms.at(0).translation[2]);
         return time > 0.0 ? Answer("Analyze", text) : (calls.push_back("Analyze " + text), true);
@@ -547,23 +557,65 @@ TEST_F(CoupledRunTest, NoticesMissingResults) {
     EXPECT_THAT(failure.Advice().at(0), HasSubstr("run.reports"));
 }
 
-TEST_F(CoupledRunTest, WarnsOfFramesThatLeaveTheBodyOnceAndWhenMuchWorse) {
-    m_scenario.joints[0].type = JointType::Hinge;
-    m_scenario.joints[0].axis_W = Vector::UnitY();
-    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("t", Expression::Variables::Time));
-    m_scenario.stepping = {0.01, 50};
+/// A bob that is drawn a quarter turn about z: its x axis points along global y, its y axis along -x.
+class DrawnAtAnAngle : public CoupledRunTest {
+protected:
+    void SetUp() override {
+        CoupledRunTest::SetUp();
+        m_scenario.bodies[0].X_WB0.R_WB << 0, -1, 0, 1, 0, 0, 0, 0, 1;
+        m_scenario.bodies[0].principalInertia_B = {1.0, 1.0, 1.0};
+    }
+
+    /// The desktop's frame of the bob in the last step, from the angles that the library reads: R_WF.
+    Matrix Frame() const { return DesktopAxes(Eigen::Map<const Matrix>(m_coupling.transforms.at(0).rotation)); }
+};
+
+TEST_F(DrawnAtAnAngle, ReachesTheDesktopUnturnedWithDirectionsInGlobalAxes) {
+    m_scenario.materials["magnet"] = {"magnet_1T", {0.5, 0.0, 2.0}};
+    m_scenario.materials["loose"] = {"magnet_1T", {0.1, -0.0, 0.7}}; // of no body
+    m_scenario.stepping = {0.05, 0};
     Run();
-    ASSERT_GE(m_listener.warnings.size(), 3u);
-    EXPECT_LE(m_listener.warnings.size(), 8u);
-    EXPECT_THAT(m_listener.warnings[0], HasSubstr("Body \"bob\" at 0.01 s: the desktop's frame is 0.81 degrees away"));
+    const auto& transform = m_coupling.groups.at(0).transform;
+    EXPECT_EQ(transform.translation[2], 0.01);
+    EXPECT_EQ(Matrix(Eigen::Map<const Matrix>(transform.rotation)), Matrix::Identity());
+    EXPECT_THAT(m_coupling.materials.at("magnet").coercivityDirection, ElementsAre(0.0, 0.5, 2.0));
+    EXPECT_THAT(m_coupling.materials.at("loose").coercivityDirection, ElementsAre(0.1, -0.0, 0.7));
+    EXPECT_EQ(Frame(), Matrix::Identity());
 }
 
-TEST_F(CoupledRunTest, TurnsAboutXWithoutAWarning) {
+TEST_F(DrawnAtAnAngle, TurnsFromThereAboutAnyAxisWithoutAWarning) {
     m_scenario.joints[0].type = JointType::Hinge;
-    m_scenario.joints[0].axis_W = Vector::UnitX();
-    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("100*t", Expression::Variables::Time));
+    m_scenario.joints[0].axis_W = Vector(2, -6, 3) / 7.0;
+    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("20*t", Expression::Variables::Time));
+    m_scenario.stepping = {0.05, 4};
     Run();
+    EXPECT_LT((Frame() - Rotation(Vector(2, -6, 3) / 7.0, 4.0)).norm(), 1e-14);
     EXPECT_TRUE(m_listener.warnings.empty());
+}
+
+TEST_F(DrawnAtAnAngle, HasItsLoadsInItsOwnAxesAndMovesByThemInGlobalOnes) {
+    m_coupling.load = {{3.0, 0.0, 0.0}, {0.0, 700.0, 0.0}};
+    m_scenario.joints[0].type = JointType::Hinge;
+    m_scenario.joints[0].axis_W = Vector::UnitY();
+    m_scenario.joints[0].p_WJ_W = m_scenario.bodies[0].X_WB0.p_WB_W;
+    m_scenario.stepping = {0.05, 0};
+    Run();
+    const StepRecord& step = m_listener.steps.at(0);
+    // Global x is the body's -y, global y its x.
+    EXPECT_THAT(step.results[0].force, ElementsAre(0.0, -3.0, -1.0));
+    EXPECT_THAT(step.results[0].torque, ElementsAre(700.0, 0.0, 0.0));
+    EXPECT_DOUBLE_EQ(step.joints[0].fieldForce, 0.7);
+    EXPECT_THAT(StatesFile(), HasSubstr("\n0,0,0,0,0.01,0,-3,-1,700,0,0,0,"));
+}
+
+TEST_F(CoupledRunTest, HandsLoadsOfABodyDrawnUnturnedOnAsTheyAre) {
+    m_coupling.load = {{0.1, -0.0, 0.0}, {1e-310, 0.3, -0.7}};
+    m_scenario.stepping = {0.05, 0};
+    Run();
+    const auto& result = m_listener.steps.at(0).results[0];
+    EXPECT_EQ(result.force[0], 0.1);
+    EXPECT_TRUE(std::signbit(result.force[1]));
+    EXPECT_THAT(result.torque, ElementsAre(1e-310, 0.3, -0.7));
 }
 
 } // namespace
