@@ -45,3 +45,12 @@ plot states("axial-coupling", "following.states.csv") using "Time [s]":"driver_h
      states("axial-coupling", "following.states.csv") using "Time [s]":"driven_hinge.Coordinate [rad]" with points pt 7 ps 0.6 lc rgb dark title "run", \
      expected("axial-coupling", "slipping") using 1:2 with lines lw 2 lc rgb red title "large damper, independent integration", \
      states("axial-coupling", "slipping.states.csv") using "Time [s]":"driven_hinge.Coordinate [rad]" with points pt 5 ps 0.6 lc rgb dark title "run"
+
+set output picture("tilted-magnets")
+set title "Tilted magnets: torque on the right one in its own axes, both turning about skew axes"
+set xlabel "time (s)"; set ylabel "torque (mN m)"
+tilted(axis) = sprintf("right.Torque_%s [mN m]", axis)
+plot for [i=1:3] expected("tilted-magnets", "scenario") using "Time [s]":(column(tilted(word("x y z", i)))) \
+         with lines smooth csplines lw 2 lc rgb word(blue . " " . red . " " . "#228833", i) title word("x y z", i) . ", Coulomb's law between the faces", \
+     for [i=1:3] states("tilted-magnets", "states.csv") using "Time [s]":(column(tilted(word("x y z", i)))) \
+         with points pt 7 ps 0.6 lc rgb dark title i == 1 ? "run" : ""

@@ -62,6 +62,26 @@ def turn_about_x(angle, vector):
     return [x, cos(angle) * y - sin(angle) * z, sin(angle) * y + cos(angle) * z]
 
 
+def rotation(axis, angle):
+    """The matrix, a list of rows, that turns vectors about an axis (of any length) by the right hand."""
+    length = sqrt(sum(value * value for value in axis))
+    n = [value / length for value in axis]
+    skew = [[0.0, -n[2], n[1]], [n[2], 0.0, -n[0]], [-n[1], n[0], 0.0]]
+    return [
+        [cos(angle) * (i == j) + (1 - cos(angle)) * n[i] * n[j] + sin(angle) * skew[i][j] for j in range(3)]
+        for i in range(3)
+    ]
+
+
+def turned(matrix, vector):
+    return [sum(row[k] * vector[k] for k in range(3)) for row in matrix]
+
+
+def turned_back(matrix, vector):
+    """By the transpose: what a turned frame's axes measure of the vector."""
+    return [sum(matrix[k][i] * vector[k] for k in range(3)) for i in range(3)]
+
+
 def block_charges(centre, half, axis, polarisation, count, turn=lambda vector: vector):
     """Point charges (place, charge) of a block's two charged faces; `turn` moves the finished points.
 

@@ -44,6 +44,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Example{"cube-magnets/scenario", "states.csv", "upper.Force_z [N]", 1e-4},
                     Example{"magnetic-spring/scenario", "states.csv", "carriage.Coordinate [m]", 0.02},
                     Example{"pendulum/scenario", "states.csv", "hinge.Coordinate [rad]", 0.02},
+                    Example{"tilted-magnets/scenario", "states.csv", "right.Torque_z [mN m]", 1e-4},
                     Example{"axial-coupling/torque", "torque.states.csv", "driven.Torque_x [mN m]", 1e-3},
                     Example{"axial-coupling/following", "following.states.csv", "driven_hinge.Coordinate [rad]", 0.002},
                     Example{"axial-coupling/slipping", "slipping.states.csv", "driven_hinge.Coordinate [rad]", 0.02}));
