@@ -48,8 +48,8 @@ Matrix DesktopAxes(const Matrix& R_WB);
 /// Angle of the rotation R_BF between the axes of the matrix and the desktop's frame, 0 to pi.
 double FrameDeviation(const Matrix& R_WB);
 
-/// The one place where a result becomes a load: newtons stay, millinewton-metres become newton metres, and components in
-/// the body's own axes become global ones.
+/// The one place where a result becomes a load: newtons stay, millinewton-metres become newton metres, and components
+/// in the body's own axes become global ones.
 Load ToLoad(const IKinoraVeltrixInterface::Result& result_B, const Matrix& R_WB);
 
 } // namespace kinora::scenario

@@ -88,7 +88,7 @@ void PrintResults(const Scenario& scenario, const Console& console, Talk talk) {
     }
     constexpr std::size_t tableRows = 40;
     if (talk != Talk::Quiet) {
-        Print("\nLoads on the bodies, in the axes of their coordinate systems\n");
+        Print("\nLoads on the bodies, in their own axes\n");
         Print(LoadTable(scenario, console.Records(), tableRows));
         Print("\n" + EnergyTable(scenario, console.Records().back()));
     }

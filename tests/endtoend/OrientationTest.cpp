@@ -198,7 +198,7 @@ void ExpectLoad(const Load& load, const Load& expected) {
         << load.torque.transpose() << " instead of " << expected.torque.transpose();
 }
 
-// A metre long and metres apart: what six decimals of a metre take from the positions does not show.
+/// A metre long and metres apart: what six decimals of a metre take from the positions does not show.
 const std::vector<Block> magnets = {{"first", {0.3, 0.0, -0.2}, {1.0, 0.8, 0.6}, 2},
                                     {"second", {1.4, 1.1, 1.5}, {0.7, 0.9, 0.5}, 0}};
 

@@ -240,6 +240,25 @@ TEST(Orientation, OfAQuarterTurnAboutZIsATheta) {
     EXPECT_EQ(variables[2], Pose::Variable("R_Theta", "-1.570796Rad"));
 }
 
+/// docs/conventions.md shows it: 30 degrees about X, then 60 degrees about Z.
+TEST(Orientation, OfTheExampleArrives) {
+    const Axes axes = (Rz(pi / 3) * Rx(pi / 6)).transpose();
+    const Transform transform = TransformFor(axes);
+    const Axes expected =
+        Rows({0.500000, 0.624038, -0.600481, -0.240192, 0.766099, 0.596154, 0.832050, -0.153846, 0.532939});
+    EXPECT_LE((MatrixOf(transform) - expected).cwiseAbs().maxCoeff(), 5e-7);
+    const auto variables = Pose::Variables(transform);
+    EXPECT_EQ(variables[0], Pose::Variable("R_Phi", "-0.447832Rad"));
+    EXPECT_EQ(variables[1], Pose::Variable("R_Psi", "-0.281035Rad"));
+    EXPECT_EQ(variables[2], Pose::Variable("R_Theta", "-0.982794Rad"));
+    ExpectArrives(axes);
+    // The axes themselves, handed over, arrive 43.1 degrees away.
+    Transform itself = transform;
+    std::copy_n(axes.data(), 9, itself.rotation);
+    const Eigen::Matrix3d between = FrameWithoutTexts(itself) * axes.transpose();
+    EXPECT_NEAR(Eigen::AngleAxisd(between).angle() * 180 / pi, 43.085, 1e-3);
+}
+
 TEST(Orientation, MayBeWrittenOverTheAxes) {
     for (const Axes& axes : RandomAxes(100)) {
         double numbers[9];
