@@ -244,33 +244,32 @@ TEST(Orientation, OfGeometryDrawnAtAnAngleIsTurnedFromThere) {
     }
 }
 
-/// A run of two magnets, the second one of which swings freely about a skew axis.
+/// How kinora-run ended, and the states that it wrote.
 struct HostRun {
-    std::filesystem::path states;
     Outcome outcome;
+    std::filesystem::path states;
 };
 
-/// Runs kinora-run on a scenario with the second magnet turned by `startDegrees` more about its hinge than it is drawn.
+/// Runs kinora-run with the first magnet standing still and the second one swinging freely about a skew axis.
+/// @param rotation      the second body's orientation as it is drawn, a member of the scenario; may be empty
+/// @param startDegrees  how far it is turned from there in the beginning
 HostRun RunScenario(const ScratchFolder& folder, const std::string& name, const std::vector<Block>& blocks,
                     const std::string& rotation, int startDegrees) {
-    WriteObj(folder / (name + ".obj"), blocks);
-    std::ofstream(folder / (name + ".json")) << R"({
-        "project": { "file": ")" + name + R"(.vantor" },
-        "geometry": { "file": ")" + name + R"(.obj", "units": "meter" },
-        "desktop": { "version": "Simulator" },
-        "materials": { "first": { "name": "magnet_1T", "direction": [0, 0, 1] },
-                       "second": { "name": "magnet_1T", "direction": [1, 0, 0] } },
-        "bodies": [ { "name": "still", "objects": ["first"], "position": [0.3, 0, -0.2] },
-                    { "name": "swinging", "objects": ["second"], "position": [1.4, 1.1, 1.5], "mass": 100,
-                      "inertia": [10, 10, 10])" + rotation +
-                                                    R"( } ],
-        "joints": [ { "name": "hinge", "type": "hinge", "axis": [2, 3, -6], "point": [1.4, 1.1, 1.5],
-                      "bodies": ["swinging"], "free": { "start": ")" +
-                                                    std::to_string(startDegrees) + R"(*deg" } } ],
-        "solver": { "step": 0.01, "end": 0.4 },
-        "output": { "csv": "states.csv" } })";
+    const std::filesystem::path scenario = folder / (name + ".json");
     const std::filesystem::path out = folder / name;
-    return {out / "states.csv", RunHost({(folder / (name + ".json")).u8string(), "--out", out.u8string(), "--quiet"})};
+    WriteObj(folder / (name + ".obj"), blocks);
+    std::ofstream(scenario) << R"({ "desktop": { "version": "Simulator" }, "project": { "file": "pair.vantor" },)"
+                            << R"("geometry": { "units": "meter", "file": ")" << name << R"(.obj" },)"
+                            << R"("materials": { "first": { "name": "magnet_1T", "direction": [0, 0, 1] },
+                             "second": { "name": "magnet_1T", "direction": [1, 0, 0] } },
+              "bodies": [ { "name": "still", "objects": ["first"], "position": [0.3, 0, -0.2] },
+                          { "name": "swinging", "objects": ["second"], "position": [1.4, 1.1, 1.5],)"
+                            << rotation << R"("mass": 100, "inertia": [10, 10, 10] } ],
+              "joints": [ { "name": "hinge", "type": "hinge", "axis": [2, 3, -6], "point": [1.4, 1.1, 1.5],
+                            "bodies": ["swinging"], "free": { "start": ")"
+                            << startDegrees << R"(*deg" } } ],
+              "solver": { "step": 0.01, "end": 0.4 }, "output": { "csv": "states.csv" } })";
+    return {RunHost({scenario.u8string(), "--out", out.u8string(), "--quiet"}), out / "states.csv"};
 }
 
 TEST(Orientation, OfADrawingDoesNotMatterToTheHost) {
@@ -280,7 +279,7 @@ TEST(Orientation, OfADrawingDoesNotMatterToTheHost) {
     std::vector<Block> blocks = magnets;
     blocks[1].turn = Eigen::AngleAxisd(40 * pi / 180, Vector(2, 3, -6) / 7).toRotationMatrix();
     const HostRun drawn =
-        RunScenario(folder, "drawn", blocks, R"(, "rotation": { "axis": [2, 3, -6], "angle": "40*deg" })", 0);
+        RunScenario(folder, "drawn", blocks, R"("rotation": { "axis": [2, 3, -6], "angle": "40*deg" },)", 0);
     ASSERT_EQ(drawn.outcome.exitCode, 0) << drawn.outcome.output;
     for (const char* column :
          {"swinging.Force_x [N]", "swinging.Force_y [N]", "swinging.Force_z [N]", "swinging.Torque_x [mN m]",
@@ -302,13 +301,12 @@ TEST(Orientation, OfTheTiltedMagnetsGivesEveryLoadThatWasExpected) {
     const Outcome outcome =
         RunHost({(example / "scenario.json").u8string(), "--out", folder.Path().u8string(), "--quiet"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
-    for (const std::string body : {"left", "right"}) {
-        for (const std::string load :
-             {"Force_x [N]", "Force_y [N]", "Force_z [N]", "Torque_x [mN m]", "Torque_y [mN m]", "Torque_z [mN m]"}) {
-            SCOPED_TRACE(body + "." + load);
-            ExpectNear(Column(folder / "states.csv", body + "." + load),
-                       Column(example / "scenario.expected.csv", body + "." + load), 2e-4);
-        }
+    for (const char* column :
+         {"left.Force_x [N]", "left.Force_y [N]", "left.Force_z [N]", "left.Torque_x [mN m]", "left.Torque_y [mN m]",
+          "left.Torque_z [mN m]", "right.Force_x [N]", "right.Force_y [N]", "right.Force_z [N]",
+          "right.Torque_x [mN m]", "right.Torque_y [mN m]", "right.Torque_z [mN m]"}) {
+        SCOPED_TRACE(column);
+        ExpectNear(Column(folder / "states.csv", column), Column(example / "scenario.expected.csv", column), 2e-4);
     }
 }
 
