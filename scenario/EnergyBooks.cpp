@@ -17,7 +17,7 @@ void EnergyBooks::Add(const EnergyRow& row) {
         firstPotential = row.potential;
     }
     for (const double account :
-         {row.kinetic, row.potential - *firstPotential, row.fieldWork, row.loadWork, row.dissipated}) {
+         {row.kinetic, row.potential - *firstPotential, row.fieldWork, row.loadWork, row.elementWork, row.dissipated}) {
         throughput = std::max(throughput, std::fabs(account));
     }
     if (std::fabs(row.imbalance) > std::fabs(worstImbalance)) {

@@ -14,6 +14,8 @@ struct EnergyRow {
     double potential = 0.0;
     double fieldWork = 0.0;
     double loadWork = 0.0;
+    /// Of the springs and bushings that hang on the joint.
+    double elementWork = 0.0;
     double dissipated = 0.0;
     /// What the other accounts do not explain.
     double imbalance = 0.0;

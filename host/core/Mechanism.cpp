@@ -214,8 +214,8 @@ void Mechanism::Move(double toTime) {
 
 void Mechanism::KeepBooks(JointRecord& record) const {
     const EnergyAccount& energy = record.energy;
-    record.books.Add({m_time, energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork, energy.dissipated,
-                      energy.Imbalance()});
+    record.books.Add({m_time, energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork, 0.0,
+                      energy.dissipated, energy.Imbalance()});
 }
 
 void Mechanism::ApplyLoads(const std::vector<Load>& loads) {

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <limits>
+#include <utility>
 
 namespace kinora::report {
 namespace {
@@ -81,31 +82,45 @@ std::vector<std::ptrdiff_t> MatchTimes(const Column& times, const Table& table) 
     return matches;
 }
 
-/// Where a joint's accounts stand, in the order of scenario::EnergyRow; nothing when one of them is missing.
-std::optional<std::array<std::size_t, 6>> AccountColumns(const Table& table, const std::string& joint) {
-    constexpr std::array<const char*, 6> accounts = {"Kinetic",   "Potential",  "Field work",
-                                                     "Load work", "Dissipated", "Imbalance"};
-    std::array<std::size_t, 6> columns{};
-    for (std::size_t i = 0; i < accounts.size(); ++i) {
-        const auto found =
-            std::find(table.heads.begin(), table.heads.end(), fmt::format("{}.{} [J]", joint, accounts[i]));
-        if (found == table.heads.end()) {
-            return std::nullopt;
+/// Columns of the table and the accounts that stand in them.
+using AccountColumns = std::vector<std::pair<std::size_t, double scenario::EnergyRow::*>>;
+
+/// Where a joint's accounts stand; nowhere when the table lacks one of them.
+AccountColumns FindAccounts(const Table& table, const std::string& joint) {
+    const std::array<std::pair<const char*, double scenario::EnergyRow::*>, 7> accounts = {
+        {{"Kinetic", &scenario::EnergyRow::kinetic},
+         {"Potential", &scenario::EnergyRow::potential},
+         {"Field work", &scenario::EnergyRow::fieldWork},
+         {"Load work", &scenario::EnergyRow::loadWork},
+         {"Element work", &scenario::EnergyRow::elementWork},
+         {"Dissipated", &scenario::EnergyRow::dissipated},
+         {"Imbalance", &scenario::EnergyRow::imbalance}}};
+    AccountColumns columns;
+    for (const auto& [account, member] : accounts) {
+        const auto found = std::find(table.heads.begin(), table.heads.end(), fmt::format("{}.{} [J]", joint, account));
+        if (found != table.heads.end()) {
+            columns.emplace_back(static_cast<std::size_t>(found - table.heads.begin()), member);
+        } else if (member != &scenario::EnergyRow::elementWork) { // which runs without springs may lack
+            return {};
         }
-        columns[i] = static_cast<std::size_t>(found - table.heads.begin());
     }
     return columns;
 }
 
 /// A joint's books over all rows that tell its accounts. A prescribed joint keeps none: its cells are empty.
-scenario::EnergyBooks KeepBooks(const Table& table, const std::array<std::size_t, 6>& columns) {
+scenario::EnergyBooks KeepBooks(const Table& table, const AccountColumns& columns) {
     scenario::EnergyBooks books;
     for (const Column& row : table.rows) {
-        if (std::any_of(columns.begin(), columns.end(), [&row](std::size_t at) { return std::isnan(row[at]); })) {
-            continue;
+        scenario::EnergyRow energies;
+        energies.time = row[1];
+        bool isTold = !columns.empty();
+        for (const auto& [column, account] : columns) {
+            energies.*account = row[column];
+            isTold = isTold && !std::isnan(row[column]);
         }
-        books.Add({row[1], row[columns[0]], row[columns[1]], row[columns[2]], row[columns[3]], row[columns[4]],
-                   row[columns[5]]});
+        if (isTold) {
+            books.Add(energies);
+        }
     }
     return books;
 }
@@ -118,8 +133,7 @@ std::vector<Notice> CheckEnergies(const Table& table) {
         if (!ParseHead(head, series) || series.name != "Imbalance") {
             continue;
         }
-        const auto columns = AccountColumns(table, series.group);
-        const auto books = columns ? KeepBooks(table, *columns) : scenario::EnergyBooks();
+        const scenario::EnergyBooks books = KeepBooks(table, FindAccounts(table, series.group));
         if (!books.Close()) {
             notices.push_back({Severity::Warning, books.Warning(series.group)});
         }

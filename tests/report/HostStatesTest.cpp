@@ -66,6 +66,21 @@ TEST(HostStates, TellsEnergyBooksThatDoNotClose) {
               "halve \"solver.step\" until the figure falls.");
 }
 
+TEST(HostStates, CountsTheWorkOfSpringsAndBushingsWhereThereIsSuchAColumn) {
+    // Ten joules went through a spring; beside them 0.05 J are little, beside one joule they are not.
+    const std::string rows = "0,0,0,0,0,0,0,0,0\n1,0.5,1,0,0,0,-10,0,-0.05\n";
+    const std::string withElements = "Step,Time [s],a.Kinetic [J],a.Potential [J],a.Field work [J],a.Load work [J],"
+                                     "a.Element work [J],a.Dissipated [J],a.Imbalance [J]\n";
+    const HostStates states = ParseHostStates(withElements + rows, "states.csv", LogWithTimes({0.0, 0.5}));
+    EXPECT_THAT(states.notices, IsEmpty());
+    ASSERT_EQ(states.series.size(), 7u);
+    EXPECT_EQ(states.series[4].name, "Element work");
+    EXPECT_THAT(states.series[4].values, ElementsAre(0.0, -10.0));
+    // Of one joule in kinetic energy a fifth is much.
+    const std::string open = "0,0,0,0,0,0,0,0,0\n1,0.5,1,0,0,0,0.8,0,0.2\n";
+    EXPECT_EQ(ParseHostStates(withElements + open, "states.csv", LogWithTimes({0.0, 0.5})).notices.size(), 1u);
+}
+
 TEST(HostStates, TellsEnergyBooksWhateverTheLogHas) {
     CouplingLog log;
     EXPECT_EQ(ParseHostStates(accounts + "0,0,1,0,0,0,0,1\n", "states.csv", log).notices.size(), 2u);

@@ -93,7 +93,7 @@ TEST_F(Tool, TellsOnceWhatTheHostHasToldAlready) {
           "lift.Dissipated [J],lift.Imbalance [J]\n0,0,0,0,0,0,0,0\n1,0.1,2,0,1,0,0,1\n");
     scenario::EnergyBooks books;
     books.Add({0.0});
-    books.Add({0.1, 2.0, 0.0, 1.0, 0.0, 0.0, 1.0});
+    books.Add({0.1, 2.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0});
     ReportSources sources;
     sources.log = m_log;
     sources.states = m_folder / "states.csv";

@@ -8,9 +8,9 @@ namespace {
 
 EnergyBooks BooksOf(double imbalance) {
     EnergyBooks books;
-    books.Add({0.0, 0.0, 50.0, 0.0, 0.0, 0.0, 0.0});
-    books.Add({0.1, 1.5, 48.0, 0.0, 0.0, 0.4, imbalance});
-    books.Add({0.2, 0.0, 50.0, 0.0, 0.0, 0.5, 0.0});
+    books.Add({0.0, 0.0, 50.0, 0.0, 0.0, 0.0, 0.0, 0.0});
+    books.Add({0.1, 1.5, 48.0, 0.0, 0.0, 0.0, 0.4, imbalance});
+    books.Add({0.2, 0.0, 50.0, 0.0, 0.0, 0.0, 0.5, 0.0});
     return books;
 }
 
@@ -22,9 +22,16 @@ TEST(EnergyBooks, CloseWithinAHundredthOfWhatWentThrough) {
     EXPECT_FALSE(BooksOf(0.0201).Close());
 }
 
+TEST(EnergyBooks, CountWhatSpringsAndBushingsDo) {
+    EnergyBooks books;
+    books.Add({0.0, 0.0, 0.0, 0.0, 0.0, -3.0, 0.0, 0.02});
+    EXPECT_EQ(books.throughput, 3.0);
+    EXPECT_TRUE(books.Close());
+}
+
 TEST(EnergyBooks, TakeNoRoundingForAnError) {
     EnergyBooks books;
-    books.Add({0.0, 1e-20, 0.0, 0.0, 0.0, 0.0, 1e-20});
+    books.Add({0.0, 1e-20, 0.0, 0.0, 0.0, 0.0, 0.0, 1e-20});
     EXPECT_TRUE(books.Close());
 }
 
