@@ -80,7 +80,22 @@ const scenario::Body* FindBody(const scenario::Scenario* scenario, const std::st
     return found == scenario->bodies.end() ? nullptr : &*found;
 }
 
-json BodyData(const LogBody& body, const scenario::Scenario* scenario) {
+/// Where a body is drawn. A page of exact orientations has the axes themselves, for the angles of some are ambiguous; one
+/// of direct orientations has the angles that the library made of them at the import, right or not.
+json DrawnPose(const scenario::Pose& X_WB0, Orientation orientation) {
+    json data = json::object();
+    data["position"] = Numbers(X_WB0.p_WB_W);
+    if (orientation == Orientation::Exact) {
+        const scenario::Matrix& R_WB0 = X_WB0.R_WB;
+        data["axes"] = {Numbers(R_WB0.col(0)), Numbers(R_WB0.col(1)), Numbers(R_WB0.col(2))};
+    } else {
+        const auto [phi, theta, psi] = scenario::AnglesOf(X_WB0.R_WB);
+        data["angles"] = {phi, theta, psi};
+    }
+    return data;
+}
+
+json BodyData(const LogBody& body, const PageContext& context) {
     const auto group = [&body](BodyColumn first) {
         json columns = json::array();
         for (std::size_t i = 0; i < 3; ++i) {
@@ -94,9 +109,8 @@ json BodyData(const LogBody& body, const scenario::Scenario* scenario) {
                  {"angles", group(Phi)},
                  {"force", group(ForceX)},
                  {"torque", group(TorqueX)}};
-    if (const scenario::Body* drawn = FindBody(scenario, body.name)) {
-        const auto [phi, theta, psi] = scenario::AnglesOf(drawn->X_WB0.R_WB);
-        data["drawn"] = {{"position", Numbers(drawn->X_WB0.p_WB_W)}, {"angles", {phi, theta, psi}}};
+    if (const scenario::Body* drawn = FindBody(context.scenario, body.name)) {
+        data["drawn"] = DrawnPose(drawn->X_WB0, context.orientation);
     }
     return data;
 }
@@ -169,10 +183,11 @@ std::string WithoutMarkup(const std::string& text) {
     return result;
 }
 
-/// A prescribed joint is driven by whatever it takes, which the host's account of energies leaves out; what the field
-/// does to it is known all the same.
+/// A prescribed joint is driven by whatever it takes, which the host's account of energies leaves out; what the field,
+/// springs and bushings do to it is known all the same.
 bool IsMeaningful(const StateSeries& series, const scenario::Scenario* scenario) {
-    const bool isAccount = (series.unit == "J" && series.name != "Field work") || series.name == "Load";
+    const bool isAccount =
+        (series.unit == "J" && series.name != "Field work" && series.name != "Element work") || series.name == "Load";
     if (!scenario || !isAccount) {
         return true;
     }
@@ -205,12 +220,36 @@ std::pair<std::size_t, double> LargestDeviation(const LogBody& body, std::size_t
     return {worst, largest};
 }
 
-Notice DeviationNotice(const LogBody& body, const CouplingLog& log, std::size_t row, double deviation) {
-    const std::string when = log.times ? fmt::format("{:g} s", (*log.times)[row]) : fmt::format("row {}", row + 1);
+Notice DeviationNotice(const std::string& body, const std::string& degrees, const std::string& when) {
     return {Severity::Warning,
-            fmt::format("Body \"{}\": the desktop's frame is up to {:.3g} degrees away from the body's (at {}). Field, "
+            fmt::format("Body \"{}\": the desktop's frame is up to {} degrees away from the body's (at {}). Field, "
                         "force and torque are those of the desktop's frame, in which the replay shows the body too.",
-                        body.name, deviation * scenario::degreesPerRadian, when)};
+                        body, degrees, when)};
+}
+
+Notice UnknownOriginNotice(const std::string& body, const std::string& degrees, const std::string& when) {
+    return {
+        Severity::Info,
+        fmt::format("Body \"{}\" is shown in the desktop's frame, taken for the body's own. Nothing tells which host "
+                    "wrote this log: of one that hands the body's own axes to the library, the body's frame would "
+                    "be up to {} degrees away (at {}); write the page with --orientation direct for such a log.",
+                    body, degrees, when)};
+}
+
+/// Tells of the bodies whose angles give two frames, the body's own and the desktop's.
+std::vector<Notice> CheckFrames(const CouplingLog& log, std::optional<Orientation> orientation) {
+    const auto makeNotice = orientation ? DeviationNotice : UnknownOriginNotice;
+    std::vector<Notice> notices;
+    for (const LogBody& body : log.bodies) {
+        const auto [row, deviation] = LargestDeviation(body, log.rows);
+        if (deviation > tolerableDeviation) {
+            const std::string when =
+                log.times ? fmt::format("{:g} s", (*log.times)[row]) : fmt::format("row {}", row + 1);
+            notices.push_back(
+                makeNotice(body.name, fmt::format("{:.3g}", deviation * scenario::degreesPerRadian), when));
+        }
+    }
+    return notices;
 }
 
 } // namespace
@@ -230,6 +269,7 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
                  {"project", ToUtf8(context.project)},
                  {"log", ToUtf8(context.logName)},
                  {"rows", log.rows},
+                 {"orientation", context.orientation == Orientation::Exact ? "exact" : "direct"},
                  {"bodies", json::array()},
                  {"notices", NoticeData(context.notices)}};
     if (log.steps) {
@@ -241,7 +281,7 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
         data["time"] = PackExact(*log.times);
     }
     for (const LogBody& body : log.bodies) {
-        data["bodies"].push_back(BodyData(body, context.scenario));
+        data["bodies"].push_back(BodyData(body, context));
     }
     for (const StateSeries& series : states.series) {
         if (IsMeaningful(series, context.scenario)) {
@@ -262,7 +302,8 @@ std::string MakePageData(const CouplingLog& log, const HostStates& states, const
     return WithoutMarkup(data.dump(-1, ' ', true));
 }
 
-std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* scenario) {
+std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* scenario,
+                             std::optional<Orientation> orientation) {
     std::vector<Notice> notices;
     if (scenario) {
         for (const scenario::Body& body : scenario->bodies) {
@@ -286,10 +327,10 @@ std::vector<Notice> CheckRun(const CouplingLog& log, const scenario::Scenario* s
                                                               "shows its frame only.",
                                                               body.name)});
         }
-        const auto [row, deviation] = LargestDeviation(body, log.rows);
-        if (deviation > tolerableDeviation) {
-            notices.push_back(DeviationNotice(body, log, row, deviation));
-        }
+    }
+    if (orientation != Orientation::Exact) {
+        const std::vector<Notice> deviations = CheckFrames(log, orientation);
+        notices.insert(notices.end(), deviations.begin(), deviations.end());
     }
     return notices;
 }

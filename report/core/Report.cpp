@@ -2,6 +2,7 @@
 
 #include "programs/ProgramFile.h"
 #include "report/core/PageData.h"
+#include "report/core/ProjectFiles.h"
 #include "scenario/Errors.h"
 #include "scenario/Text.h"
 
@@ -12,24 +13,6 @@ namespace kinora::report {
 namespace {
 
 constexpr const char* marker = "@KINORA_RUN_DATA@";
-constexpr const char* logEnd = ".coupling.csv";
-constexpr const char* reportsEnd = ".reports";
-
-bool EndsWith(const std::string& text, const std::string& end) {
-    return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
-std::string ProjectOf(const std::filesystem::path& log) {
-    const std::string name = scenario::Utf8FromPath(log.filename());
-    return EndsWith(name, logEnd) ? name.substr(0, name.size() - std::string(logEnd).size())
-                                  : scenario::Utf8FromPath(log.stem());
-}
-
-/// The folder of the project: the log lies in the reports folder beside it, unless it was moved.
-std::filesystem::path ProjectFolder(const std::filesystem::path& log) {
-    const std::filesystem::path folder = std::filesystem::absolute(log).parent_path();
-    return scenario::Utf8FromPath(folder.filename()) == ProjectOf(log) + reportsEnd ? folder.parent_path() : folder;
-}
 
 /// The geometry file's bytes. A report without meshes is better than none.
 std::string ReadGeometry(const scenario::Scenario& scenario, std::vector<Notice>& notices) {
@@ -78,7 +61,10 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
     context.scenario = sources.scenario;
     context.notices = sources.notices;
     append(context.notices, log.notices);
-    append(context.notices, CheckRun(log, sources.scenario));
+    const std::optional<Orientation> orientation =
+        sources.orientation ? sources.orientation : FindOrientation(sources.log);
+    context.orientation = orientation.value_or(Orientation::Exact);
+    append(context.notices, CheckRun(log, sources.scenario, orientation));
     if (sources.scenario) {
         context.geometry = ReadGeometry(*sources.scenario, context.notices);
     }

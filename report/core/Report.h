@@ -1,6 +1,7 @@
 #pragma once
 
 #include "report/core/Notice.h"
+#include "report/core/Orientation.h"
 #include "scenario/Scenario.h"
 
 #include <filesystem>
@@ -16,6 +17,8 @@ struct ReportSources {
     std::filesystem::path scenarioFile;
     /// The host's own states; none when absent.
     std::optional<std::filesystem::path> states;
+    /// What the log's angles mean. When absent: as the host's state file says (FindOrientation), without one exact.
+    std::optional<Orientation> orientation;
     /// Warnings of the run itself, shown first. What the sources tell in the same words is not shown again.
     std::vector<Notice> notices;
     /// Name and version of the program that writes the page.

@@ -19,9 +19,19 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     parser.add_option("--states", line.statesFile, "The host's own states (default: as the scenario says)");
     parser.add_option("--out", line.pageFile, "Page to write (default: PROJECT.report.html beside the project)");
     parser.add_option("--template", line.templateFile, "Another template than the installed one");
+    std::string orientation;
+    parser
+        .add_option(
+            "--orientation", orientation,
+            "What the log's angles mean: \"exact\" where the desktop's frame is the body's, \"direct\" of a host "
+            "that hands over the body's own axes (default: as the host's state file says, else exact)")
+        ->check(CLI::IsMember({"exact", "direct"}));
     std::reverse(words.begin(), words.end());
     try {
         parser.parse(words);
+        if (!orientation.empty()) {
+            line.orientation = orientation == "exact" ? Orientation::Exact : Orientation::Direct;
+        }
     } catch (const CLI::CallForHelp&) {
         line.helpText = parser.help();
     } catch (const CLI::ParseError& error) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "report/core/Orientation.h"
+
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +15,7 @@ struct CommandLine {
     std::string statesFile;
     std::string pageFile;
     std::string templateFile;
+    std::optional<Orientation> orientation;
     /// Not empty when help was asked for: print it and end.
     std::string helpText;
 };

@@ -32,6 +32,7 @@ void WritePage(const CommandLine& arguments) {
     ReportSources sources;
     sources.log = scenario::PathFromUtf8(arguments.logFile);
     sources.generator = "kinora-report " KINORA_VERSION;
+    sources.orientation = arguments.orientation;
     scenario::Scenario scenario;
     if (!arguments.scenarioFile.empty()) {
         sources.scenarioFile = scenario::PathFromUtf8(arguments.scenarioFile);

@@ -93,8 +93,40 @@ TEST(PageData, HoldsTheModel) {
     EXPECT_EQ(data["objects"][0],
               (json{{"name", "magnet"}, {"body", 0}, {"material", "magnet_1T"}, {"direction", {0, 0, 1}}}));
     EXPECT_EQ(data["bodies"][0]["drawn"]["position"], (json{0.0, 0.0, 0.012}));
+}
+
+/// The "drawn" entry of a body that is drawn turned.
+json DrawnTurned(const scenario::Matrix& R_WB, Orientation orientation) {
+    scenario::Pose pose;
+    pose.R_WB = R_WB;
+    const scenario::Scenario scenario = ScenarioOf(pose);
+    PageContext context;
+    context.scenario = &scenario;
+    context.orientation = orientation;
+    return json::parse(MakePageData(LogOf("a", 2), {}, context))["bodies"][0]["drawn"];
+}
+
+TEST(PageData, HoldsTheAxesOfABodyAsDrawn) {
+    // A right-handed turn about Y by a quarter: the body's x axis points down, its z axis along the global x axis.
+    scenario::Matrix R_WB;
+    R_WB << 0, 0, 1, 0, 1, 0, -1, 0, 0;
+    const json drawn = DrawnTurned(R_WB, Orientation::Exact);
+    EXPECT_EQ(drawn["axes"], json::parse("[[0.0,0.0,-1.0],[0.0,1.0,0.0],[1.0,0.0,0.0]]"));
+    EXPECT_FALSE(drawn.contains("angles"));
+}
+
+TEST(PageData, HoldsTheAnglesOfTheImportWhereTheHostHandedOverTheBodysAxes) {
+    const json drawn = DrawnTurned(scenario::Rotation(scenario::Vector::UnitX(), 0.5), Orientation::Direct);
     // A right-handed turn about X is a negative psi.
-    EXPECT_NEAR(data["bodies"][0]["drawn"]["angles"][2].get<double>(), -0.5, 1e-15);
+    EXPECT_NEAR(drawn["angles"][2].get<double>(), -0.5, 1e-15);
+    EXPECT_FALSE(drawn.contains("axes"));
+}
+
+TEST(PageData, SaysWhatTheAnglesMean) {
+    PageContext context;
+    EXPECT_EQ(json::parse(MakePageData(LogOf("a", 1), {}, context))["orientation"], "exact");
+    context.orientation = Orientation::Direct;
+    EXPECT_EQ(json::parse(MakePageData(LogOf("a", 1), {}, context))["orientation"], "direct");
 }
 
 TEST(PageData, TakesAnStlAsBytes) {
@@ -130,29 +162,51 @@ TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
     EXPECT_EQ(data["series"][2]["group"], "loose");
 }
 
+/// Turned by 0.1 in its second row, about Z or Y: the two frames of these angles are 2 acos(cos^2 0.05) = 8.1 degrees
+/// apart.
+CouplingLog TurnedAboutZ() {
+    CouplingLog log = LogOf("a", 3);
+    log.bodies[0].columns[Phi] = Column{0.0, 0.1, 0.0};
+    log.bodies[0].columns[Theta] = Column{0.0, 0.0, 0.0};
+    log.bodies[0].columns[Psi] = Column{1.0, 0.0, 3.0};
+    return log;
+}
+
 TEST(CheckRun, TellsBodiesThatOnlyOneSideHas) {
     const scenario::Scenario scenario = ScenarioOf({});
-    const std::vector<Notice> notices = CheckRun(LogOf("b", 1), &scenario);
+    const std::vector<Notice> notices = CheckRun(LogOf("b", 1), &scenario, Orientation::Exact);
     ASSERT_GE(notices.size(), 2u);
     EXPECT_THAT(notices[0].text, HasSubstr("The log has no body \"a\" of the scenario"));
     EXPECT_THAT(notices[1].text, HasSubstr("The scenario has no body \"b\" of the log"));
 }
 
 TEST(CheckRun, TellsAFrameThatIsNotTheBodys) {
-    CouplingLog log = LogOf("a", 3);
-    log.bodies[0].columns[Phi] = Column{0.0, 0.1, 0.0};
-    log.bodies[0].columns[Theta] = Column{0.0, 0.0, 0.0};
-    log.bodies[0].columns[Psi] = Column{1.0, 0.0, 3.0};
-    const std::vector<Notice> notices = CheckRun(log, nullptr);
+    const std::vector<Notice> notices = CheckRun(TurnedAboutZ(), nullptr, Orientation::Direct);
     ASSERT_EQ(notices.size(), 1u);
-    // A turn of 0.1 about Z against one about Y: 2 acos(cos^2 0.05) = 8.1 degrees.
+    EXPECT_EQ(notices[0].severity, Severity::Warning);
     EXPECT_THAT(notices[0].text, HasSubstr("up to 8.1 degrees away from the body's (at 1.5 s)"));
+}
+
+TEST(CheckRun, SaysWhichFrameIsShownOfALogOfUnknownOrigin) {
+    const std::vector<Notice> notices = CheckRun(TurnedAboutZ(), nullptr, std::nullopt);
+    ASSERT_EQ(notices.size(), 1u);
+    EXPECT_EQ(notices[0].severity, Severity::Info);
+    EXPECT_EQ(
+        notices[0].text,
+        "Body \"a\" is shown in the desktop's frame, taken for the body's own. Nothing tells which host wrote this "
+        "log: of one that hands the body's own axes to the library, the body's frame would be up to 8.1 degrees "
+        "away (at 1.5 s); write the page with --orientation direct for such a log.");
+}
+
+TEST(CheckRun, FindsNothingToSayAboutExactOrientations) {
+    EXPECT_THAT(CheckRun(TurnedAboutZ(), nullptr, Orientation::Exact), IsEmpty());
 }
 
 TEST(CheckRun, FindsNothingToSayAboutTurnsAboutX) {
     CouplingLog log = LogOf("a", 2);
     log.bodies[0].columns[Phi] = log.bodies[0].columns[Theta] = Column{0.0, 0.0};
-    EXPECT_THAT(CheckRun(log, nullptr), IsEmpty());
+    EXPECT_THAT(CheckRun(log, nullptr, Orientation::Direct), IsEmpty());
+    EXPECT_THAT(CheckRun(log, nullptr, std::nullopt), IsEmpty());
 }
 
 TEST(CheckRun, TellsAnUnknownLengthUnit) {
@@ -160,7 +214,7 @@ TEST(CheckRun, TellsAnUnknownLengthUnit) {
     scenario.units = "cubit";
     CouplingLog log = LogOf("a", 1);
     log.bodies[0].columns[Phi] = log.bodies[0].columns[Theta] = Column{0.0};
-    const std::vector<Notice> notices = CheckRun(log, &scenario);
+    const std::vector<Notice> notices = CheckRun(log, &scenario, Orientation::Exact);
     ASSERT_EQ(notices.size(), 1u);
     EXPECT_THAT(notices[0].text, HasSubstr("The length unit \"cubit\""));
 }

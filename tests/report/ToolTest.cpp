@@ -15,6 +15,7 @@ namespace {
 
 using scenario::ExitStatus;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* smallTemplate = "<html><script type=\"application/json\">@KINORA_RUN_DATA@</script></html>";
@@ -104,6 +105,38 @@ TEST_F(Tool, TellsOnceWhatTheHostHasToldAlready) {
     EXPECT_EQ(std::count_if(written.notices.begin(), written.notices.end(),
                             [&](const Notice& notice) { return notice.text == books.Warning("lift"); }),
               1);
+}
+
+TEST_F(Tool, TakesTheOrientationFromTheHostsStateFile) {
+    const auto said = [this](const std::string& state) {
+        Write(m_folder / "run.state.json", state);
+        EXPECT_EQ(Run({Log()}), ExitStatus::Done);
+        const std::string page = Page();
+        const std::size_t at = page.find("\"orientation\":");
+        return page.substr(at, page.find(',', at) - at);
+    };
+    EXPECT_EQ(said(R"({"format": 2, "step": 1})"), R"("orientation":"exact")");
+    EXPECT_THAT(m_errors, Not(HasSubstr("frame")));
+    EXPECT_EQ(said(R"({"step": 1})"), R"("orientation":"direct")");
+    EXPECT_THAT(m_errors, HasSubstr("warning: Body \"a\": the desktop's frame is up to"));
+    // Neither a state file of a run, nor readable.
+    for (const char* other : {R"({"name": "state"})", R"({"format": "new", "step": 1})", "[", "[1]"}) {
+        EXPECT_EQ(said(other), R"("orientation":"exact")") << other;
+        EXPECT_THAT(m_errors, HasSubstr("note: Body \"a\" is shown in the desktop's frame")) << other;
+    }
+}
+
+TEST_F(Tool, TakesTheOrientationThatItIsTold) {
+    Write(m_folder / "run.state.json", R"({"format": 2, "step": 1})");
+    EXPECT_EQ(Run({Log(), "--orientation", "direct"}), ExitStatus::Done);
+    EXPECT_THAT(Page(), HasSubstr(R"("orientation":"direct")"));
+    EXPECT_THAT(m_errors, HasSubstr("warning: Body \"a\": the desktop's frame is up to"));
+    std::filesystem::remove(m_folder / "run.state.json");
+    EXPECT_EQ(Run({Log(), "--orientation", "exact"}), ExitStatus::Done);
+    EXPECT_THAT(Page(), HasSubstr(R"("orientation":"exact")"));
+    EXPECT_EQ(m_errors, "");
+    EXPECT_EQ(Run({Log(), "--orientation", "turned"}), ExitStatus::BadInput);
+    EXPECT_THAT(m_errors, HasSubstr("--orientation: turned not in {exact,direct}"));
 }
 
 TEST_F(Tool, WritesWhereItIsTold) {
