@@ -16,7 +16,7 @@ import {
 } from 'three';
 import type { Body, ModelObject, Run, Triple } from './data.ts';
 import { MeshError, readGeometry, type MeshObject } from './mesh.ts';
-import { bodyRows, intoFrame } from './pose.ts';
+import { drawnRows, intoFrame } from './pose.ts';
 import { bodyColour, lineColour, look } from './theme.ts';
 
 export type Colouring = 'poles' | 'bodies';
@@ -54,13 +54,11 @@ export function makeModel(run: Run, problems: string[]): ModelPart[] {
 
 function makePart(source: MeshObject, object: ModelObject | undefined, bodies: Body[], scale: number): ModelPart {
   const body = object?.body ?? null;
-  const drawn = body === null ? null : bodies[body].drawn;
-  const rows = bodyRows(drawn?.angles ?? [0, 0, 0]);
-  const origin = drawn?.position ?? [0, 0, 0];
+  const origin = (body !== null && bodies[body].drawn?.position) || [0, 0, 0];
   const corners = new Float32Array(source.corners.length);
   for (let i = 0; i < corners.length; i += 3) {
     const place = [0, 1, 2].map((axis) => source.corners[i + axis] * scale - origin[axis]) as Triple<number>;
-    corners.set(intoFrame(rows, place), i);
+    corners.set(body === null ? place : intoFrame(drawnRows(bodies[body]), place), i);
   }
   const geometry = new BufferGeometry();
   geometry.setAttribute('position', new Float32BufferAttribute(corners, 3));

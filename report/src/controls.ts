@@ -4,7 +4,7 @@ import type { Run } from './data.ts';
 import { choice, el, tick } from './dom.ts';
 import { angleBetween, bodyRows, desktopRows, tripleAt, type Frame } from './pose.ts';
 import type { Replay, View } from './replay.ts';
-import type { Axis, LoadAxes, Store } from './store.ts';
+import type { AngleKind, Axis, LoadAxes, Store } from './store.ts';
 import { bodyColour, chooseTheme, onThemeChange, type Choice } from './theme.ts';
 
 /** Frames closer than this are one and the same to six digits, radians. */
@@ -37,7 +37,7 @@ export function toolbar(store: Store): HTMLElement[] {
       'frame',
       (value) => store.changeValues({ loadAxes: value as LoadAxes }),
     ),
-    tick('Continuous angles', true, (isOn) => store.changeValues({ continuousAngles: isOn })),
+    ...angleControls(store),
     el(
       'div',
       { class: 'buttons', role: 'group', 'aria-label': 'Zoom' },
@@ -53,6 +53,22 @@ export function toolbar(store: Store): HTMLElement[] {
       ),
       el('button', { type: 'button', onclick: () => store.resetRange() }, 'Whole run'),
     ),
+  ];
+}
+
+function angleControls(store: Store): HTMLElement[] {
+  const continuous = tick('Continuous angles', true, (isOn) => store.changeValues({ continuousAngles: isOn }));
+  // Turns are continuous anyway.
+  const showTick = () => (continuous.hidden = store.angleKind === 'turns');
+  showTick();
+  store.on('values', showTick);
+  const kinds: [AngleKind, string][] = [
+    ['turns', 'turns about the axes'],
+    ['log', 'Phi, Theta, Psi of the log'],
+  ];
+  return [
+    choice('Angles', kinds, store.angleKind, (value) => store.changeValues({ angleKind: value as AngleKind })),
+    continuous,
   ];
 }
 
@@ -130,6 +146,7 @@ export function viewControls(store: Store, replay: Replay): HTMLElement[] {
 }
 
 function framesDiffer(run: Run): boolean {
+  if (run.orientation === 'exact') return false;
   return run.bodies.some((body) => {
     for (let row = 0; row < run.rows; ++row) {
       const angles = tripleAt(body.angles, row);

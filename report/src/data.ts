@@ -1,5 +1,7 @@
 // The data block of the page: what a writer puts into it (docs/report.md), and the run that the page makes of it.
 
+import { bodyRows, type Rows } from './pose.ts';
+
 export type Triple<T> = [T, T, T];
 
 /** A column as it is written: plain numbers (null where there is none), one number for all rows, or packed bytes. */
@@ -11,11 +13,25 @@ export interface PackedBody {
   angles?: (PackedColumn | null)[];
   force?: (PackedColumn | null)[];
   torque?: (PackedColumn | null)[];
-  drawn?: DrawnPose;
+  drawn?: PackedDrawnPose;
 }
+
+/** The axes as drawn, one after the other; of direct orientations instead the angles phi, theta, psi of the import. */
+export interface PackedDrawnPose {
+  position: Triple<number>;
+  axes?: Triple<Triple<number>>;
+  angles?: Triple<number>;
+}
+
+/**
+ * What the log's angles mean. Exact: the desktop's frame is the global axes as drawn, moving with the body. Direct: the
+ * angles are those of the body's own axes, and the desktop's frame is another one.
+ */
+export type Orientation = 'exact' | 'direct';
 
 export interface PackedRun {
   format: number;
+  orientation?: Orientation;
   generator?: string;
   title?: string;
   project?: string;
@@ -31,10 +47,10 @@ export interface PackedRun {
   notices?: Notice[];
 }
 
-/** Where a body's origin and axes are in its geometry file: metres, and the angles phi, theta, psi of the import. */
+/** Where a body's origin and axes are in its geometry file, metres. */
 export interface DrawnPose {
   position: Triple<number>;
-  angles: Triple<number>;
+  rows: Rows;
 }
 
 /** A geometry file: the text of an OBJ, or the bytes of an STL in base64. */
@@ -78,6 +94,7 @@ export interface Series {
 }
 
 export interface Run {
+  orientation: Orientation;
   generator: string;
   title: string;
   project: string;
@@ -121,6 +138,8 @@ function unpackRun(packed: PackedRun): Run {
     column(source?.[2]),
   ];
   return {
+    // Pages were of direct orientations before they said so.
+    orientation: packed.orientation ?? 'direct',
     generator: packed.generator ?? '',
     title: packed.title ?? '',
     project: packed.project ?? '',
@@ -135,13 +154,17 @@ function unpackRun(packed: PackedRun): Run {
       angles: triple(body.angles),
       force: triple(body.force),
       torque: triple(body.torque),
-      drawn: body.drawn ?? null,
+      drawn: body.drawn ? unpackDrawn(body.drawn) : null,
     })),
     series: (packed.series ?? []).map((series) => ({ ...series, values: unpackColumn(series.values, rows) })),
     geometry: packed.geometry ?? null,
     objects: packed.objects ?? [],
     notices: packed.notices ?? [],
   };
+}
+
+function unpackDrawn({ position, axes, angles }: PackedDrawnPose): DrawnPose {
+  return { position, rows: axes ? (axes.flat() as Rows) : bodyRows(angles ?? [0, 0, 0]) };
 }
 
 export function unpackColumn(source: PackedColumn, rows: number): Column {

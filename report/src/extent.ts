@@ -1,9 +1,8 @@
 // What space a run takes.
 
-import { Matrix4, Vector3 } from 'three';
-import type { Triple } from './data.ts';
+import { type Matrix4, Vector3 } from 'three';
 import { extremesOf } from './decimate.ts';
-import type { Rows } from './pose.ts';
+import { placement } from './pose.ts';
 import { poseAt, type Store } from './store.ts';
 
 /** Stretches of the run of one body that are looked at; several bodies share them. */
@@ -41,11 +40,6 @@ function tellingRows(store: Store, index: number): number[] {
     }
   }
   return [...telling];
-}
-
-/** The rows of a frame are the columns of the matrix that takes frame coordinates into global ones. */
-export function placement([x, y, z]: Triple<number>, r: Rows): Matrix4 {
-  return new Matrix4().set(r[0], r[3], r[6], x, r[1], r[4], r[7], y, r[2], r[5], r[8], z, 0, 0, 0, 1);
 }
 
 /**

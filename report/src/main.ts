@@ -11,6 +11,7 @@ import { number } from './format.ts';
 import { PhasePlot, QUANTITIES, usualChoice, variablesOf } from './phase.ts';
 import { Player } from './player.ts';
 import { hasWebGl, Replay } from './replay.ts';
+import { groupSeries, type SeriesChart } from './series.ts';
 import { Store, type Quantity } from './store.ts';
 import {
   addNotice,
@@ -86,10 +87,17 @@ class Page {
   }
 
   private extremes(): HTMLElement {
-    const more = el('details', {}, el('summary', {}, 'Least and greatest value of every component'));
-    // Built when it is first opened.
-    more.addEventListener('toggle', () => more.children.length < 2 && more.append(componentTable(this.store)));
-    return el('section', { 'aria-label': 'Extreme values' }, extremesTable(this.store), more);
+    const largest = el('div', {}, extremesTable(this.store));
+    const every = el('div');
+    const more = el('details', {}, el('summary', {}, 'Least and greatest value of every component'), every);
+    // Built when it is opened.
+    const fill = () => every.replaceChildren(...(more.open ? [componentTable(this.store)] : []));
+    more.addEventListener('toggle', fill);
+    this.store.on('values', () => {
+      largest.replaceChildren(extremesTable(this.store));
+      fill();
+    });
+    return el('section', { 'aria-label': 'Extreme values' }, largest, more);
   }
 
   private buildReplay(): void {
@@ -122,13 +130,23 @@ class Page {
       const [still, moving] = split(bodies, (body) => this.isStill(body, quantity));
       const charts = moving.map((body) => this.bodyChart(body, quantity));
       this.addSection(
-        PLURALS[quantity],
+        this.headingOf(quantity),
         charts,
         still.map((body) => this.stillText(body, quantity)),
       );
     }
-    for (const [group, charts] of this.seriesCharts()) this.addSection(group, charts, []);
+    for (const [group, charts] of groupSeries(this.run.series)) {
+      this.addSection(
+        group,
+        charts.map((chart) => this.seriesChart(chart)),
+        [],
+      );
+    }
     for (const chart of this.charts) chart.draw();
+  }
+
+  private headingOf(quantity: Quantity): string {
+    return quantity === 'angles' && this.store.angleKind === 'turns' ? 'Turns about X, Y, Z' : PLURALS[quantity];
   }
 
   private addSection(title: string, charts: TimeChart[], texts: string[]): void {
@@ -158,10 +176,11 @@ class Page {
       const largest = number(extremesOf(this.store.columns(body, quantity)[3]!)!.max, rounding, 2);
       return `${name} has no ${title.toLowerCase()}${largest === '0' ? '' : ` beyond rounding (${largest} ${unit})`}`;
     }
-    const values = this.store
-      .columns(body, quantity)
-      .map((column, i) => `${components[i]} ${number(column![0], rounding)}`);
-    return `${name} does not ${quantity === 'position' ? 'move' : 'turn'}: ${values.join(', ')} ${unit}`;
+    const values = this.store.columns(body, quantity).map((column) => number(column![0], rounding));
+    const where = `${values.map((value, i) => `${components[i]} ${value}`).join(', ')} ${unit}`;
+    if (quantity === 'position') return `${name} does not move: ${where}`;
+    const isAsDrawn = this.store.angleKind === 'turns' && values.every((value) => value === '0');
+    return isAsDrawn ? `${name} does not turn` : `${name} does not turn: ${where}`;
   }
 
   private bodyChart(body: number, quantity: Quantity): TimeChart {
@@ -176,38 +195,16 @@ class Page {
     return new TimeChart(this.store, { ...info, title: this.run.bodies[body].name, lines });
   }
 
-  /** The host's own states: one chart per unit of each joint. */
-  private seriesCharts(): Map<string, TimeChart[]> {
-    const groups = new Map<string, Map<string, Run['series']>>();
-    for (const series of this.run.series) {
-      const units = groups.get(series.group) ?? new Map<string, Run['series']>();
-      units.set(series.unit, [...(units.get(series.unit) ?? []), series]);
-      groups.set(series.group, units);
-    }
-    const charts = new Map<string, TimeChart[]>();
-    for (const [group, units] of groups) {
-      charts.set(
-        group,
-        [...units].map(([unit, list]) => {
-          const lines = list.map((series, index) => ({
-            label: series.name,
-            values: series.values,
-            colour: index,
-            isShown: true,
-          }));
-          const title = list.length > 2 ? 'Energies' : list.map((series) => series.name).join(', ');
-          const rounding = this.store.roundingOf(unit);
-          return new TimeChart(this.store, { title, unit, floor: rounding, rounding, lines });
-        }),
-      );
-    }
-    return charts;
+  /** A chart of the host's own states. */
+  private seriesChart({ title, unit, lines }: SeriesChart): TimeChart {
+    const rounding = this.store.roundingOf(unit);
+    const drawn = lines.map((line, colour) => ({ ...line, colour, isShown: true }));
+    return new TimeChart(this.store, { title, unit, floor: rounding, rounding, lines: drawn });
   }
 
   private buildPhases(): void {
-    const variables = variablesOf(this.store);
     const add = () => {
-      const plot: PhasePlot = new PhasePlot(this.store, variables, usualChoice(this.store), () => {
+      const plot: PhasePlot = new PhasePlot(this.store, variablesOf(this.store), usualChoice(this.store), () => {
         plot.destroy();
         plot.element.remove();
         this.phasePlots = this.phasePlots.filter((other) => other !== plot);
@@ -232,7 +229,8 @@ class Page {
     store.on('axis', () => this.buildCharts());
     store.on('values', () => {
       this.buildCharts();
-      for (const plot of this.phasePlots) plot.draw();
+      const variables = variablesOf(this.store);
+      for (const plot of this.phasePlots) plot.change(variables);
       this.replay?.update();
     });
     onThemeChange(() => {

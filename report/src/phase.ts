@@ -107,6 +107,8 @@ export class PhasePlot {
   private readonly plotPlace = el('div', { class: 'plot' });
   private readonly marker = el('div', { class: 'phase-marker' });
   private readonly readout = el('output', { class: 'phase-readout' });
+  /** Of the horizontal axis and of the upright one. */
+  private readonly menus = ([0, 1] as const).map((which) => this.menu(which));
   private plot: uPlot | null = null;
   private xs: Column = new Float64Array();
   private ys: Column = new Float64Array();
@@ -114,7 +116,7 @@ export class PhasePlot {
 
   constructor(
     private readonly store: Store,
-    private readonly variables: Variable[],
+    private variables: Variable[],
     private chosen: [string, string],
     onRemove: () => void,
   ) {
@@ -124,13 +126,25 @@ export class PhasePlot {
       el(
         'figcaption',
         {},
-        this.menu('Vertical', 1),
-        this.menu('Horizontal', 0),
+        el('label', { class: 'choice' }, el('span', {}, 'Vertical'), this.menus[1]),
+        el('label', { class: 'choice' }, el('span', {}, 'Horizontal'), this.menus[0]),
         this.readout,
         el('button', { type: 'button', class: 'quiet', onclick: onRemove }, 'Remove'),
       ),
       this.plotPlace,
     );
+    this.fillMenus();
+  }
+
+  /** Takes the variables anew when values are meant otherwise. */
+  change(variables: Variable[]): void {
+    this.variables = variables;
+    this.chosen = this.chosen.map((key) => (variables.some((variable) => variable.key === key) ? key : 'time')) as [
+      string,
+      string,
+    ];
+    this.fillMenus();
+    this.draw();
   }
 
   draw(): void {
@@ -175,23 +189,28 @@ export class PhasePlot {
     this.marker.style.setProperty('top', `${this.plot.valToPos(y, 'y')}px`);
   }
 
-  private menu(label: string, which: 0 | 1): HTMLLabelElement {
-    const select = el('select', {
+  private menu(which: 0 | 1): HTMLSelectElement {
+    const select: HTMLSelectElement = el('select', {
       onchange: () => {
         this.chosen[which] = select.value;
         this.draw();
       },
     });
+    return select;
+  }
+
+  private fillMenus(): void {
+    this.menus.forEach((menu, which) => menu.replaceChildren(...this.optionsOf(this.chosen[which])));
+  }
+
+  private optionsOf(chosen: string): HTMLOptGroupElement[] {
     const groups = new Map<string, HTMLOptGroupElement>();
     for (const variable of this.variables) {
-      if (!groups.has(variable.group)) {
-        groups.set(variable.group, el('optgroup', { label: variable.group }));
-        select.append(groups.get(variable.group)!);
-      }
-      const isChosen = variable.key === this.chosen[which];
+      if (!groups.has(variable.group)) groups.set(variable.group, el('optgroup', { label: variable.group }));
+      const isChosen = variable.key === chosen;
       groups.get(variable.group)!.append(el('option', { value: variable.key, selected: isChosen }, variable.label));
     }
-    return el('label', { class: 'choice' }, el('span', {}, label), select);
+    return [...groups.values()];
   }
 
   private options(horizontal: Variable, vertical: Variable): uPlot.Options {

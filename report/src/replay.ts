@@ -16,10 +16,10 @@ import { makeModel, makeTriad, paintModel, paintTriad, type Colouring, type Mode
 import { standBack } from './camera.ts';
 import type { Triple } from './data.ts';
 import { el } from './dom.ts';
-import { outermost, placement, tellingPoses, type PlacedBody } from './extent.ts';
+import { outermost, tellingPoses, type PlacedBody } from './extent.ts';
 import { number } from './format.ts';
 import { placeLabels, type Box, type Label } from './labels.ts';
-import { outOfFrame, rowsAt, tripleAt } from './pose.ts';
+import { loadRowsAt, outOfFrame, placement, tripleAt } from './pose.ts';
 import { poseAt, type Store } from './store.ts';
 import { bodyColour, lineColour, look } from './theme.ts';
 
@@ -120,8 +120,7 @@ export class Replay {
     store.run.bodies.forEach((body, index) => {
       const view = this.bodies[index];
       const { position, rows } = poseAt(store, body, store.row);
-      // Loads are in the desktop's frame, whichever frame is shown.
-      const loadRows = rowsAt(body, store.row, 'desktop');
+      const loadRows = loadRowsAt(body, store.row);
       view.group.matrix.copy(placement(position, rows));
       view.triad.visible = this.shows.frames;
       this.pointArrow(view.force, position, outOfFrame(loadRows, tripleAt(body.force, store.row)), this.largestForce);
@@ -209,7 +208,7 @@ export class Replay {
   private movingExtents(poses: PlacedBody[]): Vector3[] {
     const tip = ({ index, row, pose }: PlacedBody, load: 'force' | 'torque') => {
       const body = this.store.run.bodies[index];
-      const vector = outOfFrame(rowsAt(body, row, 'desktop'), tripleAt(body[load], row));
+      const vector = outOfFrame(loadRowsAt(body, row), tripleAt(body[load], row));
       const length = this.arrowLength(vector, load === 'force' ? this.largestForce : this.largestTorque);
       return new Vector3(...vector).setLength(length).add(new Vector3().setFromMatrixPosition(pose));
     };

@@ -2,11 +2,23 @@
 
 import { extremesOf, rowNear } from './decimate.ts';
 import type { Body, Column, Run, Triple } from './data.ts';
-import { continuous, outOfFrame, rowsAt, tripleAt, type Frame } from './pose.ts';
+import {
+  continuous,
+  drawnRows,
+  intoFrame,
+  loadRowsAt,
+  outOfFrame,
+  rowsAt,
+  tripleAt,
+  turnsOf,
+  type Frame,
+} from './pose.ts';
 
 export type Quantity = 'force' | 'torque' | 'position' | 'angles';
 export type Axis = 'time' | 'step';
 export type LoadAxes = 'frame' | 'global';
+/** How far a body has turned about the global axes, or the angles phi, theta and psi as the log has them. */
+export type AngleKind = 'turns' | 'log';
 
 /** Components as they are charted; `components[3]` is the magnitude, where there is one. */
 export interface QuantityInfo {
@@ -37,7 +49,8 @@ export class Store {
   range: [number, number];
   axis: Axis;
   loadAxes: LoadAxes = 'frame';
-  frame: Frame = 'desktop';
+  frame: Frame;
+  angleKind: AngleKind = 'turns';
   continuousAngles = true;
   isPlaying = false;
   readonly shownBodies: Set<number>;
@@ -51,6 +64,7 @@ export class Store {
   private readonly cache = new Map<string, (Column | null)[]>();
 
   constructor(readonly run: Run) {
+    this.frame = run.orientation === 'exact' ? 'exact' : 'desktop';
     this.timeAscends = run.time !== null && ascends(run.time);
     this.stepAscends = ascends(run.step);
     this.axis = this.timeAscends ? 'time' : 'step';
@@ -139,7 +153,7 @@ export class Store {
   }
 
   /** Changes how values are meant and tells the charts. */
-  changeValues(change: Partial<Pick<Store, 'loadAxes' | 'frame' | 'continuousAngles'>>): void {
+  changeValues(change: Partial<Pick<Store, 'loadAxes' | 'frame' | 'angleKind' | 'continuousAngles'>>): void {
     Object.assign(this, change);
     this.tell('values');
   }
@@ -200,10 +214,11 @@ export class Store {
         };
       case 'angles':
         return {
-          title: 'Angle',
+          ...(this.angleKind === 'turns'
+            ? { title: 'Turn about', components: ['X', 'Y', 'Z'] }
+            : { title: 'Angle', components: ['Phi', 'Theta', 'Psi'] }),
           unit: '°',
           factor: 180 / Math.PI,
-          components: ['Phi', 'Theta', 'Psi'],
           floor: 1e-4,
           rounding,
         };
@@ -212,7 +227,8 @@ export class Store {
 
   /** Columns of a body in the chart's unit, the magnitude last where there is one; null where the log has none. */
   columns(bodyIndex: number, quantity: Quantity): (Column | null)[] {
-    const key = `${bodyIndex} ${quantity} ${this.loadAxes} ${this.frame} ${this.continuousAngles}`;
+    const { loadAxes, frame, angleKind, continuousAngles } = this;
+    const key = [bodyIndex, quantity, loadAxes, frame, angleKind, continuousAngles].join();
     let columns = this.cache.get(key);
     if (!columns) {
       columns = this.makeColumns(this.run.bodies[bodyIndex], quantity);
@@ -224,12 +240,26 @@ export class Store {
   private makeColumns(body: Body, quantity: Quantity): (Column | null)[] {
     const { factor } = this.info(quantity);
     if (quantity === 'angles') {
-      return body.angles.map((c) => c && (this.continuousAngles ? continuous(c) : c).map((v) => v * factor));
+      const angles =
+        this.angleKind === 'turns'
+          ? turnsOf(body, this.frame, this.run.time)
+          : body.angles.map((c) => c && (this.continuousAngles ? continuous(c) : c));
+      return angles.map((c) => c && c.map((v) => v * factor));
     }
     if (quantity === 'position') return body.position.map((c) => c && c.map((v) => v * factor));
     const logged = body[quantity];
-    const components = this.loadAxes === 'global' ? globalComponents(body, logged) : logged;
-    return [...components, magnitudes(logged)];
+    return [...this.loadComponents(body, logged), magnitudes(logged)];
+  }
+
+  /** A logged load along the axes that are chosen; NaN goes through. */
+  private loadComponents(body: Body, logged: Triple<Column | null>): (Column | null)[] {
+    if (this.loadAxes === 'global') {
+      return turned(logged, (vector, row) => outOfFrame(loadRowsAt(body, row), vector));
+    }
+    // Of direct orientations the desktop's frame stands for the body's.
+    if (this.run.orientation === 'direct' || !body.drawn) return logged;
+    const rows = drawnRows(body);
+    return turned(logged, (vector) => intoFrame(rows, vector));
   }
 }
 
@@ -246,13 +276,16 @@ function ascends(values: Column): boolean {
   return values.length < 2 || values[values.length - 1] > values[0];
 }
 
-function globalComponents(body: Body, load: Triple<Column | null>): (Column | null)[] {
-  if (load.includes(null)) return [null, null, null];
-  const result = load.map((c) => new Float64Array(c!.length));
-  for (let row = 0; row < result[0].length; ++row) {
-    // Loads are in the desktop's frame, whichever frame the replay shows. NaN goes through.
-    const vector = load.map((c) => c![row]) as Triple<number>;
-    outOfFrame(rowsAt(body, row, 'desktop'), vector).forEach((value, axis) => (result[axis][row] = value));
+/** The components of a vector along other axes; none when one is missing. */
+function turned(
+  columns: Triple<Column | null>,
+  turn: (vector: Triple<number>, row: number) => Triple<number>,
+): (Column | null)[] {
+  if (columns.includes(null)) return [null, null, null];
+  const [xs, ys, zs] = columns as Triple<Column>;
+  const result = columns.map(() => new Float64Array(xs.length));
+  for (let row = 0; row < xs.length; ++row) {
+    turn([xs[row], ys[row], zs[row]], row).forEach((value, axis) => (result[axis][row] = value));
   }
   return result;
 }

@@ -200,7 +200,8 @@ export class PresentValues {
     const { store } = this;
     const rows = QUANTITIES.map((quantity) => {
       const info = store.info(quantity);
-      const name = quantity === 'angles' ? `Phi, Theta, Psi (${info.unit})` : `${info.title} (${info.unit})`;
+      const isLogged = quantity === 'angles' && store.angleKind === 'log';
+      const name = quantity === 'angles' ? (isLogged ? 'Phi, Theta, Psi' : 'Turn') : info.title;
       const cells = store
         .columns(index, quantity)
         .slice(0, 3)
@@ -209,7 +210,7 @@ export class PresentValues {
           if (values) this.cells.push({ cell, values, rounding: info.rounding });
           return cell;
         });
-      return el('tr', { 'data-quantity': quantity }, el('th', { scope: 'row' }, name), ...cells);
+      return el('tr', { 'data-quantity': quantity }, el('th', { scope: 'row' }, `${name} (${info.unit})`), ...cells);
     });
     const heads = ['X', 'Y', 'Z'].map((text) => el('th', { scope: 'col' }, text));
     return el(

@@ -1,5 +1,7 @@
 // Coupling logs as the library writes them.
 
+import { Matrix4, type Quaternion } from 'three';
+
 const POSE = ['_X', '_Y', '_Z', '_Phi', '_Theta', '_Psi'];
 const AXES = ['_X', '_Y', '_Z'];
 
@@ -36,6 +38,19 @@ export function logText(
   const lines = [head(bodies)];
   for (let row = 0; row < rows; ++row) lines.push(line(row, row * step, values(row * step, row)));
   return lines.join('\r\n') + '\r\n';
+}
+
+/**
+ * The angles phi, theta, psi that a host hands over for a turn of a body's axes from the global ones. Exact: such that
+ * the desktop's Rz(theta) Ry(phi) Rx(psi) are the turned axes. Direct: such that Rz(phi) Ry(theta) Rx(psi) are.
+ */
+export function anglesOf(turn: Quaternion, orientation: 'exact' | 'direct'): [number, number, number] {
+  // The columns of the matrix are the axes, one after the other.
+  const m = new Matrix4().makeRotationFromQuaternion(turn).elements;
+  const aboutZ = Math.atan2(m[4], m[0]);
+  const aboutY = Math.asin(Math.max(-1, Math.min(1, -m[8])));
+  const psi = Math.atan2(m[9], m[10]);
+  return orientation === 'exact' ? [aboutY, aboutZ, psi] : [aboutZ, aboutY, psi];
 }
 
 /** Two coaxial magnets pulled apart; the force falls with the fourth power of their distance. */

@@ -8,6 +8,7 @@ import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import { chromium, type Browser, type Page } from 'playwright-core';
 import { head, line, logText, pulledApart, slipping } from './logs.ts';
+import { topGeometry, topLog, topScenario, topStates } from './top.ts';
 
 const root = process.cwd().replace(/\/report$/, '');
 const tool = process.env.KINORA_REPORT_TOOL ?? join(root, 'build/native/bin/kinora-report');
@@ -104,7 +105,7 @@ test('a page opens offline, without a complaint, with all its parts', async () =
     'Forces',
     'Torques',
     'Positions',
-    'Angles',
+    'Turns about X, Y, Z',
     'Phase plots',
   ]);
   assert.match((await page.locator('.facts').textContent())!, /0 to 1 s.*21 steps, 0 to 20.*0\.05 s.*lower, upper/);
@@ -131,7 +132,7 @@ test('the largest loads are named with their places, and lead there', async () =
   const cells = await driver.locator('td').allTextContents();
   assert.equal(cells[0], '78.7');
   assert.equal(cells[1], '0 s');
-  assert.match(cells[5], /^Psi 1719$/);
+  assert.equal(cells[5], 'X 1719');
   await goTo(page, 7);
   await driver.locator('button').first().click();
   assert.equal(await page.locator('.time-readout').textContent(), '0 s step 0');
@@ -268,15 +269,20 @@ const coloured = (page: Page) =>
     const context = copy.getContext('2d')!;
     context.drawImage(canvas as HTMLCanvasElement, 0, 0);
     const { data } = context.getImageData(0, 0, copy.width, copy.height);
-    const counts = { red: 0, blue: 0, top: copy.height };
+    const counts = { red: 0, blue: 0, top: copy.height, redAt: 0, blueAt: 0 };
     for (let i = 0; i < data.length; i += 4) {
       const [r, b] = [data[i], data[i + 2]];
       if (r > b + 80) {
         ++counts.red;
         counts.top = Math.min(counts.top, Math.floor(i / 4 / copy.width));
-      } else if (b > r + 60) ++counts.blue;
+        counts.redAt += (i / 4) % copy.width;
+      } else if (b > r + 60) {
+        ++counts.blue;
+        counts.blueAt += (i / 4) % copy.width;
+      }
     }
-    return counts;
+    // Where they are in the mean, from the left.
+    return { ...counts, redAt: counts.redAt / counts.red, blueAt: counts.blueAt / counts.blue };
   });
 
 test('the replay shows the meshes at their logged poses, with their poles', async () => {
@@ -351,9 +357,22 @@ test('a state file brings the joints and exact times', async () => {
   await close(page);
 });
 
-test('angles go on over a full turn, or jump as the log has them', async () => {
+test('turns go on over a full turn; angles of the log too, or they jump as the log has them', async () => {
   const page = await open(write(slipping()));
   await goTo(page, 400);
+  // Right-handed about X, though Psi falls.
+  assert.deepEqual(await present(page, 'driver', 'angles'), ['1718.87', '0', '0']);
+  const [turn, headings] = [page.locator('.extremes tbody td').nth(5), page.locator('h2')];
+  assert.equal(await turn.textContent(), 'X 1719');
+  const phase = page.locator('.phase').first();
+  await phase.locator('select').nth(1).selectOption({ label: 'Turn about X' });
+  assert.equal(await page.getByLabel('Continuous angles').isVisible(), false);
+  await page.locator('#toolbar select').nth(2).selectOption('log');
+  assert.equal(await turn.textContent(), 'Psi 1719');
+  assert.ok((await headings.allTextContents()).includes('Angles'));
+  // The first column is the first column again.
+  assert.equal(await phase.locator('select').nth(1).locator('option:checked').textContent(), 'Angle Phi');
+  assert.match((await phase.locator('.plot').getAttribute('aria-label'))!, /over driver: Angle Phi \(°\)$/);
   assert.deepEqual(await present(page, 'driver', 'angles'), ['0', '0', '−1718.87']);
   await page.getByLabel('Continuous angles').uncheck();
   // −30 rad lies between −10π and −9π: −30 + 10π.
@@ -579,10 +598,80 @@ test('a geometry file that cannot be shown leaves the frames', async () => {
 });
 
 test("a frame that is not the body's is told and can be compared", async () => {
-  const page = await open(write(logText(['a'], 5, 0.1, (time) => [0, 0, 0, time, 0, 0, 1, 0, 0, 0, 0, 0])));
+  const log = logText(['a'], 5, 0.1, (time) => [0, 0, 0, time, 0, 0, 1, 0, 0, 0, 0, 0]);
+  const page = await open(write(log, ['--orientation', 'direct']));
   await ready(page);
   assert.match((await page.locator('#notices').textContent())!, /the desktop's frame is up to 32\.3 degrees away/);
+  await goTo(page, 4);
+  // The library's phi is a turn about Z by -phi; the desktop makes one about Y of it.
+  assert.deepEqual(await present(page, 'a', 'angles'), ['0', '−22.9183', '0']);
   await page.locator('#view-controls select').selectOption('body');
+  assert.deepEqual(await present(page, 'a', 'angles'), ['0', '0', '−22.9183']);
+  await close(page);
+});
+
+test('of an exact log there is one frame, and of a log of unknown origin a note says which', async () => {
+  const log = logText(['a'], 5, 0.1, (time) => [0, 0, 0, 0, -time, 0, 1, 0, 0, 0, 0, 0]);
+  for (const options of [[], ['--orientation', 'exact']]) {
+    const page = await open(write(log, options));
+    await ready(page);
+    assert.equal(await page.locator('#notices .info', { hasText: '--orientation direct' }).count(), 1 - options.length / 2);
+    assert.equal(await page.locator('#view-controls select').count(), 0);
+    await goTo(page, 4);
+    assert.deepEqual(await present(page, 'a', 'angles'), ['0', '0', '22.9183']);
+    await close(page);
+  }
+});
+
+test('a body drawn at an angle stands with its poles as it is drawn', async () => {
+  const scenario = {
+    ...topScenario,
+    geometry: { file: join(examples, 'cube-magnets/cube-magnets.obj'), units: 'mm' },
+    materials: { upper_magnet: { name: 'magnet', direction: [0, 0, 1] } },
+    bodies: [
+      {
+        name: 'upper',
+        objects: ['upper_magnet'],
+        mass: 0.1,
+        position: [0, 0, '12*mm'],
+        // Its own z axis points to where -X is; the angles of such a pose are ambiguous.
+        rotation: { axis: [0, 1, 0], angle: '-90*deg' },
+      },
+    ],
+    joints: [{ ...topScenario.joints[0], bodies: ['upper'] }],
+  };
+  writeFileSync(join(folder, 'angled.json'), JSON.stringify(scenario));
+  const log = logText(['upper'], 2, 0.1, () => [0, 0, 0.012, 0, 0, 0, 0, 0, 5, 0, 0, 0]);
+  const page = await open(write(log, ['--scenario', join(folder, 'angled.json')]));
+  await ready(page);
+  assert.deepEqual(await present(page, 'upper', 'force'), ['5', '0', '0']);
+  assert.equal(await page.locator('.still', { hasText: /^upper does not turn$/ }).count(), 1);
+  await page.getByLabel('Forces').uncheck();
+  await page.getByRole('button', { name: 'Along Y' }).click();
+  await page.waitForTimeout(200);
+  const { red, blue, redAt, blueAt } = await coloured(page);
+  assert.ok(red > 1000 && blue > 1000 && redAt < blueAt - 20, `north at ${redAt}, south at ${blueAt}`);
+  await close(page);
+});
+
+test('a free body flies, spins and nods in charts and replay', async () => {
+  writeFileSync(join(folder, 'top.obj'), topGeometry());
+  writeFileSync(join(folder, 'top.json'), JSON.stringify(topScenario));
+  writeFileSync(join(folder, 'top.csv'), topStates());
+  const options = ['--scenario', join(folder, 'top.json'), '--states', join(folder, 'top.csv')];
+  const page = await open(write(topLog(), [...options, '--orientation', 'exact']));
+  await ready(page);
+  const titles = await page
+    .locator('section', { has: page.locator('h2', { hasText: 'free' }) })
+    .locator('.chart-title')
+    .allTextContents();
+  assert.deepEqual(titles, ['Displacement m', 'Turn rad', 'Field force N', 'Load N', 'Energies J']);
+  assert.match((await legend(page, 'tether', 2).allTextContents()).join(), /^Potential.*Dissipated/);
+  await goTo(page, 800);
+  // Two rounds while leaning by 0.2 to 0.06 more or less, 18 turns about its own axis.
+  const [, , z] = await present(page, 'top', 'angles');
+  assert.ok(Math.abs(Number(z) - 360 * (2 + 18 * Math.cos(0.2))) < 10, z);
+  assert.deepEqual(await page.locator('#notices li').allTextContents(), []);
   await close(page);
 });
 

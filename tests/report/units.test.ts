@@ -2,9 +2,9 @@
 
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
-import { PerspectiveCamera, Vector3 } from 'three';
+import { PerspectiveCamera, Quaternion, Vector3 } from 'three';
 import { standBack } from '../../report/src/camera.ts';
-import { readRun, unpackColumn, DataError } from '../../report/src/data.ts';
+import { readRun, unpackColumn, DataError, type Body, type Series } from '../../report/src/data.ts';
 import { extremesOf, nearestRow, rowNear, thinCurve } from '../../report/src/decimate.ts';
 import { outermost } from '../../report/src/extent.ts';
 import { count, number, tickLabels } from '../../report/src/format.ts';
@@ -17,9 +17,14 @@ import {
   desktopRows,
   intoFrame,
   outOfFrame,
+  rowsAt,
+  turnsOf,
   type Rows,
 } from '../../report/src/pose.ts';
 import { axisRange } from '../../report/src/range.ts';
+import { groupSeries } from '../../report/src/series.ts';
+import { Store } from '../../report/src/store.ts';
+import { anglesOf } from './logs.ts';
 
 const near = (actual: ArrayLike<number>, expected: number[]) =>
   expected.forEach((value, i) =>
@@ -154,6 +159,159 @@ test('vectors go into a frame and out of it', () => {
   // A quarter turn about X: the body's y axis is the global z axis.
   near(outOfFrame(rows, [0, 1, 0]), [0, 0, 1]);
   near(intoFrame(rows, [0, 0, 1]), [0, 1, 0]);
+});
+
+const turnAbout = (axis: [number, number, number], angle: number) =>
+  new Quaternion().setFromAxisAngle(new Vector3(...axis).normalize(), angle);
+/** A turn's rows: the axes that it makes of the global ones. */
+const rowsOf = (turn: Quaternion) =>
+  [0, 1, 2].flatMap((axis) => new Vector3().setComponent(axis, 1).applyQuaternion(turn).toArray()) as Rows;
+
+/** A body that stands in every row as a turn says; `drawn` is where it is drawn. */
+function bodyOf(turns: Quaternion[], orientation: 'exact' | 'direct', drawn?: Quaternion): Body {
+  const angles = turns.map((turn) => anglesOf(turn, orientation));
+  const none: Body['position'] = [null, null, null];
+  return {
+    name: 'a',
+    position: none,
+    angles: [0, 1, 2].map((i) => Float64Array.from(angles, (row) => row[i])) as Body['angles'],
+    force: none,
+    torque: none,
+    drawn: drawn ? { position: [0, 0, 0], rows: rowsOf(drawn) } : null,
+  };
+}
+
+/** The last row's turns. */
+const lastOf = (columns: Body['angles']) => columns.map((column) => column![column!.length - 1]);
+
+test('a body turned about an oblique axis counts its angle along that axis, in both kinds of logs', () => {
+  const axis: [number, number, number] = [1, 2, -2];
+  const drawn = turnAbout([0.3, -1, 0.5], 2);
+  const turns = Array.from({ length: 201 }, (_, row) => turnAbout(axis, 0.1 * row));
+  for (const body of [bodyOf(turns, 'exact'), bodyOf(turns, 'exact', drawn)]) {
+    const columns = turnsOf(body, 'exact', null);
+    turns.forEach((_, row) =>
+      assert.ok(columns.every((column, i) => Math.abs(column![row] - (0.1 * row * axis[i]) / 3) < 1e-10)),
+    );
+  }
+  // The host handed over the body's own axes: those of the turned body, seen from the global frame.
+  const moved = turns.map((turn) => turn.clone().multiply(drawn));
+  near(lastOf(turnsOf(bodyOf(moved, 'direct', drawn), 'body', null)).map((v) => v / 20), [1 / 3, 2 / 3, -2 / 3]);
+  // As solved, a turn about Z is one about Y.
+  const aboutZ = turns.map((_, row) => turnAbout([0, 0, 1], 0.005 * row));
+  near(lastOf(turnsOf(bodyOf(aboutZ, 'direct'), 'body', null)), [0, 0, 1]);
+  near(lastOf(turnsOf(bodyOf(aboutZ, 'direct'), 'desktop', null)), [0, 1, 0]);
+});
+
+test('the first row of turns is the shortest turn from the drawn pose', () => {
+  const drawn = turnAbout([1, 0, 0], 1);
+  const [exact] = [bodyOf([turnAbout([0, 1, 0], -3)], 'exact', drawn)];
+  near(lastOf(turnsOf(exact, 'exact', null)), [0, -3, 0]);
+  const direct = bodyOf([turnAbout([0, 1, 0], -3).multiply(drawn)], 'direct', drawn);
+  near(lastOf(turnsOf(direct, 'body', null)), [0, -3, 0]);
+  near(lastOf(turnsOf(bodyOf([turnAbout([0, 0, 1], Math.PI)], 'exact'), 'exact', null)), [0, 0, Math.PI]);
+});
+
+test('a spinning top counts its turns, a leaning one about the axis that it goes round', () => {
+  const steps = 2000;
+  const spin = Array.from({ length: steps + 1 }, (_, i) => turnAbout([0, 0, 1], (40 * Math.PI * i) / steps));
+  near(lastOf(turnsOf(bodyOf(spin, 'exact'), 'exact', null)).map((v) => (v * 180) / Math.PI / 20), [0, 0, 360]);
+  // It leans by 0.3 and goes round twice: 2 turns + 18 turns * cos 0.3 about Z.
+  const leaning = spin.map((turn, i) => {
+    const round = (4 * Math.PI * i) / steps;
+    return turnAbout([Math.cos(round), Math.sin(round), 0], 0.3).multiply(turn);
+  });
+  const [x, y, z] = lastOf(turnsOf(bodyOf(leaning, 'exact'), 'exact', null));
+  const expected = 2 * Math.PI * (2 + 18 * Math.cos(0.3));
+  assert.ok(Math.abs(z - expected) < 1e-3 && Math.hypot(x - 0.3, y) < 1e-3, `${x} ${y} ${z}, ${expected}`);
+});
+
+test('turns have gaps where the log has, and count anew in another run', () => {
+  const turns = [0, 0.5, 1, 1.5, 2, 0.1, 0.2].map((angle) => turnAbout([0, 0, 1], angle));
+  const body = bodyOf(turns, 'exact');
+  body.angles[0]![2] = NaN;
+  const time = Float64Array.from([0, 1, 2, 3, 4, 0, 1]);
+  const [, , z] = turnsOf(body, 'exact', time);
+  assert.ok(Number.isNaN(z![2]));
+  near(
+    z!.filter((v) => !Number.isNaN(v)),
+    [0, 0.5, 1.5, 2, 0.1, 0.2],
+  );
+  body.angles[1] = null;
+  assert.deepEqual(turnsOf(body, 'exact', time), [null, null, null]);
+});
+
+test("an exact log's angles turn a body's drawn axes", () => {
+  const drawn = turnAbout([0, 1, 0], -Math.PI / 2);
+  const turn = turnAbout([1, 2, 3], 0.7);
+  near(rowsAt(bodyOf([turn], 'exact', drawn), 0, 'exact'), rowsOf(turn.clone().multiply(drawn)));
+  near(rowsAt(bodyOf([turn], 'direct'), 0, 'body'), rowsOf(turn));
+});
+
+/** A page's run of one body with a force along the desktop's x axis. */
+const pageOf = (more: object, drawn: object) =>
+  readRun(
+    JSON.stringify({
+      format: 1,
+      rows: 1,
+      ...more,
+      bodies: [{ name: 'a', angles: [[0.2], [0.5], [0]], force: [[1], [0], [0]], drawn: { position: [0, 0, 0], ...drawn } }],
+    }),
+  );
+
+test("loads in the body's axes are those of the body as drawn", () => {
+  // The body's x axis is drawn along Y, its y axis along Z.
+  const axes = [
+    [0, 1, 0],
+    [0, 0, 1],
+    [1, 0, 0],
+  ];
+  const store = new Store(pageOf({ orientation: 'exact' }, { axes }));
+  assert.deepEqual(
+    store.columns(0, 'force').map((column) => column![0]),
+    [0, 0, 1, 1],
+  );
+  store.changeValues({ loadAxes: 'global' });
+  // The desktop's x axis: first row of Rz(0.5) Ry(0.2).
+  const xAxis = [Math.cos(0.5) * Math.cos(0.2), -Math.sin(0.5), Math.cos(0.5) * Math.sin(0.2), 1];
+  near(
+    store.columns(0, 'force').map((column) => column![0]),
+    xAxis,
+  );
+});
+
+test('pages from before there were exact orientations mean what they meant', () => {
+  const run = pageOf({}, { angles: [0.2, 0.5, 0.1] });
+  assert.equal(run.orientation, 'direct');
+  near(run.bodies[0].drawn!.rows, bodyRows([0.2, 0.5, 0.1]));
+  const store = new Store(run);
+  assert.equal(store.frame, 'desktop');
+  assert.deepEqual(
+    store.columns(0, 'force').map((column) => column![0]),
+    [1, 0, 0, 1],
+  );
+});
+
+test('components of one quantity share a chart, as do energies and what else has the same unit', () => {
+  const series = (group: string, ...heads: [name: string, unit: string][]): Series[] =>
+    heads.map(([name, unit]) => ({ group, name, unit, values: new Float64Array() }));
+  const charts = groupSeries([
+    ...series('fly', ['Turn x', 'rad'], ['Turn y', 'rad'], ['Turn z', 'rad'], ['Kinetic', 'J'], ['Element work', 'J']),
+    ...series('fly', ['Load x', 'N'], ['Load y', 'N'], ['Load z', 'N'], ['Field force x', 'N']),
+    ...series('turn and slide', ['Turn', 'rad'], ['Turn field torque', 'N m'], ['Turn load', 'N m'], ['Slide', 'm']),
+    ...series('held', ['Field work', 'J']),
+    ...series('spring', ['Length', 'm'], ['Potential', 'J'], ['Dissipated', 'J']),
+  ]);
+  const told = [...charts].map(([group, list]) => [
+    group,
+    ...list.map(({ title, unit, lines }) => `${title} [${unit}]: ${lines.map(({ label }) => label).join(' ')}`),
+  ]);
+  assert.deepEqual(told, [
+    ['fly', 'Turn [rad]: X Y Z', 'Energies [J]: Kinetic Element work', 'Load [N]: X Y Z', 'Field force [N]: X'],
+    ['turn and slide', 'Turn [rad]: Turn', 'Turn field torque, Turn load [N m]: Turn field torque Turn load', 'Slide [m]: Slide'],
+    ['held', 'Field work [J]: Field work'],
+    ['spring', 'Length [m]: Length', 'Energies [J]: Potential Dissipated'],
+  ]);
 });
 
 test('continuous angles have no jumps and keep gaps', () => {
