@@ -32,6 +32,8 @@ const LONGEST_ARROW = 0.75;
 const SMALLEST_SCENE = 0.05;
 /** What stays free around bodies and arrows, pixels: room for a name above, for the arrows' key below. */
 const MARGIN = { side: 14, top: 28, bottom: 46 };
+/** Between a body and its name, pixels. */
+const LABEL_GAP = 4;
 
 interface BodyView {
   group: Group;
@@ -42,7 +44,6 @@ interface BodyView {
   torque: Arrow;
   label: HTMLElement;
   labelPlace: Label;
-  radius: number;
 }
 
 /** Whether this browser can draw in 3D. */
@@ -223,7 +224,6 @@ export class Replay {
     const own = new Sphere().setFromPoints(corners);
     const isDrawn = corners.length > 0;
     const triadLength = isDrawn ? 1.1 * own.radius : 0.25 * this.bounds.radius;
-    const radius = isDrawn ? own.radius : 0.12 * this.bounds.radius;
     // A body without meshes is shown by its triad.
     const shape = isDrawn ? corners : [0, 1, 2].map((axis) => new Vector3().setComponent(axis, triadLength));
     const triad = makeTriad();
@@ -234,7 +234,7 @@ export class Replay {
     this.scene.add(force.object, torque.object);
     const label = el('span', { class: 'body-label' }, this.store.run.bodies[index].name);
     const labelPlace = { left: 0, top: 0, width: 0, height: 0, side: -1 };
-    return { group, shape, triad, force, torque, label, labelPlace, radius };
+    return { group, shape, triad, force, torque, label, labelPlace };
   }
 
   private light(): void {
@@ -315,7 +315,6 @@ export class Replay {
 
   private placeLabels(): void {
     const { clientWidth: width, clientHeight: height } = this.place;
-    const up = new Vector3(0, 1, 0).applyQuaternion(this.camera.quaternion);
     const inPicture = (place: Vector3) => place.clone().project(this.camera);
     const origin = (view: BodyView) => new Vector3().setFromMatrixPosition(view.group.matrix);
     for (const view of this.bodies) {
@@ -324,9 +323,12 @@ export class Replay {
     }
     const named = this.bodies.filter((view) => !view.label.hidden);
     const wanted = named.map((view) => {
-      const above = inPicture(origin(view).addScaledVector(up, 1.05 * view.radius));
-      const left = ((above.x + 1) / 2) * width - view.labelPlace.width / 2;
-      const top = ((1 - above.y) / 2) * height - view.labelPlace.height;
+      // Above what is seen of the body, not above its sphere, which may reach into other bodies.
+      const seen = view.shape.map((corner) => inPicture(corner.clone().applyMatrix4(view.group.matrix)));
+      const [xs, ys] = [seen.map(({ x }) => x), seen.map(({ y }) => y)];
+      const middle = (Math.min(...xs) + Math.max(...xs)) / 2;
+      const left = ((middle + 1) / 2) * width - view.labelPlace.width / 2;
+      const top = ((1 - Math.max(...ys)) / 2) * height - view.labelPlace.height - LABEL_GAP;
       return { ...view.labelPlace, left, top };
     });
     placeLabels(wanted, { width, height }, this.furniture).forEach((place, index) => {

@@ -20,7 +20,7 @@ const LIGHT: Look = {
   muted: '#5b6570',
   grid: '#e6e9ed',
   surface: '#ffffff',
-  lines: ['#d55e00', '#008a65', '#0072b2', '#1b1f24', '#b0588a', '#8a6d00', '#3a87b8'],
+  lines: ['#d55e00', '#008a65', '#0072b2', '#1b1f24', '#b0588a', '#8a6d00', '#7d8792'],
   bodies: ['#0072b2', '#d55e00', '#008a65', '#b0588a', '#8a6d00', '#3a87b8', '#5b6570'],
   north: '#d55e00',
   south: '#0072b2',
@@ -33,7 +33,7 @@ const DARK: Look = {
   muted: '#9aa5b1',
   grid: '#2b323a',
   surface: '#181c21',
-  lines: ['#e8782a', '#1bb68b', '#56b4e9', '#e8ebee', '#cc79a7', '#f0e442', '#8ecaf0'],
+  lines: ['#e8782a', '#1bb68b', '#56b4e9', '#e8ebee', '#cc79a7', '#f0e442', '#9aa5b1'],
   bodies: ['#56b4e9', '#e8782a', '#1bb68b', '#cc79a7', '#f0e442', '#8ecaf0', '#9aa5b1'],
   north: '#e8782a',
   south: '#3f9fd8',
@@ -42,7 +42,15 @@ const DARK: Look = {
 };
 
 /** Strokes that stay apart without colour, for paper. */
-const PRINT_DASHES: (number[] | undefined)[] = [undefined, [7, 3], [2, 2.5], [9, 3, 2, 3]];
+const PRINT_DASHES: (number[] | undefined)[] = [
+  undefined,
+  [7, 3],
+  [2, 2.5],
+  [9, 3, 2, 3],
+  [14, 4],
+  [4, 2, 1.5, 2, 1.5, 2],
+  [1, 4],
+];
 
 export type Choice = 'auto' | 'light' | 'dark';
 

@@ -672,6 +672,10 @@ test('a free body flies, spins and nods in charts and replay', async () => {
   const [, , z] = await present(page, 'top', 'angles');
   assert.ok(Math.abs(Number(z) - 360 * (2 + 18 * Math.cos(0.2))) < 10, z);
   assert.deepEqual(await page.locator('#notices li').allTextContents(), []);
+  // Each name stands above its body: that of the wide, flat ring below the top.
+  const places = await page.locator('#view, .body-label').evaluateAll((all) => all.map((e) => e.getBoundingClientRect()));
+  const [view, top, ring] = places;
+  assert.ok(ring.top - top.top > 0.22 * view.height, `${ring.top - top.top} of ${view.height}`);
   await close(page);
 });
 
