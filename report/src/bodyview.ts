@@ -3,6 +3,7 @@
 import {
   BufferGeometry,
   Color,
+  CylinderGeometry,
   DataTexture,
   EdgesGeometry,
   Float32BufferAttribute,
@@ -10,9 +11,11 @@ import {
   LineBasicMaterial,
   LineSegments,
   Mesh,
+  MeshBasicMaterial,
   MeshLambertMaterial,
   NearestFilter,
   SRGBColorSpace,
+  Vector3,
 } from 'three';
 import type { Body, ModelObject, Run, Triple } from './data.ts';
 import { MeshError, readGeometry, type MeshObject } from './mesh.ts';
@@ -115,23 +118,24 @@ export function paintModel(parts: ModelPart[], colouring: Colouring): void {
   }
 }
 
-/** Three axes of unit length. */
-export function makeTriad(): Group {
+/**
+ * Three axes: rods, for lines are a pixel wide on every screen.
+ * @param thickness radius of the rods, metres
+ */
+export function makeTriad(length: number, thickness: number): Group {
   const group = new Group();
+  const rod = new CylinderGeometry(thickness, thickness, length, 8).translate(0, length / 2, 0);
   for (let axis = 0; axis < 3; ++axis) {
-    const end = [0, 0, 0];
-    end[axis] = 1;
-    const geometry = new BufferGeometry();
-    geometry.setAttribute('position', new Float32BufferAttribute([0, 0, 0, ...end], 3));
-    const line = new LineSegments(geometry, new LineBasicMaterial({ depthTest: false, transparent: true }));
-    line.renderOrder = 5;
-    group.add(line);
+    const shaft = new Mesh(rod, new MeshBasicMaterial({ depthTest: false, transparent: true }));
+    shaft.quaternion.setFromUnitVectors(new Vector3(0, 1, 0), new Vector3().setComponent(axis, 1));
+    shaft.renderOrder = 5;
+    group.add(shaft);
   }
   return group;
 }
 
 export function paintTriad(triad: Group): void {
-  triad.children.forEach((line, axis) => {
-    ((line as LineSegments).material as LineBasicMaterial).color = new Color(lineColour(axis));
+  triad.children.forEach((shaft, axis) => {
+    ((shaft as Mesh).material as MeshBasicMaterial).color.set(lineColour(axis));
   });
 }

@@ -226,8 +226,7 @@ export class Replay {
     const triadLength = isDrawn ? 1.1 * own.radius : 0.25 * this.bounds.radius;
     // A body without meshes is shown by its triad.
     const shape = isDrawn ? corners : [0, 1, 2].map((axis) => new Vector3().setComponent(axis, triadLength));
-    const triad = makeTriad();
-    triad.scale.setScalar(triadLength);
+    const triad = makeTriad(triadLength, 0.006 * this.bounds.radius);
     group.add(triad);
     const force = new Arrow(0.011 * this.bounds.radius, 1);
     const torque = new Arrow(0.011 * this.bounds.radius, 2);

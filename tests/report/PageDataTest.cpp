@@ -148,18 +148,20 @@ TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
     scenario.joints = {driven, loose};
     HostStates states;
     for (const char* joint : {"driven", "loose"}) {
-        for (const auto& [name, unit] : {std::pair("Coordinate", "m"), std::pair("Load", "N"),
-                                         std::pair("Kinetic", "J"), std::pair("Field work", "J")}) {
+        for (const auto& [name, unit] :
+             {std::pair("Coordinate", "m"), std::pair("Load", "N"), std::pair("Kinetic", "J"),
+              std::pair("Field work", "J"), std::pair("Element work", "J")}) {
             states.series.push_back({joint, name, unit, {0.0, 1.0}});
         }
     }
     PageContext context;
     context.scenario = &scenario;
     const json data = json::parse(MakePageData(LogOf("a", 2), states, context));
-    ASSERT_EQ(data["series"].size(), 6u);
+    ASSERT_EQ(data["series"].size(), 8u);
     EXPECT_EQ(data["series"][0]["name"], "Coordinate");
     EXPECT_EQ(data["series"][1]["name"], "Field work");
-    EXPECT_EQ(data["series"][2]["group"], "loose");
+    EXPECT_EQ(data["series"][2]["name"], "Element work");
+    EXPECT_EQ(data["series"][3]["group"], "loose");
 }
 
 /// Turned by 0.1 in its second row, about Z or Y: the two frames of these angles are 2 acos(cos^2 0.05) = 8.1 degrees
