@@ -80,8 +80,8 @@ const scenario::Body* FindBody(const scenario::Scenario* scenario, const std::st
     return found == scenario->bodies.end() ? nullptr : &*found;
 }
 
-/// Where a body is drawn. A page of exact orientations has the axes themselves, for the angles of some are ambiguous; one
-/// of direct orientations has the angles that the library made of them at the import, right or not.
+/// Where a body is drawn. A page of exact orientations has the axes themselves, for the angles of some are ambiguous;
+/// one of direct orientations has the angles that the library made of them at the import, right or not.
 json DrawnPose(const scenario::Pose& X_WB0, Orientation orientation) {
     json data = json::object();
     data["position"] = Numbers(X_WB0.p_WB_W);

@@ -7,8 +7,8 @@ import type { Body, Column, Triple } from './data.ts';
 export type Rows = [number, number, number, number, number, number, number, number, number];
 
 /**
- * How a body's axes follow from the log's angles. Of exact orientations they turn with the desktop's frame from where they
- * are drawn. Of direct ones they are the desktop's frame (as solved) or those that the host meant (as moved).
+ * How a body's axes follow from the log's angles. Of exact orientations they turn with the desktop's frame from where
+ * they are drawn. Of direct ones they are the desktop's frame (as solved) or those that the host meant (as moved).
  */
 export type Frame = 'exact' | 'desktop' | 'body';
 
@@ -99,9 +99,9 @@ function addTurn(to: Triple<number>, { x, y, z, w }: Quaternion): void {
 }
 
 /**
- * How far a body has turned about each global axis since it stood as drawn, radians, right-handed: the turns from row to
- * row (each below half a turn) added up, so that full turns are kept. What the log cannot tell is a gap; where time goes
- * back another run begins, which counts anew.
+ * How far a body has turned about each global axis since it stood as drawn, radians, right-handed: the turns from row
+ * to row (each below half a turn) added up, so that full turns are kept. What the log cannot tell is a gap; where time
+ * goes back another run begins, which counts anew.
  */
 export function turnsOf(body: Body, frame: Frame, time: Column | null): Triple<Column | null> {
   if (body.angles.includes(null)) return [null, null, null];

@@ -9,8 +9,8 @@ export interface SeriesChart {
 }
 
 /**
- * The charts of every joint, spring and bushing. "Turn x", "Turn y" and "Turn z" are the components of one quantity, which
- * has a chart of its own; whatever else has the same unit shares one.
+ * The charts of every joint, spring and bushing. "Turn x", "Turn y" and "Turn z" are the components of one quantity,
+ * which has a chart of its own; whatever else has the same unit shares one.
  */
 export function groupSeries(series: Series[]): Map<string, SeriesChart[]> {
   const groups = new Map<string, Map<string, Series[]>>();

@@ -255,7 +255,14 @@ const pageOf = (more: object, drawn: object) =>
       format: 1,
       rows: 1,
       ...more,
-      bodies: [{ name: 'a', angles: [[0.2], [0.5], [0]], force: [[1], [0], [0]], drawn: { position: [0, 0, 0], ...drawn } }],
+      bodies: [
+        {
+          name: 'a',
+          angles: [[0.2], [0.5], [0]],
+          force: [[1], [0], [0]],
+          drawn: { position: [0, 0, 0], ...drawn },
+        },
+      ],
     }),
   );
 
@@ -308,7 +315,12 @@ test('components of one quantity share a chart, as do energies and what else has
   ]);
   assert.deepEqual(told, [
     ['fly', 'Turn [rad]: X Y Z', 'Energies [J]: Kinetic Element work', 'Load [N]: X Y Z', 'Field force [N]: X'],
-    ['turn and slide', 'Turn [rad]: Turn', 'Turn field torque, Turn load [N m]: Turn field torque Turn load', 'Slide [m]: Slide'],
+    [
+      'turn and slide',
+      'Turn [rad]: Turn',
+      'Turn field torque, Turn load [N m]: Turn field torque Turn load',
+      'Slide [m]: Slide',
+    ],
     ['held', 'Field work [J]: Field work'],
     ['spring', 'Length [m]: Length', 'Energies [J]: Potential Dissipated'],
   ]);
