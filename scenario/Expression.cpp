@@ -46,6 +46,33 @@ namespace {
 constexpr std::array<Constant, 5> constants = {
     {{"pi", pi}, {"deg", pi / 180.0}, {"mm", 0.001}, {"gram", 0.001}, {"gn", 9.80665}}};
 
+/// The names of the values, in their order: one letter each.
+constexpr std::string_view variableNames = "tqxyz";
+
+struct AllowedVariables {
+    std::string_view names;
+    /// For people.
+    const char* text;
+};
+
+AllowedVariables Allowed(Expression::Variables variables) {
+    switch (variables) {
+    case Expression::Variables::None:
+        return {"", "a constant is wanted"};
+    case Expression::Variables::Time:
+        return {"t", "the only variable is t"};
+    case Expression::Variables::TimeAndCoordinate:
+        return {"tq", "the variables are t and q"};
+    case Expression::Variables::TimeAndPlace:
+        return {"txyz", "the variables are t, x, y and z"};
+    }
+    return {};
+}
+
+bool IsIn(std::string_view names, std::string_view name) {
+    return name.size() == 1 && names.find(name) != std::string_view::npos;
+}
+
 /// The chain rule. What does not change stays, even where the outer derivative is infinite: sqrt(0) is a constant.
 double Chained(double outer, double inner) {
     return inner == 0.0 ? 0.0 : outer * inner;
@@ -149,7 +176,7 @@ const typename Table::value_type* Find(const Table& table, std::string_view name
 class ExpressionParser {
 public:
     ExpressionParser(std::string_view formula, Expression::Variables variables)
-        : m_text(formula), m_variables(variables) {}
+        : m_text(formula), m_variables(Allowed(variables)) {}
 
     std::vector<Expression::Instruction> Parse() {
         Sum();
@@ -311,11 +338,9 @@ private:
         if (const auto* constant = Find(constants, name)) {
             return Emit(Operation::Number, constant->value);
         }
-        if (name == "t" && m_variables != Expression::Variables::None) {
-            return Emit(Operation::Time);
-        }
-        if (name == "q" && m_variables == Expression::Variables::TimeAndCoordinate) {
-            return Emit(Operation::Coordinate);
+        if (IsIn(m_variables.names, name)) {
+            m_program.push_back({Operation::Variable, 0.0, nullptr, nullptr, variableNames.find(name)});
+            return;
         }
         if (const auto* function = Find(unaryFunctions, name)) {
             Require('(');
@@ -337,11 +362,14 @@ private:
         if (name == "g") {
             Fail("\"g\" could mean grams or the acceleration of free fall; write gram or gn");
         }
+        if (IsIn(variableNames, name)) {
+            Fail(fmt::format("\"{}\" is not known here; {}", name, m_variables.text));
+        }
         Fail(fmt::format("\"{}\" is not known here", name));
     }
 
     std::string_view m_text;
-    Expression::Variables m_variables;
+    AllowedVariables m_variables;
     std::size_t m_at = 0;
     int m_depth = 0;
     std::vector<Expression::Instruction> m_program;
@@ -358,7 +386,7 @@ Expression Expression::Parse(std::string_view formula, Variables variables) {
 }
 
 template <class Value>
-Value Expression::Run(Value time, Value coordinate) const {
+Value Expression::Run(const std::array<Value, 5>& variables) const {
     std::vector<Value> stack;
     stack.reserve(m_program.size());
     const auto pop = [&stack] {
@@ -375,11 +403,8 @@ Value Expression::Run(Value time, Value coordinate) const {
         case Operation::Number:
             stack.push_back(Value{instruction.number});
             break;
-        case Operation::Time:
-            stack.push_back(time);
-            break;
-        case Operation::Coordinate:
-            stack.push_back(coordinate);
+        case Operation::Variable:
+            stack.push_back(variables[instruction.variable]);
             break;
         case Operation::Add:
             combine([](const Value& a, const Value& b) { return a + b; });
@@ -410,12 +435,16 @@ Value Expression::Run(Value time, Value coordinate) const {
     return stack.back();
 }
 
+double Expression::Evaluate(const Values& values) const {
+    return Run<double>({values.t, values.q, values.x, values.y, values.z});
+}
+
 double Expression::Evaluate(double time, double coordinate) const {
-    return Run(time, coordinate);
+    return Evaluate(Values{time, coordinate});
 }
 
 double Expression::Slope(double time, double coordinate) const {
-    return Run(Dual{time, 1.0}, Dual{coordinate}).slope;
+    return Run<Dual>({Dual{time, 1.0}, Dual{coordinate}}).slope;
 }
 
 } // namespace kinora::scenario

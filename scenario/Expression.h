@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,16 +11,25 @@ namespace kinora::scenario {
 struct UnaryFunction;
 struct BinaryFunction;
 
-/// A formula of time and, where that makes sense, of a joint's coordinate.
+/// A formula of time and, where that makes sense, of a joint's coordinate or of a place.
 ///
-/// Numbers, + - * / ^ (right-associative), parentheses, the variables `t` (seconds) and `q` (coordinate), the constants
-/// `pi`, `deg` (pi/180), `mm` (0.001), `gram` (0.001) and `gn` (9.80665, free fall), and the functions sin, cos, tan,
+/// Numbers, + - * / ^ (right-associative), parentheses, the variables `t` (seconds), `q` (coordinate) and `x`, `y`, `z`
+/// (place, metres), the constants `pi`, `deg` (pi/180), `mm` (0.001), `gram` (0.001) and `gn` (9.80665, free fall), and the functions sin, cos, tan,
 /// asin, acos, atan, sqrt, exp, log, abs, step (0 below 0, else 1), min, max and atan2. Angles are radians: write
 /// 30*deg.
 class Expression {
 public:
     /// Which variables a formula may name.
-    enum class Variables { None, Time, TimeAndCoordinate };
+    enum class Variables { None, Time, TimeAndCoordinate, TimeAndPlace };
+
+    /// What the variables stand for.
+    struct Values {
+        double t = 0.0;
+        double q = 0.0;
+        double x = 0.0;
+        double y = 0.0;
+        double z = 0.0;
+    };
 
     /// Zero.
     Expression() : Expression(0.0) {}
@@ -29,14 +40,18 @@ public:
     /// @throws std::invalid_argument  one line that quotes the formula and says what is wrong at which column
     static Expression Parse(std::string_view formula, Variables variables);
 
+    /// @return what the formula gives; not finite where the mathematics is not (1/0, sqrt(-1))
+    double Evaluate(const Values& values) const;
+
+    /// As above, of a formula that names no place.
     /// @param time        value of t, seconds
     /// @param coordinate  value of q
-    /// @return what the formula gives; not finite where the mathematics is not (1/0, sqrt(-1))
     double Evaluate(double time, double coordinate = 0.0) const;
 
     /// The exact derivative with respect to time, the coordinate held fixed. Where the left and the right side differ
     /// (abs, min, max, step) it is that of the time that follows: abs(t) gives 1 at 0.
     ///
+    /// @pre    the formula names no place
     /// @return not finite where the mathematics has no finite derivative (sqrt(t) at 0) or the formula no value
     double Slope(double time, double coordinate = 0.0) const;
 
@@ -45,17 +60,19 @@ public:
 
 private:
     friend class ExpressionParser;
-    enum class Operation { Number, Time, Coordinate, Add, Subtract, Multiply, Divide, Power, Negate, Unary, Binary };
+    enum class Operation { Number, Variable, Add, Subtract, Multiply, Divide, Power, Negate, Unary, Binary };
     struct Instruction {
         Operation operation = Operation::Number;
         double number = 0.0;
         const UnaryFunction* unary = nullptr;
         const BinaryFunction* binary = nullptr;
+        /// Which of the values, in their order.
+        std::size_t variable = 0;
     };
 
     /// The one interpreter, for numbers and for numbers that carry their derivative along.
     template <class Value>
-    Value Run(Value time, Value coordinate) const;
+    Value Run(const std::array<Value, 5>& variables) const;
 
     std::string m_formula;
     /// In postfix order.

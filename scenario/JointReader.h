@@ -1,11 +1,11 @@
 #pragma once
 
+#include "scenario/MotionReader.h"
 #include "scenario/Node.h"
+#include "scenario/PlacementReader.h"
 #include "scenario/Scenario.h"
 #include "scenario/UniqueNames.h"
 
-#include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,25 +14,30 @@ namespace kinora::scenario {
 /// Reads the joints, one after the other, and sees to it that no body hangs on two of them.
 class JointReader {
 public:
-    /// Bodies and stepping must outlive this object.
+    /// Bodies, stepping and names must outlive this object, which stays where it is.
     /// @param stepping  the times at which prescribed coordinates are looked at; no steps when they are not known
-    JointReader(const std::vector<Body>& bodies, const Stepping& stepping)
-        : m_bodies(bodies), m_stepping(stepping), m_jointOfBody(bodies.size()) {}
+    JointReader(const std::vector<Body>& bodies, const Stepping& stepping, UniqueNames& names)
+        : m_bodies(bodies), m_names(names), m_motions(stepping), m_jointOfBody(bodies.size()) {}
+    JointReader(const JointReader&) = delete;
+    JointReader& operator=(const JointReader&) = delete;
 
     Joint Read(const Node& node);
 
 private:
-    PrescribedMotion ReadPrescribed(const Node& node, JointType type) const;
-    PrescribedMotion ReadFormula(const Node& node, JointType type) const;
+    void ReadName(const Node& node, Joint& joint);
+    void ReadPlace(const Node& node, Joint& joint) const;
     void ReadMembers(const Node& node, Joint& joint);
-    std::optional<std::size_t> BodyIndex(const Node& node) const;
-    void CheckInertia(const Node& node, const Joint& joint) const;
+    void ReadMotion(const Node& node, Joint& joint) const;
+    Coordinate ReadCoordinate(const Node& node, Coordinate::Kind kind, bool isFree, const std::string& owner) const;
+    std::vector<Coordinate> ReadCylinder(const Node& node) const;
+    Coordinate ReadOneOfCylinder(const Node& node, const char* key, Coordinate::Kind kind) const;
 
     const std::vector<Body>& m_bodies;
-    const Stepping& m_stepping;
+    UniqueNames& m_names;
+    MotionReader m_motions;
+    PlacementReader m_placements{m_motions};
     /// Names, empty for a body that hangs on none.
     std::vector<std::string> m_jointOfBody;
-    UniqueNames m_names{"joint"};
 };
 
 } // namespace kinora::scenario

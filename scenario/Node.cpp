@@ -1,7 +1,11 @@
 #include "scenario/Node.h"
 
+#include "scenario/Text.h"
+
+#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -41,6 +45,33 @@ std::vector<std::string> Node::Keys() const {
         keys.push_back(key);
     }
     return keys;
+}
+
+std::optional<Node> Node::Required(const char* key) const {
+    if (!Has(key)) {
+        Report(fmt::format("the key \"{}\" is missing.", key));
+        return std::nullopt;
+    }
+    return At(key);
+}
+
+std::string Node::OnlyOneOf(const std::vector<std::string>& keys) const {
+    std::vector<std::string> found;
+    std::copy_if(keys.begin(), keys.end(), std::back_inserter(found),
+                 [this](const std::string& key) { return Has(key.c_str()); });
+    if (found.size() == 1) {
+        return found.front();
+    }
+    Report(fmt::format("exactly one of {} is wanted.", Alternatives(keys)));
+    return {};
+}
+
+void Node::AllowOnly(const std::vector<std::string>& keys, const std::string& owner) const {
+    for (const std::string& key : Keys()) {
+        if (std::find(keys.begin(), keys.end(), key) == keys.end()) {
+            At(key).Report(fmt::format("{} has no \"{}\" here; it may have {}.", owner, key, Alternatives(keys)));
+        }
+    }
 }
 
 std::vector<Node> Node::Items() const {
@@ -84,10 +115,10 @@ double Node::Number() const {
     return value;
 }
 
-double Node::NotNegativeOr(const char* key, double fallback) const {
-    const double value = NumberOr(key, fallback);
+double Node::NotNegative() const {
+    const double value = Number();
     if (value < 0.0) {
-        At(key).Report(fmt::format("{} is negative; it must be 0 or more.", value));
+        Report(fmt::format("{} is negative; it must be 0 or more.", value));
         return unknown;
     }
     return value;
@@ -104,6 +135,14 @@ double Node::Length() const {
 
 Vector Node::Triple() const {
     return {At(0).Number(), At(1).Number(), At(2).Number()};
+}
+
+Vector Node::NotNegativeTriple(const char* key) const {
+    if (!Has(key)) {
+        return Vector::Zero();
+    }
+    const Node list = At(key);
+    return {list.At(0).NotNegative(), list.At(1).NotNegative(), list.At(2).NotNegative()};
 }
 
 Vector Node::PointAt(const char* key) const {

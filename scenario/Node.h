@@ -33,6 +33,13 @@ public:
     Node At(std::size_t index) const;
     std::size_t Size() const;
     std::vector<std::string> Keys() const;
+    /// The value of a key that must be there; nothing, and reported, where it is missing.
+    std::optional<Node> Required(const char* key) const;
+    /// The one key of these that is there; empty, and reported, where it is not exactly one.
+    std::string OnlyOneOf(const std::vector<std::string>& keys) const;
+    /// Reports every key but these, for what the schema allows elsewhere only.
+    /// @param owner  whose keys they are: "a hinge"
+    void AllowOnly(const std::vector<std::string>& keys, const std::string& owner) const;
     /// The values of a list.
     std::vector<Node> Items() const;
 
@@ -45,7 +52,8 @@ public:
     /// A finite number.
     double Number() const;
     double NumberOr(const char* key, double fallback) const { return Has(key) ? At(key).Number() : fallback; }
-    double NotNegativeOr(const char* key, double fallback) const;
+    double NotNegative() const;
+    double NotNegativeOr(const char* key, double fallback) const { return Has(key) ? At(key).NotNegative() : fallback; }
 
     /// Metres, no more than farthestMetres.
     double Length() const;
@@ -53,6 +61,8 @@ public:
 
     Vector Triple() const;
     Vector TripleOr(const char* key, const Vector& fallback) const { return Has(key) ? At(key).Triple() : fallback; }
+    /// Three components of 0 or more; 0 where there is no such key.
+    Vector NotNegativeTriple(const char* key) const;
     /// The place of a point; the origin where there is no such key.
     Vector PointAt(const char* key) const;
     /// Three components that are not all 0, as they are.

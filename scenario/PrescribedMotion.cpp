@@ -1,18 +1,12 @@
 #include "scenario/PrescribedMotion.h"
 
-#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 
 namespace kinora::scenario {
 
-MotionTable::Rows::const_iterator MotionTable::RowAfter(double time) const {
-    return std::upper_bound(rows.begin(), rows.end(), time,
-                            [](double wanted, const auto& row) { return wanted < row.first; });
-}
-
 double MotionTable::Evaluate(double time) const {
-    const auto after = RowAfter(time);
+    const auto after = RowAfter(rows, time);
     if (after == rows.begin()) {
         return rows.front().second;
     }
@@ -25,7 +19,7 @@ double MotionTable::Evaluate(double time) const {
 }
 
 double MotionTable::Slope(double time) const {
-    const auto after = RowAfter(time);
+    const auto after = RowAfter(rows, time);
     if (after == rows.begin() || after == rows.end()) {
         return 0.0;
     }

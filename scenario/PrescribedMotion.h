@@ -2,26 +2,30 @@
 
 #include "scenario/Expression.h"
 
+#include <algorithm>
+#include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
 namespace kinora::scenario {
 
+/// The first of some pairs of time and value that is later than a time.
+/// @pre  times ascend
+template <class Row>
+typename std::vector<Row>::const_iterator RowAfter(const std::vector<Row>& rows, double time) {
+    return std::upper_bound(rows.begin(), rows.end(), time,
+                            [](double wanted, const Row& row) { return wanted < row.first; });
+}
+
 /// A coordinate given by pairs of time and value, straight lines between them; it stands still before the first and
 /// after the last.
 struct MotionTable {
-    using Rows = std::vector<std::pair<double, double>>;
-
     /// Times strictly ascending; at least one row.
-    Rows rows;
+    std::vector<std::pair<double, double>> rows;
     double Evaluate(double time) const;
     /// Slope of the piece that begins at a time or has begun before it; 0 before the first row and from the last on.
     double Slope(double time) const;
-
-private:
-    /// The first row that is later than a time.
-    Rows::const_iterator RowAfter(double time) const;
 };
 
 /// A joint's coordinate as a function of time.

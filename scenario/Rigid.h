@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Eigen/Core>
+#include <Eigen/Geometry>
 
 namespace kinora::scenario {
 
@@ -18,10 +18,12 @@ namespace kinora::scenario {
 //   B   the frame of a body, B0 the same as the geometry is drawn;
 //   D   the body's coordinate system in the desktop: W while the body is as drawn, moving with the body from there.
 //
-// C is a body's centre of mass, J a point of a hinge's axis. Metres, newtons, newton metres, radians throughout.
+// C is a centre of mass, J a joint's point, F the frame of an attachment. Metres, newtons, newton metres, radians throughout.
 
 using Vector = Eigen::Vector3d;
 using Matrix = Eigen::Matrix3d;
+/// Of unit length: the rotation q v q*.
+using Quaternion = Eigen::Quaterniond;
 
 constexpr double degreesPerRadian = 57.29577951308232;
 
@@ -35,6 +37,12 @@ struct Pose {
     Matrix R_WB = Matrix::Identity();
 };
 
+/// X_WF from X_WB and X_BF.
+Pose operator*(const Pose& X_WB, const Pose& X_BF);
+
+/// X_BW from X_WB.
+Pose Inverse(const Pose& X_WB);
+
 /// Force and torque on a body, the torque about the body's origin.
 struct Load {
     Vector force_W = Vector::Zero();
@@ -43,5 +51,11 @@ struct Load {
 
 /// Rotation by an angle about a unit axis.
 Matrix Rotation(const Vector& unitAxis, double angle);
+
+/// The rotation vector of a turn: axis times angle, at most pi long.
+Vector RotationVector(const Quaternion& turn);
+
+/// The turn of a rotation vector.
+Quaternion TurnBy(const Vector& rotationVector);
 
 } // namespace kinora::scenario

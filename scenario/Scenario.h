@@ -2,9 +2,11 @@
 
 #include "interface/IKinoraVeltrixInterface.h"
 #include "scenario/FreeMotion.h"
+#include "scenario/Placement.h"
 #include "scenario/PrescribedMotion.h"
 #include "scenario/Rigid.h"
 
+#include <array>
 #include <cstddef>
 #include <filesystem>
 #include <map>
@@ -40,21 +42,91 @@ struct Body {
     Vector principalInertia_B = Vector::Zero();
 };
 
-enum class JointType { Slider, Hinge };
+/// Slider: a way along an axis. Hinge: a turn about an axis. Cylinder: both. Ball: every turn about a point. Free: every
+/// turn and every way.
+enum class JointType { Slider, Hinge, Cylinder, Ball, Free };
 
-/// One degree of freedom that moves one or more bodies as one. Its coordinate is 0 in the drawn poses.
-struct Joint {
-    std::string name;
-    JointType type = JointType::Slider;
-    /// Unit vector.
-    Vector axis_W = Vector::UnitX();
-    /// A point of a hinge's axis.
-    Vector p_WJ_W = Vector::Zero();
-    /// Indices into Scenario::bodies.
-    std::vector<std::size_t> bodies;
+/// As scenarios write it.
+const char* NameOf(JointType type);
+
+/// One degree of freedom of a joint with an axis: radians or metres from the drawn pose.
+struct Coordinate {
+    enum class Kind { Turn, Slide };
+    Kind kind = Kind::Slide;
     std::variant<PrescribedMotion, FreeMotion> motion = FreeMotion();
 
     bool IsFree() const { return std::holds_alternative<FreeMotion>(motion); }
+};
+
+/// Moves one or more bodies as one. The joint's point J is where it is drawn, p_WJ_W, when the bodies are in their drawn
+/// poses.
+struct Joint {
+    std::string name;
+    JointType type = JointType::Slider;
+    /// Of a slider, hinge or cylinder: a unit vector.
+    Vector axis_W = Vector::UnitX();
+    /// As drawn: a point of the axis of a hinge or cylinder; the centre of a ball; what the coordinates of a free joint
+    /// are about.
+    Vector p_WJ_W = Vector::Zero();
+    /// Indices into Scenario::bodies.
+    std::vector<std::size_t> bodies;
+    /// Of a slider, hinge or cylinder: one, one, or two (first the turn, then the way).
+    std::vector<Coordinate> coordinates;
+    /// Of a ball or a free joint.
+    std::variant<PrescribedPlacement, FreePlacement> placement = FreePlacement();
+
+    bool HasAxis() const { return type != JointType::Ball && type != JointType::Free; }
+    std::size_t DegreesOfFreedom() const { return HasAxis() ? coordinates.size() : type == JointType::Free ? 6U : 3U; }
+    /// Whether any of its coordinates follows from forces.
+    bool IsFree() const;
+};
+
+/// Where a spring or bushing is fixed: to a body, or to the ground (no body).
+struct Attachment {
+    std::optional<std::size_t> body;
+    /// The frame F of the attachment in the body's, or in the global frame.
+    Pose X_BF;
+};
+
+/// A straight spring and damper between the origins of two attachments.
+struct SpringElement {
+    std::string name;
+    Attachment from;
+    Attachment to;
+    /// N/m.
+    double stiffness = 0.0;
+    /// N s/m.
+    double damping = 0.0;
+    /// Metres, relaxed.
+    double length = 0.0;
+};
+
+/// Elastic and damped in all directions: relaxed where both frames coincide. Ways and turns are along the axes of the
+/// first frame.
+struct Bushing {
+    std::string name;
+    Attachment from;
+    Attachment to;
+    /// N/m.
+    Vector stiffness = Vector::Zero();
+    /// N s/m.
+    Vector damping = Vector::Zero();
+    /// N m/rad.
+    Vector angularStiffness = Vector::Zero();
+    /// N m s/rad.
+    Vector angularDamping = Vector::Zero();
+};
+
+/// A force and a torque that act on a body, given by formulas of t, x, y and z: time and the place of the body's origin
+/// in the global frame.
+struct AppliedLoad {
+    std::size_t body = 0;
+    std::array<Expression, 3> force;
+    std::array<Expression, 3> torque;
+    /// Along the body's axes, turning with them, or along the global ones.
+    bool isInBodyAxes = false;
+    /// Where the force acts, from the body's origin.
+    Vector p_BP_B = Vector::Zero();
 };
 
 /// Steps of equal length, from 0 to `steps * stepSeconds`.
@@ -76,6 +148,9 @@ struct Scenario {
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
     std::vector<Body> bodies;
     std::vector<Joint> joints;
+    std::vector<SpringElement> springs;
+    std::vector<Bushing> bushings;
+    std::vector<AppliedLoad> loads;
     Vector gravity_W = Vector::Zero();
     Stepping stepping;
     /// Folder of everything that the run writes.

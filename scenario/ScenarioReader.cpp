@@ -1,7 +1,10 @@
 #include "scenario/ScenarioReader.h"
 
+#include "scenario/BodyReader.h"
+#include "scenario/ElementReader.h"
 #include "scenario/Errors.h"
 #include "scenario/GeometryCheck.h"
+#include "scenario/InertiaCheck.h"
 #include "scenario/JointReader.h"
 #include "scenario/Node.h"
 #include "scenario/SchemaCheck.h"
@@ -16,43 +19,6 @@
 
 namespace kinora::scenario {
 namespace {
-
-Body ReadBody(const Node& node) {
-    Body body;
-    body.name = node.At("name").Text();
-    for (const Node& object : node.At("objects").Items()) {
-        body.objects.push_back(object.Text());
-    }
-    body.X_WB0.p_WB_W = node.PointAt("position");
-    if (node.Has("rotation")) {
-        const Node rotation = node.At("rotation");
-        body.X_WB0.R_WB = Rotation(rotation.At("axis").Direction(), rotation.At("angle").Number());
-    }
-    body.mass = node.NotNegativeOr("mass", 0.0);
-    body.p_BC_B = node.PointAt("centreOfMass");
-    body.principalInertia_B = node.TripleOr("inertia", Vector::Zero());
-    if ((body.principalInertia_B.array() < 0.0).any()) {
-        node.At("inertia").Report("moments of inertia must be 0 or more.");
-    }
-    return body;
-}
-
-std::vector<Body> ReadBodies(const Node& node) {
-    std::vector<Body> bodies;
-    UniqueNames names("body");
-    std::map<std::string, std::string> owners;
-    for (const Node& item : node.Items()) {
-        names.Add(item.At("name"));
-        bodies.push_back(ReadBody(item));
-        for (const Node& object : item.At("objects").Items()) {
-            const auto [owner, isNew] = owners.emplace(object.Text(), bodies.back().name);
-            if (!isNew) {
-                object.Report(fmt::format("the object belongs to body \"{}\" already.", owner->second));
-            }
-        }
-    }
-    return bodies;
-}
 
 std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Node& node) {
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
@@ -165,15 +131,18 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, co
     if (root.Has("materials")) {
         scenario.materials = ReadMaterials(root.At("materials"));
     }
-    scenario.bodies = ReadBodies(root.At("bodies"));
+    UniqueNames names;
+    scenario.bodies = ReadBodies(root.At("bodies"), names);
     scenario.stepping = ReadStepping(root.At("solver"));
     if (root.Has("joints")) {
-        JointReader reader(scenario.bodies, scenario.stepping);
+        JointReader reader(scenario.bodies, scenario.stepping, names);
         for (const Node& joint : root.At("joints").Items()) {
             scenario.joints.push_back(reader.Read(joint));
         }
     }
     scenario.gravity_W = root.TripleOr("gravity", Vector::Zero());
+    CheckInertia(root, scenario);
+    ReadElements(root, names, scenario);
     CheckGeometry(root, purpose, scenario);
     return scenario;
 }

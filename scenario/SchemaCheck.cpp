@@ -78,15 +78,6 @@ std::vector<std::string> KeysOf(const json& object) {
     return keys;
 }
 
-/// "a", "b" or "c" from a list of texts.
-std::string Alternatives(const json& texts) {
-    std::string list;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        list += (i == 0 ? "" : i + 1 == texts.size() ? " or " : ", ") + texts[i].dump();
-    }
-    return list;
-}
-
 /// The key that the validator says is unknown.
 std::string UnknownKey(const std::string& description) {
     const std::size_t open = description.find('\'', description.rfind(": "));
@@ -101,21 +92,28 @@ std::string UnknownKeyText(const std::string& key, const json& schemaNode) {
 std::string EnumText(const json& value, const json& schemaNode) {
     std::vector<std::string> allowed = schemaNode.at("enum").get<std::vector<std::string>>();
     const std::string hint = value.is_string() ? Suggestion(value.get<std::string>(), allowed) : "";
-    return fmt::format("{} is not allowed; use {}.{}", value.dump(), Alternatives(schemaNode.at("enum")), hint);
+    return fmt::format("{} is not allowed; use {}.{}", value.dump(), Alternatives(allowed), hint);
 }
 
 std::string TypeText(const json& value, const json& schemaNode) {
     const json types = schemaNode.value("type", json());
-    const std::string wanted = types.is_array() ? Alternatives(types) : types.dump();
-    return fmt::format("{} is given where {} is wanted.", value.type_name(), wanted);
+    return fmt::format("{} is given where {} is wanted.", value.type_name(),
+                       types.is_array() ? Alternatives(types.get<std::vector<std::string>>()) : types.dump());
 }
 
-std::string OneOfText(const json& schemaNode) {
-    json keys = json::array();
-    for (const json& branch : schemaNode.at("oneOf")) {
-        keys.push_back(branch.at("required").at(0));
+/// What says that none of several alternatives fits, or more than the one that may.
+bool IsAlternative(const std::string& description) {
+    const auto has = [&description](const char* text) { return description.find(text) != std::string::npos; };
+    return has("oneOf") || has("anyOf") || has("exactly one");
+}
+
+std::string AlternativeText(const json& schemaNode) {
+    const bool isExclusive = schemaNode.contains("oneOf");
+    std::vector<std::string> keys;
+    for (const json& branch : schemaNode.at(isExclusive ? "oneOf" : "anyOf")) {
+        keys.push_back(branch.at("required").at(0).get<std::string>());
     }
-    return fmt::format("exactly one of {} is wanted.", Alternatives(keys));
+    return fmt::format("{} {} is wanted.", isExclusive ? "exactly one of" : "one of", Alternatives(keys));
 }
 
 /// The validator's finding about a value in words that name values and alternatives.
@@ -132,8 +130,8 @@ std::string Explain(const std::string& description, const json& value, const jso
             "letters, digits and underscores, a letter first.",
             value.dump());
     }
-    if (description.find("oneOf") != std::string::npos || description.find("exactly one") != std::string::npos) {
-        return OneOfText(schemaNode);
+    if (IsAlternative(description)) {
+        return AlternativeText(schemaNode);
     }
     if (StartsWith(description, "Missing required property")) {
         const std::size_t open = description.find('\'');
@@ -168,8 +166,7 @@ std::vector<Finding> Causes(const valijson::ValidationResults& results, const js
             }
             continue;
         }
-        const bool isAlternative = error.description.find("oneOf") != std::string::npos ||
-                                   error.description.find("exactly one") != std::string::npos;
+        const bool isAlternative = IsAlternative(error.description);
         if (StartsWith(error.description, "Failed to validate") && !isAlternative) {
             branchStart = causes.size();
             continue;

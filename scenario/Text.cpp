@@ -49,6 +49,14 @@ std::string Suggestion(std::string_view name, const std::vector<std::string>& ca
     return nearest.empty() ? std::string() : fmt::format(" Did you mean \"{}\"?", nearest);
 }
 
+std::string Alternatives(const std::vector<std::string>& texts) {
+    std::string list;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        list += fmt::format("{}\"{}\"", i == 0 ? "" : i + 1 == texts.size() ? " or " : ", ", texts[i]);
+    }
+    return list;
+}
+
 std::string ReadFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     std::string content((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());

@@ -13,6 +13,9 @@ std::string NearestName(std::string_view name, const std::vector<std::string>& c
 /// " Did you mean \"...\"?" with the nearest candidate, or nothing.
 std::string Suggestion(std::string_view name, const std::vector<std::string>& candidates);
 
+/// "a", "b" or "c", in quotes.
+std::string Alternatives(const std::vector<std::string>& texts);
+
 /// A whole file.
 /// @throws InputError  it cannot be read
 std::string ReadFile(const std::filesystem::path& file);

@@ -2,6 +2,7 @@
 
 #include "scenario/Node.h"
 
+#include <initializer_list>
 #include <map>
 #include <string>
 
@@ -13,16 +14,19 @@ std::string LowerCase(std::string text);
 /// Names that may stand once; the desktop and the file system do not tell upper from lower case.
 class UniqueNames {
 public:
-    /// @param kind  what is named, for what is reported
-    explicit UniqueNames(const char* kind) : m_kind(kind) {}
-
     /// Reports a name that stands already.
-    void Add(const Node& node);
+    /// @param kind    what is named: "body"
+    /// @param others  the other kinds among which the name may not stand either
+    void Add(const Node& node, const std::string& kind, std::initializer_list<std::string> others = {});
 
 private:
-    const char* m_kind;
+    struct Named {
+        std::string kind;
+        std::string name;
+    };
+
     /// By their lower case.
-    std::map<std::string, std::string> m_names;
+    std::multimap<std::string, Named> m_names;
 };
 
 } // namespace kinora::scenario

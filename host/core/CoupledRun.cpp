@@ -100,7 +100,7 @@ int CoupledRun::Prepare() {
     if (m_options.resume && !IsBeforeFirstStep(m_files.state)) {
         m_resumed = RequireResumable();
         RequireWritableFiles(m_files, m_options.furtherOutputs);
-        m_mechanism.Restore(m_scenario.stepping.TimeOf(m_resumed->step), m_resumed->joints);
+        m_mechanism.Restore(m_scenario.stepping.TimeOf(m_resumed->step), m_resumed->mechanism);
         m_lastStep = m_resumed->step;
         return m_resumed->step + 1;
     }
@@ -194,7 +194,7 @@ void CoupledRun::Save(int step) const {
     state.step = step;
     state.identity = m_identity;
     if (step >= 0) {
-        state.joints = m_mechanism.Joints();
+        state.mechanism = m_mechanism.Records();
         state.sizes = SizesOf(m_files);
     }
     WriteState(m_files.state, m_scenario, state);
@@ -364,7 +364,7 @@ void CoupledRun::Solve(int step) {
         loads.push_back(ToLoad(record.results[body], record.poses[body].R_WB));
     }
     m_mechanism.ApplyLoads(loads);
-    record.joints = m_mechanism.Joints();
+    record.mechanism = m_mechanism.Records();
     if (m_csv) {
         m_csv->Append(record);
     }

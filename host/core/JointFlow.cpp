@@ -11,10 +11,7 @@ using namespace scenario;
 
 namespace {
 
-/// (1 - exp(-x)) / x and (1 - that) / x, both smooth at 0.
-double MeanDecay(double x) {
-    return x < 1e-5 ? 1.0 - x / 2.0 + x * x / 6.0 : -std::expm1(-x) / x;
-}
+/// (1 - MeanDecay(x)) / x, smooth at 0.
 double MeanOfMeanDecay(double x) {
     return x < 1e-3 ? 0.5 - x / 6.0 + x * x / 24.0 : (1.0 - MeanDecay(x)) / x;
 }
@@ -44,6 +41,10 @@ double TimeToStandstill(double speed, double push, double inertia, double dampin
 }
 
 } // namespace
+
+double MeanDecay(double x) {
+    return x < 1e-5 ? 1.0 - x / 2.0 + x * x / 6.0 : -std::expm1(-x) / x;
+}
 
 SpeedFlow FlowSpeed(double speed, double force, double inertia, double damping, double friction, double duration) {
     SpeedFlow flow{speed, 0.0};

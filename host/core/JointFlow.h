@@ -10,6 +10,10 @@ struct JointState {
     double speed = 0.0;
 };
 
+/// The mean of exp(-x t) for t from 0 to 1: (1 - exp(-x)) / x, smooth at 0.
+/// @param x  0 or more
+double MeanDecay(double x);
+
 /// Result of letting the speed alone develop under a constant force.
 struct SpeedFlow {
     /// Speed at the end.

@@ -2,10 +2,8 @@
 
 #include "scenario/Errors.h"
 
-#include <Eigen/Geometry>
-#include <cmath>
+#include <algorithm>
 #include <fmt/format.h>
-#include <limits>
 
 namespace kinora::host {
 
@@ -13,247 +11,252 @@ using namespace scenario;
 
 namespace {
 
-/// Metres or radians per second. Light goes no faster, and no rotor turns so fast.
-constexpr double fastest = 3e8;
+/// Places of one free coordinate's dampers have no end but the joint itself.
+DamperRow OwnDamper(std::size_t joint, const Generalised& damping, Eigen::Index degree) {
+    return {damping[degree], {{joint, Generalised::Unit(damping.size(), degree)}}};
+}
+
+/// The force of a load's formulas, in global axes.
+Vector Formulas(const std::array<Expression, 3>& formulas, double time, const Vector& place_W) {
+    const auto value = [&](const Expression& formula) {
+        return formula.Evaluate({time, 0.0, place_W.x(), place_W.y(), place_W.z()});
+    };
+    return {value(formulas[0]), value(formulas[1]), value(formulas[2])};
+}
 
 } // namespace
 
-Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario) {
+Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario), m_elements(scenario) {
     for (const Joint& joint : scenario.joints) {
-        m_lumped.push_back(Lump(joint));
+        m_motions.push_back(JointMotion::Of(scenario, joint));
     }
     for (const Body& body : scenario.bodies) {
         m_poses.push_back(body.X_WB0);
     }
-    m_records.resize(scenario.joints.size());
-    m_previousCoordinates.resize(scenario.joints.size(), 0.0);
+    m_records.joints.resize(scenario.joints.size());
+    m_records.springs.resize(scenario.springs.size());
+    m_records.bushings.resize(scenario.bushings.size());
+    m_ways.resize(scenario.joints.size());
+    m_screws.resize(scenario.joints.size());
 }
 
-Mechanism::Lumped Mechanism::Lump(const Joint& joint) const {
-    Lumped lumped;
-    if (const auto* motion = std::get_if<FreeMotion>(&joint.motion)) {
-        lumped.inertia = motion->addedInertia;
-    }
-    Vector moment_W = Vector::Zero();
-    for (const std::size_t index : joint.bodies) {
-        const Body& body = m_scenario.bodies[index];
-        const auto& [p_WB_W, R_WB] = body.X_WB0;
-        const Vector p_WC_W = p_WB_W + R_WB * body.p_BC_B;
-        lumped.mass += body.mass;
-        moment_W += body.mass * p_WC_W;
-        if (joint.type == JointType::Slider) {
-            lumped.inertia += body.mass;
-            continue;
+/// Bodies and elements where the joints have them.
+void Mechanism::Place() {
+    for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
+        const JointRecord& record = m_records.joints[joint];
+        for (const std::size_t body : m_scenario.joints[joint].bodies) {
+            m_poses[body] = m_motions[joint]->PoseOf(record, m_scenario.bodies[body].X_WB0);
         }
-        const Vector axis_B = R_WB.transpose() * joint.axis_W;
-        const double distance = (p_WC_W - joint.p_WJ_W).cross(joint.axis_W).norm();
-        lumped.inertia += axis_B.cwiseAbs2().dot(body.principalInertia_B) + body.mass * distance * distance;
+        m_screws[joint] = m_motions[joint]->ScrewsOf(record);
     }
-    if (lumped.mass > 0.0) {
-        lumped.p_WC_W = moment_W / lumped.mass;
-    }
-    return lumped;
-}
-
-Pose Mechanism::PoseAt(const Joint& joint, const Pose& X_WB0, double coordinate) {
-    if (joint.type == JointType::Slider) {
-        return {X_WB0.p_WB_W + coordinate * joint.axis_W, X_WB0.R_WB};
-    }
-    // Both ends of the turn are seen from the global frame.
-    const Matrix turn_W = Rotation(joint.axis_W, coordinate);
-    return {joint.p_WJ_W + turn_W * (X_WB0.p_WB_W - joint.p_WJ_W), turn_W * X_WB0.R_WB};
-}
-
-void Mechanism::MoveBodies(std::size_t joint) {
-    const Joint& description = m_scenario.joints[joint];
-    for (const std::size_t body : description.bodies) {
-        m_poses[body] = PoseAt(description, m_scenario.bodies[body].X_WB0, m_records[joint].state.coordinate);
-    }
-}
-
-void Mechanism::Prescribe(std::size_t joint, double time) {
-    const Joint& description = m_scenario.joints[joint];
-    const auto& motion = std::get<PrescribedMotion>(description.motion);
-    const double coordinate = motion.Evaluate(time);
-    if (!std::isfinite(coordinate)) {
-        throw RunError(
-            fmt::format("The prescribed coordinate of joint \"{}\" is not a finite number at {} s; check its "
-                        "expression.",
-                        description.name, time));
-    }
-    m_records[joint].state = {coordinate, motion.Speed(time)};
+    m_elements.Place(m_poses, m_screws);
 }
 
 void Mechanism::Start() {
     m_time = 0.0;
-    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
-        const Joint& description = m_scenario.joints[joint];
-        JointRecord& record = m_records[joint];
-        record = JointRecord();
-        if (const auto* motion = std::get_if<FreeMotion>(&description.motion)) {
-            record.state = {motion->start, motion->speed};
-            UpdateStoredEnergy(joint);
-            record.energy.initial = record.energy.kinetic + record.energy.potential;
-        } else {
-            Prescribe(joint, 0.0);
-        }
-        m_previousCoordinates[joint] = record.state.coordinate;
-        MoveBodies(joint);
+    m_records = MechanismRecord();
+    m_records.joints.resize(m_motions.size());
+    m_records.springs.resize(m_scenario.springs.size());
+    m_records.bushings.resize(m_scenario.bushings.size());
+    for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
+        JointRecord& record = m_records.joints[joint];
+        m_motions[joint]->Start(record);
+        const Generalised none = Generalised::Zero(m_motions[joint]->VelocityOf(record).size());
+        record.fieldForce = record.load = record.elementForce = m_ways[joint] = none;
+        UpdateStoredEnergy(joint);
+        record.energy.initial = record.energy.kinetic + record.energy.potential;
     }
+    Place();
 }
 
-void Mechanism::RequireBounded(std::size_t joint) const {
-    const Joint& description = m_scenario.joints[joint];
-    const JointState& state = m_records[joint].state;
-    const bool isSlider = description.type == JointType::Slider;
-    const double farthest = isSlider ? farthestMetres : std::numeric_limits<double>::max();
-    // Also false for what is not a number.
-    if (std::fabs(state.coordinate) <= farthest && std::fabs(state.speed) <= fastest) {
-        return;
-    }
-    const char* unit = isSlider ? "m" : "rad";
-    throw RunError(
-        fmt::format("The numbers run away: joint \"{}\" is at {:.3g} {} with {:.3g} {}/s at {:.6g} s. The time "
-                    "step is too long for what acts on it: halve \"solver.step\", or look for a spring or load "
-                    "in wrong units.",
-                    description.name, state.coordinate, unit, state.speed, unit, m_time));
-}
-
-void Mechanism::Restore(double time, const std::vector<JointRecord>& records) {
+void Mechanism::Restore(double time, const MechanismRecord& records) {
     m_time = time;
     m_records = records;
-    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
-        m_previousCoordinates[joint] = m_records[joint].state.coordinate;
-        MoveBodies(joint);
+    Place();
+}
+
+Generalised Mechanism::FieldForce(std::size_t joint, const std::vector<Load>& loads) const {
+    Generalised force = Generalised::Zero(m_ways[joint].size());
+    for (const std::size_t body : m_scenario.joints[joint].bodies) {
+        force += m_screws[joint].ForceOf(loads[body].force_W, m_poses[body].p_WB_W, loads[body].torque_W);
     }
-}
-
-double Mechanism::FieldForce(const Joint& joint, const std::vector<Load>& loads) const {
-    Vector total_W = Vector::Zero();
-    for (const std::size_t body : joint.bodies) {
-        const Load& load = loads[body];
-        const Vector p_JB_W = m_poses[body].p_WB_W - joint.p_WJ_W;
-        total_W += joint.type == JointType::Slider ? load.force_W : Vector(load.torque_W + p_JB_W.cross(load.force_W));
+    if (!force.allFinite()) {
+        throw RunError(fmt::format("The field's force on joint \"{}\" is not a finite number at {} s; look at the "
+                                   "desktop's results.",
+                                   m_scenario.joints[joint].name, m_time));
     }
-    return joint.axis_W.dot(total_W);
+    return force;
 }
 
-double Mechanism::GravityForce(std::size_t joint, double coordinate) const {
-    const Joint& description = m_scenario.joints[joint];
-    const Lumped& lumped = m_lumped[joint];
-    const Vector weight_W = lumped.mass * m_scenario.gravity_W;
-    if (description.type == JointType::Slider) {
-        return description.axis_W.dot(weight_W);
+/// Of the joint's own load, and of those on its bodies.
+Generalised Mechanism::AppliedForce(std::size_t joint) const {
+    Generalised force = m_motions[joint]->LoadAt(m_records.joints[joint], m_time);
+    if (!force.allFinite()) {
+        throw RunError(fmt::format("The load on joint \"{}\" is not a finite number at {} s; check its expression.",
+                                   m_scenario.joints[joint].name, m_time));
     }
-    const Vector p_JC_W = Rotation(description.axis_W, coordinate) * (lumped.p_WC_W - description.p_WJ_W);
-    return description.axis_W.dot(p_JC_W.cross(weight_W));
+    const std::vector<std::size_t>& bodies = m_scenario.joints[joint].bodies;
+    for (const AppliedLoad& load : m_scenario.loads) {
+        if (std::find(bodies.begin(), bodies.end(), load.body) == bodies.end()) {
+            continue;
+        }
+        const auto& [p_WB_W, R_WB] = m_poses[load.body];
+        const Matrix R_WA = load.isInBodyAxes ? R_WB : Matrix::Identity();
+        force += m_screws[joint].ForceOf(R_WA * Formulas(load.force, m_time, p_WB_W), p_WB_W + R_WB * load.p_BP_B,
+                                         R_WA * Formulas(load.torque, m_time, p_WB_W));
+        if (!force.allFinite()) {
+            throw RunError(fmt::format("The load on body \"{}\" is not a finite number at {} s; check its formulas.",
+                                       m_scenario.bodies[load.body].name, m_time));
+        }
+    }
+    return force;
 }
 
-double Mechanism::GravityEnergy(std::size_t joint, double coordinate) const {
-    const Joint& description = m_scenario.joints[joint];
-    const Lumped& lumped = m_lumped[joint];
-    const Pose X_WC = PoseAt(description, {lumped.p_WC_W, Matrix::Identity()}, coordinate);
-    return -lumped.mass * m_scenario.gravity_W.dot(X_WC.p_WB_W);
-}
-
-double Mechanism::DrivingForce(std::size_t joint) const {
-    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
-    const JointRecord& record = m_records[joint];
-    const double coordinate = record.state.coordinate;
-    return record.fieldForce + record.load + GravityForce(joint, coordinate) -
-           motion.spring.stiffness * (coordinate - motion.spring.rest);
+Generalised Mechanism::DrivingForce(std::size_t joint) const {
+    const JointMotion& motion = *m_motions[joint];
+    const JointRecord& record = m_records.joints[joint];
+    const MassProperties& bodies = motion.Bodies();
+    const Vector p_WC_W = motion.PoseOf(record, {bodies.p_WC_W, Matrix::Identity()}).p_WB_W;
+    return record.fieldForce + record.load + record.elementForce + motion.SpringForce(record) +
+           m_screws[joint].ForceOf(bodies.mass * m_scenario.gravity_W, p_WC_W, Vector::Zero());
 }
 
 void Mechanism::UpdateStoredEnergy(std::size_t joint) {
-    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
-    JointRecord& record = m_records[joint];
-    const double stretch = record.state.coordinate - motion.spring.rest;
-    record.energy.kinetic = 0.5 * m_lumped[joint].inertia * record.state.speed * record.state.speed;
-    record.energy.potential =
-        0.5 * motion.spring.stiffness * stretch * stretch + GravityEnergy(joint, record.state.coordinate);
-}
-
-void Mechanism::FlowHalfStep(std::size_t joint) {
-    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
-    JointRecord& record = m_records[joint];
-    const double force = DrivingForce(joint);
-    if (RestsAtStop(record.state, force, motion.stops)) {
+    const JointMotion& motion = *m_motions[joint];
+    if (!motion.Description().IsFree()) {
         return;
     }
-    const SpeedFlow flow = FlowSpeed(record.state.speed, force, m_lumped[joint].inertia, motion.damping,
-                                     motion.friction, 0.5 * m_stepSeconds);
-    record.state.speed = flow.speed;
-    record.energy.dissipated += flow.dissipated;
+    JointRecord& record = m_records.joints[joint];
+    Generalised velocity = motion.VelocityOf(record);
+    for (Eigen::Index i = 0; i < velocity.size(); ++i) {
+        velocity[i] *= motion.IsFree(static_cast<std::size_t>(i)) ? 1.0 : 0.0;
+    }
+    record.energy.kinetic = 0.5 * velocity.dot(motion.MassOf(record) * velocity);
+    record.energy.potential =
+        motion.SpringEnergy(record) - motion.Bodies().mass * m_scenario.gravity_W.dot(motion.CentreForEnergy(record));
 }
 
-void Mechanism::MoveFree(std::size_t joint) {
-    const auto& motion = std::get<FreeMotion>(m_scenario.joints[joint].motion);
-    JointRecord& record = m_records[joint];
-    FlowHalfStep(joint);
-    const double restSpeed = std::fabs(DrivingForce(joint)) * m_stepSeconds / m_lumped[joint].inertia;
-    const Drift drift = FlowCoordinate(record.state, m_lumped[joint].inertia, motion.stops, restSpeed, m_stepSeconds);
-    record.state = drift.state;
-    record.energy.dissipated += drift.dissipated;
-    RequireBounded(joint);
+/// The joints' own dampers of several degrees of freedom come after those of the elements.
+std::vector<DamperRow> Mechanism::AllDampers() const {
+    std::vector<DamperRow> rows = m_elements.Dampers();
+    for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
+        const Generalised damping = m_motions[joint]->DampingOf();
+        for (Eigen::Index degree = 0; degree < damping.size(); ++degree) {
+            if (damping[degree] > 0.0) {
+                rows.push_back(OwnDamper(joint, damping, degree));
+            }
+        }
+    }
+    return rows;
+}
+
+void Mechanism::FlowAllDampers(double duration) {
+    const std::vector<DamperRow> rows = AllDampers();
+    const std::vector<DampingDone> done = FlowDampers(m_motions, m_records.joints, rows, duration);
+    const std::size_t springs = m_records.springs.size();
+    for (std::size_t row = 0; row < done.size(); ++row) {
+        if (row >= m_elements.Dampers().size()) {
+            m_records.joints[rows[row].ends[0].first].energy.dissipated += done[row].dissipated;
+            continue;
+        }
+        const std::size_t owner = m_elements.OwnerOf(row);
+        (owner < springs ? m_records.springs[owner].dissipated : m_records.bushings[owner - springs].dissipated) +=
+            done[row].dissipated;
+        for (std::size_t end = 0; end < rows[row].ends.size(); ++end) {
+            m_records.joints[rows[row].ends[end].first].energy.elementWork += done[row].work[end];
+        }
+    }
 }
 
 void Mechanism::Move(double toTime) {
-    m_stepSeconds = toTime - m_time;
+    const double from = m_time;
+    m_stepSeconds = toTime - from;
+    FlowAllDampers(0.5 * m_stepSeconds);
     m_time = toTime;
-    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
-        m_previousCoordinates[joint] = m_records[joint].state.coordinate;
-        const Joint& description = m_scenario.joints[joint];
-        if (description.IsFree()) {
-            MoveFree(joint);
-        } else {
-            Prescribe(joint, toTime);
+    for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
+        const JointMotion& motion = *m_motions[joint];
+        JointRecord& record = m_records.joints[joint];
+        const Generalised force = DrivingForce(joint);
+        motion.Kick(record, force, 0.5 * m_stepSeconds);
+        m_ways[joint] = motion.Advance(record, force, from, toTime);
+        if (motion.Description().IsFree()) {
+            motion.RequireBounded(record, m_time, m_stepSeconds);
         }
-        MoveBodies(joint);
+    }
+    Place();
+}
+
+/// Along what is free, or along everything where nothing is. (Trapezoidal rule.)
+double Mechanism::WorkOver(std::size_t joint, const Generalised& before, const Generalised& after) const {
+    const JointMotion& motion = *m_motions[joint];
+    double work = 0.0;
+    for (Eigen::Index i = 0; i < before.size(); ++i) {
+        if (motion.IsFree(static_cast<std::size_t>(i)) || !motion.Description().IsFree()) {
+            work += 0.5 * (before[i] + after[i]) * m_ways[joint][i];
+        }
+    }
+    return work;
+}
+
+/// The forces at the present place, and their work since the last step.
+void Mechanism::TakeForces(std::size_t joint, const std::vector<Load>& loads, bool isStart) {
+    JointRecord& record = m_records.joints[joint];
+    const auto take = [&](Generalised& kept, const Generalised& now, double& work) {
+        if (!isStart) {
+            work += WorkOver(joint, kept, now);
+        }
+        kept = now;
+    };
+    take(record.fieldForce, FieldForce(joint, loads), record.energy.fieldWork);
+    take(record.elementForce, m_elements.ForceOn(joint), record.energy.elementWork);
+    if (m_motions[joint]->Description().IsFree()) {
+        take(record.load, AppliedForce(joint), record.energy.loadWork);
     }
 }
 
 void Mechanism::KeepBooks(JointRecord& record) const {
     const EnergyAccount& energy = record.energy;
-    record.books.Add({m_time, energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork, 0.0,
+    record.books.Add({m_time, energy.kinetic, energy.potential, energy.fieldWork, energy.loadWork, energy.elementWork,
                       energy.dissipated, energy.Imbalance()});
 }
 
 void Mechanism::ApplyLoads(const std::vector<Load>& loads) {
     const bool isStart = m_time == 0.0;
-    for (std::size_t joint = 0; joint < m_records.size(); ++joint) {
-        const Joint& description = m_scenario.joints[joint];
-        JointRecord& record = m_records[joint];
-        const double coordinate = record.state.coordinate;
-        const double path = coordinate - m_previousCoordinates[joint];
-        const double fieldForce = FieldForce(description, loads);
-        if (!std::isfinite(fieldForce)) {
-            throw RunError(fmt::format("The field's force on joint \"{}\" is not a finite number at {} s; look at the "
-                                       "desktop's results.",
-                                       description.name, m_time));
-        }
+    for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
+        TakeForces(joint, loads, isStart);
         if (!isStart) {
-            record.energy.fieldWork += 0.5 * (record.fieldForce + fieldForce) * path;
+            m_motions[joint]->Kick(m_records.joints[joint], DrivingForce(joint), 0.5 * m_stepSeconds);
         }
-        record.fieldForce = fieldForce;
-        if (!description.IsFree()) {
-            continue;
-        }
-        const double load = std::get<FreeMotion>(description.motion).load.Evaluate(m_time, coordinate);
-        if (!std::isfinite(load)) {
-            throw RunError(fmt::format("The load on joint \"{}\" is not a finite number at {} s; check its expression.",
-                                       description.name, m_time));
-        }
-        if (!isStart) {
-            record.energy.loadWork += 0.5 * (record.load + load) * path;
-        }
-        record.load = load;
-        if (!isStart) {
-            FlowHalfStep(joint);
-            RequireBounded(joint);
-        }
-        UpdateStoredEnergy(joint);
-        KeepBooks(record);
     }
+    if (!isStart) {
+        FlowAllDampers(0.5 * m_stepSeconds);
+    }
+    for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
+        const JointMotion& motion = *m_motions[joint];
+        JointRecord& record = m_records.joints[joint];
+        if (motion.Description().IsFree()) {
+            motion.RequireBounded(record, m_time, m_stepSeconds);
+            UpdateStoredEnergy(joint);
+            KeepBooks(record);
+        }
+    }
+    UpdateElements();
+}
+
+void Mechanism::UpdateElements() {
+    std::vector<double> speeds;
+    for (const DamperRow& damper : m_elements.Dampers()) {
+        speeds.push_back(SpeedOf(damper, m_motions, m_records.joints));
+    }
+    auto [springs, bushings] = m_elements.Records(speeds);
+    for (std::size_t i = 0; i < springs.size(); ++i) {
+        springs[i].dissipated = m_records.springs[i].dissipated;
+    }
+    for (std::size_t i = 0; i < bushings.size(); ++i) {
+        bushings[i].dissipated = m_records.bushings[i].dissipated;
+    }
+    m_records.springs = std::move(springs);
+    m_records.bushings = std::move(bushings);
 }
 
 } // namespace kinora::host

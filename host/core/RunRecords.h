@@ -16,8 +16,7 @@ struct StepRecord {
     std::vector<scenario::Pose> poses;
     /// In the bodies' order, every body's in its own axes B, units as the desktop gave them.
     std::vector<IKinoraVeltrixInterface::Result> results;
-    /// In the joints' order.
-    std::vector<JointRecord> joints;
+    MechanismRecord mechanism;
 };
 
 } // namespace kinora::host

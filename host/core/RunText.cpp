@@ -12,12 +12,35 @@ using namespace scenario;
 
 namespace {
 
-const char* LengthOrAngleUnit(const Joint& joint) {
-    return joint.type == JointType::Slider ? "mm" : "deg";
+std::string LengthText(double metres) {
+    return fmt::format("{:.4g} mm", 1000.0 * metres);
 }
 
-double LengthOrAngle(const Joint& joint, double coordinate) {
-    return coordinate * (joint.type == JointType::Slider ? 1000.0 : degreesPerRadian);
+std::string AngleText(double radians) {
+    return fmt::format("{:.4g} deg", radians * degreesPerRadian);
+}
+
+/// What rounding leaves of a way or turn is shown as zero.
+std::string Triple(const Vector& vector, double factor) {
+    const auto shown = [&](double value) { return std::fabs(value) < 1e-12 ? 0.0 : factor * value; };
+    return fmt::format("({:.4g}, {:.4g}, {:.4g})", shown(vector.x()), shown(vector.y()), shown(vector.z()));
+}
+
+/// Where a joint is.
+std::string StateText(const Joint& joint, const JointRecord& record) {
+    std::string text;
+    for (std::size_t i = 0; i < record.coordinates.size(); ++i) {
+        const double coordinate = record.coordinates[i].coordinate;
+        text += joint.coordinates[i].kind == Coordinate::Kind::Turn ? " " + AngleText(coordinate)
+                                                                    : " " + LengthText(coordinate);
+    }
+    if (joint.type == JointType::Free) {
+        text += fmt::format(" {} mm", Triple(record.placement.displacement_W, 1000.0));
+    }
+    if (!joint.HasAxis()) {
+        text += fmt::format(" {} deg", Triple(record.placement.swept_W, degreesPerRadian));
+    }
+    return text;
 }
 
 /// What rounding leaves of a zero is shown as zero: nothing below a nanonewton, or a nanonewton metre, is a result.
@@ -43,10 +66,9 @@ std::string Present(const Scenario& scenario, const StepRecord& record) {
         text += fmt::format("  {} ({:.4g}, {:.4g}, {:.4g}) N", scenario.bodies[i].name, ShownNewtons(force[0]),
                             ShownNewtons(force[1]), ShownNewtons(force[2]));
     }
-    for (std::size_t i = 0; i < record.joints.size(); ++i) {
-        text += fmt::format("  {} {:.4g} {}", scenario.joints[i].name,
-                            LengthOrAngle(scenario.joints[i], record.joints[i].state.coordinate),
-                            LengthOrAngleUnit(scenario.joints[i]));
+    for (std::size_t i = 0; i < scenario.joints.size(); ++i) {
+        text +=
+            fmt::format("  {}{}", scenario.joints[i].name, StateText(scenario.joints[i], record.mechanism.joints[i]));
     }
     return text;
 }
@@ -82,18 +104,100 @@ std::string FreeMotionText(const FreeMotion& motion) {
     return text + fmt::format(", load {}", motion.load.Formula());
 }
 
+std::string CoordinateText(const Coordinate& coordinate) {
+    return coordinate.IsFree() ? FreeMotionText(std::get<FreeMotion>(coordinate.motion))
+                               : "prescribed: " + std::get<PrescribedMotion>(coordinate.motion).Description();
+}
+
+std::string PlacementText(const Joint& joint) {
+    if (const auto* motion = std::get_if<PrescribedPlacement>(&joint.placement)) {
+        const std::string turn = "turn " + motion->turn.Description();
+        return joint.type == JointType::Ball
+                   ? "prescribed: " + turn
+                   : fmt::format("prescribed: x {}, y {}, z {}, {}", motion->way[0].Description(),
+                                 motion->way[1].Description(), motion->way[2].Description(), turn);
+    }
+    const auto& start = std::get<FreePlacement>(joint.placement);
+    std::string text = "free, starts";
+    if (joint.type == JointType::Free) {
+        text += fmt::format(" displaced by {} m with {} m/s,", Numbers(start.way_W), Numbers(start.velocity_W));
+    }
+    text += fmt::format(" turned by {} rad with {} rad/s", Numbers(RotationVector(start.turn)),
+                        Numbers(start.angularVelocity_W));
+    if (start.damping > 0.0) {
+        text += fmt::format(", damping {:g}", start.damping);
+    }
+    if (start.angularDamping > 0.0) {
+        text += fmt::format(", angular damping {:g}", start.angularDamping);
+    }
+    return text;
+}
+
 std::string JointText(const Scenario& scenario, const Joint& joint) {
     std::string bodies;
     for (const std::size_t body : joint.bodies) {
         bodies += (bodies.empty() ? "" : ", ") + scenario.bodies[body].name;
     }
-    const std::string through =
-        joint.type == JointType::Slider ? "" : fmt::format(" through {} m", Numbers(joint.p_WJ_W));
-    const std::string motion = joint.IsFree() ? FreeMotionText(std::get<FreeMotion>(joint.motion))
-                                              : "prescribed: " + std::get<PrescribedMotion>(joint.motion).Description();
-    return fmt::format("  {} \"{}\" along {}{}, moves {}\n    {}\n",
-                       joint.type == JointType::Slider ? "slider" : "hinge", joint.name, Numbers(joint.axis_W), through,
-                       bodies, motion);
+    std::string text = fmt::format("  {} \"{}\"", NameOf(joint.type), joint.name);
+    if (joint.HasAxis()) {
+        text += fmt::format(" along {}", Numbers(joint.axis_W));
+    }
+    if (joint.type != JointType::Slider) {
+        text += fmt::format(" {} {} m", joint.HasAxis() ? "through" : "about", Numbers(joint.p_WJ_W));
+    }
+    text += fmt::format(", moves {}\n", bodies);
+    for (const Coordinate& coordinate : joint.coordinates) {
+        const char* name = joint.coordinates.size() < 2                ? ""
+                           : coordinate.kind == Coordinate::Kind::Turn ? "turn: "
+                                                                       : "slide: ";
+        text += fmt::format("    {}{}\n", name, CoordinateText(coordinate));
+    }
+    return joint.HasAxis() ? text : text + fmt::format("    {}\n", PlacementText(joint));
+}
+
+std::string AttachmentText(const Scenario& scenario, const Attachment& attachment) {
+    return fmt::format("{} at {} m", attachment.body ? scenario.bodies[*attachment.body].name : "the ground",
+                       Numbers(attachment.X_BF.p_WB_W));
+}
+
+/// Springs, bushings and loads.
+std::string ElementsText(const Scenario& scenario) {
+    std::string text = scenario.springs.empty() && scenario.bushings.empty() ? "" : "springs and bushings\n";
+    for (const SpringElement& spring : scenario.springs) {
+        text += fmt::format("  spring \"{}\" from {} to {}: stiffness {:g}, damping {:g}, relaxed at {:g} m\n",
+                            spring.name, AttachmentText(scenario, spring.from), AttachmentText(scenario, spring.to),
+                            spring.stiffness, spring.damping, spring.length);
+    }
+    for (const Bushing& bushing : scenario.bushings) {
+        text += fmt::format("  bushing \"{}\" from {} to {}: stiffness {}, {}, damping {}, {}\n", bushing.name,
+                            AttachmentText(scenario, bushing.from), AttachmentText(scenario, bushing.to),
+                            Numbers(bushing.stiffness), Numbers(bushing.angularStiffness), Numbers(bushing.damping),
+                            Numbers(bushing.angularDamping));
+    }
+    text += scenario.loads.empty() ? "" : "loads\n";
+    for (const AppliedLoad& load : scenario.loads) {
+        const auto formulas = [](const std::array<Expression, 3>& three) {
+            return fmt::format("({}, {}, {})", three[0].Formula(), three[1].Formula(), three[2].Formula());
+        };
+        text += fmt::format("  on {} in {} axes: force {} N, torque {} N m\n", scenario.bodies[load.body].name,
+                            load.isInBodyAxes ? "its own" : "global", formulas(load.force), formulas(load.torque));
+    }
+    return text;
+}
+
+/// What all springs and bushings hold and have lost.
+std::string ElementEnergies(const MechanismRecord& record) {
+    double potential = 0.0;
+    double dissipated = 0.0;
+    for (const SpringRecord& spring : record.springs) {
+        potential += spring.potential;
+        dissipated += spring.dissipated;
+    }
+    for (const BushingRecord& bushing : record.bushings) {
+        potential += bushing.potential;
+        dissipated += bushing.dissipated;
+    }
+    return fmt::format("springs and bushings hold {:.5g} J and have dissipated {:.5g} J\n", potential, dissipated);
 }
 
 const char* SeverityName(Severity severity) {
@@ -173,23 +277,28 @@ std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& r
 }
 
 std::string EnergyTable(const Scenario& scenario, const StepRecord& last) {
+    const bool hasElements = !scenario.springs.empty() || !scenario.bushings.empty();
+    const auto element = [&](const std::string& text) { return hasElements ? text : std::string(); };
     std::string rows;
     for (std::size_t i = 0; i < scenario.joints.size(); ++i) {
         if (!scenario.joints[i].IsFree()) {
             continue;
         }
-        const EnergyAccount& energy = last.joints[i].energy;
-        rows += fmt::format("{:<12} {:>12.5g} {:>12.5g} {:>12.5g} {:>12.5g} {:>12.3g}\n", scenario.joints[i].name,
-                            energy.kinetic + energy.potential - energy.initial, energy.fieldWork, energy.loadWork,
-                            energy.dissipated, energy.Imbalance());
+        const EnergyAccount& energy = last.mechanism.joints[i].energy;
+        rows +=
+            fmt::format("{:<12} {:>12.5g} {:>12.5g} {:>12.5g}{} {:>12.5g} {:>12.3g}\n", scenario.joints[i].name,
+                        energy.kinetic + energy.potential - energy.initial, energy.fieldWork, energy.loadWork,
+                        element(fmt::format(" {:>12.5g}", energy.elementWork)), energy.dissipated, energy.Imbalance());
     }
     if (rows.empty()) {
         return {};
     }
     return fmt::format(
-        "Energy, J: gain of kinetic and potential energy + dissipated = field work + load work + imbalance\n"
-        "{:<12} {:>12} {:>12} {:>12} {:>12} {:>12}\n{}",
-        "joint", "gain", "field work", "load work", "dissipated", "imbalance", rows);
+        "Energy, J: gain of kinetic and potential energy + dissipated = field work + load work{} + imbalance\n"
+        "{:<12} {:>12} {:>12} {:>12}{} {:>12} {:>12}\n{}",
+        element(" + work of springs and bushings"), "joint", "gain", "field work", "load work",
+        element(fmt::format(" {:>12}", "springs")), "dissipated", "imbalance",
+        rows + element(ElementEnergies(last.mechanism)));
 }
 
 std::string FileList(const Scenario& scenario) {
@@ -235,6 +344,7 @@ std::string ModelText(const Scenario& scenario) {
     for (const Joint& joint : scenario.joints) {
         text += JointText(scenario, joint);
     }
+    text += ElementsText(scenario);
     if (!scenario.gravity_W.isZero()) {
         text += fmt::format("gravity {} m/s^2\n", Numbers(scenario.gravity_W));
     }

@@ -14,41 +14,137 @@ namespace {
 
 using nlohmann::json;
 
-json ToJson(const std::string& name, const JointRecord& record) {
-    const EnergyAccount& energy = record.energy;
-    return {{"name", name},
-            {"coordinate", record.state.coordinate},
-            {"speed", record.state.speed},
-            {"fieldForce", record.fieldForce},
-            {"load", record.load},
-            {"kinetic", energy.kinetic},
-            {"potential", energy.potential},
-            {"initial", energy.initial},
-            {"fieldWork", energy.fieldWork},
-            {"loadWork", energy.loadWork},
-            {"dissipated", energy.dissipated},
-            {"firstPotential", record.books.firstPotential.value_or(energy.potential)},
-            {"throughput", record.books.throughput},
-            {"worstImbalance", record.books.worstImbalance},
-            {"worstTime", record.books.worstTime}};
+/// 2 since the desktop gets every orientation as it is: what a run before has made cannot be gone on with.
+constexpr int stateFormat = 2;
+
+/// Of a vector, of whatever length.
+template <class Values>
+json Numbers(const Values& values) {
+    return std::vector<double>(values.data(), values.data() + values.size());
 }
 
-JointRecord FromJson(const json& value) {
+Generalised ToGeneralised(const json& value) {
+    const auto numbers = value.get<std::vector<double>>();
+    if (numbers.size() > 6) {
+        throw json::other_error::create(501, "too many numbers", &value);
+    }
+    return Eigen::Map<const Eigen::VectorXd>(numbers.data(), static_cast<Eigen::Index>(numbers.size()));
+}
+
+Vector ToVector(const json& value) {
+    return {value.at(0).get<double>(), value.at(1).get<double>(), value.at(2).get<double>()};
+}
+
+/// As Eigen keeps it: x, y, z, w.
+Quaternion ToQuaternion(const json& value) {
+    return {value.at(3).get<double>(), value.at(0).get<double>(), value.at(1).get<double>(), value.at(2).get<double>()};
+}
+
+json ToJson(const PlacementState& state) {
+    return {{"centre", Numbers(state.p_WC_W)},
+            {"displacement", Numbers(state.displacement_W)},
+            {"turn", Numbers(state.turn.coeffs())},
+            {"velocity", Numbers(state.velocity_W)},
+            {"angularVelocity", Numbers(state.angularVelocity_W)},
+            {"angularMomentum", Numbers(state.angularMomentum_W)},
+            {"swept", Numbers(state.swept_W)}};
+}
+
+PlacementState PlacementFromJson(const json& value) {
+    PlacementState state;
+    state.p_WC_W = ToVector(value.at("centre"));
+    state.displacement_W = ToVector(value.at("displacement"));
+    state.turn = ToQuaternion(value.at("turn"));
+    state.velocity_W = ToVector(value.at("velocity"));
+    state.angularVelocity_W = ToVector(value.at("angularVelocity"));
+    state.angularMomentum_W = ToVector(value.at("angularMomentum"));
+    state.swept_W = ToVector(value.at("swept"));
+    return state;
+}
+
+json ToJson(const EnergyAccount& energy, const EnergyBooks& books) {
+    return {{"kinetic", energy.kinetic},       {"potential", energy.potential},
+            {"initial", energy.initial},       {"fieldWork", energy.fieldWork},
+            {"loadWork", energy.loadWork},     {"elementWork", energy.elementWork},
+            {"dissipated", energy.dissipated}, {"firstPotential", books.firstPotential.value_or(energy.potential)},
+            {"throughput", books.throughput},  {"worstImbalance", books.worstImbalance},
+            {"worstTime", books.worstTime}};
+}
+
+json ToJson(const std::string& name, const JointRecord& record) {
+    json coordinates = json::array();
+    for (const auto& [coordinate, speed] : record.coordinates) {
+        coordinates.push_back(json::array({coordinate, speed}));
+    }
+    return {{"name", name},
+            {"coordinates", coordinates},
+            {"placement", ToJson(record.placement)},
+            {"fieldForce", Numbers(record.fieldForce)},
+            {"load", Numbers(record.load)},
+            {"elementForce", Numbers(record.elementForce)},
+            {"energy", ToJson(record.energy, record.books)}};
+}
+
+/// @throws InputError  the joint was one of another type
+JointRecord FromJson(const json& value, const Joint& joint) {
     JointRecord record;
-    record.state = {value.at("coordinate").get<double>(), value.at("speed").get<double>()};
-    record.fieldForce = value.at("fieldForce").get<double>();
-    record.load = value.at("load").get<double>();
-    record.energy.kinetic = value.at("kinetic").get<double>();
-    record.energy.potential = value.at("potential").get<double>();
-    record.energy.initial = value.at("initial").get<double>();
-    record.energy.fieldWork = value.at("fieldWork").get<double>();
-    record.energy.loadWork = value.at("loadWork").get<double>();
-    record.energy.dissipated = value.at("dissipated").get<double>();
-    record.books.firstPotential = value.at("firstPotential").get<double>();
-    record.books.throughput = value.at("throughput").get<double>();
-    record.books.worstImbalance = value.at("worstImbalance").get<double>();
-    record.books.worstTime = value.at("worstTime").get<double>();
+    for (const json& coordinate : value.at("coordinates")) {
+        record.coordinates.push_back({coordinate.at(0).get<double>(), coordinate.at(1).get<double>()});
+    }
+    record.placement = PlacementFromJson(value.at("placement"));
+    bool isSame = record.coordinates.size() == joint.coordinates.size();
+    for (const auto& [key, member] :
+         {std::pair("fieldForce", &JointRecord::fieldForce), std::pair("load", &JointRecord::load),
+          std::pair("elementForce", &JointRecord::elementForce)}) {
+        record.*member = ToGeneralised(value.at(key));
+        isSame = isSame && (record.*member).size() == static_cast<Eigen::Index>(joint.DegreesOfFreedom());
+    }
+    if (!isSame) {
+        throw InputError(fmt::format("joint \"{}\" was of another type then.", joint.name));
+    }
+    const json& energy = value.at("energy");
+    record.energy.kinetic = energy.at("kinetic").get<double>();
+    record.energy.potential = energy.at("potential").get<double>();
+    record.energy.initial = energy.at("initial").get<double>();
+    record.energy.fieldWork = energy.at("fieldWork").get<double>();
+    record.energy.loadWork = energy.at("loadWork").get<double>();
+    record.energy.elementWork = energy.at("elementWork").get<double>();
+    record.energy.dissipated = energy.at("dissipated").get<double>();
+    record.books.firstPotential = energy.at("firstPotential").get<double>();
+    record.books.throughput = energy.at("throughput").get<double>();
+    record.books.worstImbalance = energy.at("worstImbalance").get<double>();
+    record.books.worstTime = energy.at("worstTime").get<double>();
     return record;
+}
+
+/// Of springs and bushings only what they have dissipated is not told by the places of the bodies.
+template <class Items, class Records>
+json Dissipations(const Items& items, const Records& records) {
+    json list = json::array();
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        list.push_back({{"name", items[i].name}, {"dissipated", records[i].dissipated}});
+    }
+    return list;
+}
+
+/// @throws InputError  the state has others than the scenario
+template <class Items>
+void RequireSame(const Items& items, const json& states, const char* what) {
+    bool isSame = states.size() == items.size();
+    for (std::size_t i = 0; isSame && i < items.size(); ++i) {
+        isSame = states.at(i).at("name").template get<std::string>() == items[i].name;
+    }
+    if (!isSame) {
+        throw InputError(fmt::format("the run was made with other {} than the scenario has.", what));
+    }
+}
+
+template <class Records>
+void TakeDissipations(const json& states, Records& records) {
+    for (const json& state : states) {
+        records.emplace_back();
+        records.back().dissipated = state.at("dissipated").get<double>();
+    }
 }
 
 json ToJson(const FileSizes& sizes) {
@@ -65,6 +161,9 @@ FileSizes SizesFromJson(const json& value) {
 }
 
 SavedState FromDocument(const json& document, const Scenario& scenario) {
+    if (document.value("format", 1) != stateFormat) {
+        throw InputError("the run was made by another version of this program; start again without --resume.");
+    }
     SavedState state;
     state.step = document.at("step").get<int>();
     state.identity = document.at("scenario").get<RunIdentity>();
@@ -76,28 +175,31 @@ SavedState FromDocument(const json& document, const Scenario& scenario) {
         throw InputError(fmt::format("the run was made with a step of {} s, the scenario says {} s.",
                                      document.at("stepSeconds").get<double>(), scenario.stepping.stepSeconds));
     }
-    const json& joints = document.at("joints");
-    bool sameJoints = joints.size() == scenario.joints.size();
-    for (std::size_t i = 0; sameJoints && i < joints.size(); ++i) {
-        sameJoints = joints.at(i).at("name").get<std::string>() == scenario.joints[i].name;
-        state.joints.push_back(FromJson(joints.at(i)));
+    RequireSame(scenario.joints, document.at("joints"), "joints");
+    RequireSame(scenario.springs, document.at("springs"), "springs");
+    RequireSame(scenario.bushings, document.at("bushings"), "bushings");
+    for (std::size_t i = 0; i < scenario.joints.size(); ++i) {
+        state.mechanism.joints.push_back(FromJson(document.at("joints").at(i), scenario.joints[i]));
     }
-    if (!sameJoints) {
-        throw InputError("the run was made with other joints than the scenario has.");
-    }
+    TakeDissipations(document.at("springs"), state.mechanism.springs);
+    TakeDissipations(document.at("bushings"), state.mechanism.bushings);
     return state;
 }
 
 } // namespace
 
 void WriteState(const std::filesystem::path& file, const Scenario& scenario, const SavedState& state) {
+    const auto& [jointRecords, springs, bushings] = state.mechanism;
     json joints = json::array();
-    for (std::size_t i = 0; i < state.joints.size(); ++i) {
-        joints.push_back(ToJson(scenario.joints[i].name, state.joints[i]));
+    for (std::size_t i = 0; i < jointRecords.size(); ++i) {
+        joints.push_back(ToJson(scenario.joints[i].name, jointRecords[i]));
     }
-    const json document = {{"step", state.step},
+    const json document = {{"format", stateFormat},
+                           {"step", state.step},
                            {"stepSeconds", scenario.stepping.stepSeconds},
                            {"joints", joints},
+                           {"springs", Dissipations(scenario.springs, springs)},
+                           {"bushings", Dissipations(scenario.bushings, bushings)},
                            {"scenario", state.identity},
                            {"files", ToJson(state.sizes)}};
     ReplaceFile(file, document.dump(1) + "\n");

@@ -11,7 +11,7 @@ struct SavedState {
     /// The last finished step; -1 before the first one.
     int step = -1;
     /// At that step; empty before the first one.
-    std::vector<JointRecord> joints;
+    MechanismRecord mechanism;
     /// What the run was made of.
     RunIdentity identity;
     /// Of its files, after that step.
@@ -22,8 +22,8 @@ struct SavedState {
 /// @throws RunError  it cannot be written
 void WriteState(const std::filesystem::path& file, const scenario::Scenario& scenario, const SavedState& state);
 
-/// @throws InputError  there is no such file, it is damaged, or it belongs to a scenario with other joints or
-///                     with another step
+/// @throws InputError  there is no such file, it is damaged, or it belongs to a scenario with other joints,
+///                     springs or bushings, or with another step
 SavedState ReadState(const std::filesystem::path& file, const scenario::Scenario& scenario);
 
 /// True for the state of a run that has not finished a step: of its project nothing would be missed. False for a file

@@ -3,10 +3,20 @@
 #include "host/core/RunRecords.h"
 
 #include <fstream>
+#include <functional>
+#include <optional>
+#include <string>
 
 namespace kinora::host {
 
-/// The host's own states, one line per step: poses of the bodies; coordinate, speed, forces and energies of the joints.
+/// A quantity of the states: "name.Quantity [unit]", and its value at a step; nothing where it means nothing.
+struct StateColumn {
+    std::string head;
+    std::function<std::optional<double>(const StepRecord&)> value;
+};
+
+/// The host's own states, one line per step: places of the bodies and loads on them; places, speeds, forces and energies
+/// of the joints; forces and energies of springs and bushings.
 /// Comma-separated with a header that names quantity and unit; numbers keep every bit.
 class StatesCsv {
 public:
@@ -20,8 +30,7 @@ public:
 private:
     std::filesystem::path m_file;
     std::ofstream m_stream;
-    /// In the joints' order.
-    std::vector<bool> m_isFree;
+    std::vector<StateColumn> m_columns;
 };
 
 } // namespace kinora::host

@@ -142,9 +142,10 @@ TEST(PageData, LeavesOutTheEnergiesOfAPrescribedJoint) {
     scenario::Scenario scenario = ScenarioOf({});
     scenario::Joint driven;
     driven.name = "driven";
-    driven.motion = scenario::PrescribedMotion(scenario::Expression(0.0));
+    driven.coordinates = {{scenario::Coordinate::Kind::Turn, scenario::PrescribedMotion(scenario::Expression(0.0))}};
     scenario::Joint loose;
     loose.name = "loose";
+    loose.coordinates.resize(1);
     scenario.joints = {driven, loose};
     HostStates states;
     for (const char* joint : {"driven", "loose"}) {

@@ -65,7 +65,7 @@ TEST(Expression, GivesWhatMathematicsGives) {
 }
 
 TEST(Expression, SaysWhatIsWrongAndWhere) {
-    EXPECT_EQ(ErrorOf("2*x"), "formula \"2*x\", column 3: \"x\" is not known here");
+    EXPECT_EQ(ErrorOf("2*w"), "formula \"2*w\", column 3: \"w\" is not known here");
     EXPECT_EQ(ErrorOf("2*"), "formula \"2*\", column 3: it ends too early");
     EXPECT_EQ(ErrorOf(""), "formula \"\", column 1: it ends too early");
     EXPECT_EQ(ErrorOf("(1"), "formula \"(1\", column 3: \")\" is missing");
@@ -75,8 +75,28 @@ TEST(Expression, SaysWhatIsWrongAndWhere) {
     EXPECT_EQ(ErrorOf("1e"), "formula \"1e\", column 3: the exponent needs digits");
     EXPECT_EQ(ErrorOf("."), "formula \".\", column 2: a number needs digits");
     EXPECT_EQ(ErrorOf("1e999"), "formula \"1e999\", column 6: the number is too large or too small");
-    EXPECT_EQ(ErrorOf("q"), "formula \"q\", column 1: \"q\" is not known here");
-    EXPECT_EQ(ErrorOf("t", Variables::None), "formula \"t\", column 1: \"t\" is not known here");
+}
+
+TEST(Expression, TakesTimeAndPlace) {
+    const Expression formula = Expression::Parse("t + 10*x + 100*y + 1000*z", Variables::TimeAndPlace);
+    EXPECT_DOUBLE_EQ(formula.Evaluate({1.0, 7.0, 2.0, 3.0, 4.0}), 4321.0);
+    EXPECT_DOUBLE_EQ(formula.Evaluate(1.0), 1.0);
+    EXPECT_DOUBLE_EQ(Expression::Parse("2*t", Variables::TimeAndPlace).Slope(5.0), 2.0);
+    EXPECT_DOUBLE_EQ(Expression::Parse("exp(max(x, y))", Variables::TimeAndPlace).Evaluate({0.0, 0.0, -1.0, 0.0, 0.0}),
+                     1.0);
+}
+
+TEST(Expression, SaysWhichVariablesAFormulaMayName) {
+    const auto error = [](const char* name, Variables variables) {
+        const std::string text = ErrorOf(name, variables);
+        return text.substr(text.find("column"));
+    };
+    EXPECT_EQ(error("t", Variables::None), "column 1: \"t\" is not known here; a constant is wanted");
+    EXPECT_EQ(error("q", Variables::Time), "column 1: \"q\" is not known here; the only variable is t");
+    EXPECT_EQ(error("x", Variables::TimeAndCoordinate), "column 1: \"x\" is not known here; the variables are t and q");
+    EXPECT_EQ(error("2*q", Variables::TimeAndPlace),
+              "column 3: \"q\" is not known here; the variables are t, x, y and z");
+    EXPECT_EQ(error("xy", Variables::TimeAndPlace), "column 1: \"xy\" is not known here");
 }
 
 TEST(Expression, RefusesAUnitThatCouldMeanTwoThings) {

@@ -1,83 +1,20 @@
 #include "scenario/ScenarioReader.h"
 
-#include "scenario/Errors.h"
-#include "scenario/Text.h"
 #include "simulator/model/Units.h"
+#include "tests/scenario/ScenarioFixture.h"
 
 #include <cmath>
-#include <fstream>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-#include <random>
 
 namespace kinora::scenario {
 namespace {
 
-using nlohmann::json;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-/// A folder with a geometry file, and the smallest scenario that is right.
-class ScenarioReader : public testing::Test {
-protected:
-    void SetUp() override {
-        m_folder =
-            std::filesystem::temp_directory_path() / ("kinora-scenario-" + std::to_string(std::random_device()()));
-        std::filesystem::create_directories(m_folder);
-        std::ofstream(m_folder / "magnets.obj") << "# geometry\n";
-    }
-
-    void TearDown() override { std::filesystem::remove_all(m_folder); }
-
-    void WriteGeometry(const std::vector<std::string>& objects) const {
-        std::ofstream stream(m_folder / "magnets.obj");
-        for (const std::string& object : objects) {
-            stream << "o " << object << "\nf 1 2 3\n";
-        }
-    }
-
-    static json Smallest() {
-        return {{"project", {{"file", "run.vantor"}}},
-                {"geometry", {{"file", "magnets.obj"}, {"units", "mm"}}},
-                {"bodies", {{{"name", "rotor"}, {"objects", {"magnet"}}, {"mass", 0.1}}}},
-                {"solver", {{"step", 0.01}, {"end", 1}}}};
-    }
-
-    static json Slider() {
-        return {{"name", "slide"},
-                {"type", "slider"},
-                {"axis", {0, 0, 2}},
-                {"bodies", {"rotor"}},
-                {"free", json::object()}};
-    }
-
-    Scenario Read(const json& document) const { return ReadText(document.dump(1)); }
-    Scenario ReadText(const std::string& text) const { return ParseScenario(text, m_folder / "scenario.json"); }
-
-    std::string ErrorOf(const json& document) const { return ErrorOfText(document.dump(1)); }
-    std::string ErrorOfText(const std::string& text) const {
-        try {
-            ReadText(text);
-        } catch (const InputError& error) {
-            return error.what();
-        }
-        return "no error";
-    }
-
-    /// Findings without the file that each begins with.
-    std::string WithoutFile(std::string text) const {
-        const std::string start = Utf8FromPath(m_folder / "scenario.json") + ":";
-        for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start)) {
-            text.erase(at, start.size());
-        }
-        return text;
-    }
-
-    std::filesystem::path m_folder;
-};
+class ScenarioReader : public ScenarioFixture {};
 
 TEST_F(ScenarioReader, TakesTheSmallestScenario) {
     const Scenario scenario = Read(Smallest());
@@ -129,7 +66,7 @@ TEST_F(ScenarioReader, ReadsAFreeJointWhole) {
     const Joint joint = Read(document).joints.at(0);
     EXPECT_EQ(joint.type, JointType::Slider);
     EXPECT_EQ(joint.axis_W, Vector::UnitZ());
-    const auto& motion = std::get<FreeMotion>(joint.motion);
+    const auto& motion = std::get<FreeMotion>(joint.coordinates.at(0).motion);
     EXPECT_EQ(motion.start, 0.001);
     EXPECT_EQ(motion.speed, -2.0);
     EXPECT_EQ(motion.addedInertia, 0.5);
@@ -151,7 +88,7 @@ TEST_F(ScenarioReader, ReadsPrescribedTablesAndMaterials) {
     document["materials"] = {{"magnet", {{"name", "magnet_1T"}, {"direction", {0, 0, 1}}}},
                              {"other", {{"name", "air"}}}};
     const Scenario scenario = Read(document);
-    EXPECT_DOUBLE_EQ(std::get<PrescribedMotion>(scenario.joints[0].motion).Evaluate(0.5), 0.005);
+    EXPECT_DOUBLE_EQ(std::get<PrescribedMotion>(scenario.joints[0].coordinates.at(0).motion).Evaluate(0.5), 0.005);
     EXPECT_EQ(scenario.materials.at("magnet").coercivityDirection[2], 1.0);
     EXPECT_EQ(scenario.materials.at("other").coercivityDirection[0], 1.0);
 }
@@ -315,8 +252,8 @@ TEST_F(ScenarioReader, ListsTheWordsThatAreAllowed) {
     document["joints"] = json::array({Slider()});
     document["joints"][0]["type"] = "hinged";
     EXPECT_THAT(ErrorOf(document),
-                HasSubstr("/joints/0/type: \"hinged\" is not allowed; use \"slider\" or \"hinge\". Did "
-                          "you mean \"hinge\"?"));
+                HasSubstr("/joints/0/type: \"hinged\" is not allowed; use \"slider\", \"hinge\", \"cylinder\", "
+                          "\"ball\" or \"free\". Did you mean \"hinge\"?"));
 }
 
 TEST_F(ScenarioReader, ChecksTheLengthOfLists) {
@@ -343,7 +280,7 @@ TEST_F(ScenarioReader, WantsExactlyOneMotionPerJoint) {
     json document = Smallest();
     document["joints"] = json::array({Slider()});
     document["joints"][0].erase("free");
-    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
+    EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0: one of \"prescribed\" or \"free\" is wanted."));
     document["joints"][0]["free"] = json::object();
     document["joints"][0]["prescribed"] = {{"expression", "t"}};
     EXPECT_THAT(ErrorOf(document), HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
@@ -362,11 +299,11 @@ TEST_F(ScenarioReader, KeepsATypoBesideTheKeysThatAreMissedForIt) {
     json document = Smallest();
     document["joints"] = json::array({Slider()});
     document["joints"][0].erase("free");
-    document["joints"][0].erase("axis");
+    document["joints"][0].erase("name");
     document["joints"][0]["fre"] = json::object();
     const std::string error = ErrorOf(document);
-    EXPECT_THAT(error, HasSubstr("/joints/0: exactly one of \"prescribed\" or \"free\" is wanted."));
-    EXPECT_THAT(error, HasSubstr("/joints/0: the key \"axis\" is missing."));
+    EXPECT_THAT(error, HasSubstr("/joints/0: one of \"prescribed\" or \"free\" is wanted."));
+    EXPECT_THAT(error, HasSubstr("/joints/0: the key \"name\" is missing."));
     EXPECT_THAT(error, HasSubstr("/joints/0/fre: the key \"fre\" is unknown here. Did you mean \"free\"?"));
 }
 
@@ -418,7 +355,7 @@ TEST_F(ScenarioReader, SaysEverythingThatIsWrongInTheOrderOfTheText) {
                                       "\"project\": {\"file\": \"run.vantor\"}}")),
               "2: /solver/step: the step must be more than 0 s.\n"
               "3: /gravity/1: the value is not a finite number.\n"
-              "4: /gravity/2: formula \"-x\", column 2: \"x\" is not known here\n"
+              "4: /gravity/2: formula \"-x\", column 2: \"x\" is not known here; a constant is wanted\n"
               "6: /joints/0/axis: a direction must not be 0, 0, 0.\n"
               "7: /joints/0/bodies/1: there is no body \"rotr\". Did you mean \"rotor\"?\n"
               "9: /bodies/0/mass: -1 is negative; it must be 0 or more.\n"
@@ -505,7 +442,8 @@ TEST_F(ScenarioReader, RefusesValuesThatMakeNoSense) {
         return document;
     };
     EXPECT_THAT(ErrorOf(with("/joints/0/axis", {0, 0, 0})), HasSubstr("a direction must not be 0, 0, 0."));
-    EXPECT_THAT(ErrorOf(with("/joints/0/point", {0, 0, 0})), HasSubstr("only a hinge has a point"));
+    EXPECT_THAT(ErrorOf(with("/joints/0/point", {0, 0, 0})),
+                EndsWith("/joints/0/point: a slider moves the same wherever its axis is and has no point; remove it."));
     EXPECT_THAT(ErrorOf(with("/bodies/0/mass", -1)),
                 HasSubstr("/bodies/0/mass: -1 is negative; it must be 0 or more."));
     EXPECT_THAT(ErrorOf(with("/bodies/0/inertia", {1, -1, 1})), HasSubstr("moments of inertia must be 0 or more."));

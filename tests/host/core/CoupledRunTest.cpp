@@ -3,6 +3,7 @@
 #include "host/core/StateFile.h"
 #include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
+#include "tests/host/core/Joints.h"
 
 #include <algorithm>
 #include <fmt/format.h>
@@ -125,11 +126,7 @@ protected:
         body.X_WB0.p_WB_W = {0.0, 0.0, 0.01};
         m_scenario.bodies = {body};
         m_scenario.materials["magnet"].name = "magnet_1T";
-        Joint joint;
-        joint.name = "slide";
-        joint.axis_W = Vector::UnitZ();
-        joint.bodies = {0};
-        m_scenario.joints = {joint};
+        m_scenario.joints = {OneCoordinateJoint("slide", JointType::Slider, Vector::UnitZ(), FreeMotion())};
         m_scenario.stepping = {0.05, 3};
     }
 
@@ -176,7 +173,8 @@ protected:
 };
 
 TEST_F(CoupledRunTest, CallsInTheDocumentedOrder) {
-    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("0.1*t", Expression::Variables::Time));
+    m_scenario.joints[0].coordinates[0].motion =
+        PrescribedMotion(Expression::Parse("0.1*t", Expression::Variables::Time));
     EXPECT_EQ(Run(), RunEnd::Complete);
     EXPECT_THAT(m_coupling.calls,
                 ElementsAre("CreateProject run.vantor magnets.obj mm", "InitMagneticObjects bob@0.010 magnet=magnet_1T",
@@ -210,7 +208,7 @@ TEST_F(CoupledRunTest, SwingsInTheFieldLikeASpring) {
     // k/m = 100: a full period within 0.628 s.
     EXPECT_NEAR(m_listener.steps.back().poses[0].p_WB_W.z(), 0.01, 1e-6);
     EXPECT_NEAR(m_listener.steps[314].poses[0].p_WB_W.z(), -0.01, 1e-6);
-    EXPECT_NEAR(m_listener.steps.back().joints[0].energy.Imbalance(), 0.0, 1e-8);
+    EXPECT_NEAR(m_listener.steps.back().mechanism.joints[0].energy.Imbalance(), 0.0, 1e-8);
 }
 
 TEST_F(CoupledRunTest, KeepsAnEarlierProjectUnlessTold) {
@@ -295,7 +293,7 @@ TEST_F(CoupledRunTest, TellsByKeyWhatHasChangedSinceTheRunThatIsResumed) {
     Run();
     m_options.resume = true;
     m_coupling.calls.clear();
-    std::get<FreeMotion>(m_scenario.joints[0].motion).spring.stiffness = 2.5;
+    FreeMotionOf(m_scenario.joints[0]).spring.stiffness = 2.5;
     m_scenario.materials["magnet"].coercivityDirection[1] = 1.0;
     std::ofstream(m_scenario.geometryFile, std::ios::binary) << "o other\n";
     const std::string refusal = RefusalOf();
@@ -515,7 +513,7 @@ TEST_F(CoupledRunTest, TellsThatTheDesktopHasEnded) {
 
 TEST_F(CoupledRunTest, EndsWhenTheNumbersRunAway) {
     // A spring that is a million times too stiff for the step.
-    std::get<FreeMotion>(m_scenario.joints[0].motion).spring.stiffness = 1e9;
+    FreeMotionOf(m_scenario.joints[0]).spring.stiffness = 1e9;
     m_scenario.stepping = {0.05, 100};
     try {
         Run();
@@ -541,7 +539,8 @@ TEST_F(CoupledRunTest, WarnsOfEnergyBooksThatDoNotClose) {
 }
 
 TEST_F(CoupledRunTest, LeavesTheImbalanceOfAPrescribedJointEmpty) {
-    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("0.1*t", Expression::Variables::Time));
+    m_scenario.joints[0].coordinates[0].motion =
+        PrescribedMotion(Expression::Parse("0.1*t", Expression::Variables::Time));
     Run();
     EXPECT_THAT(StatesFile(), HasSubstr(",slide.Imbalance [J]\n0,0,"));
     for (std::size_t at = StatesFile().find('\n'); at + 1 < StatesFile().size(); at = StatesFile().find('\n', at + 1)) {
@@ -584,9 +583,8 @@ TEST_F(DrawnAtAnAngle, ReachesTheDesktopUnturnedWithDirectionsInGlobalAxes) {
 }
 
 TEST_F(DrawnAtAnAngle, TurnsFromThereAboutAnyAxisWithoutAWarning) {
-    m_scenario.joints[0].type = JointType::Hinge;
-    m_scenario.joints[0].axis_W = Vector(2, -6, 3) / 7.0;
-    m_scenario.joints[0].motion = PrescribedMotion(Expression::Parse("20*t", Expression::Variables::Time));
+    m_scenario.joints = {OneCoordinateJoint("turn", JointType::Hinge, Vector(2, -6, 3) / 7.0,
+                                            PrescribedMotion(Expression::Parse("20*t", Expression::Variables::Time)))};
     m_scenario.stepping = {0.05, 4};
     Run();
     EXPECT_LT((Frame() - Rotation(Vector(2, -6, 3) / 7.0, 4.0)).norm(), 1e-14);
@@ -595,8 +593,7 @@ TEST_F(DrawnAtAnAngle, TurnsFromThereAboutAnyAxisWithoutAWarning) {
 
 TEST_F(DrawnAtAnAngle, HasItsLoadsInItsOwnAxesAndMovesByThemInGlobalOnes) {
     m_coupling.load = {{3.0, 0.0, 0.0}, {0.0, 700.0, 0.0}};
-    m_scenario.joints[0].type = JointType::Hinge;
-    m_scenario.joints[0].axis_W = Vector::UnitY();
+    m_scenario.joints = {OneCoordinateJoint("turn", JointType::Hinge, Vector::UnitY(), FreeMotion())};
     m_scenario.joints[0].p_WJ_W = m_scenario.bodies[0].X_WB0.p_WB_W;
     m_scenario.stepping = {0.05, 0};
     Run();
@@ -604,7 +601,7 @@ TEST_F(DrawnAtAnAngle, HasItsLoadsInItsOwnAxesAndMovesByThemInGlobalOnes) {
     // Global x is the body's -y, global y its x.
     EXPECT_THAT(step.results[0].force, ElementsAre(0.0, -3.0, -1.0));
     EXPECT_THAT(step.results[0].torque, ElementsAre(700.0, 0.0, 0.0));
-    EXPECT_DOUBLE_EQ(step.joints[0].fieldForce, 0.7);
+    EXPECT_DOUBLE_EQ(step.mechanism.joints[0].fieldForce[0], 0.7);
     EXPECT_THAT(StatesFile(), HasSubstr("\n0,0,0,0,0.01,0,-3,-1,700,0,0,0,"));
 }
 

@@ -1,6 +1,7 @@
 #include "host/core/Mechanism.h"
 
 #include "scenario/Errors.h"
+#include "tests/host/core/Joints.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -26,13 +27,7 @@ Scenario OneJoint(JointType type, const Vector& axis, FreeMotion motion) {
     body.mass = 2.0;
     body.principalInertia_B = {0.01, 0.02, 0.03};
     scenario.bodies = {body};
-    Joint joint;
-    joint.name = "joint";
-    joint.type = type;
-    joint.axis_W = axis;
-    joint.bodies = {0};
-    joint.motion = std::move(motion);
-    scenario.joints = {joint};
+    scenario.joints = {OneCoordinateJoint("joint", type, axis, std::move(motion))};
     return scenario;
 }
 
@@ -51,11 +46,11 @@ JointRecord RunFieldFree(const Scenario& scenario, double end, int steps) {
 
 TEST(Mechanism, ThrowsAParabolaExactly) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitZ(), {});
-    std::get<FreeMotion>(scenario.joints[0].motion).speed = 3.0;
+    FreeMotionOf(scenario.joints[0]).speed = 3.0;
     scenario.gravity_W = {0.0, 0.0, -9.80665};
     const JointRecord record = RunFieldFree(scenario, 1.0, 10);
-    EXPECT_NEAR(record.state.coordinate, 3.0 - 0.5 * 9.80665, 1e-13);
-    EXPECT_NEAR(record.state.speed, 3.0 - 9.80665, 1e-13);
+    EXPECT_NEAR(record.coordinates[0].coordinate, 3.0 - 0.5 * 9.80665, 1e-13);
+    EXPECT_NEAR(record.coordinates[0].speed, 3.0 - 9.80665, 1e-13);
     EXPECT_NEAR(record.energy.Imbalance(), 0.0, 1e-12);
 }
 
@@ -67,7 +62,8 @@ TEST(Mechanism, SwingsOnASpringWithSecondOrder) {
     const double omega = 10.0;
     double previous = 0.0;
     for (const int steps : {100, 200, 400}) {
-        const double error = std::fabs(RunFieldFree(scenario, 1.0, steps).state.coordinate - 0.01 * std::cos(omega));
+        const double error =
+            std::fabs(RunFieldFree(scenario, 1.0, steps).coordinates[0].coordinate - 0.01 * std::cos(omega));
         if (previous > 0.0) {
             EXPECT_NEAR(previous / error, 4.0, 0.1);
         }
@@ -103,12 +99,12 @@ TEST(Mechanism, RunsBackToWhereItCameFrom) {
     motion.load = Formula("-40*q^3");
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitX(), motion);
     const JointRecord there = RunFieldFree(scenario, 2.0, 100);
-    auto& back = std::get<FreeMotion>(scenario.joints[0].motion);
-    back.start = there.state.coordinate;
-    back.speed = -there.state.speed;
+    auto& back = FreeMotionOf(scenario.joints[0]);
+    back.start = there.coordinates[0].coordinate;
+    back.speed = -there.coordinates[0].speed;
     const JointRecord home = RunFieldFree(scenario, 2.0, 100);
-    EXPECT_NEAR(home.state.coordinate, 0.3, 1e-10);
-    EXPECT_NEAR(home.state.speed, -1.0, 1e-10);
+    EXPECT_NEAR(home.coordinates[0].coordinate, 0.3, 1e-10);
+    EXPECT_NEAR(home.coordinates[0].speed, -1.0, 1e-10);
 }
 
 TEST(Mechanism, DecaysWithADamper) {
@@ -120,7 +116,7 @@ TEST(Mechanism, DecaysWithADamper) {
     const JointRecord record = RunFieldFree(scenario, 1.0, 2000);
     const double delta = 1.0, omega = std::sqrt(100.0 - delta * delta);
     const double expected = 0.01 * std::exp(-delta) * (std::cos(omega) + delta / omega * std::sin(omega));
-    EXPECT_NEAR(record.state.coordinate, expected, 1e-7);
+    EXPECT_NEAR(record.coordinates[0].coordinate, expected, 1e-7);
     EXPECT_NEAR(record.energy.Imbalance(), 0.0, 1e-5 * record.energy.initial);
     EXPECT_GT(record.energy.dissipated, 0.8 * record.energy.initial);
 }
@@ -132,12 +128,12 @@ TEST(Mechanism, LosesAFixedLengthPerSwingToDryFriction) {
     motion.spring = {200.0, 0.0};
     motion.friction = 0.1;
     const Scenario scenario = OneJoint(JointType::Slider, Vector::UnitX(), motion);
-    EXPECT_NEAR(RunFieldFree(scenario, pi / 10.0, 1000).state.coordinate, -(0.01 - 0.001), 1e-8);
-    EXPECT_NEAR(RunFieldFree(scenario, 2.0 * pi / 10.0, 2000).state.coordinate, 0.01 - 0.002, 1e-8);
+    EXPECT_NEAR(RunFieldFree(scenario, pi / 10.0, 1000).coordinates[0].coordinate, -(0.01 - 0.001), 1e-8);
+    EXPECT_NEAR(RunFieldFree(scenario, 2.0 * pi / 10.0, 2000).coordinates[0].coordinate, 0.01 - 0.002, 1e-8);
     // It comes to rest where the spring cannot move it, with all energy accounted for.
     const JointRecord rest = RunFieldFree(scenario, 10.0, 20000);
-    EXPECT_EQ(rest.state.speed, 0.0);
-    EXPECT_LE(std::fabs(rest.state.coordinate), 0.1 / 200.0 + 1e-6);
+    EXPECT_EQ(rest.coordinates[0].speed, 0.0);
+    EXPECT_LE(std::fabs(rest.coordinates[0].coordinate), 0.1 / 200.0 + 1e-6);
     EXPECT_NEAR(rest.energy.Imbalance(), 0.0, 1e-4 * rest.energy.initial);
 }
 
@@ -159,14 +155,15 @@ TEST(Mechanism, SwingsAsAPendulum) {
     }
     const double period = 2.0 * pi / (omega * a);
     const JointRecord record = RunFieldFree(scenario, period, 4000);
-    EXPECT_NEAR(record.state.coordinate, 1.0, 1e-8);
-    EXPECT_NEAR(record.state.speed, 0.0, 1e-4);
+    EXPECT_NEAR(record.coordinates[0].coordinate, 1.0, 1e-8);
+    EXPECT_NEAR(record.coordinates[0].speed, 0.0, 1e-4);
     EXPECT_NEAR(record.energy.Imbalance(), 0.0, 1e-6);
 }
 
 TEST(Mechanism, FollowsPrescribedMotion) {
     Scenario scenario = OneJoint(JointType::Hinge, Vector::UnitX(), {});
-    scenario.joints[0].motion = PrescribedMotion(Expression::Parse("pi/2*t", Expression::Variables::Time));
+    scenario.joints[0].coordinates[0].motion =
+        PrescribedMotion(Expression::Parse("pi/2*t", Expression::Variables::Time));
     Mechanism mechanism(scenario);
     mechanism.Start();
     mechanism.ApplyLoads(std::vector<Load>(1));
@@ -174,27 +171,29 @@ TEST(Mechanism, FollowsPrescribedMotion) {
     mechanism.Move(1.0);
     EXPECT_LT((mechanism.Poses()[0].p_WB_W - Vector(0.0, 0.0, 0.5)).norm(), 1e-15);
     EXPECT_LT((mechanism.Poses()[0].R_WB.col(1) - Vector::UnitZ()).norm(), 1e-15);
-    EXPECT_NEAR(mechanism.Joints()[0].state.speed, pi / 2, 1e-15);
+    EXPECT_NEAR(mechanism.Joints()[0].coordinates[0].speed, pi / 2, 1e-15);
 }
 
 TEST(Mechanism, ThePrescribedSpeedIsThatOfTheMomentFromTheStartOn) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitX(), {});
-    scenario.joints[0].motion = PrescribedMotion(Expression::Parse("3*t + t^2", Expression::Variables::Time));
+    scenario.joints[0].coordinates[0].motion =
+        PrescribedMotion(Expression::Parse("3*t + t^2", Expression::Variables::Time));
     Mechanism mechanism(scenario);
     mechanism.Start();
-    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 3.0);
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].coordinates[0].speed, 3.0);
     mechanism.Move(0.5);
-    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 4.0);
-    scenario.joints[0].motion = PrescribedMotion(MotionTable{{{0.0, 0.0}, {0.5, 1.0}, {1.5, 5.0}}});
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].coordinates[0].speed, 4.0);
+    scenario.joints[0].coordinates[0].motion = PrescribedMotion(MotionTable{{{0.0, 0.0}, {0.5, 1.0}, {1.5, 5.0}}});
     mechanism.Start();
-    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 2.0);
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].coordinates[0].speed, 2.0);
     mechanism.Move(0.5);
-    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].state.speed, 4.0);
+    EXPECT_DOUBLE_EQ(mechanism.Joints()[0].coordinates[0].speed, 4.0);
 }
 
 TEST(Mechanism, RefusesAPrescribedCoordinateThatIsNoNumber) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitX(), {});
-    scenario.joints[0].motion = PrescribedMotion(Expression::Parse("1/(1-t)", Expression::Variables::Time));
+    scenario.joints[0].coordinates[0].motion =
+        PrescribedMotion(Expression::Parse("1/(1-t)", Expression::Variables::Time));
     Mechanism mechanism(scenario);
     mechanism.Start();
     EXPECT_THROW(mechanism.Move(1.0), RunError);
@@ -211,7 +210,7 @@ TEST(Mechanism, TurnsForcesAndTorquesIntoWorkAlongTheCoordinate) {
     load.force_W = {5.0, 6.0, 7.0};
     load.torque_W = {0.4, 0.5, 0.6};
     mechanism.ApplyLoads({load});
-    EXPECT_NEAR(mechanism.Joints()[0].fieldForce, 0.4 + 0.3 * 7.0, 1e-14);
+    EXPECT_NEAR(mechanism.Joints()[0].fieldForce[0], 0.4 + 0.3 * 7.0, 1e-14);
 }
 
 TEST(Mechanism, AddsUpSeveralBodiesOnOneJoint) {
@@ -257,8 +256,8 @@ TEST(Mechanism, BouncesLessAndLessAndRestsAtItsStop) {
     Scenario scenario = OneJoint(JointType::Slider, Vector::UnitZ(), motion);
     scenario.gravity_W = {0.0, 0.0, -9.80665};
     const JointRecord record = RunFieldFree(scenario, 3.0, 30000);
-    EXPECT_EQ(record.state.coordinate, 0.0);
-    EXPECT_EQ(record.state.speed, 0.0);
+    EXPECT_EQ(record.coordinates[0].coordinate, 0.0);
+    EXPECT_EQ(record.coordinates[0].speed, 0.0);
     EXPECT_NEAR(record.energy.dissipated, record.energy.initial - record.energy.potential,
                 1e-3 * record.energy.initial);
 }
@@ -285,13 +284,13 @@ TEST(Mechanism, ContinuesToTheLastBitAfterARestore) {
         }
     }
     Mechanism second(scenario);
-    second.Restore(20 * 0.01, first.Joints());
+    second.Restore(20 * 0.01, first.Records());
     for (int step = 21; step <= 50; ++step) {
         second.Move(step * 0.01);
         second.ApplyLoads(none);
     }
-    EXPECT_EQ(second.Joints()[0].state.coordinate, whole.Joints()[0].state.coordinate);
-    EXPECT_EQ(second.Joints()[0].state.speed, whole.Joints()[0].state.speed);
+    EXPECT_EQ(second.Joints()[0].coordinates[0].coordinate, whole.Joints()[0].coordinates[0].coordinate);
+    EXPECT_EQ(second.Joints()[0].coordinates[0].speed, whole.Joints()[0].coordinates[0].speed);
     EXPECT_EQ(second.Joints()[0].energy.dissipated, whole.Joints()[0].energy.dissipated);
 }
 

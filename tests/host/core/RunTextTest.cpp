@@ -1,5 +1,7 @@
 #include "host/core/RunText.h"
 
+#include "tests/host/core/Joints.h"
+
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,10 +19,7 @@ protected:
     void SetUp() override {
         m_scenario.bodies.resize(1);
         m_scenario.bodies[0].name = "rotor";
-        m_scenario.joints.resize(1);
-        m_scenario.joints[0].name = "hinge";
-        m_scenario.joints[0].type = JointType::Hinge;
-        m_scenario.joints[0].bodies = {0};
+        m_scenario.joints = {OneCoordinateJoint("hinge", JointType::Hinge, Vector::UnitX(), FreeMotion())};
         m_scenario.stepping = {0.5, 4};
     }
 
@@ -32,8 +31,8 @@ protected:
         record.results.resize(1);
         record.results[0].force[0] = 1.25;
         record.results[0].torque[2] = -3000.0;
-        record.joints.resize(1);
-        record.joints[0].state.coordinate = 0.5;
+        record.mechanism.joints.resize(1);
+        record.mechanism.joints[0].coordinates = {{0.5, 0.0}};
         return record;
     }
 
@@ -74,7 +73,7 @@ TEST_F(RunTextTest, TableOfALongRunIsThinnedAndSaysSo) {
 
 TEST_F(RunTextTest, EnergyTableIsForFreeJointsOnly) {
     EXPECT_THAT(EnergyTable(m_scenario, Record(1)), HasSubstr("hinge"));
-    m_scenario.joints[0].motion = PrescribedMotion(Expression(0.0));
+    m_scenario.joints[0].coordinates[0].motion = PrescribedMotion(Expression(0.0));
     EXPECT_EQ(EnergyTable(m_scenario, Record(1)), "");
 }
 
