@@ -18,6 +18,7 @@ using namespace scenario;
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 /// A coupling that writes down its calls, answers as told, and pulls every body back to z = 0 with 100 N/m.
@@ -241,6 +242,127 @@ TEST_F(CoupledRunTest, ResumedRunEqualsTheWholeOneToTheLastBit) {
     EXPECT_EQ(m_coupling.calls[0], "OpenProject run.vantor Veltrix3DDesign1");
     EXPECT_THAT(m_coupling.calls[3], HasSubstr("Analyze 0.12"));
     EXPECT_EQ(StatesFile(), whole);
+}
+
+/// A bob that flies and tumbles, and a shaft beside it, with everything between them that there is.
+class SixDegrees : public CoupledRunTest {
+protected:
+    void SetUp() override {
+        CoupledRunTest::SetUp();
+        Body& bob = m_scenario.bodies[0];
+        bob.principalInertia_B = {0.01, 0.02, 0.025};
+        bob.p_BC_B = {0.001, 0.0, 0.002};
+        Body shaft = bob;
+        shaft.name = "shaft";
+        shaft.objects = {};
+        m_scenario.bodies.push_back(shaft);
+        FreePlacement start;
+        start.turn = TurnBy({0.3, -0.2, 0.1});
+        start.angularVelocity_W = {1.0, 20.0, -3.0};
+        start.damping = 0.1;
+        start.angularDamping = 1e-3;
+        m_scenario.joints = {PlacementJoint("flight", JointType::Free, start),
+                             OneCoordinateJoint("spindle", JointType::Cylinder, Vector::UnitZ(), FreeMotion())};
+        m_scenario.joints[1].bodies = {1};
+        m_scenario.joints[1].coordinates.insert(m_scenario.joints[1].coordinates.begin(),
+                                                {Coordinate::Kind::Turn, FreeMotion()});
+        SpringElement spring;
+        spring.name = "coil";
+        spring.from.body = 1;
+        spring.from.X_BF.p_WB_W = {0.05, 0.0, 0.0};
+        spring.to.body = 0;
+        spring.stiffness = 30.0;
+        spring.damping = 0.2;
+        m_scenario.springs = {spring};
+        Bushing bushing;
+        bushing.name = "mount";
+        bushing.to.body = 0;
+        bushing.angularStiffness = {0.1, 0.2, 0.3};
+        bushing.damping = {0.1, 0.0, 0.3};
+        m_scenario.bushings = {bushing};
+        m_scenario.loads = {{0,
+                             {Expression::Parse("0.1*x + t", Expression::Variables::TimeAndPlace), {}, {}},
+                             {},
+                             true,
+                             Vector(0.0, 0.01, 0.0)}};
+        m_scenario.stepping = {0.01, 20};
+    }
+};
+
+TEST_F(SixDegrees, ResumedRunEqualsTheWholeOneToTheLastBit) {
+    Run();
+    const std::string whole = StatesFile();
+    SetUp();
+    m_options.stepLimit = 8;
+    EXPECT_EQ(Run(), RunEnd::Interrupted);
+    m_options.stepLimit = -1;
+    m_options.resume = true;
+    EXPECT_EQ(Run(), RunEnd::Complete);
+    EXPECT_EQ(StatesFile(), whole);
+}
+
+TEST_F(SixDegrees, TellsByKeyWhatHasChangedSinceTheRunThatIsResumed) {
+    m_options.stepLimit = 2;
+    Run();
+    m_options.resume = true;
+    std::get<FreePlacement>(m_scenario.joints[0].placement).angularVelocity_W.z() = 5.0;
+    m_scenario.springs[0].damping = 0.3;
+    m_scenario.bushings[0].stiffness.x() = 7.0;
+    m_scenario.loads[0].isInBodyAxes = false;
+    const std::string refusal = RefusalOf();
+    EXPECT_THAT(refusal, HasSubstr("/bushings/mount/stiffness was 0, 0, 0, is 7, 0, 0.\n"));
+    EXPECT_THAT(refusal, HasSubstr("/joints/flight/free/angularVelocity was 1, 20, -3, is 1, 20, 5.\n"));
+    EXPECT_THAT(refusal, HasSubstr("/loads/0/axes was body, is global.\n"));
+    EXPECT_THAT(refusal, HasSubstr("/springs/coil/damping was 0.2, is 0.3.\n"));
+}
+
+TEST_F(SixDegrees, AnotherTypeOfJointCannotBeForced) {
+    m_options.stepLimit = 2;
+    Run();
+    m_options.resume = true;
+    m_options.force = true;
+    m_scenario.joints[0].type = JointType::Ball;
+    EXPECT_THAT(RefusalOf(), HasSubstr("cannot resume: joint \"flight\" was of another type then."));
+}
+
+TEST_F(CoupledRunTest, RefusesToResumeTheStateOfAnEarlierVersion) {
+    m_options.stepLimit = 2;
+    Run();
+    m_options.resume = true;
+    m_options.force = true;
+    const std::filesystem::path file = m_scenario.outputFolder / "run.state.json";
+    std::string state = ReadFile(file);
+    state.replace(state.find("\"format\": 2"), 11, "\"format\": 1");
+    ReplaceFile(file, state);
+    EXPECT_THAT(RefusalOf(),
+                HasSubstr("the run was made by another version of this program; start again without --resume."));
+}
+
+TEST_F(SixDegrees, StatesNameEveryQuantityWithItsUnit) {
+    m_scenario.stepping = {0.01, 0};
+    Run();
+    const std::string states = StatesFile();
+    const std::string head = states.substr(0, states.find('\n'));
+    EXPECT_THAT(head, HasSubstr(",flight.Displacement x [m],flight.Displacement y [m],flight.Displacement z [m],"
+                                "flight.Velocity x [m/s],flight.Velocity y [m/s],flight.Velocity z [m/s],"
+                                "flight.Turn x [rad],flight.Turn y [rad],flight.Turn z [rad],"
+                                "flight.Angular velocity x [rad/s],"));
+    EXPECT_THAT(head, HasSubstr(",flight.Field force x [N],flight.Field force y [N],flight.Field force z [N],"
+                                "flight.Field torque x [N m],flight.Field torque y [N m],flight.Field torque z [N m],"
+                                "flight.Load x [N],flight.Load y [N],flight.Load z [N],"
+                                "flight.Load torque x [N m],flight.Load torque y [N m],flight.Load torque z [N m],"
+                                "flight.Kinetic [J],flight.Potential [J],flight.Field work [J],flight.Load work [J],"
+                                "flight.Element work [J],flight.Dissipated [J],flight.Imbalance [J],"));
+    EXPECT_THAT(head, HasSubstr(",spindle.Turn [rad],spindle.Turn speed [rad/s],spindle.Turn field torque [N m],"
+                                "spindle.Turn load [N m],spindle.Slide [m],spindle.Slide speed [m/s],"
+                                "spindle.Slide field force [N],spindle.Slide load [N],spindle.Kinetic [J],"));
+    EXPECT_THAT(head, EndsWith(",coil.Length [m],coil.Force [N],coil.Potential [J],coil.Dissipated [J],"
+                               "mount.Way x [m],mount.Way y [m],mount.Way z [m],"
+                               "mount.Turn x [rad],mount.Turn y [rad],mount.Turn z [rad],"
+                               "mount.Bushing force x [N],mount.Bushing force y [N],mount.Bushing force z [N],"
+                               "mount.Bushing torque x [N m],mount.Bushing torque y [N m],mount.Bushing torque z [N m],"
+                               "mount.Potential [J],mount.Dissipated [J]"));
+    EXPECT_EQ(std::count(head.begin(), head.end(), ','), std::count(states.begin(), states.end(), ',') / 2);
 }
 
 TEST_F(CoupledRunTest, ResumeDropsLinesBeyondTheSavedState) {

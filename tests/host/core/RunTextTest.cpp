@@ -77,6 +77,61 @@ TEST_F(RunTextTest, EnergyTableIsForFreeJointsOnly) {
     EXPECT_EQ(EnergyTable(m_scenario, Record(1)), "");
 }
 
+/// A free joint, a spring and a bushing.
+class SixDegreesText : public RunTextTest {
+protected:
+    void SetUp() override {
+        RunTextTest::SetUp();
+        FreePlacement start;
+        start.angularVelocity_W = {0.0, 0.0, 150.0};
+        start.angularDamping = 1e-6;
+        m_scenario.joints = {PlacementJoint("flight", JointType::Free, start)};
+        SpringElement spring;
+        spring.name = "coil";
+        spring.to.body = 0;
+        spring.stiffness = 200.0;
+        spring.length = 0.04;
+        m_scenario.springs = {spring};
+        m_scenario.loads = {
+            {0, {Expression::Parse("-5*x", Expression::Variables::TimeAndPlace), {}, {}}, {}, true, Vector::Zero()}};
+        m_record = Record(2);
+        m_record.mechanism.joints[0].coordinates.clear();
+        m_record.mechanism.joints[0].placement.displacement_W = {0.0, 1e-20, 0.0025};
+        m_record.mechanism.joints[0].placement.swept_W = {0.0, 0.0, 12.566370614359172};
+        m_record.mechanism.joints[0].energy.elementWork = 0.25;
+        m_record.mechanism.springs.resize(1);
+        m_record.mechanism.springs[0].potential = 0.125;
+        m_record.mechanism.springs[0].dissipated = 0.5;
+    }
+
+    StepRecord m_record;
+};
+
+TEST_F(SixDegreesText, StepLineHoldsWayAndTurns) {
+    EXPECT_EQ(StepLine(m_scenario, m_record),
+              "step 2/4  1 s  rotor (1.25, 0, 0) N  flight (0, 0, 2.5) mm (0, 0, 720) deg");
+}
+
+TEST_F(SixDegreesText, EnergyTableHasTheWorkOfSprings) {
+    EXPECT_EQ(EnergyTable(m_scenario, m_record),
+              "Energy, J: gain of kinetic and potential energy + dissipated = field work + load work + work of springs "
+              "and bushings + imbalance\n"
+              "joint                gain   field work    load work      springs   dissipated    imbalance\n"
+              "flight                  0            0            0         0.25            0        -0.25\n"
+              "springs and bushings hold 0.125 J and have dissipated 0.5 J\n");
+}
+
+TEST_F(SixDegreesText, ModelNamesJointsSpringsAndLoads) {
+    const std::string model = ModelText(m_scenario);
+    EXPECT_THAT(model,
+                HasSubstr("  free \"flight\" about (0, 0, 0) m, moves rotor\n"
+                          "    free, starts displaced by (0, 0, 0) m with (0, 0, 0) m/s, turned by (0, 0, 0) rad "
+                          "with (0, 0, 150) rad/s, angular damping 1e-06\n"));
+    EXPECT_THAT(model, HasSubstr("springs and bushings\n  spring \"coil\" from the ground at (0, 0, 0) m to rotor at "
+                                 "(0, 0, 0) m: stiffness 200, damping 0, relaxed at 0.04 m\n"));
+    EXPECT_THAT(model, HasSubstr("loads\n  on rotor in its own axes: force (-5*x, 0, 0) N, torque (0, 0, 0) N m\n"));
+}
+
 TEST_F(RunTextTest, FailureListsMessagesAndAdvice) {
     OperationFailed failure("Analyze failed: step 1 at 0.05 s.", {"Look at the poses."});
     failure.messages = {{Severity::Error, "bodies overlap"}, {Severity::Info, "pass 1"}};
