@@ -54,3 +54,35 @@ plot for [i=1:3] expected("tilted-magnets", "scenario") using "Time [s]":(column
          with lines smooth csplines lw 2 lc rgb word(blue . " " . red . " " . "#228833", i) title word("x y z", i) . ", Coulomb's law between the faces", \
      for [i=1:3] states("tilted-magnets", "states.csv") using "Time [s]":(column(tilted(word("x y z", i)))) \
          with points pt 7 ps 0.6 lc rgb dark title i == 1 ? "run" : ""
+
+set output picture("levitating-top-hovering")
+set title "Levitating top: hovering at 22 revolutions per second"
+set xlabel "time (s)"; set ylabel "way from the drawn place (mm)"
+way(axis) = sprintf("flight.Displacement %s [m]", axis)
+plot for [i=1:3] expected("levitating-top", "hovering") using "Time [s]":(1000 * column(way(word("x y z", i)))) \
+         with lines lw 2 lc rgb word(blue . " " . red . " #228833", i) title word("x y z", i) . ", independent integration", \
+     for [i=1:3] states("levitating-top", "hovering.states.csv") every 10 using "Time [s]":(1000 * column(way(word("x y z", i)))) \
+         with points pt 7 ps 0.4 lc rgb dark title i == 1 ? "run, every tenth step" : ""
+
+set output picture("levitating-top-falling")
+set title "Levitating top: falling at 12 revolutions per second"
+set xlabel "time (s)"; set ylabel "height of the middle (mm)"; set y2label "way sideways (mm)"; set y2tics; set ytics nomirror
+height = "flight.Displacement z [m]"
+plot expected("levitating-top", "falling") using "Time [s]":(39 + 1000 * column(height)) with lines lw 2 lc rgb "#228833" title "height", \
+     for [i=1:2] expected("levitating-top", "falling") using "Time [s]":(1000 * column(way(word("x y", i)))) axes x1y2 \
+         with lines lw 2 lc rgb word(blue . " " . red, i) title word("x y", i) . " (right axis)", \
+     states("levitating-top", "falling.states.csv") every 5 using "Time [s]":(39 + 1000 * column(height)) \
+         with points pt 7 ps 0.4 lc rgb dark title "run, every fifth step", \
+     for [i=1:2] states("levitating-top", "falling.states.csv") every 5 using "Time [s]":(1000 * column(way(word("x y", i)))) axes x1y2 \
+         with points pt 7 ps 0.4 lc rgb dark title ""
+unset y2label; unset y2tics; set ytics mirror
+
+set output picture("radial-bearing")
+set title "Radial bearing: the rotor's middle settles"
+set xlabel "time (s)"; set ylabel "way from the middle (mm)"
+shaft(axis) = sprintf("shaft.Displacement %s [m]", axis)
+plot for [i=1:3] expected("radial-bearing", "settling") using "Time [s]":(1000 * column(shaft(word("x y z", i)))) \
+         with lines lw 2 lc rgb word(blue . " " . red . " #228833", i) \
+         title word("axial sideways vertical", i) . ", independent integration", \
+     for [i=1:3] states("radial-bearing", "settling.states.csv") every 3 using "Time [s]":(1000 * column(shaft(word("x y z", i)))) \
+         with points pt 7 ps 0.4 lc rgb dark title i == 1 ? "run, every third step" : ""

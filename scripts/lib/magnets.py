@@ -1,9 +1,9 @@
-"""Forces between uniformly magnetised blocks, independent of the simulator's solver.
+"""Forces between uniformly magnetised magnets, independent of the simulator's solver.
 
-Two ways: the closed form for parallel cuboids (G. Akoun, J.-P. Yonnet, "3D analytical calculation of the forces exerted
+Three ways: the closed form for parallel cuboids (G. Akoun, J.-P. Yonnet, "3D analytical calculation of the forces exerted
 between two cuboidal magnets", IEEE Transactions on Magnetics 20 (1984) 1962-1964), and Coulomb's law between the charged
-faces with Gauss-Legendre quadrature, for blocks turned any way. Lengths in metres, polarisations in tesla, forces in
-newtons, torques in newton metres.
+faces with Gauss-Legendre quadrature, for magnets turned any way; and, in the field of polygonal rings about one axis, its
+expansion in Legendre polynomials. Lengths in metres, polarisations in tesla, forces in newtons, torques in newton metres.
 """
 from itertools import product
 from math import atan, cos, log, pi, sin, sqrt
@@ -117,3 +117,97 @@ def charge_load(sources, targets, point):
             force[axis] += pull[axis]
             torque[axis] += moment[axis]
     return force, torque
+
+
+def polygon_ring_faces(centre, radii, sides, half_height, polarisation, count):
+    """Point charges (place, charge) of both charged faces of a regular polygonal ring about z, magnetised along z.
+
+    radii: of the inner and outer corners (inner 0: a disc); the first side's middle lies in the direction of x;
+    count: points along and across every side.
+    """
+    inner, outer = radii
+    half_angle = pi / sides
+    charges = []
+    for side, (s, weight_s), (t, weight_t) in product(range(sides), gauss_legendre(count), gauss_legendre(count)):
+        radius = (inner + outer) / 2 + s * (outer - inner) / 2
+        along, across = radius * cos(half_angle), t * radius * sin(half_angle)
+        angle = 2 * half_angle * side
+        x, y = along * cos(angle) - across * sin(angle), along * sin(angle) + across * cos(angle)
+        area = weight_s * weight_t * (outer - inner) / 2 * cos(half_angle) * radius * sin(half_angle)
+        for end in (-1, 1):
+            charges.append(([centre[0] + x, centre[1] + y, centre[2] + end * half_height], end * polarisation * area))
+    return charges
+
+
+def solid_legendre(place, order):
+    """r^n P_n and r^(n-1) P_n' for n = 0 ... order at a place seen from the centre, z being the axis."""
+    z = place[2]
+    r2 = place[0] * place[0] + place[1] * place[1] + z * z
+    values, slopes = [1.0, z], [0.0, 1.0]
+    for n in range(2, order + 1):
+        values.append(((2 * n - 1) * z * values[-1] - (n - 1) * r2 * values[-2]) / n)
+        slopes.append(n * values[n - 1] + z * slopes[-1])
+    return values, slopes
+
+
+class AxialField:
+    """The field near a point of the z axis of charges that are (almost) symmetric about that axis.
+
+    The potential is the sum of c_n r^n P_n about the point, the part of the addition theorem that does not change with
+    the angle about the axis (J. D. Jackson, Classical Electrodynamics, 1999, chapter 3.3). Of regular polygons with N
+    sides at the distance R it leaves out terms that fall as the N-th power of r / R.
+    """
+
+    def __init__(self, charges, height, order):
+        self.height = height
+        coefficients = [0.0] * (order + 1)
+        for place, charge in charges:
+            d = [place[0], place[1], place[2] - height]
+            r2 = d[0] * d[0] + d[1] * d[1] + d[2] * d[2]
+            scale = charge / (4 * pi * MU0 * sqrt(r2))
+            for n, value in enumerate(solid_legendre(d, order)[0]):
+                coefficients[n] += scale * value
+                scale /= r2
+        self.coefficients = coefficients
+
+    def strength(self, place):
+        """H (A/m) at a place."""
+        d = (place[0], place[1], place[2] - self.height)
+        values, slopes = solid_legendre(d, len(self.coefficients) - 1)
+        across = along = 0.0
+        for n in range(1, len(self.coefficients)):
+            across += self.coefficients[n] * slopes[n - 1]
+            along -= self.coefficients[n] * n * values[n - 1]
+        return [across * d[0], across * d[1], along]
+
+    def load(self, charges):
+        """Force on the charges and torque about the origin."""
+        force, torque = [0.0] * 3, [0.0] * 3
+        for place, charge in charges:
+            pull = [charge * value for value in self.strength(place)]
+            moment = cross(place, pull)
+            for axis in range(3):
+                force[axis] += pull[axis]
+                torque[axis] += moment[axis]
+        return force, torque
+
+
+def on_axis(charges, count, reach):
+    """Charges on the z axis, `count` on each side of the origin and none farther than `reach`, that have the same first
+    odd axial moments (the integrals of r^n P_n for n = 1, 3 ... 2 count - 1) as the given ones, whose even ones vanish.
+
+    In the field of far charges they feel the same force and torque as a magnet that is symmetric about its axis.
+    """
+    places = [reach * (n + 1) / count for n in range(count)]
+    rows = [[2 * place ** (2 * k + 1) for place in places] + [0.0] for k in range(count)]
+    for place, charge in charges:
+        values = solid_legendre(place, 2 * count - 1)[0]
+        for k, row in enumerate(rows):
+            row[-1] += charge * values[2 * k + 1]
+    # Gauss and Jordan's elimination; the pivots of such rows are never zero.
+    for i, pivot in enumerate(rows):
+        rows[i] = pivot = [value / pivot[i] for value in pivot]
+        for j, row in enumerate(rows):
+            if j != i:
+                rows[j] = [value - row[i] * other for value, other in zip(row, pivot)]
+    return [([0.0, 0.0, side * place], side * row[-1]) for place, row in zip(places, rows) for side in (-1, 1)]

@@ -45,6 +45,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Example{"magnetic-spring/scenario", "states.csv", "carriage.Coordinate [m]", 0.02},
                     Example{"pendulum/scenario", "states.csv", "hinge.Coordinate [rad]", 0.02},
                     Example{"tilted-magnets/scenario", "states.csv", "right.Torque_z [mN m]", 1e-4},
+                    Example{"levitating-top/hovering", "hovering.states.csv", "flight.Displacement y [m]", 0.03},
+                    Example{"levitating-top/falling", "falling.states.csv", "flight.Displacement y [m]", 0.01},
+                    Example{"radial-bearing/settling", "settling.states.csv", "shaft.Displacement y [m]", 0.01},
                     Example{"axial-coupling/torque", "torque.states.csv", "driven.Torque_x [mN m]", 1e-3},
                     Example{"axial-coupling/following", "following.states.csv", "driven_hinge.Coordinate [rad]", 0.002},
                     Example{"axial-coupling/slipping", "slipping.states.csv", "driven_hinge.Coordinate [rad]", 0.02}));
