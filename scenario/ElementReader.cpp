@@ -17,13 +17,7 @@ constexpr double atOnePlace = 1e-9;
 /// Reads them one after the other.
 class ElementReader {
 public:
-    explicit ElementReader(Scenario& scenario) : m_scenario(scenario), m_jointOfBody(scenario.bodies.size()) {
-        for (const Joint& joint : scenario.joints) {
-            for (const std::size_t body : joint.bodies) {
-                m_jointOfBody[body] = &joint;
-            }
-        }
-    }
+    explicit ElementReader(Scenario& scenario) : m_scenario(scenario), m_jointOfBody(scenario.JointOfEachBody()) {}
 
     SpringElement ReadSpring(const Node& node) const;
     Bushing ReadBushing(const Node& node) const;
@@ -33,14 +27,16 @@ public:
 private:
     Attachment ReadAttachment(const Node& node) const;
     Pose DrawnPose(const Attachment& attachment) const;
-    const Joint* JointOf(const Attachment& end) const { return end.body ? m_jointOfBody[*end.body] : nullptr; }
+    /// Null for what stands still.
+    const Joint* JointOf(std::optional<std::size_t> body) const {
+        return body && m_jointOfBody[*body] ? &m_scenario.joints[*m_jointOfBody[*body]] : nullptr;
+    }
     void RequireDeflection(const Node& node, const Attachment& from, const Attachment& to) const;
     std::array<Expression, 3> ReadFormulas(const Node& node, const Vector& place_W) const;
     void WarnOfNoEffect(const Node& node, std::size_t body) const;
 
     Scenario& m_scenario;
-    /// Null for a body that hangs on none.
-    std::vector<const Joint*> m_jointOfBody;
+    std::vector<std::optional<std::size_t>> m_jointOfBody;
 };
 
 /// A body that there is not is nowhere.
@@ -70,13 +66,13 @@ void ElementReader::RequireDeflection(const Node& node, const Attachment& from, 
     if (node.At("from").Has("body") != from.body.has_value() || node.At("to").Has("body") != to.body.has_value()) {
         return;
     }
-    const Joint* joint = JointOf(from);
+    const Joint* joint = JointOf(from.body);
     std::string where;
     if (from.body && from.body == to.body) {
         where = fmt::format("on body \"{}\"", m_scenario.bodies[*from.body].name);
-    } else if (joint && joint == JointOf(to)) {
+    } else if (joint && joint == JointOf(to.body)) {
         where = fmt::format("on bodies that joint \"{}\" moves as one", joint->name);
-    } else if (!joint && !JointOf(to)) {
+    } else if (!joint && !JointOf(to.body)) {
         where = "on what stands still, the ground and bodies on no joint";
     } else {
         return;
@@ -143,7 +139,7 @@ std::array<Expression, 3> ElementReader::ReadFormulas(const Node& node, const Ve
 
 void ElementReader::WarnOfNoEffect(const Node& node, std::size_t body) const {
     const std::string& name = m_scenario.bodies[body].name;
-    const Joint* joint = m_jointOfBody[body];
+    const Joint* joint = JointOf(body);
     if (!joint) {
         m_scenario.warnings.push_back(
             node.Line(fmt::format("the load has no effect: body \"{}\" is on no joint and stands still.", name)));

@@ -9,24 +9,15 @@
 namespace kinora::scenario {
 namespace {
 
-/// About the axis of a hinge or cylinder.
-double MomentOfInertia(const Body& body, const Joint& joint) {
-    const auto& [p_WB_W, R_WB] = body.X_WB0;
-    const Vector axis_B = R_WB.transpose() * joint.axis_W;
-    const Vector p_JC_W = p_WB_W + R_WB * body.p_BC_B - joint.p_WJ_W;
-    return axis_B.cwiseAbs2().dot(body.principalInertia_B) + body.mass * p_JC_W.cross(joint.axis_W).squaredNorm();
-}
-
 /// A free coordinate without inertia has no equation of motion.
 /// @param node  of the free motion
 void CheckCoordinate(const Node& node, const Joint& joint, const Coordinate& coordinate,
                      const std::vector<Body>& bodies) {
     const bool isSlide = coordinate.kind == Coordinate::Kind::Slide;
-    double inertia = std::get<FreeMotion>(coordinate.motion).addedInertia;
-    for (const std::size_t body : joint.bodies) {
-        inertia += isSlide ? bodies[body].mass : MomentOfInertia(bodies[body], joint);
-    }
-    if (inertia <= 0.0) {
+    const MassProperties together = Together(bodies, joint.bodies);
+    const double ofBodies =
+        isSlide ? together.mass : joint.axis_W.dot(together.InertiaAbout(joint.p_WJ_W) * joint.axis_W);
+    if (std::get<FreeMotion>(coordinate.motion).addedInertia + ofBodies <= 0.0) {
         node.Report(fmt::format("nothing on this joint has {}; give it to the bodies, or give \"inertia\" here.",
                                 isSlide ? "a mass" : "a moment of inertia"));
     }

@@ -26,4 +26,14 @@ bool Joint::IsFree() const {
                      : std::holds_alternative<FreePlacement>(placement);
 }
 
+std::vector<std::optional<std::size_t>> Scenario::JointOfEachBody() const {
+    std::vector<std::optional<std::size_t>> jointOfBody(bodies.size());
+    for (std::size_t joint = 0; joint < joints.size(); ++joint) {
+        for (const std::size_t body : joints[joint].bodies) {
+            jointOfBody[body] = joint;
+        }
+    }
+    return jointOfBody;
+}
+
 } // namespace kinora::scenario

@@ -159,6 +159,9 @@ struct Scenario {
     std::optional<std::filesystem::path> csvFile;
     /// What can be run but looks like a slip: lines with file, line and JSON pointer.
     std::vector<std::string> warnings;
+
+    /// The joint that moves each body; nothing for one that stands still.
+    std::vector<std::optional<std::size_t>> JointOfEachBody() const;
 };
 
 } // namespace kinora::scenario

@@ -4,12 +4,7 @@ namespace kinora::host {
 
 using namespace scenario;
 
-Elements::Elements(const Scenario& scenario) : m_scenario(scenario), m_jointOfBody(scenario.bodies.size()) {
-    for (std::size_t joint = 0; joint < scenario.joints.size(); ++joint) {
-        for (const std::size_t body : scenario.joints[joint].bodies) {
-            m_jointOfBody[body] = joint;
-        }
-    }
+Elements::Elements(const Scenario& scenario) : m_scenario(scenario), m_jointOfBody(scenario.JointOfEachBody()) {
     for (const SpringElement& spring : scenario.springs) {
         m_ends.push_back({&spring.from, &spring.to, {}, {}});
     }

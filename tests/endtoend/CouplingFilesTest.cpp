@@ -61,10 +61,10 @@ TEST_F(CouplingFiles, LogHasItsHeaderAndOneLinePerStepWithWindowsLineEnds) {
     const std::vector<std::string> lines = Lines(log);
     ASSERT_EQ(lines.size(), 22u);
     for (int step = 0; step <= 20; ++step) {
-        // Step, time and the pose of the first body are exact; the identity's second angle is a negative zero.
-        const std::string start = std::to_string(step) + "," + Number(0.05 * step) + ",0,0,0,0,-0,0,";
+        // Step, time and the pose of the first body are exact; no angle of a body that is not turned has a sign.
+        const std::string start = std::to_string(step) + "," + Number(0.05 * step) + ",0,0,0,0,0,0,";
         EXPECT_THAT(lines[static_cast<std::size_t>(step) + 1], StartsWith(start));
-        const std::string pose = ",0,0," + Number(0.012 + 0.001 * step) + ",0,-0,0,";
+        const std::string pose = ",0,0," + Number(0.012 + 0.001 * step) + ",0,0,0,";
         EXPECT_THAT(lines[static_cast<std::size_t>(step) + 1], testing::HasSubstr(pose));
     }
 }
