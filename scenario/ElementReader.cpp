@@ -32,7 +32,7 @@ private:
         return body && m_jointOfBody[*body] ? &m_scenario.joints[*m_jointOfBody[*body]] : nullptr;
     }
     void RequireDeflection(const Node& node, const Attachment& from, const Attachment& to) const;
-    std::array<Expression, 3> ReadFormulas(const Node& node, const Vector& place_W) const;
+    static std::array<Expression, 3> ReadFormulas(const Node& node, const Vector& place_W);
     void WarnOfNoEffect(const Node& node, std::size_t body) const;
 
     Scenario& m_scenario;
@@ -118,7 +118,7 @@ Bushing ElementReader::ReadBushing(const Node& node) const {
 }
 
 /// @param place_W  where the formulas must have a value at time 0
-std::array<Expression, 3> ElementReader::ReadFormulas(const Node& node, const Vector& place_W) const {
+std::array<Expression, 3> ElementReader::ReadFormulas(const Node& node, const Vector& place_W) {
     std::array<Expression, 3> formulas;
     for (std::size_t i = 0; i < formulas.size(); ++i) {
         const std::optional<Expression> formula = node.At(i).Formula(Expression::Variables::TimeAndPlace);

@@ -13,10 +13,10 @@ struct BinaryFunction;
 
 /// A formula of time and, where that makes sense, of a joint's coordinate or of a place.
 ///
-/// Numbers, + - * / ^ (right-associative), parentheses, the variables `t` (seconds), `q` (coordinate) and `x`, `y`, `z`
-/// (place, metres), the constants `pi`, `deg` (pi/180), `mm` (0.001), `gram` (0.001) and `gn` (9.80665, free fall), and the functions sin, cos, tan,
-/// asin, acos, atan, sqrt, exp, log, abs, step (0 below 0, else 1), min, max and atan2. Angles are radians: write
-/// 30*deg.
+/// Numbers, + - * / ^ (right-associative), parentheses, the variables `t` (seconds), `q` (coordinate) and `x`, `y`,
+/// `z` (place, metres), the constants `pi`, `deg` (pi/180), `mm` (0.001), `gram` (0.001) and `gn` (9.80665, free
+/// fall), and the functions sin, cos, tan, asin, acos, atan, sqrt, exp, log, abs, step (0 below 0, else 1), min, max
+/// and atan2. Angles are radians: write 30*deg.
 class Expression {
 public:
     /// Which variables a formula may name.

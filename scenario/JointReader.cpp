@@ -86,7 +86,7 @@ void JointReader::ReadMotion(const Node& node, Joint& joint) const {
     } else if (joint.type == JointType::Hinge) {
         joint.coordinates = {ReadCoordinate(inner, Coordinate::Kind::Turn, motion == "free", "a hinge")};
     } else if (motion == "free") {
-        joint.placement = m_placements.ReadFree(inner, joint.type);
+        joint.placement = PlacementReader::ReadFree(inner, joint.type);
     } else {
         joint.placement = m_placements.ReadPrescribed(inner, joint.type);
     }
@@ -99,7 +99,7 @@ Coordinate JointReader::ReadCoordinate(const Node& node, Coordinate::Kind kind, 
     Coordinate coordinate;
     coordinate.kind = kind;
     if (isFree) {
-        coordinate.motion = m_motions.ReadFree(node, kind);
+        coordinate.motion = MotionReader::ReadFree(node, kind);
     } else {
         coordinate.motion = m_motions.ReadPrescribed(node, kind);
     }

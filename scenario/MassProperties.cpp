@@ -16,6 +16,7 @@ Matrix MassProperties::InertiaAbout(const Vector& p_WO_W) const {
 
 MassProperties Together(const std::vector<Body>& bodies, const std::vector<std::size_t>& members) {
     std::vector<Vector> centres_W;
+    centres_W.reserve(members.size());
     for (const std::size_t member : members) {
         centres_W.push_back((bodies[member].X_WB0 * Pose{bodies[member].p_BC_B}).p_WB_W);
     }

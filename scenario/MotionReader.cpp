@@ -89,7 +89,7 @@ PrescribedMotion MotionReader::ReadFormula(const Node& node, Coordinate::Kind ki
     return PrescribedMotion(formula);
 }
 
-FreeMotion MotionReader::ReadFree(const Node& node, Coordinate::Kind kind) const {
+FreeMotion MotionReader::ReadFree(const Node& node, Coordinate::Kind kind) {
     FreeMotion motion;
     motion.start = node.Has("start") ? ReadCoordinate(node.At("start"), kind) : 0.0;
     motion.speed = node.NumberOr("speed", 0.0);

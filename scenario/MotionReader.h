@@ -22,7 +22,7 @@ public:
 
     /// Either an expression or a table.
     PrescribedMotion ReadPrescribed(const Node& node, Coordinate::Kind kind) const;
-    FreeMotion ReadFree(const Node& node, Coordinate::Kind kind) const;
+    static FreeMotion ReadFree(const Node& node, Coordinate::Kind kind);
 
 private:
     PrescribedMotion ReadFormula(const Node& node, Coordinate::Kind kind) const;

@@ -18,8 +18,8 @@ struct AxisTurn {
     PrescribedMotion angle;
 };
 
-/// Turns given by pairs of time and unit quaternion. Between two of them the turn goes on about a fixed axis, at constant
-/// speed and the shorter way; it stands still before the first and after the last.
+/// Turns given by pairs of time and unit quaternion. Between two of them the turn goes on about a fixed axis, at
+/// constant speed and the shorter way; it stands still before the first and after the last.
 struct TurnTable {
     /// Times strictly ascending; at least one row.
     std::vector<std::pair<double, Quaternion>> rows;

@@ -82,7 +82,7 @@ PrescribedTurn PlacementReader::ReadTurn(const Node& node) const {
     return PrescribedTurn(AxisTurn{axis->Direction(), m_motions.ReadPrescribed(node, Coordinate::Kind::Turn)});
 }
 
-FreePlacement PlacementReader::ReadFree(const Node& node, JointType type) const {
+FreePlacement PlacementReader::ReadFree(const Node& node, JointType type) {
     FreePlacement placement;
     if (type == JointType::Ball) {
         node.AllowOnly({"turn", "angularVelocity", "angularDamping"}, "a ball");

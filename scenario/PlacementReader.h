@@ -13,7 +13,7 @@ public:
     explicit PlacementReader(const MotionReader& motions) : m_motions(motions) {}
 
     PrescribedPlacement ReadPrescribed(const Node& node, JointType type) const;
-    FreePlacement ReadFree(const Node& node, JointType type) const;
+    static FreePlacement ReadFree(const Node& node, JointType type);
 
 private:
     PrescribedTurn ReadTurn(const Node& node) const;

@@ -18,7 +18,8 @@ namespace kinora::scenario {
 //   B   the frame of a body, B0 the same as the geometry is drawn;
 //   D   the body's coordinate system in the desktop: W while the body is as drawn, moving with the body from there.
 //
-// C is a centre of mass, J a joint's point, F the frame of an attachment. Metres, newtons, newton metres, radians throughout.
+// C is a centre of mass, J a joint's point, F the frame of an attachment. Metres, newtons, newton metres, radians
+// throughout.
 
 using Vector = Eigen::Vector3d;
 using Matrix = Eigen::Matrix3d;

@@ -92,7 +92,7 @@ Matrix ReadRotation(const Node& node) {
 Quaternion ReadQuaternion(const Node& node, std::size_t first) {
     const Quaternion quaternion(node.At(first).Number(), node.At(first + 1).Number(), node.At(first + 2).Number(),
                                 node.At(first + 3).Number());
-    const Quaternion unit = quaternion.normalized();
+    Quaternion unit = quaternion.normalized();
     const double length = quaternion.norm();
     if (length == 0.0) {
         node.Report("a quaternion must not be 0, 0, 0, 0; not turned is 1, 0, 0, 0.");

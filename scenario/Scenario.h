@@ -42,8 +42,8 @@ struct Body {
     Vector principalInertia_B = Vector::Zero();
 };
 
-/// Slider: a way along an axis. Hinge: a turn about an axis. Cylinder: both. Ball: every turn about a point. Free: every
-/// turn and every way.
+/// Slider: a way along an axis. Hinge: a turn about an axis. Cylinder: both. Ball: every turn about a point. Free:
+/// every turn and every way.
 enum class JointType { Slider, Hinge, Cylinder, Ball, Free };
 
 /// As scenarios write it.
@@ -58,8 +58,8 @@ struct Coordinate {
     bool IsFree() const { return std::holds_alternative<FreeMotion>(motion); }
 };
 
-/// Moves one or more bodies as one. The joint's point J is where it is drawn, p_WJ_W, when the bodies are in their drawn
-/// poses.
+/// Moves one or more bodies as one. The joint's point J is where it is drawn, p_WJ_W, when the bodies are in their
+/// drawn poses.
 struct Joint {
     std::string name;
     JointType type = JointType::Slider;

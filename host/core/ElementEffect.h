@@ -31,10 +31,10 @@ struct ElementEffect {
 /// @throws RunError  its ends have come together
 ElementEffect EffectOf(const scenario::SpringElement& spring, const scenario::Pose& X_WF, const scenario::Pose& X_WG);
 
-/// Of a bushing between two frames. Force and torque are the derivatives of its potential energy, 1/2 k d^2 of every way
-/// d and turn (component of the rotation vector) d, so that it is conservative however far it is turned; half a turn at
-/// most. (Derivative of the rotation vector: J. Sola, J. Deray, D. Atchuthan, "A micro Lie theory for state estimation in
-/// robotics", arXiv:1812.01537, equation 146.)
+/// Of a bushing between two frames. Force and torque are the derivatives of its potential energy, 1/2 k d^2 of every
+/// way d and turn (component of the rotation vector) d, so that it is conservative however far it is turned; half a
+/// turn at most. (Derivative of the rotation vector: J. Sola, J. Deray, D. Atchuthan, "A micro Lie theory for state
+/// estimation in robotics", arXiv:1812.01537, equation 146.)
 /// @throws RunError  it is turned by half a turn
 ElementEffect EffectOf(const scenario::Bushing& bushing, const scenario::Pose& X_WF, const scenario::Pose& X_WG);
 

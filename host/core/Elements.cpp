@@ -13,7 +13,7 @@ Elements::Elements(const Scenario& scenario) : m_scenario(scenario), m_jointOfBo
     }
 }
 
-Pose Elements::FrameOf(const Attachment& attachment, const std::vector<Pose>& poses) const {
+Pose Elements::FrameOf(const Attachment& attachment, const std::vector<Pose>& poses) {
     return attachment.body ? poses[*attachment.body] * attachment.X_BF : attachment.X_BF;
 }
 

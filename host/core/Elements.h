@@ -40,7 +40,7 @@ private:
         scenario::Pose X_WG;
     };
 
-    scenario::Pose FrameOf(const scenario::Attachment& attachment, const std::vector<scenario::Pose>& poses) const;
+    static scenario::Pose FrameOf(const scenario::Attachment& attachment, const std::vector<scenario::Pose>& poses);
     /// Joint and sign of each end that a joint moves.
     std::vector<std::pair<std::size_t, double>> JointsOf(const Ends& ends) const;
     DamperRow RowOf(std::size_t element, const Damper& damper) const;

@@ -1,7 +1,6 @@
 #include "host/core/FreeTurn.h"
 
 #include <Eigen/Eigenvalues>
-#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -13,9 +12,13 @@ namespace {
 
 constexpr double longestStretch = 0.1; // radians
 
-/// Kahan and Li's nine stages of order six, from the first to the middle one; the others mirror them.
-constexpr std::array<double, 5> stages = {0.39216144400731413928, 0.33259913678935943860, -0.70624617255763935981,
-                                          0.082213596293550800230, 0.79854399093482996340};
+/// Kahan and Li's nine stages of order six: from the middle one on they mirror the first ones.
+constexpr double stage1 = 0.39216144400731413928;
+constexpr double stage2 = 0.33259913678935943860;
+constexpr double stage3 = -0.70624617255763935981;
+constexpr double stage4 = 0.082213596293550800230;
+constexpr double stage5 = 0.79854399093482996340;
+constexpr std::array<double, 9> stages = {stage1, stage2, stage3, stage4, stage5, stage4, stage3, stage2, stage1};
 
 class Splitting {
 public:
@@ -25,8 +28,8 @@ public:
     }
 
     void Advance(double duration) {
-        for (std::size_t stage = 0; stage < 2 * stages.size() - 1; ++stage) {
-            Stage(duration * stages[std::min(stage, 2 * stages.size() - 2 - stage)]);
+        for (const double stage : stages) {
+            Stage(duration * stage);
         }
     }
 

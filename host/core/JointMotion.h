@@ -27,8 +27,8 @@ struct Screws {
 /// each other, but for the turns of a rigid body.
 using MassMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 6, 6>;
 
-/// The bodies of one joint as one rigid body: how they are moved, and how they move. The state is in the caller's record;
-/// what is said here of a part of it holds for the coordinates that are free.
+/// The bodies of one joint as one rigid body: how they are moved, and how they move. The state is in the caller's
+/// record; what is said here of a part of it holds for the coordinates that are free.
 class JointMotion {
 public:
     /// @param scenario  must outlive the result, the joint too

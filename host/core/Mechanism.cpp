@@ -232,12 +232,10 @@ void Mechanism::ApplyLoads(const std::vector<Load>& loads) {
         FlowAllDampers(0.5 * m_stepSeconds);
     }
     for (std::size_t joint = 0; joint < m_motions.size(); ++joint) {
-        const JointMotion& motion = *m_motions[joint];
-        JointRecord& record = m_records.joints[joint];
-        if (motion.Description().IsFree()) {
-            motion.RequireBounded(record, m_time, m_stepSeconds);
+        if (m_motions[joint]->Description().IsFree()) {
+            m_motions[joint]->RequireBounded(m_records.joints[joint], m_time, m_stepSeconds);
             UpdateStoredEnergy(joint);
-            KeepBooks(record);
+            KeepBooks(m_records.joints[joint]);
         }
     }
     UpdateElements();

@@ -18,12 +18,12 @@ struct MechanismRecord {
 /// The multibody side: bodies on joints, with springs and bushings between them, advanced by one force evaluation per
 /// step.
 ///
-/// A step is a Strang splitting: the speeds flow half a step under the forces at the old places, the bodies move a whole
-/// step at those speeds (momenta, where they turn about all axes), the speeds flow half a step under the forces at the
-/// new places. Without damping and friction this is symplectic, time-reversible and of second order; of one coordinate
-/// it is velocity Verlet. Damping and dry friction of a coordinate are solved exactly within the speed flow; all other
-/// dampers together, exactly too, before the first half and after the second.
-/// (E. Hairer, C. Lubich, G. Wanner, "Geometric Numerical Integration", chapters II and VII.)
+/// A step is a Strang splitting: the speeds flow half a step under the forces at the old places, the bodies move a
+/// whole step at those speeds (momenta, where they turn about all axes), the speeds flow half a step under the forces
+/// at the new places. Without damping and friction this is symplectic, time-reversible and of second order; of one
+/// coordinate it is velocity Verlet. Damping and dry friction of a coordinate are solved exactly within the speed
+/// flow; all other dampers together, exactly too, before the first half and after the second. (E. Hairer, C. Lubich,
+/// G. Wanner, "Geometric Numerical Integration", chapters II and VII.)
 ///
 /// Calls: `Start`, `ApplyLoads`, then per step `Move` and `ApplyLoads`.
 class Mechanism {

@@ -35,7 +35,7 @@ Vector PlacementMotion::Ways(const Generalised& values) const {
     return CanFly() ? Vector(values.head<3>()) : Vector::Zero();
 }
 
-Vector PlacementMotion::Turns(const Generalised& values) const {
+Vector PlacementMotion::Turns(const Generalised& values) {
     return values.tail<3>();
 }
 

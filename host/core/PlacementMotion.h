@@ -35,7 +35,7 @@ private:
     scenario::Vector CentreAt(const scenario::Vector& way_W, const scenario::Quaternion& turn) const;
     Generalised Join(const scenario::Vector& ways, const scenario::Vector& turns) const;
     scenario::Vector Ways(const Generalised& values) const;
-    scenario::Vector Turns(const Generalised& values) const;
+    static scenario::Vector Turns(const Generalised& values);
 
     /// What turns are about, as drawn: the centre of mass of a free joint, the point of a ball.
     scenario::Vector m_drawnCentre;

@@ -15,9 +15,9 @@ struct StateColumn {
     std::function<std::optional<double>(const StepRecord&)> value;
 };
 
-/// The host's own states, one line per step: places of the bodies and loads on them; places, speeds, forces and energies
-/// of the joints; forces and energies of springs and bushings.
-/// Comma-separated with a header that names quantity and unit; numbers keep every bit.
+/// The host's own states, one line per step: places of the bodies and loads on them; places, speeds, forces and
+/// energies of the joints; forces and energies of springs and bushings. Comma-separated with a header that names
+/// quantity and unit; numbers keep every bit.
 class StatesCsv {
 public:
     /// Starts a file, or goes on with one that has a header already.

@@ -145,8 +145,8 @@ TEST_F(ElementReaderCases, NamesKeysThatAreMissingOrUnknown) {
     EXPECT_EQ(FindingsOf(document), "/bushings/0: one of \"stiffness\", \"damping\", \"angularStiffness\" or "
                                     "\"angularDamping\" is wanted.");
     EXPECT_EQ(FindingsOf(WithLoad({{"body", "lid"}})), "/loads/0: one of \"force\" or \"torque\" is wanted.");
-    EXPECT_EQ(FindingsOf(WithLoad({{"body", "lid"}, {"force", {0, 0, 0}}, {"axes", "boddy"}})),
-              "/loads/0/axes: \"boddy\" is not allowed; use \"global\" or \"body\". Did you mean \"body\"?");
+    EXPECT_EQ(FindingsOf(WithLoad({{"body", "lid"}, {"force", {0, 0, 0}}, {"axes", "bodyy"}})),
+              "/loads/0/axes: \"bodyy\" is not allowed; use \"global\" or \"body\". Did you mean \"body\"?");
 }
 
 TEST_F(ElementReaderCases, SuggestsTheBodyThatWasMeant) {

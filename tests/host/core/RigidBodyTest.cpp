@@ -117,7 +117,8 @@ TEST(RigidBody, FlipsItsMiddleAxisInTheClosedFormsPeriod) {
     EXPECT_NEAR(crossings[3] - crossings[1], period, 1e-4 * period);
 }
 
-/// A symmetric heavy top on its tip (L. D. Landau, E. M. Lifshitz, "Mechanics", section 35): steady precession, I1 W^2 cos - I3 w3 W + m g l = 0.
+/// A symmetric heavy top on its tip (L. D. Landau, E. M. Lifshitz, "Mechanics", section 35): steady precession, I1
+/// W^2 cos - I3 w3 W + m g l = 0.
 TEST(RigidBody, PrecessesAsASymmetricHeavyTop) {
     const double arm = 0.04;
     const double tilt = 0.4;
