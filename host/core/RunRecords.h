@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/Mechanism.h"
+#include "host/mechanism/Mechanism.h"
 #include "interface/IKinoraVeltrixInterface.h"
 
 #include <vector>

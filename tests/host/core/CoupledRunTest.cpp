@@ -3,7 +3,7 @@
 #include "host/core/StateFile.h"
 #include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
-#include "tests/host/core/Joints.h"
+#include "tests/host/Joints.h"
 
 #include <algorithm>
 #include <fmt/format.h>

@@ -1,6 +1,6 @@
 #include "host/core/RunText.h"
 
-#include "tests/host/core/Joints.h"
+#include "tests/host/Joints.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>

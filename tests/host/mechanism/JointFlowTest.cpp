@@ -1,4 +1,4 @@
-#include "host/core/JointFlow.h"
+#include "host/mechanism/JointFlow.h"
 
 #include "scenario/Errors.h"
 

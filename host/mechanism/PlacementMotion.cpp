@@ -1,4 +1,4 @@
-#include "host/core/PlacementMotion.h"
+#include "host/mechanism/PlacementMotion.h"
 
 #include <cmath>
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "host/core/ElementEffect.h"
+#include "host/mechanism/ElementEffect.h"
 
 #include "scenario/Errors.h"
 

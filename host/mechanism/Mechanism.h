@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/Elements.h"
+#include "host/mechanism/Elements.h"
 #include "scenario/Scenario.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/JointMotion.h"
+#include "host/mechanism/JointMotion.h"
 
 namespace kinora::host {
 

@@ -1,4 +1,4 @@
-#include "host/core/FreeTurn.h"
+#include "host/mechanism/FreeTurn.h"
 
 #include <Eigen/Eigenvalues>
 #include <array>

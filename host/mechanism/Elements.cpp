@@ -1,4 +1,4 @@
-#include "host/core/Elements.h"
+#include "host/mechanism/Elements.h"
 
 namespace kinora::host {
 

@@ -1,7 +1,7 @@
-#include "host/core/Mechanism.h"
+#include "host/mechanism/Mechanism.h"
 
 #include "scenario/Errors.h"
-#include "tests/host/core/Joints.h"
+#include "tests/host/Joints.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/core/Mechanism.h"
+#include "host/mechanism/Mechanism.h"
 
 #include "scenario/Errors.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/core/FreeTurn.h"
-#include "host/core/JointMotion.h"
+#include "host/mechanism/FreeTurn.h"
+#include "host/mechanism/JointMotion.h"
 
 namespace kinora::host {
 

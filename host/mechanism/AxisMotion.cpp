@@ -1,4 +1,4 @@
-#include "host/core/AxisMotion.h"
+#include "host/mechanism/AxisMotion.h"
 
 #include <cmath>
 #include <fmt/format.h>

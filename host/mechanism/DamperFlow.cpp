@@ -1,4 +1,4 @@
-#include "host/core/DamperFlow.h"
+#include "host/mechanism/DamperFlow.h"
 
 #include <Eigen/Eigenvalues>
 #include <algorithm>
@@ -8,6 +8,11 @@ namespace kinora::host {
 namespace {
 
 using Array = Eigen::ArrayXd;
+
+/// For matrices as small as these; Eigen's product of large ones takes long to compile.
+Eigen::MatrixXd Times(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b) {
+    return a.lazyProduct(b);
+}
 
 /// The velocities of all joints in one vector, and where each degree of freedom stands in it.
 class Velocities {
@@ -96,9 +101,11 @@ public:
             damping += row.coefficient * own * own.transpose();
             push -= row.coefficient * (all.dot(velocities.values) - own.dot(pick * velocities.values)) * own;
         }
-        const Eigen::MatrixXd mass = pick * velocities.mass * velocities.free;
-        const Eigen::GeneralizedSelfAdjointEigenSolver<Eigen::MatrixXd> solver(damping, mass);
-        m_shapes = solver.eigenvectors();
+        const Eigen::MatrixXd mass = Times(Times(pick, velocities.mass), velocities.free);
+        // Modes of unit kinetic energy: with W = M^(-1/2), those of the symmetric W D W.
+        const Eigen::MatrixXd whitened = Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd>(mass).operatorInverseSqrt();
+        const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(Times(Times(whitened, damping), whitened));
+        m_shapes = Times(whitened, solver.eigenvectors());
         m_rates = solver.eigenvalues().array();
         // Rounding of modes that no damper brakes; nothing pushes them either.
         const double rounding = 1e-14 * std::max(0.0, m_rates.maxCoeff());
@@ -107,9 +114,9 @@ public:
         m_starts = (m_shapes.transpose() * (mass * (pick * velocities.values))).array();
     }
 
-    /// The velocity of the free after a time.
-    Eigen::VectorXd After(double duration) const {
-        return m_shapes * (m_limits + (m_starts - m_limits) * (-duration * m_rates).exp()).matrix();
+    /// How the velocity of the free has changed after a time: by nothing at all where no damper brakes.
+    Eigen::VectorXd ChangeAfter(double duration) const {
+        return m_shapes * ((m_starts - m_limits) * (-duration * m_rates).expm1()).matrix();
     }
 
     /// The scalar product of a force with the velocity, as a function of time.
@@ -167,8 +174,7 @@ std::vector<DampingDone> FlowDampers(const std::vector<std::unique_ptr<JointMoti
         }
         done.push_back(std::move(damping));
     }
-    const Eigen::VectorXd change = modes.After(duration) - velocities.free.transpose() * velocities.values;
-    velocities.values += velocities.free * change;
+    velocities.values += velocities.free * modes.ChangeAfter(duration);
     velocities.Put(records);
     return done;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/JointFlow.h"
+#include "host/mechanism/JointFlow.h"
 #include "scenario/EnergyBooks.h"
 #include "scenario/Rigid.h"
 

@@ -1,6 +1,6 @@
-#include "host/core/FreeTurn.h"
-#include "host/core/Mechanism.h"
-#include "tests/host/core/Joints.h"
+#include "host/mechanism/FreeTurn.h"
+#include "host/mechanism/Mechanism.h"
+#include "tests/host/Joints.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "host/core/JointMotion.h"
+#include "host/mechanism/JointMotion.h"
 
-#include "host/core/AxisMotion.h"
-#include "host/core/PlacementMotion.h"
+#include "host/mechanism/AxisMotion.h"
+#include "host/mechanism/PlacementMotion.h"
 #include "scenario/Errors.h"
 
 #include <fmt/format.h>

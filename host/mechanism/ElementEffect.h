@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/core/JointRecord.h"
+#include "host/mechanism/JointRecord.h"
 #include "scenario/Scenario.h"
 
 #include <vector>

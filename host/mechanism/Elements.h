@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/core/DamperFlow.h"
-#include "host/core/ElementEffect.h"
+#include "host/mechanism/DamperFlow.h"
+#include "host/mechanism/ElementEffect.h"
 
 #include <optional>
 #include <utility>

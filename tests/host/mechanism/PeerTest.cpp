@@ -1,8 +1,8 @@
 // Against a multibody library of others, where it is installed (Debian: libsimbody-dev).
 
 #ifdef KINORA_HAS_SIMBODY
-#include "host/core/Mechanism.h"
-#include "tests/host/core/Joints.h"
+#include "host/mechanism/Mechanism.h"
+#include "tests/host/Joints.h"
 
 #include <Simbody.h>
 #endif
