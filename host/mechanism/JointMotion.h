@@ -23,12 +23,11 @@ struct Screws {
                         const scenario::Vector& torque_W) const;
 };
 
-/// Mass matrix of a joint: of one that moves in turns and ways of its own the degrees of freedom are independent of
-/// each other, but for the turns of a rigid body.
+/// Symmetric: the kinetic energy is half of velocity times mass matrix times velocity.
 using MassMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 6, 6>;
 
 /// The bodies of one joint as one rigid body: how they are moved, and how they move. The state is in the caller's
-/// record; what is said here of a part of it holds for the coordinates that are free.
+/// record. Springs, loads and flows are of the coordinates that are free; of the others they are 0.
 class JointMotion {
 public:
     /// @param scenario  must outlive the result, the joint too

@@ -11,12 +11,12 @@ using namespace scenario;
 
 namespace {
 
-/// Places of one free coordinate's dampers have no end but the joint itself.
+/// A joint's own damping of one degree of freedom, against the ground.
 DamperRow OwnDamper(std::size_t joint, const Generalised& damping, Eigen::Index degree) {
     return {damping[degree], {{joint, Generalised::Unit(damping.size(), degree)}}};
 }
 
-/// The force of a load's formulas, in global axes.
+/// The values of three formulas.
 Vector Formulas(const std::array<Expression, 3>& formulas, double time, const Vector& place_W) {
     const auto value = [&](const Expression& formula) {
         return formula.Evaluate({time, 0.0, place_W.x(), place_W.y(), place_W.z()});
