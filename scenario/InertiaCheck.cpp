@@ -23,11 +23,6 @@ void CheckCoordinate(const Node& node, const Joint& joint, const Coordinate& coo
     }
 }
 
-/// The key of a coordinate of a cylinder.
-const char* KeyOf(const Coordinate& coordinate) {
-    return coordinate.kind == Coordinate::Kind::Turn ? "turn" : "slide";
-}
-
 void CheckCoordinates(const Node& free, const Joint& joint, const std::vector<Body>& bodies) {
     for (const Coordinate& coordinate : joint.coordinates) {
         if (!coordinate.IsFree()) {
@@ -35,8 +30,8 @@ void CheckCoordinates(const Node& free, const Joint& joint, const std::vector<Bo
         }
         if (joint.type != JointType::Cylinder) {
             CheckCoordinate(free, joint, coordinate, bodies);
-        } else if (free.Has(KeyOf(coordinate))) {
-            CheckCoordinate(free.At(KeyOf(coordinate)), joint, coordinate, bodies);
+        } else if (free.Has(NameOf(coordinate.kind))) {
+            CheckCoordinate(free.At(NameOf(coordinate.kind)), joint, coordinate, bodies);
         }
     }
 }

@@ -2,19 +2,18 @@
 
 #include "scenario/BodyReader.h"
 
+#include <algorithm>
+#include <array>
 #include <fmt/format.h>
-#include <map>
 
 namespace kinora::scenario {
 namespace {
 
+/// @param name  one that the schema allows
 JointType TypeCalled(const std::string& name) {
-    static const std::map<std::string, JointType> types = {{"slider", JointType::Slider},
-                                                           {"hinge", JointType::Hinge},
-                                                           {"cylinder", JointType::Cylinder},
-                                                           {"ball", JointType::Ball},
-                                                           {"free", JointType::Free}};
-    return types.at(name);
+    const std::array types = {JointType::Slider, JointType::Hinge, JointType::Cylinder, JointType::Ball,
+                              JointType::Free};
+    return *std::find_if(types.begin(), types.end(), [&name](JointType type) { return name == NameOf(type); });
 }
 
 } // namespace
@@ -112,12 +111,11 @@ std::vector<Coordinate> JointReader::ReadCylinder(const Node& node) const {
             node.At(motion).AllowOnly({"turn", "slide"}, "a cylinder");
         }
     }
-    return {ReadOneOfCylinder(node, "turn", Coordinate::Kind::Turn),
-            ReadOneOfCylinder(node, "slide", Coordinate::Kind::Slide)};
+    return {ReadOneOfCylinder(node, Coordinate::Kind::Turn), ReadOneOfCylinder(node, Coordinate::Kind::Slide)};
 }
 
-/// @param key  of the coordinate
-Coordinate JointReader::ReadOneOfCylinder(const Node& node, const char* key, Coordinate::Kind kind) const {
+Coordinate JointReader::ReadOneOfCylinder(const Node& node, Coordinate::Kind kind) const {
+    const char* const key = NameOf(kind);
     const auto stands = [&](const char* motion) { return node.Has(motion) && node.At(motion).Has(key); };
     const bool isFree = stands("free");
     const bool isPrescribed = stands("prescribed");

@@ -30,7 +30,7 @@ private:
     void ReadMotion(const Node& node, Joint& joint) const;
     Coordinate ReadCoordinate(const Node& node, Coordinate::Kind kind, bool isFree, const std::string& owner) const;
     std::vector<Coordinate> ReadCylinder(const Node& node) const;
-    Coordinate ReadOneOfCylinder(const Node& node, const char* key, Coordinate::Kind kind) const;
+    Coordinate ReadOneOfCylinder(const Node& node, Coordinate::Kind kind) const;
 
     const std::vector<Body>& m_bodies;
     UniqueNames& m_names;

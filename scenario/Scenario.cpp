@@ -20,6 +20,10 @@ const char* NameOf(JointType type) {
     return "joint";
 }
 
+const char* NameOf(Coordinate::Kind kind) {
+    return kind == Coordinate::Kind::Turn ? "turn" : "slide";
+}
+
 bool Joint::IsFree() const {
     return HasAxis() ? std::any_of(coordinates.begin(), coordinates.end(),
                                    [](const Coordinate& coordinate) { return coordinate.IsFree(); })

@@ -58,6 +58,9 @@ struct Coordinate {
     bool IsFree() const { return std::holds_alternative<FreeMotion>(motion); }
 };
 
+/// As scenarios write it.
+const char* NameOf(Coordinate::Kind kind);
+
 /// Moves one or more bodies as one. The joint's point J is where it is drawn, p_WJ_W, when the bodies are in their
 /// drawn poses.
 struct Joint {

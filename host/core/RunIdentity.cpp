@@ -80,13 +80,12 @@ void AddFreeMotion(const FreeMotion& motion, const std::string& key, RunIdentity
 
 void AddCoordinates(const Joint& joint, const std::string& key, RunIdentity& identity) {
     for (const Coordinate& coordinate : joint.coordinates) {
-        const char* name = joint.type != JointType::Cylinder           ? ""
-                           : coordinate.kind == Coordinate::Kind::Turn ? "/turn"
-                                                                       : "/slide";
+        const std::string part =
+            joint.type == JointType::Cylinder ? fmt::format("/{}", NameOf(coordinate.kind)) : std::string();
         if (const auto* motion = std::get_if<FreeMotion>(&coordinate.motion)) {
-            AddFreeMotion(*motion, key + "/free" + name, identity);
+            AddFreeMotion(*motion, fmt::format("{}/free{}", key, part), identity);
         } else {
-            identity[key + "/prescribed" + name] =
+            identity[fmt::format("{}/prescribed{}", key, part)] =
                 Shortened(std::get<PrescribedMotion>(coordinate.motion).Definition());
         }
     }

@@ -147,9 +147,8 @@ std::string JointText(const Scenario& scenario, const Joint& joint) {
     }
     text += fmt::format(", moves {}\n", bodies);
     for (const Coordinate& coordinate : joint.coordinates) {
-        const char* name = joint.coordinates.size() < 2                ? ""
-                           : coordinate.kind == Coordinate::Kind::Turn ? "turn: "
-                                                                       : "slide: ";
+        const std::string name =
+            joint.coordinates.size() < 2 ? std::string() : fmt::format("{}: ", NameOf(coordinate.kind));
         text += fmt::format("    {}{}\n", name, CoordinateText(coordinate));
     }
     return joint.HasAxis() ? text : text + fmt::format("    {}\n", PlacementText(joint));

@@ -33,9 +33,6 @@ Mechanism::Mechanism(const Scenario& scenario) : m_scenario(scenario), m_element
     for (const Body& body : scenario.bodies) {
         m_poses.push_back(body.X_WB0);
     }
-    m_records.joints.resize(scenario.joints.size());
-    m_records.springs.resize(scenario.springs.size());
-    m_records.bushings.resize(scenario.bushings.size());
     m_ways.resize(scenario.joints.size());
     m_screws.resize(scenario.joints.size());
 }
