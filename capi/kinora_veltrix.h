@@ -116,14 +116,14 @@ typedef struct kv_group {
     size_t size;
     /** Name of the body: a letter followed by letters, digits and underscores. Names differ in more than upper and lower
      *  case. The body's variables, coordinate systems, loads and files are named after it. */
-    const char *body;
+    const char* body;
     /** Where the body is drawn: its origin, in metres. */
     double position[3];
     /** How the body is drawn: the rows are its axes in the geometry's global frame. The identity (1 0 0, 0 1 0, 0 0 1)
      *  where the body is to have the global axes while it is as drawn. */
     double rotation[9];
     /** Names of the modeler's objects that belong to the body; no object belongs to two. */
-    const char *const *objects;
+    const char* const* objects;
     /** How many. */
     size_t object_count;
 } kv_group;
@@ -133,9 +133,9 @@ typedef struct kv_material {
     /** sizeof(kv_material) */
     size_t size;
     /** Name of the object; no other material of the call has it. */
-    const char *object;
+    const char* object;
     /** Name of an existing material. */
-    const char *material;
+    const char* material;
     /** Wanted components of the material's coercivity vector, in the axes of the object's body (global axes where it
      *  belongs to none). Where they differ from the stored material's, the object gets a clone of the material with
      *  these components. Ignored for materials without coercivity. */
@@ -147,7 +147,7 @@ typedef struct kv_pose {
     /** sizeof(kv_pose) */
     size_t size;
     /** Name of the body. */
-    const char *body;
+    const char* body;
     /** Its origin in the global frame, in metres. */
     double position[3];
     /** Its orientation: the rows are the body's axes x, y, z seen from the global frame. */
@@ -168,11 +168,11 @@ typedef struct kv_load {
  * @param api      receives the newest `KV_API_VERSION` that the library knows
  * @param version  receives the library's version, for example "0.1.0"; valid as long as it is loaded
  */
-KV_API kv_status kv_version(int32_t *api, const char **version);
+KV_API kv_status kv_version(int32_t* api, const char** version);
 
 /** @param build  receives a line about how the library was built: version, system, compiler; valid as long as it is
  *  loaded */
-KV_API kv_status kv_build(const char **build);
+KV_API kv_status kv_build(const char** build);
 
 /**
  * Makes a handle. The desktop is not started yet.
@@ -181,7 +181,7 @@ KV_API kv_status kv_build(const char **build);
  * @param handle   receives the handle; null on failure
  * @return KV_OK; KV_BAD_ARGUMENT, also for an interface newer than the library's; KV_NO_MEMORY
  */
-KV_API kv_status kv_new(int32_t api, const kv_options *options, kv_coupling **handle);
+KV_API kv_status kv_new(int32_t api, const kv_options* options, kv_coupling** handle);
 
 /**
  * Lets go of the desktop as `kv_release` does, ends the handle's thread, and frees the handle. Waits for the call that is
@@ -189,7 +189,7 @@ KV_API kv_status kv_new(int32_t api, const kv_options *options, kv_coupling **ha
  * KV_BAD_ARGUMENT. Lists of texts stay.
  * @param handle  may be null: nothing happens
  */
-KV_API kv_status kv_delete(kv_coupling *handle);
+KV_API kv_status kv_delete(kv_coupling* handle);
 
 /**
  * Starts the desktop, or finds the one that runs. Nothing happens when the handle has one already.
@@ -198,7 +198,7 @@ KV_API kv_status kv_delete(kv_coupling *handle);
  *                 KINORA_VELTRIX_VTDK_VERSION says, which all functions go by that start the desktop themselves.
  * @return KV_OK; KV_NOT_INSTALLED; KV_NOT_STARTED; KV_FAILED when it starts and gives no desktop object
  */
-KV_API kv_status kv_launch(kv_coupling *handle, const char *version);
+KV_API kv_status kv_launch(kv_coupling* handle, const char* version);
 
 /**
  * Makes a project with the magnetostatic design "Veltrix3DDesign1", saves it (never over an existing file) and imports
@@ -209,7 +209,7 @@ KV_API kv_status kv_launch(kv_coupling *handle, const char *version);
  * @return KV_OK; KV_FAILED, or KV_NO_SUCH_FILE when there is no such geometry file, the new project staying open; as
  *         `kv_launch`
  */
-KV_API kv_status kv_create_project(kv_coupling *handle, const char *project, const char *geometry, const char *units);
+KV_API kv_status kv_create_project(kv_coupling* handle, const char* project, const char* geometry, const char* units);
 
 /**
  * Opens a project file, or takes the project over when the desktop has it open already, and activates a design. A
@@ -219,21 +219,21 @@ KV_API kv_status kv_create_project(kv_coupling *handle, const char *project, con
  * @return KV_OK; KV_NO_SUCH_FILE; KV_FAILED when the desktop refuses the project or the design, the opened project
  *         staying the current one; as `kv_launch`
  */
-KV_API kv_status kv_open_project(kv_coupling *handle, const char *project, const char *design);
+KV_API kv_status kv_open_project(kv_coupling* handle, const char* project, const char* design);
 
 /**
  * Opens a project as `kv_open_project` without a design does, and lists its "Veltrix 3D" designs.
  * @param designs  receives their names in ascending order, for `kv_texts_free`; null on failure
  * @return as `kv_open_project`
  */
-KV_API kv_status kv_get_designs(kv_coupling *handle, const char *project, kv_texts **designs);
+KV_API kv_status kv_get_designs(kv_coupling* handle, const char* project, kv_texts** designs);
 
 /**
  * Sets the model unit, imports the geometry, has every object solved inside and makes sure of an analysis setup. For a
  * project that was opened and has no geometry yet: what the file brings is added.
  * @return KV_OK; KV_FAILED; KV_NO_SUCH_FILE
  */
-KV_API kv_status kv_init_geometry(kv_coupling *handle, const char *geometry, const char *units);
+KV_API kv_status kv_init_geometry(kv_coupling* handle, const char* geometry, const char* units);
 
 /**
  * Builds the field model: materials, a driven coordinate system per body, forces and torques, region, outputs, reports.
@@ -243,8 +243,8 @@ KV_API kv_status kv_init_geometry(kv_coupling *handle, const char *geometry, con
  * @param materials  the materials of their objects
  * @return KV_OK; KV_FAILED; KV_BAD_ARGUMENT for poses that are no poses, and names that may not be or are there twice
  */
-KV_API kv_status kv_init_magnetic_objects(kv_coupling *handle, const kv_group *groups, size_t group_count,
-                                          const kv_material *materials, size_t material_count);
+KV_API kv_status kv_init_magnetic_objects(kv_coupling* handle, const kv_group* groups, size_t group_count,
+                                          const kv_material* materials, size_t material_count);
 
 /**
  * One coupling step: moves the bodies, solves, returns the loads and records the step.
@@ -259,8 +259,8 @@ KV_API kv_status kv_init_magnetic_objects(kv_coupling *handle, const kv_group *g
  * @return KV_OK; KV_SOLVER; KV_INCOMPLETE, when the solve went well and recording it ended it early; KV_FAILED;
  *         KV_BAD_ARGUMENT, also for a time or pose that is not finite and a rotation that is none
  */
-KV_API kv_status kv_analyze(kv_coupling *handle, double time, const kv_pose *poses, size_t pose_count, kv_load *loads,
-                            size_t *count, int32_t *solver_status);
+KV_API kv_status kv_analyze(kv_coupling* handle, double time, const kv_pose* poses, size_t pose_count, kv_load* loads,
+                            size_t* count, int32_t* solver_status);
 
 /**
  * Reads the desktop's messages for the open project and its active design.
@@ -268,34 +268,34 @@ KV_API kv_status kv_analyze(kv_coupling *handle, double time, const kv_pose *pos
  * @param messages  receives them, for `kv_texts_free`; null on failure
  * @return KV_OK; KV_FAILED without a project or an active design
  */
-KV_API kv_status kv_get_messages(kv_coupling *handle, int32_t severity, kv_texts **messages);
+KV_API kv_status kv_get_messages(kv_coupling* handle, int32_t severity, kv_texts** messages);
 
 /** Saves the open project. @return KV_OK; KV_FAILED without one, and when the desktop refuses */
-KV_API kv_status kv_save_project(kv_coupling *handle);
+KV_API kv_status kv_save_project(kv_coupling* handle);
 
 /** Closes the open project without saving it. @return KV_OK; KV_FAILED without one, and when the desktop refuses */
-KV_API kv_status kv_close_project(kv_coupling *handle);
+KV_API kv_status kv_close_project(kv_coupling* handle);
 
 /**
  * Saves and closes the open project, if any, and ends the desktop. The handle may launch another one.
  * @return KV_OK, also without a desktop; KV_FAILED when saving or closing failed: nothing else was done then, and
  *         `kv_release` lets go in any case
  */
-KV_API kv_status kv_quit(kv_coupling *handle);
+KV_API kv_status kv_quit(kv_coupling* handle);
 
 /** Lets go of project and desktop, which keeps running; nothing is saved or closed. The handle may launch again.
  *  @return KV_OK, also without a desktop */
-KV_API kv_status kv_release(kv_coupling *handle);
+KV_API kv_status kv_release(kv_coupling* handle);
 
 /** @param count  receives how many texts the list has */
-KV_API kv_status kv_texts_count(const kv_texts *texts, size_t *count);
+KV_API kv_status kv_texts_count(const kv_texts* texts, size_t* count);
 
 /** @param text  receives a text of the list, valid as long as the list
  *  @return KV_OK; KV_BAD_ARGUMENT for an index from the count on */
-KV_API kv_status kv_texts_at(const kv_texts *texts, size_t index, const char **text);
+KV_API kv_status kv_texts_at(const kv_texts* texts, size_t index, const char** text);
 
 /** Frees a list. @param texts  may be null: nothing happens */
-KV_API kv_status kv_texts_free(kv_texts *texts);
+KV_API kv_status kv_texts_free(kv_texts* texts);
 
 /**
  * Why the handle's last call that failed did so: the operation, what failed, what the desktop's messages said, and what
@@ -304,16 +304,16 @@ KV_API kv_status kv_texts_free(kv_texts *texts);
  *                none
  * @param text    receives the text, empty when nothing has failed; valid until this thread's next call of this function
  */
-KV_API kv_status kv_error_text(kv_coupling *handle, const char **text);
+KV_API kv_status kv_error_text(kv_coupling* handle, const char** text);
 
 /** @param text  receives what a code means, in a line; valid as long as the library is loaded
  *  @return KV_OK; KV_BAD_ARGUMENT for a code that is none */
-KV_API kv_status kv_code_text(kv_status code, const char **text);
+KV_API kv_status kv_code_text(kv_status code, const char** text);
 
 /** @param text  receives the text of a script error code of the desktop, such as "0x0202: Bad argument value"; valid as
  *               long as the library is loaded
  *  @return KV_OK; KV_BAD_ARGUMENT for a code that the desktop does not have */
-KV_API kv_status kv_script_error_text(int32_t code, const char **text);
+KV_API kv_status kv_script_error_text(int32_t code, const char** text);
 
 #ifdef __cplusplus
 }

@@ -75,6 +75,19 @@ function(kinora_static_runtime target)
     endif()
 endfunction()
 
+# kinora_export_only(target definition): a shared library elsewhere than on Windows shows the functions of a module definition
+# file, and stays loaded once it is.
+function(kinora_export_only target definition)
+    file(STRINGS "${definition}" names REGEX "^ +[A-Za-z_]+$")
+    list(TRANSFORM names STRIP)
+    list(JOIN names "; " names)
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.version")
+    file(CONFIGURE OUTPUT "${script}" CONTENT "{ global: @names@; local: *; };\n" @ONLY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${definition}")
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${script}" -Wl,-z,nodelete)
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${script}")
+endfunction()
+
 # Sources that implement COM interfaces: those have no virtual destructor by design, objects delete themselves in Release.
 function(kinora_implements_com target)
     if(NOT MSVC)

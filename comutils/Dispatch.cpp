@@ -3,6 +3,7 @@
 #include <array>
 #include <cassert>
 #include <iterator>
+#include <string_view>
 
 namespace Dispatch {
 namespace {
@@ -10,15 +11,38 @@ namespace {
 /// The longest argument list is that of "CreateReport".
 constexpr std::size_t mostArguments = 7;
 
+thread_local Refusal lastRefusal = {};
+
+/// @return whether the call succeeded; one that did not is noted
+bool Noted(const wchar_t* methodName, HRESULT code) {
+    if (SUCCEEDED(code)) {
+        return true;
+    }
+    constexpr std::size_t longest = std::size(lastRefusal.method) - 1;
+    const std::wstring_view name(methodName);
+    const std::size_t length = name.copy(lastRefusal.method, longest);
+    lastRefusal.method[length] = L'\0';
+    lastRefusal.code = code;
+    return false;
+}
+
 bool FindMethod(IDispatch* object, const wchar_t* methodName, DISPID& id) {
     if (!object) {
         return false;
     }
     LPOLESTR name = const_cast<LPOLESTR>(methodName);
-    return SUCCEEDED(object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id));
+    return Noted(methodName, object->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &id));
 }
 
 } // namespace
+
+const Refusal& LastRefusal() {
+    return lastRefusal;
+}
+
+void ForgetRefusal() {
+    lastRefusal = {};
+}
 
 bool Knows(IDispatch* object, const wchar_t* methodName) {
     DISPID id = DISPID_UNKNOWN;
@@ -29,7 +53,8 @@ bool Invoke(IDispatch* object, const wchar_t* methodName, unsigned short flags, 
             VARIANT& result) {
     DISPID id = DISPID_UNKNOWN;
     return FindMethod(object, methodName, id) &&
-           SUCCEEDED(object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &arguments, &result, nullptr, nullptr));
+           Noted(methodName,
+                 object->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &arguments, &result, nullptr, nullptr));
 }
 
 bool Call(IDispatch* object, const wchar_t* methodName, std::initializer_list<CValue> arguments, CValue& result) {

@@ -19,6 +19,17 @@ using CObject = std::unique_ptr<IDispatch, ReleaseObject>;
 /// (comutils/*Commands.h) is made of these calls.
 namespace Dispatch {
 
+/// The last call of this thread that failed. No operation looks at it: it is for whoever has to say why one failed.
+struct Refusal {
+    /// The method's name, cut off where it is longer than any of the desktop's; empty when no call has failed.
+    wchar_t method[64];
+    HRESULT code;
+};
+
+/// @return the thread's last refusal since `ForgetRefusal`
+const Refusal& LastRefusal();
+void ForgetRefusal();
+
 /// @return true when the object is there and knows a method of this name
 bool Knows(IDispatch* object, const wchar_t* methodName);
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 struct IDispatch;
+class CCouplingInside;
 
 #if defined(_MSC_VER)
 #pragma warning(push)
@@ -82,6 +83,9 @@ public:
     bool AddParametricSetup(bool replace) const;
 
 private:
+    /// Does what the operations leave to a host.
+    friend class CCouplingInside;
+
     /// A material and the coercivity components that it stands for.
     struct MaterialVariant {
         std::string name;
@@ -104,6 +108,7 @@ private:
     struct Step;
 
     bool Launch();
+    bool Launch(const std::string& progId);
     bool LaunchWhenNeeded();
     void ReleaseDesignAndProject();
 

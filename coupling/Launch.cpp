@@ -1,5 +1,6 @@
 #include "comutils/DesktopCommands.h"
 #include "comutils/Text.h"
+#include "coupling/LaunchErrors.h"
 #include "coupling/Operation.h"
 
 #include <windows.h>
@@ -10,18 +11,17 @@
 
 namespace {
 
-constexpr char baseProgId[] = "Pellux.VantorDesktop";
 constexpr char versionVariable[] = "KINORA_VELTRIX_VTDK_VERSION";
 
 std::string DesktopProgId() {
     const char* version = std::getenv(versionVariable);
-    return version ? std::string(baseProgId) + "." + version : baseProgId;
+    return version ? std::string(desktopProgId) + "." + version : desktopProgId;
 }
 
-CLSID DesktopClass() {
+CLSID DesktopClass(const std::string& progId) {
     CLSID desktopClass;
-    if (FAILED(CLSIDFromProgID(Text::ToWide(DesktopProgId()).c_str(), &desktopClass))) {
-        throw LaunchDesktopExeption("Please check your QUORIX Vantor Desktop installation.");
+    if (FAILED(CLSIDFromProgID(Text::ToWide(progId).c_str(), &desktopClass))) {
+        throw LaunchDesktopExeption(desktopNotInstalled);
     }
     return desktopClass;
 }
@@ -31,8 +31,7 @@ IDispatch* CreateApplication(const CLSID& desktopClass) {
     const HRESULT outcome =
         CoCreateInstance(desktopClass, nullptr, CLSCTX_SERVER, IID_IDispatch, reinterpret_cast<void**>(&application));
     if (FAILED(outcome) || !application) {
-        throw LaunchDesktopExeption(
-            "QUORIX Vantor Desktop failed to launch. Please check your license or other configuration.");
+        throw LaunchDesktopExeption(desktopNotStarted);
     }
     return application;
 }
@@ -45,10 +44,11 @@ bool CKinoraVeltrixCoupling::LaunchDesktop() {
 }
 
 bool CKinoraVeltrixCoupling::Launch() {
-    if (m_pApplication) {
-        return true;
-    }
-    const CLSID desktopClass = DesktopClass();
+    return m_pApplication || Launch(DesktopProgId());
+}
+
+bool CKinoraVeltrixCoupling::Launch(const std::string& progId) {
+    const CLSID desktopClass = DesktopClass(progId);
     // Fails harmlessly on a thread that is initialised already.
     (void)CoInitialize(nullptr);
     m_pApplication = CreateApplication(desktopClass);

@@ -17,7 +17,7 @@
 #include <fmt/format.h>
 
 #ifdef _WIN32
-#include "host/app/BusyFilter.h"
+#include "programs/BusyFilter.h"
 #endif
 
 namespace {
@@ -128,8 +128,8 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     const ComScope com;
     Console console(scenario, arguments.talk);
 #ifdef _WIN32 // elsewhere the desktop lives in this process and is never busy
-    const BusyFilter filter(
-        BusyWait(scenario.desktop.busyTimeoutSeconds, [&](const std::string& text) { console.OnWarning(text); }));
+    BusyWait wait(scenario.desktop.busyTimeoutSeconds, [&](const std::string& text) { console.OnWarning(text); });
+    const kinora::programs::BusyFilter filter([&](std::uint32_t elapsedMs) { return wait.OnRejected(elapsedMs); });
 #endif
     CatchInterrupts();
     CoupledRun run(scenario, options, *GetKinoraVeltrixFactoryInterface(), console);

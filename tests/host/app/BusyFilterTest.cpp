@@ -1,8 +1,9 @@
 // The filter as COM finds it registered. That COM asks it when a desktop turns a call away is COM's part (Wine 8 does
 // not do so yet, it lets such calls through).
-#include "host/app/BusyFilter.h"
+#include "programs/BusyFilter.h"
 
 #include "host/app/ComScope.h"
+#include "host/core/BusyWait.h"
 
 #include <windows.h>
 
@@ -38,7 +39,8 @@ class BusyFilterTest : public testing::Test {
 protected:
     const ComScope m_com;
     std::vector<std::string> m_notices;
-    const BusyFilter m_filter{BusyWait(2.0, [this](const std::string& text) { m_notices.push_back(text); })};
+    BusyWait m_wait{2.0, [this](const std::string& text) { m_notices.push_back(text); }};
+    const programs::BusyFilter m_filter{[this](std::uint32_t elapsedMs) { return m_wait.OnRejected(elapsedMs); }};
 };
 
 TEST_F(BusyFilterTest, RetriesACallThatIsTurnedAwayAndSaysSo) {

@@ -1,12 +1,12 @@
-#include "host/app/BusyFilter.h"
+#include "programs/BusyFilter.h"
 
 #include <objbase.h>
 
 #include <utility>
 
-namespace kinora::host {
+namespace kinora::programs {
 
-BusyFilter::BusyFilter(BusyWait wait) : m_wait(std::move(wait)) {
+BusyFilter::BusyFilter(OnRejected onRejected) : m_onRejected(std::move(onRejected)) {
     // Without the filter a busy desktop fails calls at once; that is worse, but no reason to stop.
     (void)CoRegisterMessageFilter(this, &m_previous);
 }
@@ -34,11 +34,11 @@ DWORD BusyFilter::HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) {
 
 DWORD BusyFilter::RetryRejectedCall(HTASK, DWORD elapsedMs, DWORD) {
     constexpr DWORD giveUp = static_cast<DWORD>(-1);
-    return m_wait.OnRejected(elapsedMs).value_or(giveUp);
+    return m_onRejected(elapsedMs).value_or(giveUp);
 }
 
 DWORD BusyFilter::MessagePending(HTASK, DWORD, DWORD) {
     return PENDINGMSG_WAITDEFPROCESS;
 }
 
-} // namespace kinora::host
+} // namespace kinora::programs

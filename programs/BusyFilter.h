@@ -1,17 +1,24 @@
 #pragma once
 
-#include "host/core/BusyWait.h"
-
 #include <windows.h>
 
 #include <objidl.h>
 
-namespace kinora::host {
+#include <cstdint>
+#include <functional>
+#include <optional>
 
-/// Waits out a desktop that turns calls away, for as long as it lives. Needs a ComScope around it.
+namespace kinora::programs {
+
+/// Repeats the calls of this thread that a busy server turns away, for as long as it lives. COM has to be initialised on
+/// the thread, single-threaded, from before it to its end.
 class BusyFilter : private IMessageFilter {
 public:
-    explicit BusyFilter(BusyWait wait);
+    /// A call was turned away: takes the milliseconds since it was first made, and gives those until the next try; nothing
+    /// to give the call up.
+    using OnRejected = std::function<std::optional<std::uint32_t>(std::uint32_t elapsedMs)>;
+
+    explicit BusyFilter(OnRejected onRejected);
     /// Puts back the filter that was there before.
     virtual ~BusyFilter();
     BusyFilter(const BusyFilter&) = delete;
@@ -27,8 +34,8 @@ private:
     DWORD STDMETHODCALLTYPE RetryRejectedCall(HTASK callee, DWORD elapsedMs, DWORD type) override;
     DWORD STDMETHODCALLTYPE MessagePending(HTASK callee, DWORD elapsedMs, DWORD type) override;
 
-    BusyWait m_wait;
+    OnRejected m_onRejected;
     IMessageFilter* m_previous = nullptr;
 };
 
-} // namespace kinora::host
+} // namespace kinora::programs

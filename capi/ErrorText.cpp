@@ -1,0 +1,58 @@
+#include "capi/ErrorText.h"
+
+namespace kinora::capi {
+namespace {
+
+const char lost[] = "The memory is used up, also that for a better text.\nFree some; then kv_release and begin anew.";
+
+} // namespace
+
+kv_status ErrorText::Note(const char* operation) noexcept {
+    kv_status code = KV_NO_MEMORY;
+    try {
+        const Error error = CurrentError();
+        code = error.code;
+        std::string text = TextOf(operation, error);
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_text.swap(text);
+        m_isLost = false;
+    } catch (...) {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isLost = true;
+    }
+    return code;
+}
+
+const char* ErrorText::CopyForThread() noexcept {
+    try {
+        thread_local std::string copy;
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_isLost) {
+            copy = m_text;
+            return copy.c_str();
+        }
+    } catch (...) {
+        return lost;
+    }
+    return lost;
+}
+
+ErrorText& ThreadsError() {
+    thread_local ErrorText error;
+    return error;
+}
+
+Error NoSuchHandle() {
+    return {KV_BAD_ARGUMENT, "the handle is none, or it has been deleted.",
+            "Hand over what kv_new gave, until kv_delete."};
+}
+
+kv_status NoHandle(const char* operation) noexcept {
+    try {
+        throw NoSuchHandle();
+    } catch (...) {
+        return ThreadsError().Note(operation);
+    }
+}
+
+} // namespace kinora::capi

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "capi/Wakeup.h"
+
+#include <condition_variable>
+#include <mutex>
+
+namespace kinora::capi {
+
+/// The calls that wait for a handle's thread, first come, first served. Safe to use from any thread. Nothing is allocated:
+/// a task lives on the stack of whoever waits for it.
+class TaskQueue {
+public:
+    class Task {
+    public:
+        Task() = default;
+        virtual ~Task() = default;
+        Task(const Task&) = delete;
+        Task& operator=(const Task&) = delete;
+
+        virtual void Run() noexcept = 0;
+
+    private:
+        friend class TaskQueue;
+        enum class State { Waiting, Done, Dropped };
+
+        State m_state = State::Waiting;
+        Task* m_next = nullptr;
+        std::condition_variable m_changed;
+    };
+
+    /// Has a task run by whoever serves the queue, and waits until that is done.
+    /// @return false when it was not run: the queue is closed
+    bool Perform(Task& task);
+
+    /// Runs tasks until the queue is closed. One thread does it.
+    void Serve();
+
+    /// Tasks that have not begun, and all later ones, are not run.
+    void Close();
+
+private:
+    Task* Take();
+    void Answer(Task& task, Task::State state);
+
+    std::mutex m_mutex;
+    Task* m_first = nullptr;
+    Task* m_last = nullptr;
+    bool m_isClosed = false;
+    Wakeup m_wakeup;
+};
+
+} // namespace kinora::capi
