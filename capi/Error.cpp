@@ -3,6 +3,7 @@
 #include <comdef.h>
 
 #include <new>
+#include <stdexcept>
 #include <system_error>
 
 namespace kinora::capi {
@@ -33,6 +34,8 @@ Error CurrentError() {
     } catch (Error& error) {
         return std::move(error);
     } catch (const std::bad_alloc&) {
+        return OutOfMemory();
+    } catch (const std::length_error&) { // of a conversion whose system call had no memory
         return OutOfMemory();
     } catch (const std::system_error& error) {
         return error.code() == std::errc::resource_unavailable_try_again

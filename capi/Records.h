@@ -40,7 +40,8 @@ public:
 
 private:
     void CheckSize(std::size_t index, const char* what) const {
-        const bool fits = m_size >= sizeof(Record) && m_size % alignof(Record) == 0;
+        constexpr std::size_t largest = 65536; // what nobody has set is mostly larger
+        const bool fits = m_size >= sizeof(Record) && m_size <= largest && m_size % alignof(Record) == 0;
         if (!fits || (*this)[index].size != m_size) {
             throw Error(KV_BAD_ARGUMENT,
                         std::string(what) + "[" + std::to_string(index) + "] has the size " +
