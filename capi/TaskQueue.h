@@ -2,13 +2,16 @@
 
 #include "capi/Wakeup.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 
 namespace kinora::capi {
 
-/// The calls that wait for a handle's thread, first come, first served. Safe to use from any thread. Nothing is allocated:
-/// a task lives on the stack of whoever waits for it.
+/// The calls that wait for a handle's thread, first come, first served. Safe to use from any thread. Nothing is
+/// allocated: a task lives on the stack of whoever waits for it.
+///
+/// Both sides look for each other a moment before they sleep: to be woken takes the system longer than many a call.
 class TaskQueue {
 public:
     class Task {
@@ -24,8 +27,10 @@ public:
         friend class TaskQueue;
         enum class State { Waiting, Done, Dropped };
 
-        State m_state = State::Waiting;
+        /// Seen as another than Waiting, the task is its owner's again.
+        std::atomic<State> m_state{State::Waiting};
         Task* m_next = nullptr;
+        bool m_isOwnerAsleep = false;
         std::condition_variable m_changed;
     };
 
@@ -40,13 +45,19 @@ public:
     void Close();
 
 private:
+    bool Push(Task& task);
+    void AwaitAnswer(Task& task);
     Task* Take();
-    void Answer(Task& task, Task::State state);
+    bool AwaitTask();
+    void WakeServer();
+    static void Answer(Task& task, Task::State state);
 
     std::mutex m_mutex;
     Task* m_first = nullptr;
     Task* m_last = nullptr;
-    bool m_isClosed = false;
+    std::atomic<bool> m_isClosed{false};
+    std::atomic<bool> m_hasTask{false};
+    bool m_isServerAsleep = false;
     Wakeup m_wakeup;
 };
 
