@@ -22,7 +22,7 @@ namespace {
 constexpr std::uint32_t usualBusyWaitMs = 60000;
 
 void NeedPointer(const void* pointer, const char* argument) {
-    if (pointer == nullptr) {
+    if (!pointer) {
         throw Error(KV_BAD_ARGUMENT, std::string(argument) + " is a null pointer.", "Hand over an address.");
     }
 }
@@ -49,7 +49,7 @@ kv_status OnHandle(const kv_coupling* handle, const char* operation, const Actio
 template <class Action>
 kv_status GiveTexts(const kv_coupling* handle, const char* operation, kv_texts** texts, const char* argument,
                     const Action& action) noexcept {
-    if (texts != nullptr) {
+    if (texts) {
         *texts = nullptr;
     }
     return OnHandle(handle, operation, [&](Session& session) {
@@ -61,7 +61,7 @@ kv_status GiveTexts(const kv_coupling* handle, const char* operation, kv_texts**
 }
 
 std::uint32_t BusyWaitOf(const kv_options* options) {
-    if (options == nullptr) {
+    if (!options) {
         return usualBusyWaitMs;
     }
     const Records<const kv_options> records(options, 1, "options");
@@ -116,7 +116,7 @@ kv_status kv_build(const char** build) {
 }
 
 kv_status kv_new(int32_t api, const kv_options* options, kv_coupling** handle) {
-    if (handle != nullptr) {
+    if (handle) {
         *handle = nullptr;
     }
     return WithoutHandle(__func__, [&] {
@@ -134,7 +134,7 @@ kv_status kv_new(int32_t api, const kv_options* options, kv_coupling** handle) {
 }
 
 kv_status kv_delete(kv_coupling* handle) {
-    if (handle == nullptr) {
+    if (!handle) {
         return KV_OK;
     }
     const std::shared_ptr<Handle> removed = Handles::Remove(handle);
@@ -147,7 +147,7 @@ kv_status kv_delete(kv_coupling* handle) {
 
 kv_status kv_launch(kv_coupling* handle, const char* version) {
     return OnHandle(handle, __func__, [&](Session& session) {
-        if (version == nullptr) {
+        if (!version) {
             session.Launch(nullptr);
         } else {
             const std::string wanted = ToAnsi(version, "version");
@@ -257,7 +257,7 @@ kv_status kv_texts_free(kv_texts* texts) {
 kv_status kv_error_text(kv_coupling* handle, const char** text) {
     return WithoutHandle(__func__, [&] {
         NeedPointer(text, "text");
-        if (handle == nullptr) {
+        if (!handle) {
             *text = ThreadsError().CopyForThread();
             return;
         }
@@ -273,7 +273,7 @@ kv_status kv_code_text(kv_status code, const char** text) {
     return WithoutHandle(__func__, [&] {
         NeedPointer(text, "text");
         const char* meaning = MeaningOf(code);
-        if (meaning == nullptr) {
+        if (!meaning) {
             throw Error(KV_BAD_ARGUMENT, std::to_string(code) + " is no code.", "A later version may have given it.");
         }
         *text = meaning;
@@ -284,7 +284,7 @@ kv_status kv_script_error_text(int32_t code, const char** text) {
     return WithoutHandle(__func__, [&] {
         NeedPointer(text, "text");
         const char* meaning = GetKinoraVeltrixScriptErrorText(code);
-        if (meaning == nullptr) {
+        if (!meaning) {
             throw Error(KV_BAD_ARGUMENT, std::to_string(code) + " is no script error code of the desktop.",
                         "They are 0x0000 to 0x000D and 0x0200 to 0x022F.");
         }

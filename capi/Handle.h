@@ -30,7 +30,8 @@ public:
         return m_queue.Perform(call) ? call.status : NoHandle(operation);
     }
 
-    /// Before the handle is destroyed. Ends the thread: waits for the call that is under way, lets go of the desktop. Calls that wait are not done.
+    /// Before the handle is destroyed. Ends the thread: waits for the call that is under way, lets go of the desktop.
+    /// Calls that wait are not done.
     void End() noexcept;
 
     /// The error of the last call that failed.

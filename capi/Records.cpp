@@ -95,7 +95,7 @@ Transform ReadPose(const Record& record, std::string name) {
 }
 
 std::vector<std::string> ReadObjects(const kv_group& group, const std::string& place) {
-    if (group.objects == nullptr && group.object_count > 0) {
+    if (!group.objects && group.object_count > 0) {
         throw Error(KV_BAD_ARGUMENT, place + " is a null pointer.", "Hand over the names, or the count 0.");
     }
     std::vector<std::string> objects;

@@ -21,7 +21,7 @@ public:
         if (count == 0) {
             return;
         }
-        if (first == nullptr) {
+        if (!first) {
             throw Error(KV_BAD_ARGUMENT, std::string(what) + " are a null pointer, and there are to be some.",
                         "Hand over the array, or the count 0.");
         }

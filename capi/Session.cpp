@@ -7,6 +7,7 @@
 #include "coupling/Inside.h"
 #include "coupling/LaunchErrors.h"
 #include "programs/Environment.h"
+#include "programs/Utf.h"
 
 #include <objbase.h>
 
@@ -44,9 +45,11 @@ bool Opens(const std::string& project, const Operation& operation) {
         if (!Exists(project)) {
             throw NoSuchFile("project file", project);
         }
-        throw Error(KV_FAILED,
-                    "the path \"" + ToUtf8(project) + "\" cannot be followed: " + error.code().message() + ".",
-                    "Check the permissions of its folders.");
+        // The paths of the projects that the desktop has open are followed as well.
+        const std::string path = programs::Utf8FromWide(Text::OfPath(error.path1()));
+        throw Error(KV_FAILED, "the path \"" + path + "\" cannot be followed: " + error.code().message() + ".",
+                    "Check the permissions of its folders; where it is that of another project, which was moved while "
+                    "the desktop has it open, close that one.");
     }
 }
 

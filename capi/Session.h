@@ -10,8 +10,8 @@
 
 namespace kinora::capi {
 
-/// What one handle does on its thread, in the terms of the interface: a coupling object, and what a host of it has to do
-/// by hand. Texts are in the ANSI code page. COM is initialised on the thread from before the session to its end.
+/// What one handle does on its thread, in the terms of the interface: a coupling object, and what a host of it has to
+/// do by hand. Texts are in the ANSI code page. COM is initialised on the thread from before the session to its end.
 ///
 /// Every operation throws Error: KV_FAILED when the coupling's answers false, KV_BUSY when the desktop turned the call
 /// away, and what is named there. Out of memory shows as the library's own exceptions.

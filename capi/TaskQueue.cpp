@@ -97,7 +97,7 @@ void TaskQueue::WakeServer() {
 TaskQueue::Task* TaskQueue::Take() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     Task* task = m_first;
-    if (task != nullptr) {
+    if (task) {
         m_first = task->m_next;
         m_last = m_first != nullptr ? m_last : nullptr;
     }

@@ -18,7 +18,7 @@ bool IsAscii(std::string_view text) {
 // What a conversion cannot hold comes back from it as something else.
 
 std::wstring ToWide(const char* text, std::string_view what) {
-    if (text == nullptr) {
+    if (!text) {
         throw Error(KV_BAD_ARGUMENT, std::string(what) + " is a null pointer.", "Hand over a text.");
     }
     std::wstring wide = programs::WideFromUtf8(text);

@@ -11,7 +11,7 @@ struct Wakeup::State {
 };
 
 Wakeup::Wakeup() : m_state(std::make_unique<State>()) {
-    if (m_state->event == nullptr) {
+    if (!m_state->event) {
         throw std::bad_alloc();
     }
 }

@@ -10,12 +10,12 @@
 
 namespace kinora::programs {
 
-/// Repeats the calls of this thread that a busy server turns away, for as long as it lives. COM has to be initialised on
-/// the thread, single-threaded, from before it to its end.
+/// Repeats the calls of this thread that a busy server turns away, for as long as it lives. COM has to be initialised
+/// on the thread, single-threaded, from before it to its end.
 class BusyFilter : private IMessageFilter {
 public:
-    /// A call was turned away: takes the milliseconds since it was first made, and gives those until the next try; nothing
-    /// to give the call up.
+    /// A call was turned away: takes the milliseconds since it was first made, and gives those until the next try;
+    /// nothing to give the call up.
     using OnRejected = std::function<std::optional<std::uint32_t>(std::uint32_t elapsedMs)>;
 
     explicit BusyFilter(OnRejected onRejected);
