@@ -17,6 +17,7 @@
 #include <fmt/format.h>
 
 #ifdef _WIN32
+#include "host/core/BusyWait.h"
 #include "programs/BusyFilter.h"
 #endif
 
