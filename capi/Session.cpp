@@ -88,9 +88,9 @@ void Session::Launch(const std::string* version) {
         throw Error(KV_NOT_STARTED, "the desktop \"" + ToUtf8(progId) + "\" is installed and does not start.",
                     "Check its licence and configuration: start it by hand once.");
     }
-    Error error = Refusal("Start it by hand once, and look at what it says.");
+    const Error error = Refusal("Start it by hand once, and look at what it says.");
     Release();
-    throw error;
+    throw Error(error);
 }
 
 void Session::LaunchWhenNeeded() {
