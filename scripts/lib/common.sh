@@ -69,8 +69,11 @@ need_node() { has_node || need nodejs npm; }
 # The second compiler, for the presets mingw-clang and native.
 need_clang() { need clang libclang-rt-14-dev lld; }
 
+# What the tests of the Python package and of its examples import.
+need_python_tools() { need python3-pytest python3-numpy python3-scipy python3-matplotlib python3-pycparser; }
+
 # What scripts/check looks with.
-need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck; }
+need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck mypy python3-numpy; }
 
 # The compiler cache. It looks at the headers that a source used, and so costs nothing where it has no answer.
 use_ccache() {
