@@ -18,13 +18,11 @@ from kinora_veltrix import (
     CouplingError,
     DesktopNotInstalled,
     IncompleteLoads,
-    LibraryNotFound,
     Material,
     NoSuchFile,
     OperationFailed,
     Pose,
     SolverFailed,
-    _native,
     script_error_text,
 )
 from kinora_veltrix._errors import error_for
@@ -184,33 +182,3 @@ def test_wrong_shapes_are_told_with_body_and_field(make, text):
 def test_a_time_to_wait_that_is_none(seconds):
     with pytest.raises(ValueError, match=f"^busy_wait is {seconds} seconds; give 0 or more, or None to wait for ever$"):
         Coupling(busy_wait=seconds)
-
-
-def test_a_library_that_is_not_where_the_variable_says(monkeypatch, tmp_path):
-    monkeypatch.setenv("KINORA_VELTRIX_LIBRARY", str(tmp_path / "absent.so"))
-    with pytest.raises(LibraryNotFound) as caught:
-        Coupling()
-    assert isinstance(caught.value, OSError)
-    assert f'that KINORA_VELTRIX_LIBRARY names is not there; looked for "{tmp_path}/absent.so".' in str(caught.value)
-
-
-def test_a_file_that_is_no_library(tmp_path):
-    (tmp_path / "text.so").write_text("text")
-    with pytest.raises(LibraryNotFound, match='text.so" is no library that this package can use: '):
-        Coupling(library=tmp_path / "text.so")
-
-
-def test_another_library_that_lacks_the_functions():
-    with pytest.raises(LibraryNotFound, match="is no library that this package can use: .*kv_version"):
-        Coupling(library=next(place for place in libraries_in_use() if "libc." in place))
-
-
-def test_a_library_that_is_older_than_the_package(monkeypatch):
-    monkeypatch.setattr(_native, "API_VERSION", 2)
-    with pytest.raises(LibraryNotFound, match="knows the interface up to 1 only; this package needs 2: "):
-        _native.Library(str(_native.find()))
-
-
-def libraries_in_use():
-    with open("/proc/self/maps") as maps:
-        return [line.split()[-1] for line in maps]

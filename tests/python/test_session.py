@@ -125,6 +125,19 @@ def test_a_closed_coupling_says_so(tmp_path):
     assert caught.value.code == Code.BAD_ARGUMENT
 
 
+def test_a_forked_process_is_told_to_make_its_own(pair):
+    child = os.fork()
+    if child == 0:
+        try:
+            pair.save_project()
+        except BadArgument as error:
+            pair.close()
+            os._exit(0 if "save_project: this coupling is of process" in str(error) else 1)
+        os._exit(2)
+    assert os.waitpid(child, 0)[1] == 0
+    pair.save_project()
+
+
 def threads():
     return len(os.listdir("/proc/self/task"))
 

@@ -57,8 +57,9 @@ class Coupling:
         if status != Code.OK:
             raise error_for(status, self._library.text("kv_error_text", None) or "")
         self._handle = handle
+        self._process = os.getpid()
         # Of a coupling that nobody closed, when it is forgotten or the interpreter ends.
-        self._delete = weakref.finalize(self, self._library.call, "kv_delete", handle)
+        self._delete = weakref.finalize(self, _delete, self._library, handle, self._process)
 
     def __enter__(self) -> Coupling:
         return self
@@ -198,6 +199,8 @@ class Coupling:
         with self._lock:
             if self.closed:
                 raise BadArgument(f"{function}: this coupling is closed; make another one")
+            if os.getpid() != self._process:
+                raise BadArgument(f"{function}: this coupling is of process {self._process}; make one in this process")
             status = self._library.call(function, self._handle, *arguments)
             if status != Code.OK:
                 raise self._error(status)
@@ -236,6 +239,12 @@ def script_error_text(code: int, library: Path | None = None) -> str:
     if text is None:
         raise ValueError(f"the desktop has no script error code {code}")
     return text
+
+
+def _delete(library: _native.Library, handle: ctypes.c_void_p, process: int) -> None:
+    # A forked process has a copy of the handle, and nothing of the thread that would answer it.
+    if os.getpid() == process:
+        library.call("kv_delete", handle)
 
 
 def _milliseconds(seconds: float | None) -> int:
