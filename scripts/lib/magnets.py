@@ -14,19 +14,24 @@ MU0 = 4e-7 * pi
 def cuboid_force(half1, half2, offset, polarisation1, polarisation2):
     """Force x, y, z on the second of two cuboids with parallel edges, both magnetised along z.
 
-    half1, half2: half edge lengths; offset: centre of the second seen from the first.
+    half1, half2: half edge lengths; offset: centre of the second seen from the first. They must not touch.
     """
+
+    def logarithm(value):
+        """Zero, as the limit of its products with zeros is, where edges of both lie in one line."""
+        return log(value) if value > 0 else 0.0
+
     total = [0.0, 0.0, 0.0]
     for i, j, k, l, p, q in product((0, 1), repeat=6):
         u = offset[0] + (-1) ** j * half2[0] - (-1) ** i * half1[0]
         v = offset[1] + (-1) ** l * half2[1] - (-1) ** k * half1[1]
         w = offset[2] + (-1) ** q * half2[2] - (-1) ** p * half1[2]
         r = sqrt(u * u + v * v + w * w)
-        angle = atan(u * v / (r * w))
+        angle = atan(u * v / (r * w)) if w else 0.0  # of faces in one plane the terms with it sum to zero
         terms = (
-            0.5 * (v * v - w * w) * log(r - u) + u * v * log(r - v) + v * w * angle + 0.5 * r * u,
-            0.5 * (u * u - w * w) * log(r - v) + u * v * log(r - u) + u * w * angle + 0.5 * r * v,
-            -u * w * log(r - u) - v * w * log(r - v) + u * v * angle - r * w,
+            0.5 * (v * v - w * w) * logarithm(r - u) + u * v * logarithm(r - v) + v * w * angle + 0.5 * r * u,
+            0.5 * (u * u - w * w) * logarithm(r - v) + u * v * logarithm(r - u) + u * w * angle + 0.5 * r * v,
+            -u * w * logarithm(r - u) - v * w * logarithm(r - v) + u * v * angle - r * w,
         )
         sign = (-1) ** (i + j + k + l + p + q)
         for axis in range(3):
