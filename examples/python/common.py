@@ -16,6 +16,7 @@ if TYPE_CHECKING:
 ROOT = Path(__file__).resolve().parents[2]
 EXAMPLES = ROOT / "examples"
 OUTPUT = EXAMPLES / "python" / "output"
+PICTURES = (".png", ".pdf", ".svg")
 LIBRARY = ROOT / "scripts" / "lib"
 # The project's closed forms and solids, and its package for who has not installed it.
 sys.path += [str(LIBRARY), str(ROOT / "bindings" / "python")]
@@ -37,10 +38,17 @@ def modules() -> Iterator[None]:
         sys.exit(2)
 
 
+def _picture(name: str) -> Path:
+    path = Path(name)
+    if path.suffix not in PICTURES:
+        raise argparse.ArgumentTypeError(f'"{name}" is no picture; let it end in {", ".join(PICTURES)}')
+    return path
+
+
 def parser(about: str, picture: str) -> argparse.ArgumentParser:
     """A parser with the options of all examples; `about` is the program's docstring."""
     made = argparse.ArgumentParser(description=about.splitlines()[0])
-    made.add_argument("--out", type=Path, default=OUTPUT / picture, metavar="PICTURE", help=f"default output/{picture}")
+    made.add_argument("--out", type=_picture, default=OUTPUT / picture, metavar="PICTURE", help=f"(output/{picture})")
     made.add_argument("--desktop", default="Simulator", metavar="VERSION", help="version to launch (Simulator)")
     return made
 
