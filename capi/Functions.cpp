@@ -137,12 +137,17 @@ kv_status kv_delete(kv_coupling* handle) {
     if (!handle) {
         return KV_OK;
     }
-    const std::shared_ptr<Handle> removed = Handles::Remove(handle);
-    if (!removed) {
-        return NoHandle(__func__);
-    }
-    removed->End();
-    return KV_OK;
+    return WithoutHandle(__func__, [&] {
+        const std::shared_ptr<Handle> found = Handles::Find(handle);
+        if (found && found->IsOwnThread()) {
+            throw Error(KV_FAILED, "the handle is in the middle of a call.", "Delete it when that has returned.");
+        }
+        const std::shared_ptr<Handle> removed = Handles::Remove(handle);
+        if (!removed) {
+            throw NoSuchHandle();
+        }
+        removed->End();
+    });
 }
 
 kv_status kv_launch(kv_coupling* handle, const char* version) {

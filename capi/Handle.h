@@ -20,13 +20,21 @@ public:
     Handle(const Handle&) = delete;
     Handle& operator=(const Handle&) = delete;
 
-    /// Does something with the session on the handle's thread and waits for it.
+    /// @return true inside of a call of this handle: a desktop in this process has called back
+    bool IsOwnThread() const noexcept { return std::this_thread::get_id() == m_thread.get_id(); }
+
+    /// Does something with the session on the handle's thread and waits for it; at once, where it is on that thread
+    /// already. The coupling object answers false then, for it is in the middle of another operation.
     /// @param operation  the name of the function that is called, for the error's text
     /// @param action     takes the session; may throw, Error or anything
     /// @return KV_OK, or the code of what was thrown
     template <class Action>
     kv_status Do(const char* operation, const Action& action) noexcept {
         Call<Action> call(*this, operation, action);
+        if (IsOwnThread()) {
+            call.Run();
+            return call.status;
+        }
         return m_queue.Perform(call) ? call.status : NoHandle(operation);
     }
 
