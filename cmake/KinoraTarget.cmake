@@ -17,7 +17,8 @@ function(kinora_configure target)
         target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS)
         return()
     endif()
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                                             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
                                              $<$<BOOL:${KINORA_WARNINGS_AS_ERRORS}>:-Werror>)
     if(KINORA_CHECKED)
         target_compile_definitions(${target} PRIVATE _GLIBCXX_ASSERTIONS)
