@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the documents against the repository. Usage: check_docs.py ROOT. Exit status 1 and one line per finding.
 
-- README.md shows examples/minimal-host/main.cpp word for word;
+- README.md shows examples/minimal-host/main.cpp and examples/c-host/main.c word for word;
 - links between documents lead to files.
 """
 import pathlib
@@ -13,9 +13,9 @@ root = pathlib.Path(sys.argv[1])
 findings = []
 
 readme = (root / "README.md").read_text()
-host = (root / "examples/minimal-host/main.cpp").read_text()
-if f"```cpp\n{host}```" not in readme:
-    findings.append("README.md: the host in it is not examples/minimal-host/main.cpp")
+for language, name in (("cpp", "examples/minimal-host/main.cpp"), ("c", "examples/c-host/main.c")):
+    if f"```{language}\n{(root / name).read_text()}```" not in readme:
+        findings.append(f"README.md: the host in it is not {name}")
 
 pages = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.md"], cwd=root,
                        capture_output=True, text=True, check=True).stdout.split()
