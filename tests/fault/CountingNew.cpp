@@ -2,17 +2,19 @@
 
 #include "tests/support/World.h"
 
-#include <cstdint>
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
 thread_local int libraryDepth = 0;
-std::size_t liveBlocks = 0;
-std::size_t liveBytes = 0;
-std::size_t allocations = 0;
-std::size_t failing = 0;
+thread_local bool isTests = false;
+std::atomic<bool> areOthersLibrarys = false;
+std::atomic<std::size_t> liveBlocks = 0;
+std::atomic<std::size_t> liveBytes = 0;
+std::atomic<std::size_t> allocations = 0;
+std::atomic<std::size_t> failing = 0;
 
 /// Stands before every block; as large as the alignment that operator new promises.
 struct alignas(16) Header {
@@ -21,7 +23,7 @@ struct alignas(16) Header {
 };
 
 bool IsLibrary() {
-    return libraryDepth > 0 && !fake::InsideDesktop::Is();
+    return (libraryDepth > 0 || (areOthersLibrarys && !isTests)) && !fake::InsideDesktop::Is();
 }
 
 void* Allocate(std::size_t size) {
@@ -34,8 +36,8 @@ void* Allocate(std::size_t size) {
         return nullptr;
     }
     *header = {size, isLibrarys};
-    liveBlocks += isLibrarys ? 1 : 0;
-    liveBytes += isLibrarys ? size : 0;
+    liveBlocks += isLibrarys ? 1U : 0U;
+    liveBytes += isLibrarys ? size : 0U;
     return header + 1;
 }
 
@@ -52,8 +54,8 @@ void Free(void* block) {
         return;
     }
     Header* const header = static_cast<Header*>(block) - 1;
-    liveBlocks -= header->isLibrarys ? 1 : 0;
-    liveBytes -= header->isLibrarys ? header->size : 0;
+    liveBlocks -= header->isLibrarys ? 1U : 0U;
+    liveBytes -= header->isLibrarys ? header->size : 0U;
     std::free(header);
 }
 
@@ -65,6 +67,11 @@ CountingNew::InLibrary::InLibrary() {
 
 CountingNew::InLibrary::~InLibrary() {
     --libraryDepth;
+}
+
+void CountingNew::CountOtherThreads() {
+    isTests = true;
+    areOthersLibrarys = true;
 }
 
 std::size_t CountingNew::LiveBlocks() {

@@ -17,6 +17,9 @@ public:
         InLibrary& operator=(const InLibrary&) = delete;
     };
 
+    /// From now on every thread but the one that asks for this runs the library, which has made them.
+    static void CountOtherThreads();
+
     /// Blocks, and bytes in them, that the library has allocated and that live now.
     static std::size_t LiveBlocks();
     static std::size_t LiveBytes();

@@ -76,14 +76,24 @@ public:
         m_failing = number;
         m_count = 0;
     }
-    void Watch() { m_thread = std::this_thread::get_id(); }
+    /// Watches this thread only.
+    void Watch() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_thread = std::this_thread::get_id();
+        m_watchesAll = false;
+    }
+    void WatchAll() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_watchesAll = true;
+    }
 
 private:
-    bool IsWatchedThread() const { return std::this_thread::get_id() == m_thread; }
+    bool IsWatchedThread() const { return m_watchesAll || std::this_thread::get_id() == m_thread; }
 
     std::mutex m_mutex;
     std::map<void*, std::size_t> m_blocks;
     std::thread::id m_thread;
+    bool m_watchesAll = false;
     std::size_t m_size = 0;
     std::size_t m_count = 0;
     std::size_t m_failing = 0;
@@ -143,6 +153,9 @@ const bool isInstalled = [] {
 
 } // namespace
 
+void MemoryGuard::WatchAllThreads() {
+    Spy().WatchAll();
+}
 std::size_t MemoryGuard::LiveBlocks() {
     return Spy().LiveBlocks();
 }

@@ -5,12 +5,14 @@
 
 namespace fake {
 
-/// Watches the automation memory of one thread: every BSTR, SAFEARRAY and COM task block, but not operator new.
+/// Watches the automation memory of the tests' thread: every BSTR, SAFEARRAY and COM task block, but not operator new.
 ///
 /// Installed once per process before the first BSTR. From then on every googletest test that leaves such a block alive
 /// fails, and so does a test that leaves a damaged heap behind.
 class MemoryGuard {
 public:
+    /// Watches every thread, until the running test ends.
+    static void WatchAllThreads();
     /// Blocks that this thread has allocated and that live now.
     static std::size_t LiveBlocks();
     /// Allocations of this thread, those inside of the fake desktop not counted, since the last `FailAllocation`.
