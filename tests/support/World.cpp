@@ -176,11 +176,12 @@ std::size_t World::Count(const std::string& method) const {
 
 const Fault* World::BeginCall() {
     const auto fault = m_faults.find(++m_callNumber);
-    if (fault == m_faults.end()) {
+    const bool isDead = m_deathNumber != 0 && m_callNumber >= m_deathNumber;
+    if (fault == m_faults.end() && !isDead) {
         return nullptr;
     }
     m_faultHit = true;
-    return &fault->second;
+    return isDead ? &m_death : &fault->second;
 }
 
 std::vector<std::string> World::TakeProblems() {

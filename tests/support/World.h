@@ -98,8 +98,16 @@ public:
     std::size_t CallNumber() const { return m_callNumber; }
     void RestartCallNumbers() { m_callNumber = 0; }
     void Inject(std::size_t callNumber, const Fault& fault) { m_faults[callNumber] = fault; }
-    void ClearFaults() { m_faults.clear(); }
-    /// True when a fault of `Inject` was reached since.
+    /// The desktop's process ends: this call and all later ones find no names any more.
+    void Die(std::size_t callNumber, HRESULT code) {
+        m_deathNumber = callNumber;
+        m_death.lookup = code;
+    }
+    void ClearFaults() {
+        m_faults.clear();
+        m_deathNumber = 0;
+    }
+    /// True when a fault of `Inject` or `Die` was reached since.
     bool FaultHit() const { return m_faultHit; }
     /// Called at the begin of every invocation, after its arguments were recorded.
     std::function<void(const Entry&)> observer;
@@ -123,6 +131,9 @@ private:
     std::vector<Entry> m_entries;
     std::vector<std::string> m_problems;
     std::map<std::size_t, Fault> m_faults;
+    Fault m_death;
+    /// 0 for a desktop that lives.
+    std::size_t m_deathNumber = 0;
     std::size_t m_callNumber = 0;
     bool m_faultHit = false;
 };
