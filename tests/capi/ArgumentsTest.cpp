@@ -31,6 +31,10 @@ struct Outputs {
 
 /// A whole set of right arguments, of which a test spoils one.
 struct Inputs {
+    Inputs() = default;
+    Inputs(const Inputs&) = delete;
+    Inputs& operator=(const Inputs&) = delete;
+
     std::vector<const char*> objects{"Magnet", "Block"};
     IKinoraVeltrixInterface::Transform transform{
         "Rotor", {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}};
@@ -220,15 +224,13 @@ const std::size_t wrongSizes[] = {0, 1, sizeof(void*), sizeof(kv_load) - 1};
 TEST_F(Arguments, RecordsOfWrongSizesAreRefused) {
     for (const std::size_t size : wrongSizes) {
         SCOPED_TRACE(size);
-        Inputs inputs;
-        inputs.group.size = size;
-        ExpectRefused(inputs.Init(m_session.Handle()), "groups[0]");
-        inputs = Inputs();
-        inputs.material.size = size;
-        ExpectRefused(inputs.Init(m_session.Handle()), "materials[0]");
-        inputs = Inputs();
-        inputs.pose.size = size;
-        ExpectRefused(inputs.Analyze(m_session.Handle(), m_outputs), "poses[0]");
+        Inputs groups, materials, poses;
+        groups.group.size = size;
+        ExpectRefused(groups.Init(m_session.Handle()), "groups[0]");
+        materials.material.size = size;
+        ExpectRefused(materials.Init(m_session.Handle()), "materials[0]");
+        poses.pose.size = size;
+        ExpectRefused(poses.Analyze(m_session.Handle(), m_outputs), "poses[0]");
         m_outputs.load.size = size;
         ExpectRefused(m_inputs.Analyze(m_session.Handle(), m_outputs), "loads[0]");
         m_outputs.load.size = sizeof(kv_load);
