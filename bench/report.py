@@ -31,6 +31,12 @@ def peer_table(peers):
     return table(["bodies", "recorded steps", "copying C++ / library", "script / library"], rows)
 
 
+def c_interface_table(calls):
+    rows = [[f"`{row['call']}`" + (f", {row['bodies']} bodies" if row["bodies"] else ""), f"{row['microseconds']:.1f}",
+             f"{row['microsecondsMore']:.1f}", f"{row['ratio']:.2f}"] for row in calls]
+    return table(["call", "C++ interface, microseconds", "C interface, microseconds more", "C / C++"], rows)
+
+
 def growth(steps, bodies):
     """Least squares through the times and bytes of one number of bodies, per recorded step."""
     rows = [row for row in steps if row["bodies"] == bodies and row["reports"] == "Never"]
@@ -76,8 +82,8 @@ def plot(steps, target):
 def main():
     folder, page, target = map(pathlib.Path, sys.argv[1:])
     read = lambda name: json.loads((folder / f"{name}.json").read_text())
-    step, without_files, memory, peers, share, in_process, native = (
-        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native"))
+    step, without_files, memory, peers, share, in_process, native, c_interface = (
+        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native", "capi"))
     history = step["history"]
     figures = {
         "step": step_table(step["step"], without_files["step"]),
@@ -97,6 +103,7 @@ def main():
                   f"takes **{native['stepSeconds'] / 1e-3:.2f}** of a millisecond; the library's share of that is "
                   f"**{100 * native['libraryShare']:.0f} %** ({native['bodies']} bodies, {native['recordedSteps']} recorded "
                   f"steps).",
+        "c-interface": c_interface_table(c_interface),
         "growth": growth_table(step["step"]),
     }
     fill(page, figures)
