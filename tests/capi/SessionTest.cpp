@@ -47,8 +47,8 @@ TEST_F(Sessions, SucceedAndLetGoOfEverything) {
 
 // --- What reaches the desktop ----------------------------------------------------------------------------------------
 
-/// A vector in a body's axes, whose rows these are, in those of the body as drawn. The orientations here only exchange axes,
-/// so that every bit is right.
+/// A vector in a body's axes, whose rows these are, in those of the body as drawn. The orientations here only exchange
+/// axes, so that every bit is right.
 void TurnBack(const double (&axes)[9], double (&vector)[3]) {
     const double from[3] = {vector[0], vector[1], vector[2]};
     for (int i = 0; i < 3; ++i) {
