@@ -1,5 +1,7 @@
 #include "capi/ErrorText.h"
 
+#include "capi/ThreadTexts.h"
+
 namespace kinora::capi {
 namespace {
 
@@ -24,12 +26,15 @@ kv_status ErrorText::Note(const char* operation) noexcept {
 }
 
 const char* ErrorText::CopyForThread() noexcept {
+    ThreadTexts* const thread = TextsOfThread();
+    if (!thread) {
+        return lost;
+    }
     try {
-        thread_local std::string copy;
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (!m_isLost) {
-            copy = m_text;
-            return copy.c_str();
+            thread->copy = m_text;
+            return thread->copy.c_str();
         }
     } catch (...) {
         return lost;
@@ -37,9 +42,14 @@ const char* ErrorText::CopyForThread() noexcept {
     return lost;
 }
 
-ErrorText& ThreadsError() {
-    thread_local ErrorText error;
-    return error;
+kv_status NoteForThread(const char* operation) noexcept {
+    ThreadTexts* const thread = TextsOfThread();
+    return thread ? thread->error.Note(operation) : KV_NO_MEMORY;
+}
+
+const char* TextOfThreadsError() noexcept {
+    ThreadTexts* const thread = TextsOfThread();
+    return thread ? thread->error.CopyForThread() : lost;
 }
 
 Error NoSuchHandle() {
@@ -51,7 +61,7 @@ kv_status NoHandle(const char* operation) noexcept {
     try {
         throw NoSuchHandle();
     } catch (...) {
-        return ThreadsError().Note(operation);
+        return NoteForThread(operation);
     }
 }
 

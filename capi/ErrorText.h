@@ -25,8 +25,13 @@ private:
     bool m_isLost = false;
 };
 
-/// Of calls on this thread that have no handle to keep their errors.
-ErrorText& ThreadsError();
+/// @name The last error on this thread of a call that has no handle to keep it
+/// @{
+/// As `ErrorText::Note`; KV_NO_MEMORY when there is none to keep anything for the thread.
+kv_status NoteForThread(const char* operation) noexcept;
+/// As `ErrorText::CopyForThread`.
+const char* TextOfThreadsError() noexcept;
+/// @}
 
 Error NoSuchHandle();
 

@@ -34,7 +34,7 @@ kv_status WithoutHandle(const char* operation, const Action& action) noexcept {
         action();
         return KV_OK;
     } catch (...) {
-        return ThreadsError().Note(operation);
+        return NoteForThread(operation);
     }
 }
 
@@ -263,7 +263,7 @@ kv_status kv_error_text(kv_coupling* handle, const char** text) {
     return WithoutHandle(__func__, [&] {
         NeedPointer(text, "text");
         if (!handle) {
-            *text = ThreadsError().CopyForThread();
+            *text = TextOfThreadsError();
             return;
         }
         const std::shared_ptr<Handle> found = Handles::Find(handle);
