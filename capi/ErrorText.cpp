@@ -57,6 +57,10 @@ Error NoSuchHandle() {
             "Hand over what kv_new gave, until kv_delete."};
 }
 
+Error InTheMiddle() {
+    return {KV_FAILED, "the handle is in the middle of a call.", "Call again when that has returned."};
+}
+
 kv_status NoHandle(const char* operation) noexcept {
     try {
         throw NoSuchHandle();

@@ -35,6 +35,9 @@ const char* TextOfThreadsError() noexcept;
 
 Error NoSuchHandle();
 
+/// Of a call from inside of another one of the same handle.
+Error InTheMiddle();
+
 /// Notes for this thread that a handle is none.
 /// @return KV_BAD_ARGUMENT
 kv_status NoHandle(const char* operation) noexcept;

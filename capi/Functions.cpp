@@ -140,7 +140,7 @@ kv_status kv_delete(kv_coupling* handle) {
     return WithoutHandle(__func__, [&] {
         const std::shared_ptr<Handle> found = Handles::Find(handle);
         if (found && found->IsOwnThread()) {
-            throw Error(KV_FAILED, "the handle is in the middle of a call.", "Delete it when that has returned.");
+            throw InTheMiddle();
         }
         const std::shared_ptr<Handle> removed = Handles::Remove(handle);
         if (!removed) {

@@ -33,6 +33,14 @@ void Handle::Main() {
     m_session.Release();
 }
 
+kv_status Handle::NoteInside(const char* operation) noexcept {
+    try {
+        throw InTheMiddle();
+    } catch (...) {
+        return m_lastError.Note(operation);
+    }
+}
+
 void Handle::End() noexcept {
     m_patience.End();
     m_queue.Close();

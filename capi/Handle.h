@@ -23,18 +23,17 @@ public:
     /// @return true inside of a call of this handle: a desktop in this process has called back
     bool IsOwnThread() const noexcept { return std::this_thread::get_id() == m_thread.get_id(); }
 
-    /// Does something with the session on the handle's thread and waits for it; at once, where it is on that thread
-    /// already. The coupling object answers false then, for it is in the middle of another operation.
+    /// Does something with the session on the handle's thread and waits for it. Inside of a call of this handle it fails:
+    /// the session is in the middle of something.
     /// @param operation  the name of the function that is called, for the error's text
     /// @param action     takes the session; may throw, Error or anything
     /// @return KV_OK, or the code of what was thrown
     template <class Action>
     kv_status Do(const char* operation, const Action& action) noexcept {
-        Call<Action> call(*this, operation, action);
         if (IsOwnThread()) {
-            call.Run();
-            return call.status;
+            return NoteInside(operation);
         }
+        Call<Action> call(*this, operation, action);
         return m_queue.Perform(call) ? call.status : NoHandle(operation);
     }
 
@@ -50,6 +49,7 @@ private:
     class Call;
 
     void Main();
+    kv_status NoteInside(const char* operation) noexcept;
 
     BusyPatience m_patience;
     TaskQueue m_queue;
