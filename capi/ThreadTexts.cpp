@@ -1,6 +1,8 @@
 #include "capi/ThreadTexts.h"
 
 #ifdef _WIN32
+#include "programs/StayLoaded.h"
+
 #include <windows.h>
 
 #include <memory>
@@ -13,7 +15,10 @@ namespace kinora::capi {
 
 // By the system's own means: mingw-w64 destroys a thread_local object after it has freed the memory that it is in.
 ThreadTexts* TextsOfThread() noexcept {
-    static const DWORD place = FlsAlloc([](void* texts) { delete static_cast<ThreadTexts*>(texts); });
+    static const DWORD place = [] {
+        programs::StayLoaded(); // what is called at the threads' ends
+        return FlsAlloc([](void* texts) { delete static_cast<ThreadTexts*>(texts); });
+    }();
     auto* const known = static_cast<ThreadTexts*>(FlsGetValue(place));
     if (known) {
         return known;
