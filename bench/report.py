@@ -82,8 +82,9 @@ def plot(steps, target):
 def main():
     folder, page, target = map(pathlib.Path, sys.argv[1:])
     read = lambda name: json.loads((folder / f"{name}.json").read_text())
+    names = ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native", "capi")
     step, without_files, memory, peers, share, in_process, native, c_interface = (
-        read(f"bench_{name}") for name in ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native", "capi"))
+        read(f"bench_{name}") for name in names)
     history = step["history"]
     figures = {
         "step": step_table(step["step"], without_files["step"]),
