@@ -173,7 +173,7 @@ private:
     }
 
     void ReadAndFree(kv_texts* list, std::size_t expected, kv_status status) {
-        if ((list != nullptr) != (status == KV_OK)) {
+        if (!list == (status == KV_OK)) {
             return Complain("a list", "is there after a failure, or missing");
         }
         std::size_t count = 0;

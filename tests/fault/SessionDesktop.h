@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-/// The fake desktops of a whole coupled run, one after the other, and what the run hands over: three bodies (a magnet that
-/// needs a clone of its material, a magnet that keeps it, a soft body without coercivity) and their poses. Every run starts
-/// with a desktop of its own; the registered class and the folder are shared, because the registry is slow.
+/// The fake desktops of a whole coupled run, one after the other, and what the run hands over: three bodies (a magnet
+/// that needs a clone of its material, a magnet that keeps it, a soft body without coercivity) and their poses. Every
+/// run starts with a desktop of its own; the registered class and the folder are shared, because the registry is slow.
 class SessionDesktop {
 public:
     struct Size {

@@ -10,8 +10,8 @@ struct Operation {
     std::function<bool()> run;
 };
 
-/// A whole coupled run against the fake desktop: launch, project, geometry, three bodies, steps with and without reports,
-/// save, close, quit.
+/// A whole coupled run against the fake desktop: launch, project, geometry, three bodies, steps with and without
+/// reports, save, close, quit.
 class WholeSession : public SessionDesktop {
 public:
     explicit WholeSession(const Size& size);
