@@ -23,8 +23,8 @@ public:
     /// @return true inside of a call of this handle: a desktop in this process has called back
     bool IsOwnThread() const noexcept { return std::this_thread::get_id() == m_thread.get_id(); }
 
-    /// Does something with the session on the handle's thread and waits for it. Inside of a call of this handle it fails:
-    /// the session is in the middle of something.
+    /// Does something with the session on the handle's thread and waits for it. Inside of a call of this handle it
+    /// fails: the session is in the middle of something.
     /// @param operation  the name of the function that is called, for the error's text
     /// @param action     takes the session; may throw, Error or anything
     /// @return KV_OK, or the code of what was thrown

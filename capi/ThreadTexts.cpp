@@ -13,7 +13,7 @@ namespace kinora::capi {
 
 #ifdef _WIN32
 
-// By the system's own means: mingw-w64 destroys a thread_local object after it has freed the memory that it is in.
+/// By the system's own means: mingw-w64 destroys a thread_local object after it has freed the memory that it is in.
 ThreadTexts* TextsOfThread() noexcept {
     static const DWORD place = [] {
         programs::StayLoaded(); // what is called at the threads' ends
