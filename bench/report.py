@@ -32,7 +32,7 @@ def peer_table(peers):
 
 
 def c_interface_table(calls):
-    rows = [[f"`{row['call']}`" + (f", {row['bodies']} bodies" if row["bodies"] else ""), f"{row['microseconds']:.1f}",
+    rows = [[f"`{row['call']}`" + (f", {row['bodies']} bodies" if row["bodies"] else ""), f"{row['microseconds']:.2f}",
              f"{row['microsecondsMore']:.1f}", f"{row['ratio']:.2f}"] for row in calls]
     return table(["call", "C++ interface, microseconds", "C interface, microseconds more", "C / C++"], rows)
 
