@@ -48,7 +48,7 @@ kv_status OnHandle(const kv_coupling* handle, const char* operation, const Actio
 /// A function that gives a list of texts; null when it fails.
 template <class Action>
 kv_status GiveTexts(const kv_coupling* handle, const char* operation, kv_texts** texts, const char* argument,
-                    const Action& action) noexcept {
+                    const Action& action) {
     if (texts) {
         *texts = nullptr;
     }
