@@ -17,7 +17,7 @@ class Records {
 public:
     /// @param what  names the array in errors
     /// @throws Error  KV_BAD_ARGUMENT: it is null and has elements, or their sizes are not what they should be
-    Records(Record* first, std::size_t count, const char* what) : m_first(first), m_count(count) {
+    Records(Record* first, std::size_t count, const char* what) : m_first(first) {
         if (count == 0) {
             return;
         }
@@ -30,8 +30,6 @@ public:
             CheckSize(i, what);
         }
     }
-
-    std::size_t Count() const { return m_count; }
 
     Record& operator[](std::size_t index) const {
         using Byte = std::conditional_t<std::is_const_v<Record>, const char, char>;
@@ -52,7 +50,6 @@ private:
     }
 
     Record* m_first;
-    std::size_t m_count;
     std::size_t m_size = sizeof(Record);
 };
 

@@ -1,4 +1,4 @@
-// The library loaded by a program that Microsoft's compiler built: Node.js pulls two cube magnets apart, and has them
+// The library loaded by a program that MSVC built: Node.js pulls two cube magnets apart, and has them
 // pulled by two handles at once. Arguments: the library, the project's folder, an empty folder. Exit status 0 when all is
 // as it should be.
 "use strict";
