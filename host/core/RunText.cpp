@@ -54,7 +54,7 @@ double ShownMillinewtonMetres(double value) {
     return Shown(value, 1e-6);
 }
 
-std::string Numbers(const Vector& vector) {
+std::string Triple(const Vector& vector) {
     return fmt::format("({:g}, {:g}, {:g})", vector.x(), vector.y(), vector.z());
 }
 
@@ -120,10 +120,10 @@ std::string PlacementText(const Joint& joint) {
     const auto& start = std::get<FreePlacement>(joint.placement);
     std::string text = "free, starts";
     if (joint.type == JointType::Free) {
-        text += fmt::format(" displaced by {} m with {} m/s,", Numbers(start.way_W), Numbers(start.velocity_W));
+        text += fmt::format(" displaced by {} m with {} m/s,", Triple(start.way_W), Triple(start.velocity_W));
     }
-    text += fmt::format(" turned by {} rad with {} rad/s", Numbers(RotationVector(start.turn)),
-                        Numbers(start.angularVelocity_W));
+    text += fmt::format(" turned by {} rad with {} rad/s", Triple(RotationVector(start.turn)),
+                        Triple(start.angularVelocity_W));
     if (start.damping > 0.0) {
         text += fmt::format(", damping {:g}", start.damping);
     }
@@ -140,10 +140,10 @@ std::string JointText(const Scenario& scenario, const Joint& joint) {
     }
     std::string text = fmt::format("  {} \"{}\"", NameOf(joint.type), joint.name);
     if (joint.HasAxis()) {
-        text += fmt::format(" along {}", Numbers(joint.axis_W));
+        text += fmt::format(" along {}", Triple(joint.axis_W));
     }
     if (joint.type != JointType::Slider) {
-        text += fmt::format(" {} {} m", joint.HasAxis() ? "through" : "about", Numbers(joint.p_WJ_W));
+        text += fmt::format(" {} {} m", joint.HasAxis() ? "through" : "about", Triple(joint.p_WJ_W));
     }
     text += fmt::format(", moves {}\n", bodies);
     for (const Coordinate& coordinate : joint.coordinates) {
@@ -156,7 +156,7 @@ std::string JointText(const Scenario& scenario, const Joint& joint) {
 
 std::string AttachmentText(const Scenario& scenario, const Attachment& attachment) {
     return fmt::format("{} at {} m", attachment.body ? scenario.bodies[*attachment.body].name : "the ground",
-                       Numbers(attachment.X_BF.p_WB_W));
+                       Triple(attachment.X_BF.p_WB_W));
 }
 
 /// Springs, bushings and loads.
@@ -170,8 +170,8 @@ std::string ElementsText(const Scenario& scenario) {
     for (const Bushing& bushing : scenario.bushings) {
         text += fmt::format("  bushing \"{}\" from {} to {}: stiffness {}, {}, damping {}, {}\n", bushing.name,
                             AttachmentText(scenario, bushing.from), AttachmentText(scenario, bushing.to),
-                            Numbers(bushing.stiffness), Numbers(bushing.angularStiffness), Numbers(bushing.damping),
-                            Numbers(bushing.angularDamping));
+                            Triple(bushing.stiffness), Triple(bushing.angularStiffness), Triple(bushing.damping),
+                            Triple(bushing.angularDamping));
     }
     text += scenario.loads.empty() ? "" : "loads\n";
     for (const AppliedLoad& load : scenario.loads) {
@@ -327,7 +327,7 @@ std::string ModelText(const Scenario& scenario) {
     text += "bodies\n";
     for (const Body& body : scenario.bodies) {
         text +=
-            fmt::format("  \"{}\" at {} m, mass {:g} kg, objects:", body.name, Numbers(body.X_WB0.p_WB_W), body.mass);
+            fmt::format("  \"{}\" at {} m, mass {:g} kg, objects:", body.name, Triple(body.X_WB0.p_WB_W), body.mass);
         for (const std::string& object : body.objects) {
             text += " " + object;
         }
@@ -337,7 +337,7 @@ std::string ModelText(const Scenario& scenario) {
     for (const auto& [object, material] : scenario.materials) {
         const double* direction = material.coercivityDirection;
         text += fmt::format("  {}: {} along {}\n", object, material.name,
-                            Numbers({direction[0], direction[1], direction[2]}));
+                            Triple({direction[0], direction[1], direction[2]}));
     }
     text += scenario.joints.empty() ? "" : "joints\n";
     for (const Joint& joint : scenario.joints) {
@@ -345,7 +345,7 @@ std::string ModelText(const Scenario& scenario) {
     }
     text += ElementsText(scenario);
     if (!scenario.gravity_W.isZero()) {
-        text += fmt::format("gravity {} m/s^2\n", Numbers(scenario.gravity_W));
+        text += fmt::format("gravity {} m/s^2\n", Triple(scenario.gravity_W));
     }
     return text + fmt::format("{} steps of {:g} s, 0 to {:g} s\n", scenario.stepping.steps,
                               scenario.stepping.stepSeconds, scenario.stepping.TimeOf(scenario.stepping.steps));

@@ -57,4 +57,9 @@ private:
     ErrorCode m_code;
 };
 
+/// @return the error of an argument that may not be
+inline DesktopError BadValue(const std::string& detail) {
+    return DesktopError(ErrorCode::BadArgumentValue, detail);
+}
+
 } // namespace vantor::model

@@ -13,18 +13,6 @@ namespace {
 
 constexpr int maximumNesting = 200;
 
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool IsNameStart(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || static_cast<unsigned char>(c) >= 0x80;
-}
-
-bool IsNamePart(char c) {
-    return IsNameStart(c) || IsDigit(c);
-}
-
 /// Recursive descent over the text; values are computed on the way, so chains of any length need no tree.
 class Evaluator {
 public:

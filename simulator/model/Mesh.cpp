@@ -9,7 +9,7 @@
 namespace vantor::model {
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+constexpr double twoPi = 6.28318530717958647692;
 
 std::uint64_t HashBytes(const void* data, std::size_t size, std::uint64_t hash) {
     const auto* bytes = static_cast<const unsigned char*>(data);
@@ -135,7 +135,7 @@ double WindingPart(const Corners& t, const Eigen::Vector3d& point) {
     const double la = a.norm(), lb = b.norm(), lc = c.norm();
     const double numerator = a.dot(b.cross(c));
     const double denominator = la * lb * lc + a.dot(b) * lc + b.dot(c) * la + c.dot(a) * lb;
-    return std::atan2(numerator, denominator) / (2.0 * pi);
+    return std::atan2(numerator, denominator) / twoPi;
 }
 
 void CheckCavities(const Mesh& mesh, const Shells& shells) {

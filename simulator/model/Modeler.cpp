@@ -10,10 +10,6 @@ namespace {
 
 constexpr int deepestFrame = 50;
 
-DesktopError Bad(const std::string& detail) {
-    return DesktopError(ErrorCode::BadArgumentValue, detail);
-}
-
 /// The solids of a file in metres, ready to be added.
 GeometryObject Scaled(const ImportedSolid& solid, double metresPerUnit, bool useMaterial) {
     GeometryObject object;
@@ -51,7 +47,8 @@ Eigen::Vector3d Direction(const std::array<std::string, 3>& expressions, const N
 void Modeler::SetUnits(const std::string& units, bool rescale) {
     const auto size = FindModelUnit(units);
     if (!size) {
-        throw Bad("unknown model unit " + Quoted(units) + "; known are um, mm, cm, dm, m, meter, km, mil, in, ft, yd");
+        throw BadValue("unknown model unit " + Quoted(units) +
+                       "; known are um, mm, cm, dm, m, meter, km, mil, in, ft, yd");
     }
     if (rescale) {
         for (auto& object : m_objects) {
@@ -70,7 +67,7 @@ std::vector<std::string> Modeler::Import(const ImportedGeometry& geometry, bool 
     for (const auto& solid : geometry.solids) {
         GeometryObject object = Scaled(solid, m_metresPerUnit, useMaterials);
         if (IsRegion(object.name)) {
-            throw Bad("an object named " + Quoted(object.name) + " exists already");
+            throw BadValue("an object named " + Quoted(object.name) + " exists already");
         }
         const GeometryObject* existing = FindObject(object.name);
         if (!existing) {
@@ -78,7 +75,7 @@ std::vector<std::string> Modeler::Import(const ImportedGeometry& geometry, bool 
         } else if (existing->importFingerprint == object.importFingerprint) {
             kept.push_back(object.name);
         } else {
-            throw Bad("an object named " + Quoted(object.name) + " exists already and has another geometry");
+            throw BadValue("an object named " + Quoted(object.name) + " exists already and has another geometry");
         }
     }
     for (auto& object : additions) {
@@ -127,28 +124,28 @@ const CoordinateSystem& Modeler::RequireFrame(const std::string& name) const {
             return system;
         }
     }
-    throw Bad("there is no coordinate system " + Quoted(name));
+    throw BadValue("there is no coordinate system " + Quoted(name));
 }
 
 void Modeler::AddCoordinateSystem(const CoordinateSystem& system, const Variables& variables) {
     if (HasFrame(system.name)) {
-        throw Bad("a coordinate system named " + Quoted(system.name) + " exists already");
+        throw BadValue("a coordinate system named " + Quoted(system.name) + " exists already");
     }
     if (system.name.empty()) {
-        throw Bad("a coordinate system needs a name");
+        throw BadValue("a coordinate system needs a name");
     }
     try {
         FramePose(system.reference, variables);
         OwnPose(system, variables);
     } catch (const ExpressionError& error) {
-        throw Bad("coordinate system " + Quoted(system.name) + ": " + error.what());
+        throw BadValue("coordinate system " + Quoted(system.name) + ": " + error.what());
     }
     m_coordinateSystems.push_back(system);
 }
 
 void Modeler::SetWorkingFrame(const std::string& name) {
     if (!HasFrame(name)) {
-        throw Bad("there is no coordinate system " + Quoted(name));
+        throw BadValue("there is no coordinate system " + Quoted(name));
     }
     m_workingFrame = name;
 }
@@ -228,15 +225,15 @@ Mesh Modeler::GlobalMesh(const GeometryObject& object, const Variables& variable
 
 bool Modeler::SetRegion(const Region& region, const Variables& variables) {
     if (HasObject(region.name)) {
-        throw Bad("an object named " + Quoted(region.name) + " exists already");
+        throw BadValue("an object named " + Quoted(region.name) + " exists already");
     }
     if (m_region && m_region->name != region.name) {
-        throw Bad("the design has a region already: " + Quoted(m_region->name));
+        throw BadValue("the design has a region already: " + Quoted(m_region->name));
     }
     try {
         RegionBoxOf(region, variables);
     } catch (const ExpressionError& error) {
-        throw Bad("region " + Quoted(region.name) + ": " + error.what());
+        throw BadValue("region " + Quoted(region.name) + ": " + error.what());
     }
     const bool replaced = m_region.has_value();
     m_region = region;

@@ -14,7 +14,7 @@ struct Label {
     std::string unit;
 };
 
-[[noreturn]] void Fail(const std::string& fileName, std::size_t line, const std::string& reason) {
+[[noreturn]] void Refuse(const std::string& fileName, std::size_t line, const std::string& reason) {
     throw DesktopError(ErrorCode::ReadFile, fileName + ", line " + std::to_string(line) + ": " + reason);
 }
 
@@ -25,12 +25,12 @@ Label ParseLabel(const std::string& field, const std::string& fileName) {
     Label label{text.substr(0, bracket), ""};
     if (bracket != std::string::npos) {
         if (text.back() != ']') {
-            Fail(fileName, 1, "the unit of the label " + Quoted(text) + " does not end in \"]\"");
+            Refuse(fileName, 1, "the unit of the label " + Quoted(text) + " does not end in \"]\"");
         }
         label.unit = text.substr(bracket + 2, text.size() - bracket - 3);
     }
     if (label.name.empty()) {
-        Fail(fileName, 1, "a column has no label");
+        Refuse(fileName, 1, "a column has no label");
     }
     return label;
 }
@@ -38,14 +38,14 @@ Label ParseLabel(const std::string& field, const std::string& fileName) {
 std::vector<Trace> TracesOfLabels(std::string_view line, const std::string& fileName) {
     const auto fields = Split(line, ',');
     if (fields.size() < 2) {
-        Fail(fileName, 1, "at least two labelled columns are needed");
+        Refuse(fileName, 1, "at least two labelled columns are needed");
     }
     const Label x = ParseLabel(fields[0], fileName);
     std::vector<Trace> traces;
     for (std::size_t i = 1; i < fields.size(); ++i) {
         const Label label = ParseLabel(fields[i], fileName);
         if (FindByName(traces, label.name)) {
-            Fail(fileName, 1, "a second column labelled " + Quoted(label.name));
+            Refuse(fileName, 1, "a second column labelled " + Quoted(label.name));
         }
         traces.push_back({label.name, label.unit, x.name, x.unit, {}, {}});
     }
@@ -65,14 +65,14 @@ void AddPoints(std::vector<Trace>& traces, std::string_view line, std::vector<do
                const std::string& fileName, std::size_t number) {
     const auto fields = static_cast<std::size_t>(std::count(line.begin(), line.end(), ',')) + 1;
     if (fields != traces.size() + 1) {
-        Fail(fileName, number,
-             std::to_string(traces.size() + 1) + " fields are needed, here are " + std::to_string(fields));
+        Refuse(fileName, number,
+               std::to_string(traces.size() + 1) + " fields are needed, here are " + std::to_string(fields));
     }
     values.resize(fields);
     for (double& value : values) {
         const std::string_view field = TakeField(line, ',');
         if (!ParseNumber(Trim(field), value)) {
-            Fail(fileName, number, "not a finite number: " + Quoted(field));
+            Refuse(fileName, number, "not a finite number: " + Quoted(field));
         }
     }
     for (std::size_t i = 0; i < traces.size(); ++i) {
@@ -87,7 +87,7 @@ std::vector<Trace> ReadTraces(const std::string& text, const std::string& fileNa
     std::string_view rest = text;
     const std::string_view labels = TakeField(rest, '\n');
     if (Trim(labels).empty()) {
-        Fail(fileName, 1, "the column labels are missing");
+        Refuse(fileName, 1, "the column labels are missing");
     }
     std::vector<Trace> traces = TracesOfLabels(labels, fileName);
     std::vector<double> values;

@@ -67,22 +67,21 @@ std::string Quoted(std::string_view text) {
     return quoted;
 }
 
-namespace {
-
-bool IsLetter(char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_' ||
-           static_cast<unsigned char>(character) >= 0x80;
-}
-
 bool IsDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-} // namespace
+bool IsNameStart(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_' ||
+           static_cast<unsigned char>(character) >= 0x80;
+}
+
+bool IsNamePart(char character) {
+    return IsNameStart(character) || IsDigit(character);
+}
 
 bool IsIdentifier(std::string_view text) {
-    return !text.empty() && IsLetter(text.front()) &&
-           std::all_of(text.begin(), text.end(), [](char c) { return IsLetter(c) || IsDigit(c); });
+    return !text.empty() && IsNameStart(text.front()) && std::all_of(text.begin(), text.end(), IsNamePart);
 }
 
 std::string QuotedList(const std::vector<std::string>& names, std::size_t limit) {

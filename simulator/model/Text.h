@@ -25,8 +25,16 @@ std::string Unquoted(const std::string& text);
 /// The text between double quotes.
 std::string Quoted(std::string_view text);
 
-/// True for a name that expressions can refer to: a letter or underscore, then letters, digits and underscores
-/// (characters beyond ASCII count as letters).
+bool IsDigit(char character);
+
+/// @name What a name begins with and goes on with: a letter or underscore, then digits too. Characters beyond ASCII
+/// count as letters.
+/// @{
+bool IsNameStart(char character);
+bool IsNamePart(char character);
+/// @}
+
+/// True for a name that expressions can refer to.
 bool IsIdentifier(std::string_view text);
 
 /// The names joined with ", ", each in double quotes, at most `limit` of them followed by "and N more".

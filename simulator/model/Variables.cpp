@@ -11,16 +11,12 @@ namespace {
 
 constexpr std::size_t longestChain = 100;
 
-DesktopError Bad(const std::string& detail) {
-    return DesktopError(ErrorCode::BadArgumentValue, detail);
-}
-
 } // namespace
 
 const std::string& Variables::RequireValue(const std::string& name) const {
     const auto index = m_indices.find(name);
     if (index == m_indices.end()) {
-        throw Bad("there is no variable " + Quoted(name));
+        throw BadValue("there is no variable " + Quoted(name));
     }
     return m_variables[index->second].value;
 }
@@ -29,11 +25,11 @@ void Variables::Add(const std::vector<Variable>& additions) {
     Variables changed = *this;
     for (const auto& variable : additions) {
         if (!IsIdentifier(variable.name)) {
-            throw Bad("a variable cannot be named " + Quoted(variable.name) +
-                      ": names are letters, digits and underscores, and begin with no digit");
+            throw BadValue("a variable cannot be named " + Quoted(variable.name) +
+                           ": names are letters, digits and underscores, and begin with no digit");
         }
         if (!changed.m_indices.emplace(variable.name, changed.m_variables.size()).second) {
-            throw Bad("the variable " + Quoted(variable.name) + " exists already");
+            throw BadValue("the variable " + Quoted(variable.name) + " exists already");
         }
         changed.m_variables.push_back(variable);
     }
@@ -46,7 +42,7 @@ void Variables::Change(const std::vector<Variable>& changes) {
     for (const auto& variable : changes) {
         const auto index = changed.m_indices.find(variable.name);
         if (index == changed.m_indices.end()) {
-            throw Bad("there is no variable " + Quoted(variable.name) + " to change");
+            throw BadValue("there is no variable " + Quoted(variable.name) + " to change");
         }
         changed.m_variables[index->second].value = variable.value;
     }
@@ -60,7 +56,7 @@ void Variables::CheckAll(const std::vector<Variable>& touched) const {
         try {
             lookup(variable.name);
         } catch (const ExpressionError& error) {
-            throw Bad("variable " + Quoted(variable.name) + ": " + error.what());
+            throw BadValue("variable " + Quoted(variable.name) + ": " + error.what());
         }
     }
 }

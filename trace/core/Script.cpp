@@ -15,9 +15,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr unsigned propertyGet = 2;
-constexpr unsigned propertyPut = 4;
-constexpr unsigned propertyPutReference = 8;
 /// VBScript allows 127 variables in all; objects beyond these go into one array.
 constexpr std::size_t mostVariables = 90;
 

@@ -8,6 +8,13 @@
 
 namespace kinora::trace {
 
+/// @name What a call's flags ask for
+/// @{
+inline constexpr unsigned propertyGet = 2;
+inline constexpr unsigned propertyPut = 4;
+inline constexpr unsigned propertyPutReference = 8;
+/// @}
+
 /// One line of a trace (docs/trace.md describes the fields). Values stay as they stand in the file.
 struct Record {
     enum class Kind { Create, Lookup, Call };

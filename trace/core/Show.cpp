@@ -35,8 +35,7 @@ std::string DurationText(double microseconds) {
                               : fmt::format("{:.3f} s", microseconds / 1e6);
 }
 
-constexpr unsigned propertyGet = 2;
-constexpr unsigned propertyPuts = 4 | 8;
+constexpr unsigned propertyPuts = propertyPut | propertyPutReference;
 
 /// Arguments in brackets, named ones with their numbers. The last ones may be left out.
 std::string ArgumentList(const Record& record, std::size_t leftOut, const TextLimits& limits) {
