@@ -24,7 +24,7 @@ import subprocess
 import sys
 
 INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
-TOGETHER = 8
+TOGETHER = 16
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
