@@ -4,16 +4,10 @@
 #include "comutils/Text.h"
 #include "programs/Utf.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace kinora::capi {
 namespace {
-
-/// Seven-bit characters are themselves in every encoding.
-bool IsAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char character) { return (character & 0x80) == 0; });
-}
 
 // What a conversion cannot hold comes back from it as something else.
 
@@ -42,7 +36,7 @@ std::string ToAnsi(const std::wstring& wide, std::string_view what) {
 } // namespace
 
 std::string ToAnsi(const char* text, std::string_view what) {
-    return text != nullptr && IsAscii(text) ? text : ToAnsi(ToWide(text, what), what);
+    return text && Text::IsAscii(text) ? text : ToAnsi(ToWide(text, what), what);
 }
 
 std::string ToAnsiPath(const char* path, std::string_view what) {
@@ -56,7 +50,7 @@ std::string ToAnsiPath(const char* path, std::string_view what) {
 }
 
 std::string ToUtf8(std::string_view text) {
-    return IsAscii(text) ? std::string(text) : programs::Utf8FromWide(programs::WideFromAnsi(text));
+    return Text::IsAscii(text) ? std::string(text) : programs::Utf8FromWide(programs::WideFromAnsi(text));
 }
 
 } // namespace kinora::capi

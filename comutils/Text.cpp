@@ -21,9 +21,8 @@ void AppendNumber(std::string& text, double number, std::chars_format format) {
     text.append(buffer, end);
 }
 
-/// Every ANSI code page keeps the seven-bit characters, so that those need no table.
 template <class Character>
-bool IsAscii(std::basic_string_view<Character> text) {
+bool AreAscii(std::basic_string_view<Character> text) {
     unsigned seen = 0;
     for (const Character character : text) {
         seen |= static_cast<std::make_unsigned_t<Character>>(character);
@@ -83,6 +82,10 @@ Native NativeFromWide(const std::wstring& text) {
 
 } // namespace
 
+bool IsAscii(std::string_view text) {
+    return AreAscii(text);
+}
+
 BSTR ToBstr(std::string_view text) {
     if (IsAscii(text)) {
         const BSTR wide = AllocateBstr(text.size());
@@ -105,7 +108,7 @@ std::wstring ToWide(std::string_view text) {
 
 std::string ToNarrow(std::wstring_view text, UINT codePage) {
     std::string narrow;
-    if (IsAscii(text)) {
+    if (AreAscii(text)) {
         narrow.resize(text.size());
         CopyAscii(text, narrow.data());
         return narrow;

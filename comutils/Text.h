@@ -11,6 +11,9 @@
 /// Conversions between the narrow texts of the interface and what the platform takes.
 namespace Text {
 
+/// True for a text of seven-bit characters, which are themselves in every ANSI code page and in UTF-8.
+bool IsAscii(std::string_view text);
+
 /// @return a BSTR of the ANSI text, embedded zero characters included; the caller owns it
 /// @throws _com_error  E_OUTOFMEMORY
 BSTR ToBstr(std::string_view text);
