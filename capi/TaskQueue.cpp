@@ -10,7 +10,7 @@ namespace {
 /// @return whether it came
 template <class Condition>
 bool Soon(const Condition& isThere) {
-    constexpr std::chrono::microseconds aMoment(50);
+    constexpr std::chrono::microseconds aMoment(500);
     const auto end = std::chrono::steady_clock::now() + aMoment;
     while (!isThere()) {
         if (std::chrono::steady_clock::now() >= end) {
