@@ -21,8 +21,8 @@
 namespace {
 
 constexpr char version[] = "Bench";
-/// Of calls that take about a microsecond so many are timed in a row. Steps are timed one by one, in turns with those of
-/// the other interface: the handle's thread waits meanwhile, as it does while a host calculates.
+/// Of calls that take about a microsecond so many are timed in a row. Steps are timed one by one, in turns with those
+/// of the other interface: the handle's thread waits meanwhile, as it does while a host calculates.
 constexpr int callsInARow = 100;
 
 void Require(bool done, const char* what) {
