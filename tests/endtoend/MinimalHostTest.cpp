@@ -1,8 +1,7 @@
 // The smallest host: its forces, and what it says when an operation fails.
 #include "programs/Environment.h"
-#include "tests/endtoend/Programs.h"
+#include "tests/endtoend/SmallHosts.h"
 
-#include <cmath>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -31,16 +30,7 @@ protected:
 };
 
 TEST_F(MinimalHost, PrintsTheForceOfEveryStep) {
-    const Outcome outcome = RunWith(m_cubes);
-    EXPECT_EQ(outcome.exitCode, 0);
-    const std::vector<std::string> lines = Lines(outcome.output);
-    ASSERT_EQ(lines.size(), 5U) << outcome.output;
-    const std::vector<double> expected =
-        Column(Examples() / "cube-magnets" / "scenario.expected.csv", "upper.Force_z [N]");
-    for (std::size_t i = 0; i < 5; ++i) {
-        EXPECT_THAT(lines[i], StartsWith("z = " + std::to_string(12 + i) + " mm: "));
-        EXPECT_NEAR(std::stod(lines[i].substr(lines[i].find(':') + 1)), expected[i], 1e-4 * std::fabs(expected[0]));
-    }
+    ExpectForcesOfFiveSteps(RunWith(m_cubes));
 }
 
 TEST_F(MinimalHost, SaysHowItIsUsed) {
