@@ -50,8 +50,8 @@ model::Box BoxAround(const std::vector<solver::Body>& bodies) {
     model::Box box;
     for (const auto& body : bodies) {
         for (const auto& magnet : body.magnets) {
-            for (const auto& vertex : magnet.mesh.vertices) {
-                box.Add(vertex);
+            for (const auto& vertex : magnet.mesh->vertices) {
+                box.Add(magnet.pose * vertex);
             }
         }
     }

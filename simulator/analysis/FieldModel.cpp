@@ -133,10 +133,13 @@ private:
             throw DesktopError(ErrorCode::SolverData, "the coercivity components of the material " +
                                                           Quoted(material.name) + " give no direction: all are 0");
         }
-        const model::Mesh mesh = m_design.modeler.GlobalMesh(object, m_variables);
+        const model::Pose pose = m_design.modeler.FramePose(object.coordinateSystem, m_variables);
         const model::Pose frame = m_design.modeler.FramePose(object.orientation, m_variables);
         const double remanence = material.relativePermeability * material.coercivity->magnitude;
-        return {object.name, {mesh.vertices, mesh.triangles}, remanence * (frame.linear() * direction.normalized())};
+        return {
+            object.name,
+            std::make_shared<solver::TriangleMesh>(solver::TriangleMesh{object.mesh.vertices, object.mesh.triangles}),
+            remanence * (pose.linear().transpose() * frame.linear() * direction.normalized()), pose};
     }
 
     const model::Project& m_project;

@@ -60,6 +60,9 @@ Solution Solve(const std::vector<Body>& bodies, const Options& options) {
     bool more = true;
     while (more) {
         solution.passes.push_back(refinement.Evaluate());
+        if (options.passDone) {
+            options.passDone(solution.passes.back());
+        }
         solution.converged = solution.passes.back().percentError <= options.percentError;
         more = !solution.converged && solution.passes.back().number < options.maximumPasses && refinement.Refine();
     }
@@ -73,6 +76,17 @@ Solution Solve(const std::vector<Body>& bodies, const Options& options) {
         }
     }
     return solution;
+}
+
+struct Solver::Implementation {};
+
+Solver::Solver() : m_implementation(new Implementation) {}
+Solver::~Solver() = default;
+Solver::Solver(Solver&&) noexcept = default;
+Solver& Solver::operator=(Solver&&) noexcept = default;
+
+Solution Solver::Solve(const std::vector<Body>& bodies, const Options& options) {
+    return vantor::solver::Solve(bodies, options);
 }
 
 struct FieldEvaluator::Implementation {

@@ -4,9 +4,10 @@
 // Every magnet is a closed triangle mesh with one magnetisation M. Its field is that of the surface charge
 // sigma = M.n on its faces; the load on a body is the integral of mu0 sigma H over its own charged faces, H being the
 // field of all other bodies. Magnets are rigid in both senses: they neither deform nor change their magnetisation.
-#include <Eigen/Core>
+#include <Eigen/Geometry>
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -24,17 +25,32 @@ struct TriangleMesh {
     std::vector<std::array<int, 3>> triangles;
 };
 
-/// One uniformly magnetised piece: its mesh and its magnetisation (A/m), both in the global frame.
+/// One uniformly magnetised piece.
 struct Magnet {
     std::string name;
-    TriangleMesh mesh;
+    /// In the magnet's own axes; null is a mesh of nothing. It is never changed: what a Solver knows of a mesh it keeps as
+    /// long as it gets the same one again.
+    std::shared_ptr<const TriangleMesh> mesh;
+    /// A/m, in the magnet's own axes.
     Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
+    /// Where the magnet is: global = pose * own, metres.
+    Eigen::Isometry3d pose = Eigen::Isometry3d::Identity();
 };
 
 /// Magnets that move together. The forces between magnets of one body do not count, and these magnets may touch.
 struct Body {
     std::string name;
     std::vector<Magnet> magnets;
+};
+
+/// What one refinement pass reached.
+struct Pass {
+    /// 1, 2, ...
+    int number = 0;
+    /// Largest error estimate over all bodies, force and torque.
+    double percentError = 0;
+    /// Field evaluations made in this pass.
+    std::size_t evaluations = 0;
 };
 
 /// When to stop, and how many threads to use. The result does not depend on the number of threads, to the last bit.
@@ -45,6 +61,8 @@ struct Options {
     int maximumPasses = 15;
     /// 0: as many as the machine has.
     int threads = 0;
+    /// Told of every pass when it is done, in the calling thread; may be empty.
+    std::function<void(const Pass&)> passDone;
 };
 
 /// Load on one body.
@@ -61,16 +79,6 @@ struct Load {
     /// trillionth of it is nothing but rounding.
     double forceScale = 0;
     double torqueScale = 0;
-};
-
-/// What one refinement pass reached.
-struct Pass {
-    /// 1, 2, ...
-    int number = 0;
-    /// Largest error estimate over all bodies, force and torque.
-    double percentError = 0;
-    /// Field evaluations made in this pass.
-    std::size_t evaluations = 0;
 };
 
 /// Loads (one per body, in the bodies' order) and how they came about. `converged` says whether the last pass met
@@ -98,6 +106,23 @@ public:
 /// @throws SolveError  values that are not finite, a mesh that is not closed or that is turned inside out, bodies that
 ///                     touch, overlap or lie inside one another, options out of range
 Solution Solve(const std::vector<Body>& bodies, const Options& options = {});
+
+/// Solves for bodies that move from one solve to the next. What it finds out about a magnet's mesh and magnetisation it
+/// keeps for the next solve; results are the same as without.
+class Solver {
+public:
+    Solver();
+    ~Solver();
+    Solver(Solver&&) noexcept;
+    Solver& operator=(Solver&&) noexcept;
+
+    /// As the function of the same name.
+    vantor::solver::Solution Solve(const std::vector<Body>& bodies, const Options& options = {});
+
+private:
+    struct Implementation;
+    std::unique_ptr<Implementation> m_implementation;
+};
 
 /// The field of bodies that stand still, at many points.
 class FieldEvaluator {

@@ -19,15 +19,21 @@ void CheckValues(const Magnet& magnet, const std::string& label) {
     if (!magnet.magnetisation.allFinite()) {
         throw SolveError("The magnetisation of " + label + " is not finite; give three finite numbers in A/m.");
     }
-    for (std::size_t i = 0; i < magnet.mesh.vertices.size(); ++i) {
-        if (!magnet.mesh.vertices[i].allFinite()) {
+    if (!magnet.pose.matrix().allFinite()) {
+        throw SolveError("The pose of " + label + " is not finite; check the placement of the body.");
+    }
+    if (!magnet.mesh) {
+        return;
+    }
+    for (std::size_t i = 0; i < magnet.mesh->vertices.size(); ++i) {
+        if (!magnet.mesh->vertices[i].allFinite()) {
             throw SolveError("Vertex " + std::to_string(i) + " of " + label +
                              " is not finite; check its geometry and the placement of the body.");
         }
     }
-    const auto count = static_cast<long long>(magnet.mesh.vertices.size());
-    for (std::size_t i = 0; i < magnet.mesh.triangles.size(); ++i) {
-        for (const int corner : magnet.mesh.triangles[i]) {
+    const auto count = static_cast<long long>(magnet.mesh->vertices.size());
+    for (std::size_t i = 0; i < magnet.mesh->triangles.size(); ++i) {
+        for (const int corner : magnet.mesh->triangles[i]) {
             if (corner < 0 || corner >= count) {
                 throw SolveError("Triangle " + std::to_string(i) + " of " + label + " names vertex " +
                                  std::to_string(corner) + ", but the mesh has " + std::to_string(count) +
@@ -43,11 +49,12 @@ std::array<Eigen::Vector3d, 3> CornersOf(const TriangleMesh& mesh, const std::ar
     return {corner(0), corner(1), corner(2)};
 }
 
-TriangleMesh WithoutFlatTriangles(const TriangleMesh& mesh, const Eigen::Vector3d& origin) {
+TriangleMesh WithoutFlatTriangles(const Magnet& magnet, const Eigen::Vector3d& origin) {
+    const TriangleMesh& mesh = *magnet.mesh;
     TriangleMesh result;
     result.vertices.reserve(mesh.vertices.size());
     for (const Eigen::Vector3d& vertex : mesh.vertices) {
-        result.vertices.push_back(vertex - origin);
+        result.vertices.push_back(magnet.pose * vertex - origin);
     }
     for (const auto& triangle : mesh.triangles) {
         const auto [a, b, c] = CornersOf(result, triangle);
@@ -130,14 +137,14 @@ std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, co
     PreparedMagnet prepared;
     prepared.label = LabelOf(body, magnet);
     CheckValues(magnet, prepared.label);
-    if (magnet.magnetisation.isZero(0) || magnet.mesh.triangles.empty()) {
+    if (magnet.magnetisation.isZero(0) || !magnet.mesh || magnet.mesh->triangles.empty()) {
         return std::nullopt;
     }
-    prepared.mesh = WithoutFlatTriangles(magnet.mesh, origin);
-    SetMoments(prepared, magnet.magnetisation);
-    prepared.magnetisation = magnet.magnetisation;
-    for (Polygon& polygon : ChargedPolygons(prepared.mesh, magnet.magnetisation)) {
-        const double charge = magnet.magnetisation.dot(polygon.normal);
+    prepared.mesh = WithoutFlatTriangles(magnet, origin);
+    prepared.magnetisation = magnet.pose.linear() * magnet.magnetisation;
+    SetMoments(prepared, prepared.magnetisation);
+    for (Polygon& polygon : ChargedPolygons(prepared.mesh, prepared.magnetisation)) {
+        const double charge = prepared.magnetisation.dot(polygon.normal);
         for (const Edge& edge : polygon.edges) {
             prepared.outlineCharge += std::abs(charge) * edge.length;
         }
@@ -166,8 +173,11 @@ Eigen::Vector3d MiddleOf(const std::vector<Body>& bodies) {
     for (const Body& body : bodies) {
         for (const Magnet& magnet : body.magnets) {
             CheckValues(magnet, LabelOf(body, magnet));
-            for (const Eigen::Vector3d& vertex : magnet.mesh.vertices) {
-                box.extend(vertex);
+            if (!magnet.mesh) {
+                continue;
+            }
+            for (const Eigen::Vector3d& vertex : magnet.mesh->vertices) {
+                box.extend(magnet.pose * vertex);
             }
         }
     }

@@ -124,7 +124,7 @@ TEST(BlockLoad, DoesNotDependOnTheMesh) {
     const Block source = Cube(Vector3d::Zero(), alongZ), target = Cube({0.004, 0.003, 0.0105}, {5e5, 3e5, 8e5});
     const vantor::solver::Solution coarse = vantor::solver::Solve({BodyOf("source", source), BodyOf("target", target)});
     vantor::solver::Body fine = BodyOf("target", target);
-    fine.magnets[0].mesh = shapes::Unshared(shapes::Finer(fine.magnets[0].mesh, 3));
+    fine.magnets[0].mesh = shapes::Shared(shapes::Unshared(shapes::Finer(*fine.magnets[0].mesh, 3)));
     const vantor::solver::Solution finer = vantor::solver::Solve({BodyOf("source", source), fine});
     EXPECT_LE((coarse.loads[1].force - finer.loads[1].force).norm(), 1e-6 * coarse.loads[1].force.norm());
     EXPECT_EQ(coarse.passes[0].evaluations, finer.passes[0].evaluations) << "triangles of one face were not joined";

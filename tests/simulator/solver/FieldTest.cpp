@@ -98,8 +98,8 @@ TEST(Field, IsAccurateInLineWithAnEdge) {
 }
 
 TEST(Field, OfATetrahedronIsThatOfItsCharges) {
-    Body body{"body", {{"tetrahedron", {}, Vector3d(100, 200, 300)}}};
-    auto& mesh = body.magnets[0].mesh;
+    Body body{"body", {{"tetrahedron", shapes::Shared({}), Vector3d(100, 200, 300)}}};
+    auto& mesh = shapes::OwnMesh(body.magnets[0]);
     mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
     mesh.triangles = {{0, 2, 1}, {0, 1, 3}, {0, 3, 2}, {1, 2, 3}};
     const Vector3d point(0.7, 0.6, 0.9);

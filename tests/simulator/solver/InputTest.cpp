@@ -75,7 +75,7 @@ TEST(Separation, SeesContactThroughTheRoundingOfAPose) {
     const Eigen::Matrix3d turn = shapes::Turn(0.7, {1, 2, 3});
     std::vector<Body> bodies = Pair(UnitCube({0, 0, 1}));
     for (Body& body : bodies) {
-        for (Vector3d& vertex : body.magnets[0].mesh.vertices) {
+        for (Vector3d& vertex : shapes::OwnMesh(body.magnets[0]).vertices) {
             vertex = turn * vertex + Vector3d(0.1, 0.2, 0.3);
         }
     }
@@ -110,7 +110,7 @@ TEST(Separation, AllowsContactWithinABodyAndWithThingsThatAreNoMagnets) {
 
 TEST(Input, RefusesValuesThatAreNotFinite) {
     std::vector<Body> bodies = Pair(UnitCube({0, 0, 2}));
-    bodies[1].magnets[0].mesh.vertices[3].y() = std::numeric_limits<double>::quiet_NaN();
+    shapes::OwnMesh(bodies[1].magnets[0]).vertices[3].y() = std::numeric_limits<double>::quiet_NaN();
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("Vertex 3 of magnet \"stator_magnet\" of body \"stator\" is not finite"));
     bodies = Pair(UnitCube({0, 0, 2}));
     bodies[0].magnets[0].magnetisation.x() = std::numeric_limits<double>::infinity();
@@ -124,7 +124,7 @@ TEST(Input, RefusesWhatNumbersCannotHold) {
     }
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("beyond what numbers can hold"));
     bodies = Pair(UnitCube({0, 0, 2}));
-    for (Vector3d& vertex : bodies[1].magnets[0].mesh.vertices) {
+    for (Vector3d& vertex : shapes::OwnMesh(bodies[1].magnets[0]).vertices) {
         vertex.z() += 1e200;
     }
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("encloses no volume"));
@@ -132,18 +132,18 @@ TEST(Input, RefusesWhatNumbersCannotHold) {
 
 TEST(Input, RefusesCornersOutOfRange) {
     std::vector<Body> bodies = Pair(UnitCube({0, 0, 2}));
-    bodies[1].magnets[0].mesh.triangles[2][1] = 8;
+    shapes::OwnMesh(bodies[1].magnets[0]).triangles[2][1] = 8;
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("Triangle 2 of magnet \"stator_magnet\" of body \"stator\" names vertex 8"));
-    bodies[1].magnets[0].mesh.triangles[2][1] = -1;
+    shapes::OwnMesh(bodies[1].magnets[0]).triangles[2][1] = -1;
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("names vertex -1"));
 }
 
 TEST(Input, RefusesOpenMeshesAndThoseTurnedInsideOut) {
     std::vector<Body> bodies = Pair(UnitCube({0, 0, 2}));
-    bodies[0].magnets[0].mesh.triangles.pop_back();
+    shapes::OwnMesh(bodies[0].magnets[0]).triangles.pop_back();
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("magnet \"rotor_magnet\" of body \"rotor\" is not closed"));
     bodies = Pair(UnitCube({0, 0, 2}));
-    for (auto& triangle : bodies[0].magnets[0].mesh.triangles) {
+    for (auto& triangle : shapes::OwnMesh(bodies[0].magnets[0]).triangles) {
         std::swap(triangle[0], triangle[1]);
     }
     EXPECT_THAT(ErrorOf(bodies), HasSubstr("inside out"));
@@ -166,7 +166,7 @@ TEST(Input, RefusesOptionsOutOfRange) {
 
 TEST(Input, MayHoldTrianglesWithoutAreaAndCornersThatNobodyUses) {
     std::vector<Body> plain = Pair(UnitCube({0.2, 0.1, 1.5})), odd = plain;
-    auto& mesh = odd[1].magnets[0].mesh;
+    auto& mesh = shapes::OwnMesh(odd[1].magnets[0]);
     mesh.triangles.push_back({0, 0, 1});
     mesh.triangles.push_back({2, 2, 2});
     mesh.vertices.push_back({9, 9, 9});

@@ -76,15 +76,15 @@ TEST(RoundMagnets, CylinderInARingMagnetisedAcross) {
 /// the road of distant faces.
 TEST(RoundMagnets, BallsAreDipoles) {
     const Vector3d m1(2e5, -3e5, 8e5), m2(7e5, 1e5, -4e5), to(0.6, 0.4, 3.4);
-    vantor::solver::Body first{"first", {{"ball", shapes::Ball(3), m1}}};
-    vantor::solver::Body second{"second", {{"ball", shapes::Ball(3), m2}}};
-    for (Vector3d& vertex : second.magnets[0].mesh.vertices) {
+    vantor::solver::Body first{"first", {{"ball", shapes::Shared(shapes::Ball(3)), m1}}};
+    vantor::solver::Body second{"second", {{"ball", shapes::Shared(shapes::Ball(3)), m2}}};
+    for (Vector3d& vertex : shapes::OwnMesh(second.magnets[0]).vertices) {
         vertex += to;
     }
     // The volume of the facetted ball, found from its cross sections, stands for that of the round one.
     double volume = 0;
-    for (const auto& [a, b, c] : first.magnets[0].mesh.triangles) {
-        const auto& v = first.magnets[0].mesh.vertices;
+    for (const auto& [a, b, c] : first.magnets[0].mesh->triangles) {
+        const auto& v = first.magnets[0].mesh->vertices;
         volume +=
             v[static_cast<std::size_t>(a)].dot(v[static_cast<std::size_t>(b)].cross(v[static_cast<std::size_t>(c)])) /
             6;

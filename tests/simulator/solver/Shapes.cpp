@@ -117,6 +117,12 @@ TriangleMesh Ball(int times) {
     return mesh;
 }
 
+TriangleMesh& OwnMesh(vantor::solver::Magnet& magnet) {
+    const auto mesh = std::make_shared<TriangleMesh>(*magnet.mesh);
+    magnet.mesh = mesh;
+    return *mesh;
+}
+
 std::vector<Block> CouplingHalf(int blocks, double angle, double height) {
     std::vector<Block> half;
     for (int i = 0; i < blocks; ++i) {
@@ -133,7 +139,7 @@ std::vector<Block> CouplingHalf(int blocks, double angle, double height) {
 vantor::solver::Body BodyOf(const std::string& name, const std::vector<Block>& blocks) {
     vantor::solver::Body body{name, {}};
     for (std::size_t i = 0; i < blocks.size(); ++i) {
-        body.magnets.push_back({name + "_" + std::to_string(i), MeshOf(blocks[i]), blocks[i].magnetisation});
+        body.magnets.push_back({name + "_" + std::to_string(i), Shared(MeshOf(blocks[i])), blocks[i].magnetisation});
     }
     return body;
 }

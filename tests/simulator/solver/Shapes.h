@@ -2,6 +2,7 @@
 // Magnets for the tests: blocks and prisms with any number of sides, with or without a bore.
 #include "simulator/solver/Magnetostatics.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,10 +36,16 @@ vantor::solver::TriangleMesh Unshared(const vantor::solver::TriangleMesh& mesh);
 /// A ball of unit radius, from an octahedron.
 vantor::solver::TriangleMesh Ball(int times);
 
+inline std::shared_ptr<const vantor::solver::TriangleMesh> Shared(vantor::solver::TriangleMesh mesh) {
+    return std::make_shared<const vantor::solver::TriangleMesh>(std::move(mesh));
+}
+/// Gives a magnet a mesh of its own, to be changed before the magnet is used.
+vantor::solver::TriangleMesh& OwnMesh(vantor::solver::Magnet& magnet);
+
 /// A body of one magnet.
 template <class Shape>
 vantor::solver::Body BodyOf(const std::string& name, const Shape& shape) {
-    return {name, {{name + "_magnet", MeshOf(shape), shape.magnetisation}}};
+    return {name, {{name + "_magnet", Shared(MeshOf(shape)), shape.magnetisation}}};
 }
 
 /// One half of an axial coupling: blocks on a circle about z, magnetised along z in turns.
