@@ -212,17 +212,47 @@ void SetPlane(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices, co
     polygon.yAxis = polygon.normal.cross(polygon.xAxis);
 }
 
-void SetEdges(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
-              const std::vector<DirectedEdge>& outline) {
-    const auto inPlane = [&](Corner corner) {
-        const Eigen::Vector3d offset = vertices[corner] - polygon.centre;
-        return Eigen::Vector2d(offset.dot(polygon.xAxis), offset.dot(polygon.yAxis));
-    };
-    const auto inSpace = [&](const Eigen::Vector2d& v) -> Eigen::Vector3d {
-        return v.x() * polygon.xAxis + v.y() * polygon.yAxis;
-    };
+Eigen::Vector2d InPlane(const Polygon& polygon, const Eigen::Vector3d& point) {
+    const Eigen::Vector3d offset = point - polygon.centre;
+    return {offset.dot(polygon.xAxis), offset.dot(polygon.yAxis)};
+}
+
+Eigen::Vector3d InSpace(const Polygon& polygon, const Eigen::Vector2d& v) {
+    return v.x() * polygon.xAxis + v.y() * polygon.yAxis;
+}
+
+std::vector<PlaneSegment> InPlane(const Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
+                                  const std::vector<DirectedEdge>& outline) {
+    std::vector<PlaneSegment> result;
+    result.reserve(outline.size());
     for (const auto& [from, to] : outline) {
-        const Eigen::Vector2d start = inPlane(from), end = inPlane(to);
+        result.push_back({InPlane(polygon, vertices[from]), InPlane(polygon, vertices[to])});
+    }
+    return result;
+}
+
+Eigen::Matrix2d SecondMoments(const Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
+                              const std::vector<Facet>& facets, const std::vector<std::size_t>& group) {
+    Eigen::Matrix2d moments = Eigen::Matrix2d::Zero();
+    for (const std::size_t index : group) {
+        Eigen::Vector2d sum = Eigen::Vector2d::Zero();
+        Eigen::Matrix2d squares = Eigen::Matrix2d::Zero();
+        for (const Corner corner : facets[index].corners) {
+            const Eigen::Vector2d v = InPlane(polygon, vertices[corner]);
+            sum += v;
+            squares += v * v.transpose();
+        }
+        moments += facets[index].area / 12 * (squares + sum * sum.transpose());
+    }
+    return moments;
+}
+
+} // namespace
+
+void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
+    polygon.planeEdges.reserve(outline.size());
+    polygon.edges.reserve(outline.size());
+    for (const auto& [start, end] : outline) {
         const double length = (end - start).norm();
         if (!(length > 0)) {
             continue;
@@ -230,37 +260,21 @@ void SetEdges(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
         const Eigen::Vector2d along = (end - start) / length;
         polygon.radius = std::max(polygon.radius, start.norm());
         polygon.planeEdges.push_back({start.x(), start.y(), along.x(), along.y(), length});
-        polygon.edges.push_back(
-            {polygon.centre + inSpace(start), inSpace(along), inSpace({along.y(), -along.x()}), length});
+        polygon.edges.push_back({polygon.centre + InSpace(polygon, start), InSpace(polygon, along),
+                                 InSpace(polygon, {along.y(), -along.x()}), length});
     }
 }
 
-void SetMassPoints(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices, const std::vector<Facet>& facets,
-                   const std::vector<std::size_t>& group) {
-    Eigen::Matrix2d moments = Eigen::Matrix2d::Zero();
-    for (const std::size_t index : group) {
-        Eigen::Vector2d sum = Eigen::Vector2d::Zero();
-        Eigen::Matrix2d squares = Eigen::Matrix2d::Zero();
-        for (const Corner corner : facets[index].corners) {
-            const Eigen::Vector3d offset = vertices[corner] - polygon.centre;
-            const Eigen::Vector2d v(offset.dot(polygon.xAxis), offset.dot(polygon.yAxis));
-            sum += v;
-            squares += v * v.transpose();
-        }
-        moments += facets[index].area / 12 * (squares + sum * sum.transpose());
-    }
+void SetMassPoints(Polygon& polygon, const Eigen::Matrix2d& moments) {
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix2d> principal(moments / polygon.area);
     for (int i = 0; i < 2; ++i) {
         const double reach = std::sqrt(2 * std::max(0.0, principal.eigenvalues()[i]));
-        const Eigen::Vector2d v = reach * principal.eigenvectors().col(i);
-        const Eigen::Vector3d offset = v.x() * polygon.xAxis + v.y() * polygon.yAxis;
+        const Eigen::Vector3d offset = InSpace(polygon, reach * principal.eigenvectors().col(i));
         const std::size_t index = 2 * static_cast<std::size_t>(i);
         polygon.massPoints[index] = polygon.centre + offset;
         polygon.massPoints[index + 1] = polygon.centre - offset;
     }
 }
-
-} // namespace
 
 std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {
     const std::vector<Facet> facets = ChargedFacets(mesh, magnetisation);
@@ -272,8 +286,8 @@ std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vect
     for (const std::vector<std::size_t>& group : groups.Groups()) {
         Polygon polygon;
         SetPlane(polygon, mesh.vertices, facets, group);
-        SetEdges(polygon, mesh.vertices, JoinStraight(mesh.vertices, Outline(facets, group)));
-        SetMassPoints(polygon, mesh.vertices, facets, group);
+        SetOutline(polygon, InPlane(polygon, mesh.vertices, JoinStraight(mesh.vertices, Outline(facets, group))));
+        SetMassPoints(polygon, SecondMoments(polygon, mesh.vertices, facets, group));
         polygons.push_back(std::move(polygon));
     }
     return polygons;

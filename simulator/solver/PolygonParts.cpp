@@ -1,0 +1,250 @@
+#include "simulator/solver/PolygonParts.h"
+
+#include <Eigen/Eigenvalues>
+#include <Eigen/Geometry>
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace vantor::solver {
+namespace {
+
+using Eigen::Matrix2d;
+using Eigen::Vector2d;
+using Outline = std::vector<PlaneSegment>;
+
+/// Lines keep this far (fractions of the polygon's radius) from all corners, far above the rounding of coordinates: on
+/// which side a corner lies is beyond doubt.
+constexpr double clearance = 1e-11;
+/// A part whose area is below this fraction of what it is the difference of is a slit without width.
+constexpr double slitTolerance = 1e-13;
+
+double Cross(const Vector2d& a, const Vector2d& b) {
+    return a.x() * b.y() - a.y() * b.x();
+}
+
+Vector2d MiddleOf(const Outline& outline) {
+    Eigen::AlignedBox2d box;
+    for (const PlaneSegment& edge : outline) {
+        box.extend(edge.start);
+    }
+    return box.center();
+}
+
+/// Sums over the triangles between the edges and a point in the middle.
+struct AreaMoments {
+    explicit AreaMoments(const Outline& outline) {
+        const Vector2d middle = MiddleOf(outline);
+        Vector2d first = Vector2d::Zero();
+        double magnitude = 0;
+        for (const PlaneSegment& edge : outline) {
+            const Vector2d a = edge.start - middle, b = edge.end - middle, sum = a + b;
+            const double doubled = Cross(a, b);
+            area += doubled / 2;
+            magnitude += std::abs(doubled) / 2;
+            first += doubled / 6 * sum;
+            second += doubled / 24 * (a * a.transpose() + b * b.transpose() + sum * sum.transpose());
+        }
+        isSlit = !(area > slitTolerance * magnitude);
+        const Vector2d offset = isSlit ? Vector2d(Vector2d::Zero()) : Vector2d(first / area);
+        centroid = middle + offset;
+        second -= area * offset * offset.transpose();
+    }
+    double area = 0;
+    bool isSlit = false;
+    Vector2d centroid;
+    /// About the centroid, m^4.
+    Matrix2d second = Matrix2d::Zero();
+};
+
+/// A straight line: `across` is its unit normal, and `at` its distance from the origin along it.
+struct Line {
+    Vector2d across;
+    double at = 0;
+    /// Edges of the larger of both parts.
+    std::size_t edges = 0;
+
+    double Height(const Vector2d& point) const { return point.dot(across) - at; }
+};
+
+/// The line with this normal that shares the edges out best; of lines about as good, the one in the widest gap between
+/// corners, lest the parts have edges of next to no length.
+std::optional<Line> LineAcross(const Vector2d& across, const Outline& outline, double narrowest) {
+    std::vector<double> corners, lowEnds, highEnds;
+    for (const PlaneSegment& edge : outline) {
+        const double start = edge.start.dot(across), end = edge.end.dot(across);
+        corners.push_back(start);
+        lowEnds.push_back(std::min(start, end));
+        highEnds.push_back(std::max(start, end));
+    }
+    for (std::vector<double>* heights : {&corners, &lowEnds, &highEnds}) {
+        std::sort(heights->begin(), heights->end());
+    }
+    std::vector<std::pair<double, Line>> byGap;
+    std::size_t fewest = outline.size(), below = 0, belowOrCrossing = 0;
+    for (std::size_t i = 1; i < corners.size(); ++i) {
+        const double gap = corners[i] - corners[i - 1], at = corners[i - 1] + gap / 2;
+        if (gap <= narrowest) {
+            continue;
+        }
+        while (below < outline.size() && highEnds[below] < at) {
+            ++below;
+        }
+        while (belowOrCrossing < outline.size() && lowEnds[belowOrCrossing] < at) {
+            ++belowOrCrossing;
+        }
+        const std::size_t crossing = belowOrCrossing - below;
+        const std::size_t edges = std::max(below, outline.size() - belowOrCrossing) + crossing + crossing / 2;
+        fewest = std::min(fewest, edges);
+        byGap.push_back({gap, {across, at, edges}});
+    }
+    const auto widest = std::max_element(byGap.begin(), byGap.end(), [&](const auto& a, const auto& b) {
+        const std::size_t most = fewest + outline.size() / 16;
+        return std::make_pair(a.second.edges <= most, a.first) < std::make_pair(b.second.edges <= most, b.first);
+    });
+    return widest == byGap.end() ? std::nullopt : std::make_optional(widest->second);
+}
+
+/// Unit vector along which the symmetric matrix is largest.
+Vector2d LargestAxis(const Matrix2d& matrix) {
+    return Eigen::SelfAdjointEigenSolver<Matrix2d>(matrix).eigenvectors().col(1);
+}
+
+/// Where to look for lines: across the longer extent, across the shorter one, along the direction that most of the
+/// outline has, where few edges are cut, and all round.
+std::vector<Vector2d> Normals(const Outline& outline) {
+    const Vector2d longest = LargestAxis(AreaMoments(outline).second);
+    Matrix2d directions = Matrix2d::Zero();
+    for (const PlaneSegment& edge : outline) {
+        const Vector2d along = edge.end - edge.start;
+        const double length = along.norm();
+        if (length > 0) {
+            directions += along * along.transpose() / length;
+        }
+    }
+    std::vector<Vector2d> normals{longest, longest.unitOrthogonal(), LargestAxis(directions).unitOrthogonal()};
+    constexpr int turns = 16;
+    for (int i = 0; i < turns; ++i) {
+        const double angle = 3.14159265358979323846 * (i + 0.5) / turns;
+        normals.push_back(std::cos(angle) * longest + std::sin(angle) * longest.unitOrthogonal());
+    }
+    return normals;
+}
+
+/// The line that leaves the larger part fewest edges, or the first that is good enough.
+std::optional<Line> BestLine(const Outline& outline, double narrowest) {
+    std::optional<Line> best;
+    for (const Vector2d& normal : Normals(outline)) {
+        const std::optional<Line> line = LineAcross(normal, outline, narrowest);
+        if (line && (!best || line->edges < best->edges)) {
+            best = line;
+        }
+        if (best && best->edges <= outline.size() * 9 / 16 + 2) {
+            break;
+        }
+    }
+    // Less progress than this could go on for ever.
+    if (best && best->edges + std::max<std::size_t>(1, outline.size() / 8) > outline.size()) {
+        return std::nullopt;
+    }
+    return best;
+}
+
+/// Where the outline crosses a line. Beyond it, as seen along the line, there is one layer more or less of the polygon.
+struct Crossing {
+    double along;
+    int layers;
+    Vector2d point;
+};
+
+/// The outlines below and above the line; along the line their edges are opposite.
+std::pair<Outline, Outline> Split(const Outline& outline, const Line& line) {
+    std::pair<Outline, Outline> parts;
+    std::vector<Crossing> crossings;
+    const Vector2d alongLine(-line.across.y(), line.across.x());
+    for (const PlaneSegment& edge : outline) {
+        const double start = line.Height(edge.start), end = line.Height(edge.end);
+        Outline& first = start < 0 ? parts.first : parts.second;
+        if ((start < 0) == (end < 0)) {
+            first.push_back(edge);
+            continue;
+        }
+        const Vector2d point = edge.start + start / (start - end) * (edge.end - edge.start);
+        crossings.push_back({point.dot(alongLine), start < 0 ? 1 : -1, point});
+        first.push_back({edge.start, point});
+        (start < 0 ? parts.second : parts.first).push_back({point, edge.end});
+    }
+    std::sort(crossings.begin(), crossings.end(),
+              [](const Crossing& a, const Crossing& b) { return a.along < b.along; });
+    int layers = 0;
+    for (std::size_t i = 0; i + 1 < crossings.size(); ++i) {
+        layers += crossings[i].layers;
+        const PlaneSegment up{crossings[i].point, crossings[i + 1].point}, down{up.end, up.start};
+        const auto times = static_cast<std::size_t>(std::abs(layers));
+        parts.first.insert(parts.first.end(), times, layers > 0 ? up : down);
+        parts.second.insert(parts.second.end(), times, layers > 0 ? down : up);
+    }
+    return parts;
+}
+
+class Cutter {
+public:
+    Cutter(const Polygon& polygon, std::size_t mostEdges) : m_polygon(polygon), m_mostEdges(mostEdges) {
+        Outline outline;
+        for (const PlaneEdge& edge : polygon.planeEdges) {
+            const Vector2d start(edge.x, edge.y);
+            outline.push_back({start, start + edge.length * Vector2d(edge.tx, edge.ty)});
+        }
+        Cut(outline);
+    }
+    std::vector<Polygon> TakeParts() { return std::move(m_parts); }
+
+private:
+    void Cut(const Outline& outline) {
+        const std::optional<Line> line =
+            outline.size() > m_mostEdges ? BestLine(outline, 2 * clearance * m_polygon.radius) : std::nullopt;
+        if (!line) {
+            Add(outline);
+            return;
+        }
+        const auto [below, above] = Split(outline, *line);
+        Cut(below);
+        Cut(above);
+    }
+    void Add(Outline outline) {
+        const AreaMoments moments(outline);
+        if (moments.isSlit) {
+            return;
+        }
+        Polygon part;
+        part.centre =
+            m_polygon.centre + moments.centroid.x() * m_polygon.xAxis + moments.centroid.y() * m_polygon.yAxis;
+        part.xAxis = m_polygon.xAxis;
+        part.yAxis = m_polygon.yAxis;
+        part.normal = m_polygon.normal;
+        part.area = moments.area;
+        for (PlaneSegment& edge : outline) {
+            edge.start -= moments.centroid;
+            edge.end -= moments.centroid;
+        }
+        SetOutline(part, outline);
+        SetMassPoints(part, moments.second);
+        m_parts.push_back(std::move(part));
+    }
+
+    const Polygon& m_polygon;
+    std::size_t m_mostEdges;
+    std::vector<Polygon> m_parts;
+};
+
+} // namespace
+
+std::vector<Polygon> CutToEdges(const Polygon& polygon, std::size_t mostEdges) {
+    if (polygon.planeEdges.size() <= mostEdges) {
+        return {polygon};
+    }
+    return Cutter(polygon, mostEdges).TakeParts();
+}
+
+} // namespace vantor::solver

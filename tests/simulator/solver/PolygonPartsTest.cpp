@@ -1,0 +1,217 @@
+// Polygons of many edges, cut into parts of few.
+#include "simulator/solver/PolygonParts.h"
+
+#include "simulator/solver/PolygonIntegrals.h"
+#include "tests/simulator/solver/Shapes.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <random>
+
+using Eigen::Vector2d;
+using Eigen::Vector3d;
+using vantor::solver::ChargedPolygons;
+using vantor::solver::CutToEdges;
+using vantor::solver::PlaneSegment;
+using vantor::solver::Polygon;
+using vantor::solver::SolidAngle;
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+using Corners = std::vector<Vector2d>;
+
+Corners Circle(int corners, double radius, const Vector2d& centre) {
+    Corners result;
+    for (int i = 0; i < corners; ++i) {
+        const double angle = 2 * pi * i / corners;
+        result.push_back(centre + radius * Vector2d(std::cos(angle), std::sin(angle)));
+    }
+    return result;
+}
+
+/// A polygon anywhere in space; outlines of holes run clockwise.
+Polygon PolygonOf(const std::vector<Corners>& outlines) {
+    std::vector<PlaneSegment> edges;
+    for (const Corners& corners : outlines) {
+        for (std::size_t i = 0; i < corners.size(); ++i) {
+            edges.push_back({corners[i], corners[(i + 1) % corners.size()]});
+        }
+    }
+    double area = 0;
+    Vector2d first = Vector2d::Zero();
+    Eigen::Matrix2d second = Eigen::Matrix2d::Zero();
+    for (const auto& [a, b] : edges) {
+        const double triangle = (a.x() * b.y() - a.y() * b.x()) / 2;
+        area += triangle;
+        first += triangle / 3 * (a + b);
+        second += triangle / 12 * (a * a.transpose() + b * b.transpose() + (a + b) * (a + b).transpose());
+    }
+    const Vector2d centre = first / area;
+    for (auto& [a, b] : edges) {
+        a -= centre;
+        b -= centre;
+    }
+    const Eigen::Matrix3d turn = shapes::Turn(1.1, {1, 2, -0.5});
+    Polygon polygon;
+    polygon.xAxis = turn.col(0);
+    polygon.yAxis = turn.col(1);
+    polygon.normal = turn.col(2);
+    polygon.centre = turn * Vector3d(centre.x() + 0.2, centre.y() - 0.1, 0.3);
+    polygon.area = area;
+    SetOutline(polygon, edges);
+    SetMassPoints(polygon, second - area * centre * centre.transpose());
+    return polygon;
+}
+
+Corners Reversed(Corners corners) {
+    return {corners.rbegin(), corners.rend()};
+}
+
+/// Teeth of the given length, a tenth of a unit wide, on a back of a tenth.
+Corners Comb(int teeth, double length) {
+    Corners corners{{0, 0}, {0.2 * teeth - 0.1, 0}};
+    for (int i = teeth - 1; i >= 0; --i) {
+        corners.insert(corners.end(), {{0.2 * i + 0.1, 0.1 + length}, {0.2 * i, 0.1 + length}});
+        if (i > 0) {
+            corners.insert(corners.end(), {{0.2 * i, 0.1}, {0.2 * i - 0.1, 0.1}});
+        }
+    }
+    return corners;
+}
+
+/// The integral of p p^T over the polygon, by its mass points.
+Eigen::Matrix3d SquareSum(const Polygon& polygon) {
+    Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();
+    for (const Vector3d& point : polygon.massPoints) {
+        sum += polygon.area / 4 * point * point.transpose();
+    }
+    return sum;
+}
+
+void ExpectWellFormed(const Polygon& part, const Polygon& whole) {
+    EXPECT_GT(part.area, 0);
+    EXPECT_EQ(part.normal, whole.normal);
+    EXPECT_EQ(part.xAxis, whole.xAxis);
+    EXPECT_EQ(part.yAxis, whole.yAxis);
+    ASSERT_EQ(part.edges.size(), part.planeEdges.size());
+    Vector3d around = Vector3d::Zero();
+    double farthest = 0;
+    for (const auto& edge : part.edges) {
+        around += edge.length * edge.direction;
+        farthest = std::max(farthest, (edge.start - part.centre).norm());
+    }
+    EXPECT_LE(around.norm(), 1e-13 * whole.radius * static_cast<double>(part.edges.size()));
+    EXPECT_NEAR(part.radius, farthest, 1e-14 * whole.radius);
+}
+
+/// Cuts, and compares the sums over all parts with the whole.
+std::vector<Polygon> ExpectSums(const Polygon& whole, std::size_t mostEdges) {
+    std::vector<Polygon> parts = CutToEdges(whole, mostEdges);
+    double area = 0;
+    Vector3d first = Vector3d::Zero();
+    Eigen::Matrix3d second = Eigen::Matrix3d::Zero();
+    for (const Polygon& part : parts) {
+        ExpectWellFormed(part, whole);
+        EXPECT_LE(part.edges.size(), mostEdges);
+        area += part.area;
+        first += part.area * part.centre;
+        second += SquareSum(part);
+    }
+    const double size = whole.centre.norm() + whole.radius;
+    EXPECT_NEAR(area, whole.area, 1e-13 * pi * whole.radius * whole.radius);
+    EXPECT_LE((first - whole.area * whole.centre).norm(), 1e-13 * whole.area * size);
+    EXPECT_LE((second - SquareSum(whole)).norm(), 1e-13 * whole.area * size * size);
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> anywhere(-1.2, 1.2);
+    for (int i = 0; i < 20; ++i) {
+        const Vector3d point =
+            whole.centre + whole.radius * Vector3d(anywhere(random), anywhere(random), anywhere(random));
+        double angle = 0;
+        for (const Polygon& part : parts) {
+            angle += SolidAngle(part, point);
+        }
+        EXPECT_NEAR(angle, SolidAngle(whole, point), 1e-10) << "at " << point.transpose();
+    }
+    return parts;
+}
+
+} // namespace
+
+TEST(PolygonParts, LeaveAPolygonOfFewEdgesAsItIs) {
+    const Polygon square = PolygonOf({Circle(4, 1, {0, 0})});
+    const std::vector<Polygon> parts = CutToEdges(square, 4);
+    ASSERT_EQ(parts.size(), 1U);
+    EXPECT_EQ(parts[0].centre, square.centre);
+    EXPECT_EQ(parts[0].area, square.area);
+    EXPECT_EQ(parts[0].edges.size(), 4U);
+}
+
+TEST(PolygonParts, CutAnOctagonThroughItsMiddle) {
+    const std::vector<Polygon> parts = ExpectSums(PolygonOf({Circle(8, 1, {0, 0})}), 6);
+    ASSERT_EQ(parts.size(), 2U);
+    EXPECT_EQ(parts[0].edges.size(), 6U);
+    EXPECT_NEAR(parts[0].area, std::sqrt(2.0), 1e-14);
+    EXPECT_NEAR(parts[1].area, std::sqrt(2.0), 1e-14);
+}
+
+TEST(PolygonParts, SumToAnAnnulus) {
+    shapes::Prism ring;
+    ring.sides = 1250;
+    ring.innerRadius = 0.6;
+    for (const Polygon& cap : ChargedPolygons(MeshOf(ring), Vector3d::UnitZ())) {
+        ASSERT_EQ(cap.edges.size(), 2500U);
+        // Ten edges are two of a cut and about four of either circle.
+        EXPECT_LE(ExpectSums(cap, 10).size(), 700U);
+        EXPECT_LE(ExpectSums(cap, 50).size(), 64U);
+    }
+}
+
+TEST(PolygonParts, SumToACombWhicheverItsLongSide) {
+    EXPECT_LE(ExpectSums(PolygonOf({Comb(100, 1)}), 12).size(), 100U);
+    EXPECT_LE(ExpectSums(PolygonOf({Comb(100, 1000)}), 12).size(), 100U);
+}
+
+TEST(PolygonParts, SumToAPlateWithFiveHoles) {
+    std::vector<Corners> outlines{Circle(60, 1, {0, 0})};
+    for (const Vector2d& centre :
+         {Vector2d(0, 0), Vector2d(0.5, 0), Vector2d(-0.5, 0), Vector2d(0, 0.5), Vector2d(0, -0.5)}) {
+        outlines.push_back(Reversed(Circle(40, 0.2, centre)));
+    }
+    const Polygon plate = PolygonOf(outlines);
+    ExpectSums(plate, 6);
+    ExpectSums(plate, 16);
+    ExpectSums(plate, 100);
+}
+
+TEST(PolygonParts, SumToRandomStars) {
+    std::mt19937 random(3);
+    std::uniform_real_distribution<double> radius(0.1, 1);
+    for (const int count : {7, 20, 333, 2000}) {
+        Corners corners = Circle(count, 1, {0, 0});
+        for (Vector2d& corner : corners) {
+            corner *= radius(random);
+        }
+        ExpectSums(PolygonOf({corners}), 10);
+        ExpectSums(PolygonOf({corners}), 40);
+    }
+}
+
+TEST(PolygonParts, EndWhereCornersCannotBeToldApart) {
+    // Slits without width between two halves, as thousands of corners on two lines.
+    Corners corners{{0, 0}, {1, 0}, {1, 1}};
+    for (int i = 0; i < 2000; ++i) {
+        corners.insert(corners.end(), {{0.5, 1}, {0.5, 0.5}, {0.5, 1}});
+    }
+    corners.push_back({0, 1});
+    const Polygon slit = PolygonOf({corners});
+    double area = 0;
+    for (const Polygon& part : CutToEdges(slit, 6)) {
+        ExpectWellFormed(part, slit);
+        area += part.area;
+    }
+    EXPECT_NEAR(area, 1, 1e-12);
+    // A sliver, thinner than any line could keep clear of.
+    const std::vector<Polygon> sliver = CutToEdges(PolygonOf({{{0, 0}, {1e-13, 0}, {1e-13, 1e-13}, {0, 1}}}), 3);
+    EXPECT_LE(sliver.size(), 2U);
+}
