@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <map>
-#include <numeric>
+#include <cstring>
+#include <limits>
 
 namespace vantor::solver {
 namespace {
@@ -17,40 +17,85 @@ constexpr double planeTolerance = 1e-8;
 /// Charge below this fraction of the magnetisation is rounding.
 constexpr double chargeTolerance = 1e-12;
 
-using Corner = std::size_t;
-using DirectedEdge = std::pair<Corner, Corner>;
+using Index = std::uint32_t;
+constexpr Index none = std::numeric_limits<Index>::max();
 
-struct Facet {
-    std::array<Corner, 3> corners{};
-    Eigen::Vector3d normal;
-    double area = 0;
+/// Numbers of things, each found again by its hash and a comparison. The first of equal things stands for all of them.
+class IndexTable {
+public:
+    explicit IndexTable(std::size_t most) {
+        std::size_t slots = 16;
+        while (slots < 2 * most) {
+            slots *= 2;
+        }
+        m_slots.resize(slots, none);
+    }
+    /// The number of the thing that equals the one looked for, or none.
+    template <class Equals>
+    Index Find(std::uint64_t hash, const Equals& equals) const {
+        return m_slots[SlotOf(hash, equals)];
+    }
+    /// As Find; where there is none, `index` stands for it from now on.
+    template <class Equals>
+    Index FindOrAdd(std::uint64_t hash, Index index, const Equals& equals) {
+        Index& slot = m_slots[SlotOf(hash, equals)];
+        return slot = slot == none ? index : slot;
+    }
+
+private:
+    template <class Equals>
+    std::size_t SlotOf(std::uint64_t hash, const Equals& equals) const {
+        const std::size_t mask = m_slots.size() - 1;
+        std::size_t slot = static_cast<std::size_t>(hash) & mask;
+        while (m_slots[slot] != none && !equals(m_slots[slot])) {
+            slot = (slot + 1) & mask;
+        }
+        return slot;
+    }
+    std::vector<Index> m_slots;
 };
 
-bool LexicographicallyLess(const Eigen::Vector3d& a, const Eigen::Vector3d& b) {
-    return std::lexicographical_compare(a.data(), a.data() + 3, b.data(), b.data() + 3);
+/// Spreads the bits of a number over all of them (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number
+/// generators", 2014).
+std::uint64_t Mixed(std::uint64_t bits) {
+    bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9;
+    bits = (bits ^ (bits >> 27)) * 0x94d049bb133111eb;
+    return bits ^ (bits >> 31);
+}
+
+std::uint64_t HashOf(const Eigen::Vector3d& position) {
+    std::uint64_t hash = 0;
+    for (const double coordinate : position) {
+        const double withoutNegativeZero = coordinate + 0.0;
+        std::uint64_t bits = 0;
+        std::memcpy(&bits, &withoutNegativeZero, sizeof(bits));
+        hash = Mixed(hash + bits);
+    }
+    return hash;
 }
 
 /// For each vertex the first one at the same position.
-std::vector<Corner> WeldCorners(const std::vector<Eigen::Vector3d>& vertices) {
-    std::vector<Corner> order(vertices.size());
-    std::iota(order.begin(), order.end(), Corner{0});
-    std::sort(order.begin(), order.end(), [&](Corner a, Corner b) {
-        if (vertices[a] == vertices[b]) {
-            return a < b;
-        }
-        return LexicographicallyLess(vertices[a], vertices[b]);
-    });
-    std::vector<Corner> welded(vertices.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        const bool same = i > 0 && vertices[order[i]] == vertices[order[i - 1]];
-        welded[order[i]] = same ? welded[order[i - 1]] : order[i];
+std::vector<Index> WeldCorners(const std::vector<Eigen::Vector3d>& vertices) {
+    IndexTable table(vertices.size());
+    std::vector<Index> welded(vertices.size());
+    for (Index i = 0; i < vertices.size(); ++i) {
+        welded[i] =
+            table.FindOrAdd(HashOf(vertices[i]), i, [&](Index other) { return vertices[other] == vertices[i]; });
     }
     return welded;
 }
 
+struct Facet {
+    std::array<Index, 3> corners{};
+    Eigen::Vector3d normal;
+    double area = 0;
+};
+
 std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {
-    const std::vector<Corner> welded = WeldCorners(mesh.vertices);
+    const std::vector<Index> welded = WeldCorners(mesh.vertices);
+    const double leastCharge = chargeTolerance * magnetisation.stableNorm();
     std::vector<Facet> facets;
+    facets.reserve(mesh.triangles.size());
     for (const auto& triangle : mesh.triangles) {
         Facet facet;
         for (std::size_t i = 0; i < 3; ++i) {
@@ -64,7 +109,7 @@ std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d
             continue;
         }
         facet.normal = doubleArea / (2 * facet.area);
-        if (std::abs(facet.normal.dot(magnetisation)) > chargeTolerance * magnetisation.stableNorm()) {
+        if (std::abs(facet.normal.dot(magnetisation)) > leastCharge) {
             facets.push_back(facet);
         }
     }
@@ -72,6 +117,46 @@ std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d
     std::stable_sort(facets.begin(), facets.end(), [](const Facet& a, const Facet& b) { return a.area > b.area; });
     return facets;
 }
+
+/// The facets' edges by their ends. Edge 3 f + j runs from corner j of facet f to the next one. In a proper mesh every
+/// edge has one that runs the other way; any number is allowed.
+class FacetEdges {
+    static std::uint64_t Hash(Index from, Index to) { return Mixed(std::uint64_t{from} << 32 | to); }
+    auto Runs(Index from, Index to) const {
+        return [this, from, to](Index edge) { return From(edge) == from && To(edge) == to; };
+    }
+
+public:
+    explicit FacetEdges(const std::vector<Facet>& facets)
+        : m_facets(facets), m_firstAlike(3 * facets.size()), m_nextAlike(3 * facets.size(), none),
+          m_firstOpposite(3 * facets.size()) {
+        const auto count = static_cast<Index>(3 * facets.size());
+        IndexTable table(count);
+        std::vector<Index> lastAlike(count);
+        for (Index edge = 0; edge < count; ++edge) {
+            const Index first = table.FindOrAdd(Hash(From(edge), To(edge)), edge, Runs(From(edge), To(edge)));
+            m_firstAlike[edge] = first;
+            if (first != edge) {
+                m_nextAlike[lastAlike[first]] = edge;
+            }
+            lastAlike[first] = edge;
+        }
+        for (Index edge = 0; edge < count; ++edge) {
+            m_firstOpposite[edge] = table.Find(Hash(To(edge), From(edge)), Runs(To(edge), From(edge)));
+        }
+    }
+    Index From(Index edge) const { return m_facets[edge / 3].corners[edge % 3]; }
+    Index To(Index edge) const { return m_facets[edge / 3].corners[(edge + 1) % 3]; }
+    /// The first edge with the same ends, perhaps the edge itself; the others follow by Next.
+    Index FirstAlike(Index edge) const { return m_firstAlike[edge]; }
+    /// The first edge that runs the other way, or none; the others follow by Next.
+    Index FirstOpposite(Index edge) const { return m_firstOpposite[edge]; }
+    Index Next(Index edge) const { return m_nextAlike[edge]; }
+
+private:
+    const std::vector<Facet>& m_facets;
+    std::vector<Index> m_firstAlike, m_nextAlike, m_firstOpposite;
+};
 
 double SizeOf(const std::vector<Eigen::Vector3d>& vertices) {
     Eigen::Vector3d low = vertices.front(), high = vertices.front();
@@ -82,48 +167,65 @@ double SizeOf(const std::vector<Eigen::Vector3d>& vertices) {
     return (high - low).norm();
 }
 
+/// Facets of one group, the largest one first.
+class Group {
+public:
+    Group(const Index* first, const Index* last) : m_first(first), m_last(last) {}
+    const Index* begin() const { return m_first; }
+    const Index* end() const { return m_last; }
+    Index Largest() const { return *m_first; }
+
+private:
+    const Index *m_first, *m_last;
+};
+
 /// Splits the facets into flat, connected groups.
 class FlatGroups {
 public:
-    FlatGroups(const std::vector<Eigen::Vector3d>& vertices, const std::vector<Facet>& facets)
-        : m_vertices(vertices), m_facets(facets), m_taken(facets.size(), false),
+    FlatGroups(const std::vector<Eigen::Vector3d>& vertices, const std::vector<Facet>& facets, const FacetEdges& edges)
+        : m_vertices(vertices), m_facets(facets), m_edges(edges), m_groupOf(facets.size(), none),
           m_distanceTolerance(planeTolerance * SizeOf(vertices)) {
-        for (std::size_t i = 0; i < facets.size(); ++i) {
-            for (std::size_t j = 0; j < 3; ++j) {
-                m_facetAt.emplace(DirectedEdge{facets[i].corners[j], facets[i].corners[(j + 1) % 3]}, i);
+        m_members.reserve(facets.size());
+        for (Index i = 0; i < facets.size(); ++i) {
+            if (m_groupOf[i] == none) {
+                m_starts.push_back(m_members.size());
+                GrowFrom(i);
             }
         }
-        for (std::size_t i = 0; i < facets.size(); ++i) {
-            if (!m_taken[i]) {
-                m_groups.push_back(GrowFrom(i));
-            }
-        }
+        m_starts.push_back(m_members.size());
     }
-    const std::vector<std::vector<std::size_t>>& Groups() const { return m_groups; }
+    std::size_t Count() const { return m_starts.size() - 1; }
+    Group At(std::size_t group) const {
+        return {m_members.data() + m_starts[group], m_members.data() + m_starts[group + 1]};
+    }
+    Index GroupOf(Index facet) const { return m_groupOf[facet]; }
 
 private:
-    std::vector<std::size_t> GrowFrom(std::size_t seed) {
-        std::vector<std::size_t> group{seed};
-        m_taken[seed] = true;
-        for (std::size_t next = 0; next < group.size(); ++next) {
-            const auto corners = m_facets[group[next]].corners;
-            for (std::size_t j = 0; j < 3; ++j) {
-                const auto [first, last] = m_facetAt.equal_range({corners[(j + 1) % 3], corners[j]});
-                for (auto neighbour = first; neighbour != last; ++neighbour) {
-                    if (!m_taken[neighbour->second] && InPlaneOf(m_facets[seed], m_facets[neighbour->second])) {
-                        m_taken[neighbour->second] = true;
-                        group.push_back(neighbour->second);
+    void GrowFrom(Index seed) {
+        const auto group = static_cast<Index>(m_starts.size() - 1);
+        std::size_t next = m_members.size();
+        Take(seed, group);
+        for (; next < m_members.size(); ++next) {
+            const Index firstEdge = 3 * m_members[next];
+            for (Index edge = firstEdge; edge < firstEdge + 3; ++edge) {
+                for (Index other = m_edges.FirstOpposite(edge); other != none; other = m_edges.Next(other)) {
+                    if (m_groupOf[other / 3] == none && InPlaneOf(m_facets[seed], m_facets[other / 3])) {
+                        Take(other / 3, group);
                     }
                 }
             }
         }
-        return group;
+    }
+    void Take(Index facet, Index group) {
+        m_groupOf[facet] = group;
+        m_members.push_back(facet);
     }
     bool InPlaneOf(const Facet& seed, const Facet& facet) const {
-        if (seed.normal.dot(facet.normal) <= 0 || seed.normal.cross(facet.normal).norm() > planeTolerance) {
+        if (seed.normal.dot(facet.normal) <= 0 ||
+            seed.normal.cross(facet.normal).squaredNorm() > planeTolerance * planeTolerance) {
             return false;
         }
-        return std::all_of(facet.corners.begin(), facet.corners.end(), [&](Corner corner) {
+        return std::all_of(facet.corners.begin(), facet.corners.end(), [&](Index corner) {
             const Eigen::Vector3d offset = m_vertices[corner] - m_vertices[seed.corners[0]];
             return std::abs(offset.dot(seed.normal)) <= m_distanceTolerance;
         });
@@ -131,82 +233,124 @@ private:
 
     const std::vector<Eigen::Vector3d>& m_vertices;
     const std::vector<Facet>& m_facets;
-    std::vector<bool> m_taken;
+    const FacetEdges& m_edges;
+    std::vector<Index> m_groupOf;
     double m_distanceTolerance;
-    std::multimap<DirectedEdge, std::size_t> m_facetAt;
-    std::vector<std::vector<std::size_t>> m_groups;
+    /// Group after group; group g starts at m_starts[g].
+    std::vector<Index> m_members;
+    std::vector<std::size_t> m_starts;
 };
 
-/// The directed edges that no other facet of the group runs along the other way.
-std::vector<DirectedEdge> Outline(const std::vector<Facet>& facets, const std::vector<std::size_t>& group) {
-    std::map<DirectedEdge, int> count;
-    for (const std::size_t index : group) {
-        for (std::size_t j = 0; j < 3; ++j) {
-            const Corner from = facets[index].corners[j], to = facets[index].corners[(j + 1) % 3];
-            const auto opposite = count.find({to, from});
-            if (opposite != count.end() && opposite->second > 0) {
-                --opposite->second;
-            } else {
-                ++count[{from, to}];
+struct DirectedEdge {
+    Index from, to;
+};
+
+/// Finds the outlines of groups, one after the other.
+class OutlineFinder {
+public:
+    OutlineFinder(const std::vector<Eigen::Vector3d>& vertices, const FacetEdges& edges, const FlatGroups& groups)
+        : m_vertices(vertices), m_edges(edges), m_groups(groups), m_ends(vertices.size()) {}
+
+    /// The directed edges that no other facet of the group runs along the other way, in straight lines. Valid until the
+    /// next call.
+    const std::vector<DirectedEdge>& Outline(std::size_t group) {
+        m_outline.clear();
+        for (const Index facet : m_groups.At(group)) {
+            for (Index edge = 3 * facet; edge < 3 * facet + 3; ++edge) {
+                if (IsOnOutline(edge)) {
+                    m_outline.push_back({m_edges.From(edge), m_edges.To(edge)});
+                }
             }
         }
+        JoinStraight();
+        return m_outline;
     }
-    std::vector<DirectedEdge> outline;
-    for (const auto& [edge, times] : count) {
-        outline.insert(outline.end(), static_cast<std::size_t>(times), edge);
-    }
-    return outline;
-}
 
-/// Joins edges that continue each other in a straight line, where the corner between them belongs to no other edge.
-std::vector<DirectedEdge> JoinStraight(const std::vector<Eigen::Vector3d>& vertices,
-                                       std::vector<DirectedEdge> outline) {
-    std::map<Corner, std::vector<std::size_t>> leaving, arriving;
-    for (std::size_t i = 0; i < outline.size(); ++i) {
-        leaving[outline[i].first].push_back(i);
-        arriving[outline[i].second].push_back(i);
-    }
-    std::vector<bool> gone(outline.size(), false);
-    for (auto& [corner, out] : leaving) {
-        auto& in = arriving[corner];
-        if (out.size() != 1 || in.size() != 1 || in[0] == out[0]) {
-            continue;
+private:
+    /// What a corner of an outline has: how many edges leave and arrive, and the last one of each.
+    struct Ends {
+        Index leaving = 0, arriving = 0, leavingEdge = none, arrivingEdge = none;
+    };
+
+    bool IsOnOutline(Index edge) const {
+        const Index group = m_groups.GroupOf(edge / 3);
+        std::size_t opposite = 0, before = 0;
+        for (Index other = m_edges.FirstOpposite(edge); other != none; other = m_edges.Next(other)) {
+            opposite += m_groups.GroupOf(other / 3) == group ? 1 : 0;
         }
-        const Eigen::Vector3d before = vertices[corner] - vertices[outline[in[0]].first];
-        const Eigen::Vector3d after = vertices[outline[out[0]].second] - vertices[corner];
-        const double lengths = before.norm() * after.norm();
-        if (before.dot(after) <= 0 || before.cross(after).norm() > planeTolerance * lengths) {
-            continue;
+        if (opposite == 0) {
+            return true;
         }
-        outline[in[0]].second = outline[out[0]].second;
-        gone[out[0]] = true;
-        auto& atEnd = arriving[outline[in[0]].second];
-        std::replace(atEnd.begin(), atEnd.end(), out[0], in[0]);
-    }
-    std::vector<DirectedEdge> joined;
-    for (std::size_t i = 0; i < outline.size(); ++i) {
-        if (!gone[i]) {
-            joined.push_back(outline[i]);
+        // Each opposite edge takes away one of those alike.
+        for (Index other = m_edges.FirstAlike(edge); other != edge; other = m_edges.Next(other)) {
+            before += m_groups.GroupOf(other / 3) == group ? 1 : 0;
         }
+        return before >= opposite;
     }
-    return joined;
-}
+
+    /// Joins edges that continue each other in a straight line, where the corner between them belongs to no other edge.
+    void JoinStraight() {
+        for (Index i = 0; i < m_outline.size(); ++i) {
+            Ends& start = m_ends[m_outline[i].from];
+            ++start.leaving;
+            start.leavingEdge = i;
+            Ends& end = m_ends[m_outline[i].to];
+            ++end.arriving;
+            end.arrivingEdge = i;
+        }
+        m_corners.clear();
+        for (const DirectedEdge& edge : m_outline) {
+            m_corners.push_back(edge.from);
+        }
+        for (const Index corner : m_corners) {
+            JoinAt(corner, m_ends[corner]);
+            m_ends[corner] = {};
+        }
+        m_outline.erase(std::remove_if(m_outline.begin(), m_outline.end(),
+                                       [](const DirectedEdge& edge) { return edge.from == none; }),
+                        m_outline.end());
+    }
+    void JoinAt(Index corner, const Ends& ends) {
+        if (ends.leaving != 1 || ends.arriving != 1 || ends.leavingEdge == ends.arrivingEdge) {
+            return;
+        }
+        DirectedEdge& in = m_outline[ends.arrivingEdge];
+        DirectedEdge& out = m_outline[ends.leavingEdge];
+        const Eigen::Vector3d before = m_vertices[corner] - m_vertices[in.from];
+        const Eigen::Vector3d after = m_vertices[out.to] - m_vertices[corner];
+        const double tolerance = planeTolerance * planeTolerance * before.squaredNorm() * after.squaredNorm();
+        if (before.dot(after) <= 0 || before.cross(after).squaredNorm() > tolerance) {
+            return;
+        }
+        in.to = out.to;
+        out.from = none;
+        m_ends[in.to].arrivingEdge = ends.arrivingEdge;
+    }
+
+    const std::vector<Eigen::Vector3d>& m_vertices;
+    const FacetEdges& m_edges;
+    const FlatGroups& m_groups;
+    /// By corner; empty between the calls.
+    std::vector<Ends> m_ends;
+    std::vector<DirectedEdge> m_outline;
+    std::vector<Index> m_corners;
+};
 
 void SetPlane(Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices, const std::vector<Facet>& facets,
-              const std::vector<std::size_t>& group) {
+              const Group& group) {
     Eigen::Vector3d normal = Eigen::Vector3d::Zero(), moment = Eigen::Vector3d::Zero();
-    const Eigen::Vector3d& reference = vertices[facets[group[0]].corners[0]];
-    for (const std::size_t index : group) {
+    const Facet& largest = facets[group.Largest()];
+    const Eigen::Vector3d& reference = vertices[largest.corners[0]];
+    for (const Index index : group) {
         const Facet& facet = facets[index];
         normal += facet.area * facet.normal;
         polygon.area += facet.area;
-        for (const Corner corner : facet.corners) {
+        for (const Index corner : facet.corners) {
             moment += facet.area / 3 * (vertices[corner] - reference);
         }
     }
     polygon.normal = normal.normalized();
     polygon.centre = reference + moment / polygon.area;
-    const Facet& largest = facets[group[0]];
     const Eigen::Vector3d along = vertices[largest.corners[1]] - vertices[largest.corners[0]];
     polygon.xAxis = (along - along.dot(polygon.normal) * polygon.normal).normalized();
     polygon.yAxis = polygon.normal.cross(polygon.xAxis);
@@ -221,23 +365,13 @@ Eigen::Vector3d InSpace(const Polygon& polygon, const Eigen::Vector2d& v) {
     return v.x() * polygon.xAxis + v.y() * polygon.yAxis;
 }
 
-std::vector<PlaneSegment> InPlane(const Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
-                                  const std::vector<DirectedEdge>& outline) {
-    std::vector<PlaneSegment> result;
-    result.reserve(outline.size());
-    for (const auto& [from, to] : outline) {
-        result.push_back({InPlane(polygon, vertices[from]), InPlane(polygon, vertices[to])});
-    }
-    return result;
-}
-
 Eigen::Matrix2d SecondMoments(const Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
-                              const std::vector<Facet>& facets, const std::vector<std::size_t>& group) {
+                              const std::vector<Facet>& facets, const Group& group) {
     Eigen::Matrix2d moments = Eigen::Matrix2d::Zero();
-    for (const std::size_t index : group) {
+    for (const Index index : group) {
         Eigen::Vector2d sum = Eigen::Vector2d::Zero();
         Eigen::Matrix2d squares = Eigen::Matrix2d::Zero();
-        for (const Corner corner : facets[index].corners) {
+        for (const Index corner : facets[index].corners) {
             const Eigen::Vector2d v = InPlane(polygon, vertices[corner]);
             sum += v;
             squares += v * v.transpose();
@@ -281,14 +415,20 @@ std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vect
     if (facets.empty()) {
         return {};
     }
-    std::vector<Polygon> polygons;
-    const FlatGroups groups(mesh.vertices, facets);
-    for (const std::vector<std::size_t>& group : groups.Groups()) {
-        Polygon polygon;
-        SetPlane(polygon, mesh.vertices, facets, group);
-        SetOutline(polygon, InPlane(polygon, mesh.vertices, JoinStraight(mesh.vertices, Outline(facets, group))));
-        SetMassPoints(polygon, SecondMoments(polygon, mesh.vertices, facets, group));
-        polygons.push_back(std::move(polygon));
+    const FacetEdges edges(facets);
+    const FlatGroups groups(mesh.vertices, facets, edges);
+    OutlineFinder outlines(mesh.vertices, edges, groups);
+    std::vector<Polygon> polygons(groups.Count());
+    std::vector<PlaneSegment> segments;
+    for (std::size_t i = 0; i < polygons.size(); ++i) {
+        Polygon& polygon = polygons[i];
+        SetPlane(polygon, mesh.vertices, facets, groups.At(i));
+        segments.clear();
+        for (const auto& [from, to] : outlines.Outline(i)) {
+            segments.push_back({InPlane(polygon, mesh.vertices[from]), InPlane(polygon, mesh.vertices[to])});
+        }
+        SetOutline(polygon, segments);
+        SetMassPoints(polygon, SecondMoments(polygon, mesh.vertices, facets, groups.At(i)));
     }
     return polygons;
 }
