@@ -3,7 +3,9 @@
 #include "simulator/solver/PolygonIntegrals.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
+#include <numeric>
 
 namespace vantor::solver {
 namespace {
@@ -34,12 +36,16 @@ struct Rule {
     const RulePoint* points;
     std::size_t count;
 };
+/// The highest rule; a piece that needs more is halved.
+constexpr unsigned char highestRule = 2;
 constexpr std::array<Rule, highestRule + 1> rules{
     {{points3.data(), points3.size()}, {points7.data(), points7.size()}, {points15.data(), points15.size()}}};
 
 /// How near the singularities of the integrand may be to a piece, in half lengths of the piece, for each rule: at these
 /// the coarse rule inside leaves about a thousandth.
 constexpr std::array<double, highestRule + 1> reachOfRule{15, 2, 0.6};
+/// A piece that keeps more than this part of the error of what it replaced has met rounding.
+constexpr double stagnation = 0.3;
 /// Pieces get no shorter than this fraction of their edge.
 constexpr double shortestPiece = 1e-12;
 
@@ -205,6 +211,21 @@ int RulePoints(unsigned char rule) {
     return static_cast<int>(2 * rules[rule].count - 1);
 }
 
+std::vector<EdgePiece> Finer(const EdgePiece& piece) {
+    EdgePiece finer = piece;
+    if (piece.rule < highestRule) {
+        ++finer.rule;
+        return {finer};
+    }
+    EdgePiece other = piece;
+    finer.to = other.from = (piece.from + piece.to) / 2;
+    return {finer, other};
+}
+
+bool Stagnates(double error, double before) {
+    return error > stagnation * before;
+}
+
 std::vector<EdgePiece> CutEdges(const Polygon& source, const Polygon& target) {
     std::vector<EdgePiece> pieces;
     CutEdgesOf(EdgePiece::Owner::Source, source, target, pieces);
@@ -227,6 +248,51 @@ Interaction IntegratePiece(const Polygon& source, const Polygon& target, const E
     const double rounding = 8 * std::numeric_limits<double>::epsilon() * sum.magnitude;
     result.exhausted = result.forceError <= rounding;
     result.forceError += rounding;
+    return result;
+}
+
+FaceIntegral IntegrateFaces(const Polygon& source, const Polygon& target, const BodyCentres& centres,
+                            const std::function<double(const Interaction&)>& share, double wanted) {
+    struct Part {
+        EdgePiece piece;
+        Interaction interaction;
+        double share, before;
+    };
+    FaceIntegral result;
+    std::vector<Part> parts;
+    const auto add = [&](const EdgePiece& piece, double before) {
+        const Interaction interaction = IntegratePiece(source, target, piece, centres);
+        result.evaluations += static_cast<std::size_t>(RulePoints(piece.rule));
+        parts.push_back({piece, interaction, share(interaction), before});
+    };
+    for (const EdgePiece& piece : CutEdges(source, target)) {
+        add(piece, std::numeric_limits<double>::infinity());
+    }
+    double sum = 0;
+    for (bool more = true; more;) {
+        sum = std::accumulate(parts.begin(), parts.end(), 0.0,
+                              [](double before, const Part& part) { return before + part.share; });
+        more = false;
+        // Pieces with less than half of an average share of what is wanted would gain nothing.
+        const double enough = wanted / (2 * static_cast<double>(parts.size()));
+        for (std::size_t i = 0, count = parts.size(); sum > wanted && i < count; ++i) {
+            const Part part = parts[i];
+            if (part.share > enough && !part.interaction.exhausted && !Stagnates(part.share, part.before)) {
+                const std::vector<EdgePiece> finer = Finer(part.piece);
+                add(finer[0], part.share);
+                parts[i] = parts.back();
+                parts.pop_back();
+                if (finer.size() > 1) {
+                    add(finer[1], part.share);
+                }
+                more = true;
+            }
+        }
+    }
+    result.interaction.exhausted = sum > wanted;
+    for (const Part& part : parts) {
+        result.interaction += part.interaction;
+    }
     return result;
 }
 

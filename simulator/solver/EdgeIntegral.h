@@ -11,6 +11,8 @@
 #include "simulator/solver/Loads.h"
 #include "simulator/solver/Polygon.h"
 
+#include <functional>
+
 namespace vantor::solver {
 
 /// A piece of an edge of one of two polygons, and the quadrature rule for it.
@@ -24,10 +26,14 @@ struct EdgePiece {
     double from = 0, to = 0;
 };
 
-/// The highest rule; a piece that needs more is halved.
-constexpr unsigned char highestRule = 2;
 /// Number of points of a rule.
 int RulePoints(unsigned char rule);
+
+/// What replaces a piece that is not good enough: itself with a longer rule, or its halves.
+std::vector<EdgePiece> Finer(const EdgePiece& piece);
+
+/// Whether an error that was this large before has met rounding: the rules converge far faster than that.
+bool Stagnates(double error, double before);
 
 /// Cuts the edges of both polygons into pieces that suit the other polygon's corners and edges.
 std::vector<EdgePiece> CutEdges(const Polygon& source, const Polygon& target);
@@ -35,5 +41,16 @@ std::vector<EdgePiece> CutEdges(const Polygon& source, const Polygon& target);
 /// The share that one piece has in the load on `target` from `source`, both with unit charge (A/m).
 Interaction IntegratePiece(const Polygon& source, const Polygon& target, const EdgePiece& piece,
                            const BodyCentres& centres);
+
+/// The load on `target` from `source`, both with unit charge (A/m), refined until its error is good enough or only
+/// rounding is left.
+struct FaceIntegral {
+    Interaction interaction;
+    std::size_t evaluations = 0;
+};
+/// @param share   judges an interaction's error
+/// @param wanted  what the sum of all shares may be at most
+FaceIntegral IntegrateFaces(const Polygon& source, const Polygon& target, const BodyCentres& centres,
+                            const std::function<double(const Interaction&)>& share, double wanted);
 
 } // namespace vantor::solver

@@ -9,12 +9,11 @@ namespace {
 
 using Eigen::Vector3d;
 
-constexpr double fieldConstant = 1e-7; // mu0 / (4 pi)
-/// Distances, in sums of the radii, from which on the far interactions are tried first.
-constexpr double farMagnets = 10, farPolygons = 4;
-/// Bounds of what the points miss, from the third order on, as multiples of the leading order times the third power of
-/// radii over distance. They hold for blocks, tetrahedra and triangles with a margin.
-constexpr double missedByMagnets = 0.2, missedByPolygons = 0.3;
+/// Distance, in sums of the radii, from which on dipoles are tried first.
+constexpr double farMagnets = 10;
+/// Bound of what the points miss, from the third order on, as a multiple of the leading order times the third power of
+/// radii over distance. It holds for blocks, tetrahedra and triangles with a margin.
+constexpr double missedByMagnets = 0.2;
 constexpr double rounding = 8 * std::numeric_limits<double>::epsilon();
 
 /// Load on a dipole from another one: J. D. Jackson, "Classical Electrodynamics" (1999), 5.56 and 5.69.
@@ -31,24 +30,17 @@ Wrench DipoleWrench(const Vector3d& from, const Vector3d& fromMoment, const Vect
     return wrench;
 }
 
-Wrench ChargeWrench(const Vector3d& from, const Vector3d& to, double chargeProduct) {
-    const Vector3d offset = to - from;
-    const double distance = offset.norm();
-    return Wrench::At(to, chargeProduct / (distance * distance * distance) * offset);
-}
-
 /// Adds an error of which only the size is known: a force, and a torque about the centre of what it acts on.
 void AddError(Interaction& interaction, double force, double torque, const Vector3d& source, const Vector3d& target,
               const BodyCentres& centres) {
     interaction.forceError += force;
-    interaction.torqueError += torque + target.norm() * force;
     interaction.sourceTorqueError += torque + (source - centres.source).norm() * force;
     interaction.targetTorqueError += torque + (target - centres.target).norm() * force;
 }
 
 /// Integrals along edges of distant magnets nearly cancel; whether their rounding is worse than the error at hand.
 bool EdgesLoseMore(const PreparedMagnet& source, const PreparedMagnet& target, const Interaction& interaction) {
-    const double force = 8 * rounding * fieldConstant * source.outlineCharge * target.outlineCharge;
+    const double force = 8 * rounding * fieldConstant * source.shape->OutlineCharge() * target.shape->OutlineCharge();
     const double torque = force * (source.centre - target.centre).norm();
     return interaction.forceError <= force ||
            std::max(interaction.sourceTorqueError, interaction.targetTorqueError) <= torque;
@@ -57,17 +49,13 @@ bool EdgesLoseMore(const PreparedMagnet& source, const PreparedMagnet& target, c
 } // namespace
 
 DipoleScale ScaleOf(const PreparedMagnet& a, const PreparedMagnet& b) {
-    const double distance = std::max({(a.centre - b.centre).norm(), a.radius, b.radius});
+    const double distance = std::max({(a.centre - b.centre).norm(), a.Radius(), b.Radius()});
     const double torque = 2 * fieldConstant * a.moment.norm() * b.moment.norm() / (distance * distance * distance);
     return {3 * torque / distance, torque};
 }
 
 bool FarApart(const PreparedMagnet& a, const PreparedMagnet& b) {
-    return (a.centre - b.centre).norm() > farMagnets * (a.radius + b.radius);
-}
-
-bool FarApart(const Polygon& a, const Polygon& b) {
-    return (a.centre - b.centre).norm() > farPolygons * (a.radius + b.radius);
+    return (a.centre - b.centre).norm() > farMagnets * (a.Radius() + b.Radius());
 }
 
 Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& target, const BodyCentres& centres) {
@@ -78,29 +66,13 @@ Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& t
             result.wrench += DipoleWrench(from, sourceShare, to, targetShare);
         }
     }
-    const double closeness = (source.radius + target.radius) / (source.centre - target.centre).norm();
+    const double closeness = (source.Radius() + target.Radius()) / (source.centre - target.centre).norm();
     const Wrench leading = DipoleWrench(source.centre, source.moment, target.centre, target.moment);
     SetErrors(result, closeness * (result.wrench - leading), centres);
     const DipoleScale scale = ScaleOf(source, target);
     const double missed = missedByMagnets * std::pow(closeness, 3) + rounding;
     AddError(result, missed * scale.force, missed * scale.torque, source.centre, target.centre, centres);
     result.exhausted = EdgesLoseMore(source, target, result);
-    return result;
-}
-
-Interaction FarInteraction(const Polygon& source, const Polygon& target, const BodyCentres& centres) {
-    Interaction result;
-    const double charges = source.area * target.area;
-    for (const Vector3d& from : source.massPoints) {
-        for (const Vector3d& to : target.massPoints) {
-            result.wrench += ChargeWrench(from, to, charges / 16);
-        }
-    }
-    const double distance = (source.centre - target.centre).norm();
-    const double closeness = (source.radius + target.radius) / distance;
-    SetErrors(result, closeness * (result.wrench - ChargeWrench(source.centre, target.centre, charges)), centres);
-    const double force = (missedByPolygons * std::pow(closeness, 3) + rounding) * charges / (distance * distance);
-    AddError(result, force, 0, source.centre, target.centre, centres);
     return result;
 }
 

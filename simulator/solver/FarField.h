@@ -1,5 +1,5 @@
 #pragma once
-// Interactions of magnets and faces that are far apart compared to their size, by a few points each. The points have
+// Interactions of magnets that are far apart compared to their size, by a few points each. The points have
 // the exact moments up to the second order; the error estimates come from what the second order contributes and from
 // the size of the next orders.
 #include "simulator/solver/Loads.h"
@@ -16,16 +16,11 @@ DipoleScale ScaleOf(const PreparedMagnet& a, const PreparedMagnet& b);
 
 /// Whether the sum of two radii is small against the distance of the centres.
 bool FarApart(const PreparedMagnet& a, const PreparedMagnet& b);
-bool FarApart(const Polygon& a, const Polygon& b);
 
 /// Load on `target` from `source`, each replaced by six dipoles.
 Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& target, const BodyCentres& centres);
 
-/// Load on `target` from `source`, both with unit charge (A/m) and without mu0/(4 pi), each replaced by four charges.
-Interaction FarInteraction(const Polygon& source, const Polygon& target, const BodyCentres& centres);
-
-/// Points at which the interactions above are evaluated.
+/// Points at which it is evaluated.
 constexpr std::size_t farMagnetEvaluations = 36;
-constexpr std::size_t farPolygonEvaluations = 16;
 
 } // namespace vantor::solver

@@ -6,6 +6,9 @@
 
 namespace vantor::solver {
 
+/// mu0 / (4 pi), V s/(A m).
+constexpr double fieldConstant = 1e-7;
+
 /// Force and torque on a target, the torque about the origin of coordinates.
 struct Wrench {
     Eigen::Vector3d force = Eigen::Vector3d::Zero();
@@ -28,8 +31,6 @@ struct Wrench {
 struct Interaction {
     Wrench wrench;
     double forceError = 0;
-    /// About the origin of coordinates.
-    double torqueError = 0;
     /// About the source body's centre.
     double sourceTorqueError = 0;
     /// About the target body's centre.
@@ -40,7 +41,6 @@ struct Interaction {
     Interaction& operator+=(const Interaction& other) {
         wrench += other.wrench;
         forceError += other.forceError;
-        torqueError += other.torqueError;
         sourceTorqueError += other.sourceTorqueError;
         targetTorqueError += other.targetTorqueError;
         return *this;
@@ -49,7 +49,6 @@ struct Interaction {
         const double size = std::abs(factor);
         a.wrench = factor * a.wrench;
         a.forceError *= size;
-        a.torqueError *= size;
         a.sourceTorqueError *= size;
         a.targetTorqueError *= size;
         return a;
@@ -64,7 +63,6 @@ struct BodyCentres {
 /// Sets the error estimates from a difference of wrenches.
 inline void SetErrors(Interaction& interaction, const Wrench& difference, const BodyCentres& centres) {
     interaction.forceError = difference.force.norm();
-    interaction.torqueError = difference.torque.norm();
     interaction.sourceTorqueError = difference.TorqueAbout(centres.source).norm();
     interaction.targetTorqueError = difference.TorqueAbout(centres.target).norm();
 }

@@ -1,8 +1,10 @@
 #include "simulator/solver/Magnetostatics.h"
 
+#include "simulator/solver/ClusterSum.h"
+#include "simulator/solver/FaceSum.h"
+#include "simulator/solver/Parallel.h"
 #include "simulator/solver/PolygonIntegrals.h"
 #include "simulator/solver/PreparedMagnet.h"
-#include "simulator/solver/Refinement.h"
 #include "simulator/solver/Separation.h"
 
 #include <cmath>
@@ -47,26 +49,61 @@ double SolidAngleShare(const TriangleMesh& mesh, const Eigen::Vector3d& point) {
     return 2 * halfAngle / solidAngleOfAll;
 }
 
-} // namespace
+/// Whether the magnets' faces are so few that no clusters are needed.
+bool HaveFewFaces(const std::vector<PreparedMagnet>& magnets) {
+    // The cost of integrals along edges is that of pairs of edges.
+    constexpr std::size_t fewPairsOfEdges = 65536;
+    std::vector<std::size_t> edges;
+    for (const PreparedMagnet& magnet : magnets) {
+        edges.push_back(0);
+        for (const ChargedFace& face : magnet.shape->Faces()) {
+            edges.back() += face.polygon.edges.size();
+        }
+    }
+    std::size_t pairs = 0;
+    for (std::size_t i = 0; i < magnets.size(); ++i) {
+        for (std::size_t j = i + 1; j < magnets.size(); ++j) {
+            pairs += magnets[i].body != magnets[j].body ? edges[i] * edges[j] : 0;
+        }
+    }
+    return pairs <= fewPairsOfEdges;
+}
 
-Solution Solve(const std::vector<Body>& bodies, const Options& options) {
-    CheckOptions(options);
-    const Eigen::Vector3d origin = MiddleOf(bodies);
-    const std::vector<PreparedMagnet> magnets = PrepareMagnets(bodies, origin);
-    CheckSeparation(magnets);
-
+/// Passes until the wanted error is met, or nothing can be improved, or the maximum is reached.
+template <class Sum>
+Solution RunPasses(Sum sum, const Options& options) {
     Solution solution;
-    Refinement refinement(magnets, bodies, options);
     bool more = true;
     while (more) {
-        solution.passes.push_back(refinement.Evaluate());
+        solution.passes.push_back(sum.Evaluate());
         if (options.passDone) {
             options.passDone(solution.passes.back());
         }
         solution.converged = solution.passes.back().percentError <= options.percentError;
-        more = !solution.converged && solution.passes.back().number < options.maximumPasses && refinement.Refine();
+        more = !solution.converged && solution.passes.back().number < options.maximumPasses && sum.Refine();
     }
-    solution.loads = refinement.Loads();
+    solution.loads = sum.Loads();
+    return solution;
+}
+
+} // namespace
+
+struct Solver::Implementation {
+    ShapeStore shapes;
+};
+
+Solver::Solver() : m_implementation(new Implementation) {}
+Solver::~Solver() = default;
+Solver::Solver(Solver&&) noexcept = default;
+Solver& Solver::operator=(Solver&&) noexcept = default;
+
+Solution Solver::Solve(const std::vector<Body>& bodies, const Options& options) {
+    CheckOptions(options);
+    Eigen::Vector3d origin;
+    const std::vector<PreparedMagnet> magnets = m_implementation->shapes.Prepare(bodies, options.threads, origin);
+    CheckSeparation(magnets);
+    Solution solution = HaveFewFaces(magnets) ? RunPasses(FaceSum(magnets, bodies.size(), options), options)
+                                              : RunPasses(ClusterSum(magnets, bodies.size(), options), options);
     for (Load& load : solution.loads) {
         load.torque += origin.cross(load.force);
         load.torqueError += origin.norm() * load.forceError;
@@ -78,25 +115,24 @@ Solution Solve(const std::vector<Body>& bodies, const Options& options) {
     return solution;
 }
 
-struct Solver::Implementation {};
-
-Solver::Solver() : m_implementation(new Implementation) {}
-Solver::~Solver() = default;
-Solver::Solver(Solver&&) noexcept = default;
-Solver& Solver::operator=(Solver&&) noexcept = default;
-
-Solution Solver::Solve(const std::vector<Body>& bodies, const Options& options) {
-    return vantor::solver::Solve(bodies, options);
+Solution Solve(const std::vector<Body>& bodies, const Options& options) {
+    return Solver().Solve(bodies, options);
 }
 
 struct FieldEvaluator::Implementation {
+    struct MagnetWithFaces {
+        PreparedMagnet magnet;
+        std::vector<ChargedFace> faces;
+    };
     Eigen::Vector3d origin;
-    std::vector<PreparedMagnet> magnets;
+    std::vector<MagnetWithFaces> magnets;
 };
 
 FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementation(new Implementation) {
-    m_implementation->origin = MiddleOf(bodies);
-    m_implementation->magnets = PrepareMagnets(bodies, m_implementation->origin);
+    for (PreparedMagnet& magnet : ShapeStore().Prepare(bodies, 0, m_implementation->origin)) {
+        std::vector<ChargedFace> faces = PosedFaces(magnet);
+        m_implementation->magnets.push_back({std::move(magnet), std::move(faces)});
+    }
 }
 
 FieldEvaluator::~FieldEvaluator() = default;
@@ -106,8 +142,8 @@ FieldEvaluator& FieldEvaluator::operator=(FieldEvaluator&&) noexcept = default;
 Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
     const Eigen::Vector3d x = point - m_implementation->origin;
     Eigen::Vector3d field = Eigen::Vector3d::Zero();
-    for (const PreparedMagnet& magnet : m_implementation->magnets) {
-        for (const ChargedFace& face : magnet.faces) {
+    for (const auto& [magnet, faces] : m_implementation->magnets) {
+        for (const ChargedFace& face : faces) {
             field += face.charge / solidAngleOfAll * ChargeField(face.polygon, x);
         }
     }
@@ -119,9 +155,9 @@ Eigen::Vector3d FieldEvaluator::M(const Eigen::Vector3d& point) const {
     constexpr double margin = 1e-9;
     const Eigen::Vector3d x = point - m_implementation->origin;
     Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
-    for (const PreparedMagnet& magnet : m_implementation->magnets) {
-        if (magnet.box.exteriorDistance(x) <= margin * magnet.radius) {
-            magnetisation += SolidAngleShare(magnet.mesh, x) * magnet.magnetisation;
+    for (const auto& [magnet, faces] : m_implementation->magnets) {
+        if (magnet.box.exteriorDistance(x) <= margin * magnet.Radius()) {
+            magnetisation += SolidAngleShare(magnet.shape->Mesh(), magnet.pose.inverse() * x) * magnet.magnetisation;
         }
     }
     return magnetisation;

@@ -11,13 +11,17 @@
 namespace vantor::solver {
 namespace {
 
-constexpr std::size_t rangeSize = 32;
+/// Items that a thread takes at a time: few enough that all threads end together, many enough that taking costs nothing.
+constexpr std::size_t rangeOfSmallItems = 32;
 
 class Crew {
 public:
-    Crew(std::size_t count, const std::function<void(std::size_t, std::size_t)>& work) : m_count(count), m_work(work) {}
+    Crew(std::size_t count, std::size_t rangeSize, const std::function<void(std::size_t, std::size_t)>& work)
+        : m_count(count), m_rangeSize(rangeSize), m_work(work) {}
 
-    void Run(unsigned threads) {
+    void Run(unsigned wished) {
+        const std::size_t ranges = std::max<std::size_t>((m_count + m_rangeSize - 1) / m_rangeSize, 1);
+        const std::size_t threads = std::min<std::size_t>(wished, ranges);
         std::vector<std::thread> others;
         try {
             while (others.size() + 1 < threads) {
@@ -37,12 +41,12 @@ public:
 
 private:
     /// @return where the next range begins; past the end when all are taken
-    std::size_t TakeRange() { return m_next.fetch_add(rangeSize); }
+    std::size_t TakeRange() { return m_next.fetch_add(m_rangeSize); }
 
     void Work() {
         try {
             for (std::size_t begin = TakeRange(); begin < m_count; begin = TakeRange()) {
-                m_work(begin, std::min(begin + rangeSize, m_count));
+                m_work(begin, std::min(begin + m_rangeSize, m_count));
             }
         } catch (...) {
             const std::lock_guard<std::mutex> lock(m_errorMutex);
@@ -53,7 +57,7 @@ private:
         }
     }
 
-    const std::size_t m_count;
+    const std::size_t m_count, m_rangeSize;
     const std::function<void(std::size_t, std::size_t)>& m_work;
     std::atomic<std::size_t> m_next{0};
     std::mutex m_errorMutex;
@@ -63,8 +67,15 @@ private:
 } // namespace
 
 void ForRanges(std::size_t count, unsigned threads, const std::function<void(std::size_t, std::size_t)>& work) {
-    const std::size_t ranges = (count + rangeSize - 1) / rangeSize;
-    Crew(count, work).Run(static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(ranges, 1))));
+    Crew(count, rangeOfSmallItems, work).Run(threads);
+}
+
+void ForEach(std::size_t count, unsigned threads, const std::function<void(std::size_t)>& work) {
+    Crew(count, 1, [&](std::size_t begin, std::size_t /*end*/) { work(begin); }).Run(threads);
+}
+
+unsigned ThreadsFor(int asked) {
+    return asked > 0 ? static_cast<unsigned>(asked) : std::max(1U, std::thread::hardware_concurrency());
 }
 
 } // namespace vantor::solver

@@ -1,187 +1,152 @@
 #include "simulator/solver/PreparedMagnet.h"
 
-#include <Eigen/Eigenvalues>
+#include "simulator/solver/Parallel.h"
+
 #include <algorithm>
-#include <cmath>
-#include <optional>
+#include <exception>
 
 namespace vantor::solver {
 namespace {
 
-/// The area vectors of a closed mesh sum to zero; this fraction of the area is allowed for rounding.
-constexpr double openMeshTolerance = 1e-6;
+using Eigen::Vector3d;
 
 std::string LabelOf(const Body& body, const Magnet& magnet) {
     return "magnet \"" + magnet.name + "\" of body \"" + body.name + "\"";
 }
 
-void CheckValues(const Magnet& magnet, const std::string& label) {
-    if (!magnet.magnetisation.allFinite()) {
-        throw SolveError("The magnetisation of " + label + " is not finite; give three finite numbers in A/m.");
-    }
-    if (!magnet.pose.matrix().allFinite()) {
-        throw SolveError("The pose of " + label + " is not finite; check the placement of the body.");
-    }
-    if (!magnet.mesh) {
-        return;
-    }
-    for (std::size_t i = 0; i < magnet.mesh->vertices.size(); ++i) {
-        if (!magnet.mesh->vertices[i].allFinite()) {
-            throw SolveError("Vertex " + std::to_string(i) + " of " + label +
-                             " is not finite; check its geometry and the placement of the body.");
-        }
-    }
-    const auto count = static_cast<long long>(magnet.mesh->vertices.size());
-    for (std::size_t i = 0; i < magnet.mesh->triangles.size(); ++i) {
-        for (const int corner : magnet.mesh->triangles[i]) {
-            if (corner < 0 || corner >= count) {
-                throw SolveError("Triangle " + std::to_string(i) + " of " + label + " names vertex " +
-                                 std::to_string(corner) + ", but the mesh has " + std::to_string(count) +
-                                 " vertices; check its geometry.");
+bool HasField(const Magnet& magnet) {
+    return magnet.mesh && !magnet.mesh->triangles.empty() && !magnet.magnetisation.isZero(0);
+}
+
+template <class Visit>
+void ForMagnetsWithField(const std::vector<Body>& bodies, Visit visit) {
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        for (const Magnet& magnet : bodies[i].magnets) {
+            if (HasField(magnet)) {
+                visit(i, magnet);
             }
         }
     }
 }
 
-/// The three corners of a triangle.
-std::array<Eigen::Vector3d, 3> CornersOf(const TriangleMesh& mesh, const std::array<int, 3>& triangle) {
-    const auto corner = [&](std::size_t i) { return mesh.vertices[static_cast<std::size_t>(triangle[i])]; };
-    return {corner(0), corner(1), corner(2)};
+Eigen::AlignedBox3d PosedBox(const Eigen::Isometry3d& pose, const Eigen::AlignedBox3d& box) {
+    const Vector3d half = pose.linear().cwiseAbs() * (box.sizes() / 2), centre = pose * box.center();
+    return {centre - half, centre + half};
 }
 
-TriangleMesh WithoutFlatTriangles(const Magnet& magnet, const Eigen::Vector3d& origin) {
-    const TriangleMesh& mesh = *magnet.mesh;
-    TriangleMesh result;
-    result.vertices.reserve(mesh.vertices.size());
-    for (const Eigen::Vector3d& vertex : mesh.vertices) {
-        result.vertices.push_back(magnet.pose * vertex - origin);
-    }
-    for (const auto& triangle : mesh.triangles) {
-        const auto [a, b, c] = CornersOf(result, triangle);
-        if ((b - a).cross(c - a).squaredNorm() > 0) {
-            result.triangles.push_back(triangle);
-        }
-    }
-    return result;
-}
-
-/// Sums over the tetrahedra between a mesh's triangles and a point near it.
-struct VolumeMoments {
-    double volume = 0, area = 0;
-    Eigen::Vector3d areaVector = Eigen::Vector3d::Zero();
-    Eigen::Vector3d first = Eigen::Vector3d::Zero();
-    Eigen::Matrix3d second = Eigen::Matrix3d::Zero();
-};
-
-VolumeMoments MomentsOf(const TriangleMesh& mesh, const Eigen::Vector3d& reference) {
-    VolumeMoments moments;
-    for (const auto& triangle : mesh.triangles) {
-        auto [a, b, c] = CornersOf(mesh, triangle);
-        const Eigen::Vector3d areaVector = (b - a).cross(c - a) / 2;
-        moments.areaVector += areaVector;
-        moments.area += areaVector.norm();
-        a -= reference;
-        b -= reference;
-        c -= reference;
-        const double volume = a.dot(b.cross(c)) / 6;
-        const Eigen::Vector3d sum = a + b + c;
-        moments.volume += volume;
-        moments.first += volume / 4 * sum;
-        moments.second +=
-            volume / 20 * (a * a.transpose() + b * b.transpose() + c * c.transpose() + sum * sum.transpose());
-    }
-    return moments;
-}
-
-void CheckClosed(const VolumeMoments& moments, const std::string& label) {
-    if (moments.areaVector.norm() > openMeshTolerance * moments.area) {
-        throw SolveError("The mesh of " + label +
-                         " is not closed; close its holes and orient all its triangles alike.");
-    }
-    if (!(moments.volume > 0)) {
-        throw SolveError("The mesh of " + label +
-                         " encloses no volume or is turned inside out; its triangles must run counter-clockwise seen "
-                         "from outside.");
-    }
-}
-
-void SetMoments(PreparedMagnet& magnet, const Eigen::Vector3d& magnetisation) {
-    for (const auto& triangle : magnet.mesh.triangles) {
-        for (const Eigen::Vector3d& corner : CornersOf(magnet.mesh, triangle)) {
-            magnet.box.extend(corner);
-        }
-    }
-    const Eigen::Vector3d reference = magnet.box.center();
-    const VolumeMoments moments = MomentsOf(magnet.mesh, reference);
-    CheckClosed(moments, magnet.label);
-    const Eigen::Vector3d offset = moments.first / moments.volume;
-    magnet.centre = reference + offset;
-    magnet.moment = moments.volume * magnetisation;
-    for (const Eigen::Vector3d& vertex : magnet.mesh.vertices) {
-        if (magnet.box.contains(vertex)) {
-            magnet.radius = std::max(magnet.radius, (vertex - magnet.centre).norm());
-        }
-    }
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> principal(moments.second / moments.volume -
-                                                                   offset * offset.transpose());
-    for (int i = 0; i < 3; ++i) {
-        const double reach = std::sqrt(3 * std::max(0.0, principal.eigenvalues()[i]));
-        const Eigen::Vector3d along = reach * principal.eigenvectors().col(i);
-        const std::size_t index = 2 * static_cast<std::size_t>(i);
-        magnet.massPoints[index] = magnet.centre + along;
-        magnet.massPoints[index + 1] = magnet.centre - along;
-    }
-}
-
-std::optional<PreparedMagnet> Prepare(const Body& body, const Magnet& magnet, const Eigen::Vector3d& origin) {
+PreparedMagnet Placed(std::size_t body, std::string label, std::shared_ptr<const MagnetShape> shape,
+                      const Eigen::Isometry3d& pose) {
     PreparedMagnet prepared;
-    prepared.label = LabelOf(body, magnet);
-    CheckValues(magnet, prepared.label);
-    if (magnet.magnetisation.isZero(0) || !magnet.mesh || magnet.mesh->triangles.empty()) {
-        return std::nullopt;
+    prepared.body = body;
+    prepared.label = std::move(label);
+    prepared.pose = pose;
+    prepared.magnetisation = pose.linear() * shape->Magnetisation();
+    prepared.moment = pose.linear() * shape->Moment();
+    prepared.centre = pose * shape->Centre();
+    for (std::size_t i = 0; i < prepared.massPoints.size(); ++i) {
+        prepared.massPoints[i] = pose * shape->MassPoints()[i];
     }
-    prepared.mesh = WithoutFlatTriangles(magnet, origin);
-    prepared.magnetisation = magnet.pose.linear() * magnet.magnetisation;
-    SetMoments(prepared, prepared.magnetisation);
-    for (Polygon& polygon : ChargedPolygons(prepared.mesh, prepared.magnetisation)) {
-        const double charge = prepared.magnetisation.dot(polygon.normal);
-        for (const Edge& edge : polygon.edges) {
-            prepared.outlineCharge += std::abs(charge) * edge.length;
-        }
-        prepared.faces.push_back({std::move(polygon), charge});
-    }
+    prepared.box = PosedBox(pose, shape->Box());
+    prepared.shape = std::move(shape);
     return prepared;
 }
 
 } // namespace
 
-std::vector<PreparedMagnet> PrepareMagnets(const std::vector<Body>& bodies, const Eigen::Vector3d& origin) {
-    std::vector<PreparedMagnet> magnets;
-    for (std::size_t i = 0; i < bodies.size(); ++i) {
-        for (const Magnet& magnet : bodies[i].magnets) {
-            if (std::optional<PreparedMagnet> prepared = Prepare(bodies[i], magnet, origin)) {
-                prepared->body = i;
-                magnets.push_back(std::move(*prepared));
-            }
-        }
+Polygon Posed(const Eigen::Isometry3d& pose, const Polygon& polygon) {
+    Polygon posed = polygon;
+    const auto turn = [&](Vector3d& vector) { vector = pose.linear() * vector; };
+    const auto move = [&](Vector3d& point) { point = pose * point; };
+    move(posed.centre);
+    turn(posed.xAxis);
+    turn(posed.yAxis);
+    turn(posed.normal);
+    for (Edge& edge : posed.edges) {
+        move(edge.start);
+        turn(edge.direction);
+        turn(edge.outward);
     }
-    return magnets;
+    for (Vector3d& point : posed.massPoints) {
+        move(point);
+    }
+    return posed;
 }
 
-Eigen::Vector3d MiddleOf(const std::vector<Body>& bodies) {
-    Eigen::AlignedBox3d box;
-    for (const Body& body : bodies) {
-        for (const Magnet& magnet : body.magnets) {
-            CheckValues(magnet, LabelOf(body, magnet));
-            if (!magnet.mesh) {
-                continue;
-            }
-            for (const Eigen::Vector3d& vertex : magnet.mesh->vertices) {
-                box.extend(magnet.pose * vertex);
-            }
-        }
+std::vector<ChargedFace> PosedFaces(const PreparedMagnet& magnet) {
+    std::vector<ChargedFace> faces;
+    faces.reserve(magnet.shape->Faces().size());
+    for (const ChargedFace& face : magnet.shape->Faces()) {
+        faces.push_back({Posed(magnet.pose, face.polygon), face.charge});
     }
-    return box.isEmpty() ? Eigen::Vector3d(Eigen::Vector3d::Zero()) : Eigen::Vector3d(box.center());
+    return faces;
+}
+
+std::shared_ptr<const MagnetShape> ShapeStore::Find(const Magnet& magnet) const {
+    const auto [begin, end] = m_shapes.equal_range(magnet.mesh.get());
+    const auto found = std::find_if(begin, end, [&](const Shapes::value_type& entry) {
+        return entry.second->Is(magnet.mesh.get(), magnet.magnetisation);
+    });
+    return found == end ? nullptr : found->second;
+}
+
+void ShapeStore::MakeMissing(const std::vector<Body>& bodies, int threads) {
+    struct Missing {
+        const Body* body;
+        const Magnet* magnet;
+        std::shared_ptr<const MagnetShape> shape;
+        std::exception_ptr error;
+    };
+    std::vector<Missing> missing;
+    ForMagnetsWithField(bodies, [&](std::size_t body, const Magnet& magnet) {
+        const bool isListed = std::any_of(missing.begin(), missing.end(), [&](const Missing& other) {
+            return other.magnet->mesh == magnet.mesh && other.magnet->magnetisation == magnet.magnetisation;
+        });
+        if (!isListed && !Find(magnet)) {
+            missing.push_back({&bodies[body], &magnet, nullptr, nullptr});
+        }
+    });
+    ForEach(missing.size(), missing.size() < 2 ? 1 : ThreadsFor(threads), [&](std::size_t i) {
+        Missing& one = missing[i];
+        try {
+            one.shape = std::make_shared<const MagnetShape>(one.magnet->mesh, one.magnet->magnetisation,
+                                                            LabelOf(*one.body, *one.magnet));
+        } catch (...) {
+            one.error = std::current_exception();
+        }
+    });
+    for (const Missing& one : missing) {
+        // The first in the bodies' order, whichever was found first.
+        if (one.error) {
+            std::rethrow_exception(one.error);
+        }
+        m_shapes.emplace(one.magnet->mesh.get(), one.shape);
+    }
+}
+
+std::vector<PreparedMagnet> ShapeStore::Prepare(const std::vector<Body>& bodies, int threads, Vector3d& origin) {
+    Eigen::AlignedBox3d all;
+    ForMagnetsWithField(bodies, [&](std::size_t body, const Magnet& magnet) {
+        if (!magnet.pose.matrix().allFinite()) {
+            throw SolveError("The pose of " + LabelOf(bodies[body], magnet) +
+                             " is not finite; check the placement of the body.");
+        }
+    });
+    MakeMissing(bodies, threads);
+    Shapes used;
+    ForMagnetsWithField(bodies, [&](std::size_t /*body*/, const Magnet& magnet) {
+        const std::shared_ptr<const MagnetShape> shape = Find(magnet);
+        used.emplace(magnet.mesh.get(), shape);
+        all.extend(PosedBox(magnet.pose, shape->Box()));
+    });
+    origin = all.isEmpty() ? Vector3d(Vector3d::Zero()) : Vector3d(all.center());
+    std::vector<PreparedMagnet> magnets;
+    ForMagnetsWithField(bodies, [&](std::size_t body, const Magnet& magnet) {
+        Eigen::Isometry3d pose = magnet.pose;
+        pose.translation() -= origin;
+        magnets.push_back(Placed(body, LabelOf(bodies[body], magnet), Find(magnet), pose));
+    });
+    m_shapes = std::move(used);
+    return magnets;
 }
 
 } // namespace vantor::solver

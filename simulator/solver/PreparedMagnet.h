@@ -1,46 +1,50 @@
 #pragma once
-// A magnet as the solver works with it: charged faces, and its moments for the far field.
-#include "simulator/solver/Polygon.h"
+// A magnet where it stands in a solve.
+#include "simulator/solver/MagnetShape.h"
 
-#include <Eigen/Geometry>
+#include <unordered_map>
 
 namespace vantor::solver {
-
-struct ChargedFace {
-    Polygon polygon;
-    /// A/m: magnetisation along the outward normal.
-    double charge = 0;
-};
 
 struct PreparedMagnet {
     std::size_t body = 0;
     /// For messages: magnet and body by name.
     std::string label;
-    /// Without the triangles that have no area.
-    TriangleMesh mesh;
-    std::vector<ChargedFace> faces;
-    /// A/m.
-    Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
-    /// A m^2: magnetisation times volume.
-    Eigen::Vector3d moment = Eigen::Vector3d::Zero();
-    /// Centroid of the volume.
-    Eigen::Vector3d centre = Eigen::Vector3d::Zero();
-    /// Radius of the sphere about the centre that holds the mesh.
-    double radius = 0;
-    /// A: sum of the faces' outlines times their charges' sizes.
-    double outlineCharge = 0;
-    /// Six points of equal weight with the volume's centroid and second moments.
+    std::shared_ptr<const MagnetShape> shape;
+    /// Of the shape's axes.
+    Eigen::Isometry3d pose;
+    /// What the shape has in its own axes (MagnetShape tells what it is), here and now.
+    Eigen::Vector3d magnetisation, moment, centre;
     std::array<Eigen::Vector3d, 6> massPoints;
+    /// Holds the mesh, not always tightly.
     Eigen::AlignedBox3d box;
+
+    double Radius() const { return shape->Radius(); }
 };
 
-/// Checks and prepares every magnet that has a mesh and a magnetisation.
-/// @param origin  becomes the origin of coordinates: near the bodies, so that no digits are lost far from zero
-/// @throws SolveError  values that are not finite, corner numbers out of range, a mesh that is open or inside out
-std::vector<PreparedMagnet> PrepareMagnets(const std::vector<Body>& bodies, const Eigen::Vector3d& origin);
+/// The faces of a magnet where they are.
+std::vector<ChargedFace> PosedFaces(const PreparedMagnet& magnet);
 
-/// The middle of all meshes.
-/// @throws SolveError  coordinates that are not finite
-Eigen::Vector3d MiddleOf(const std::vector<Body>& bodies);
+/// The polygon where a pose puts it.
+Polygon Posed(const Eigen::Isometry3d& pose, const Polygon& polygon);
+
+/// Shapes that are kept from one solve to the next.
+class ShapeStore {
+public:
+    /// Checks and prepares every magnet that has a mesh and a magnetisation; forgets the shapes of others.
+    /// @param origin  gets the middle of the bodies, which becomes the origin of coordinates: near the bodies no digits
+    ///                are lost
+    /// @param threads  to make new shapes with; 0 for as many as the machine has
+    /// @throws SolveError  values that are not finite, corner numbers out of range, a mesh that is open or inside out
+    std::vector<PreparedMagnet> Prepare(const std::vector<Body>& bodies, int threads, Eigen::Vector3d& origin);
+
+private:
+    using Shapes = std::unordered_multimap<const TriangleMesh*, std::shared_ptr<const MagnetShape>>;
+
+    std::shared_ptr<const MagnetShape> Find(const Magnet& magnet) const;
+    void MakeMissing(const std::vector<Body>& bodies, int threads);
+
+    Shapes m_shapes;
+};
 
 } // namespace vantor::solver

@@ -19,12 +19,13 @@ struct Triangle {
     Eigen::AlignedBox3d box;
 };
 
-std::vector<Triangle> TrianglesNear(const TriangleMesh& mesh, const Eigen::AlignedBox3d& region) {
+std::vector<Triangle> TrianglesNear(const PreparedMagnet& magnet, const Eigen::AlignedBox3d& region) {
+    const TriangleMesh& mesh = magnet.shape->Mesh();
     std::vector<Triangle> result;
     for (const auto& indices : mesh.triangles) {
         Triangle triangle;
         for (std::size_t i = 0; i < 3; ++i) {
-            triangle.corners[i] = mesh.vertices[static_cast<std::size_t>(indices[i])];
+            triangle.corners[i] = magnet.pose * mesh.vertices[static_cast<std::size_t>(indices[i])];
             triangle.box.extend(triangle.corners[i]);
         }
         if (triangle.box.intersects(region)) {
@@ -106,7 +107,7 @@ bool Meet(const Triangle& a, const Triangle& b, double tolerance) {
 
 bool SurfacesMeet(const PreparedMagnet& a, const PreparedMagnet& b, double tolerance) {
     const Eigen::AlignedBox3d common = Grown(a.box, tolerance).intersection(Grown(b.box, tolerance));
-    const std::vector<Triangle> ofA = TrianglesNear(a.mesh, common), ofB = TrianglesNear(b.mesh, common);
+    const std::vector<Triangle> ofA = TrianglesNear(a, common), ofB = TrianglesNear(b, common);
     for (const Triangle& first : ofA) {
         const Eigen::AlignedBox3d near = Grown(first.box, tolerance);
         for (const Triangle& second : ofB) {
@@ -130,17 +131,17 @@ bool Inside(const PreparedMagnet& inner, const PreparedMagnet& outer) {
     if (!outer.box.contains(inner.box)) {
         return false;
     }
-    const auto corner = static_cast<std::size_t>(inner.mesh.triangles.front()[0]);
+    const auto corner = static_cast<std::size_t>(inner.shape->Mesh().triangles.front()[0]);
     double angle = 0;
-    for (const Triangle& triangle : TrianglesNear(outer.mesh, outer.box)) {
-        angle += SolidAngleOf(triangle.corners, inner.mesh.vertices[corner]);
+    for (const Triangle& triangle : TrianglesNear(outer, outer.box)) {
+        angle += SolidAngleOf(triangle.corners, inner.pose * inner.shape->Mesh().vertices[corner]);
     }
     constexpr double halfOfAll = 6.283185307179586;
     return std::abs(angle) > halfOfAll;
 }
 
 void CheckPair(const PreparedMagnet& a, const PreparedMagnet& b) {
-    const double tolerance = contactTolerance * (a.radius + b.radius);
+    const double tolerance = contactTolerance * (a.Radius() + b.Radius());
     if (!Grown(a.box, tolerance).intersects(b.box)) {
         return;
     }

@@ -1,0 +1,206 @@
+#include "simulator/solver/ChargeTree.h"
+
+#include "simulator/solver/PolygonParts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace vantor::solver {
+namespace {
+
+using Eigen::Vector3d;
+
+/// Faces with more edges than this are cut.
+constexpr std::size_t fewEdges = 10;
+
+/// J. Radon, "Zur mechanischen Kubatur", Monatshefte fuer Mathematik 52 (1948) 286-300: seven points, exact to the fifth
+/// order. Shares of two corners (the third gets the rest) and of the area.
+struct TrianglePoint {
+    double first, second, weight;
+};
+constexpr double nearMiddle = 0.470142064105115090, nearCorner = 0.101286507323456339;
+constexpr double weightNearMiddle = 0.132394152788506181, weightNearCorner = 0.125939180544827153;
+constexpr std::array<TrianglePoint, 7> trianglePoints{{{1.0 / 3, 1.0 / 3, 0.225},
+                                                       {nearMiddle, nearMiddle, weightNearMiddle},
+                                                       {1 - 2 * nearMiddle, nearMiddle, weightNearMiddle},
+                                                       {nearMiddle, 1 - 2 * nearMiddle, weightNearMiddle},
+                                                       {nearCorner, nearCorner, weightNearCorner},
+                                                       {1 - 2 * nearCorner, nearCorner, weightNearCorner},
+                                                       {nearCorner, 1 - 2 * nearCorner, weightNearCorner}}};
+
+/// The mean of a power of distances.
+class MeanDistance {
+public:
+    void Add(double weight, double distance) {
+        double power = weight;
+        for (int i = 0; i < exponent; ++i) {
+            power *= distance;
+        }
+        m_sum += power;
+        m_weight += weight;
+    }
+    double Value() const { return m_weight > 0 ? std::pow(m_sum / m_weight, 1.0 / exponent) : 0; }
+
+private:
+    static constexpr int exponent = momentOrder + 3;
+    double m_sum = 0, m_weight = 0;
+};
+
+void SetMultipoles(Cluster& cluster, const HigherMoments& moments) {
+    const auto sizes = MultipoleSizes(moments);
+    double unit = cluster.extent.charge;
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        cluster.extent.multipoles[i] = static_cast<float>(sizes[i] / unit);
+        unit *= cluster.extent.radius;
+    }
+}
+
+HigherMoments MomentsOfFace(const ChargedFace& face, const Vector3d& centre, const std::vector<WeightedPoint>& points) {
+    HigherMoments moments{};
+    for (const WeightedPoint& point : points) {
+        AddCharge(moments, face.charge * point.weight, point.at - centre);
+    }
+    return moments;
+}
+
+Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& points) {
+    Cluster cluster;
+    cluster.centre = face.polygon.centre;
+    cluster.density = std::abs(face.charge);
+    cluster.extent.charge = cluster.density * face.polygon.area;
+    cluster.extent.radius = face.polygon.radius;
+    SetPoints(face.polygon, points);
+    MeanDistance spread;
+    for (const WeightedPoint& point : points) {
+        spread.Add(std::abs(point.weight), (point.at - cluster.centre).norm());
+    }
+    cluster.extent.spread = spread.Value();
+    return cluster;
+}
+
+} // namespace
+
+void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points) {
+    points.clear();
+    const Vector3d& corner = polygon.edges.front().start;
+    for (const Edge& edge : polygon.edges) {
+        const Vector3d toStart = edge.start - corner, toEnd = toStart + edge.length * edge.direction;
+        const double area = toStart.cross(toEnd).dot(polygon.normal) / 2;
+        if (std::abs(area) <= 1e-14 * polygon.area) {
+            continue; // an edge at the corner
+        }
+        for (const TrianglePoint& point : trianglePoints) {
+            points.push_back({corner + point.first * toStart + point.second * toEnd, point.weight * area});
+        }
+    }
+}
+
+ChargeTree::ChargeTree(const std::vector<ChargedFace>& faces) {
+    m_nodes.reserve(2 * faces.size());
+    m_moments.reserve(faces.size());
+    Branches branches;
+    branches.reserve(faces.size());
+    for (const ChargedFace& face : faces) {
+        branches.push_back(AddFace(face));
+    }
+    m_root = Join(branches, 0, branches.size()).node;
+}
+
+ChargeTree::Branch ChargeTree::AddFace(const ChargedFace& face) {
+    const std::size_t edges = face.polygon.edges.size();
+    if (edges <= fewEdges) {
+        return AddLeaf(face);
+    }
+    auto parts = std::make_unique<std::vector<ChargedFace>>();
+    for (Polygon& part : CutToEdges(face.polygon, std::max(fewEdges, edges * 2 / 3))) {
+        parts->push_back({std::move(part), face.charge});
+    }
+    if (parts->size() < 2) {
+        return AddLeaf(face);
+    }
+    Branches branches;
+    for (const ChargedFace& part : *parts) {
+        branches.push_back(AddFace(part));
+    }
+    m_parts.push_back(std::move(parts));
+    Branch whole = Join(branches, 0, branches.size());
+    m_nodes[whole.node].face = &face;
+    return whole;
+}
+
+ChargeTree::Branch ChargeTree::AddLeaf(const ChargedFace& face) {
+    std::vector<WeightedPoint> points;
+    Entry entry;
+    entry.cluster = ClusterOfFace(face, points);
+    entry.face = &face;
+    const HigherMoments moments = MomentsOfFace(face, entry.cluster.centre, points);
+    SetMultipoles(entry.cluster, moments);
+    m_nodes.push_back(entry);
+    return {static_cast<Node>(m_nodes.size() - 1), moments};
+}
+
+ChargeTree::Branch ChargeTree::Join(Branches& branches, std::size_t begin, std::size_t end) {
+    if (end - begin == 1) {
+        return branches[begin];
+    }
+    const std::size_t middle = Divide(branches, begin, end);
+    const Branch first = Join(branches, begin, middle), second = Join(branches, middle, end);
+    Branch joined;
+    Entry entry;
+    entry.children = {first.node, second.node};
+    SetExtent(entry.cluster, branches, begin, end);
+    for (const Branch* part : {&first, &second}) {
+        AddShifted(joined.moments, part->moments, ClusterOf(part->node).centre - entry.cluster.centre);
+    }
+    SetMultipoles(entry.cluster, joined.moments);
+    entry.moments = static_cast<std::uint32_t>(m_moments.size());
+    m_moments.emplace_back();
+    std::copy_n(joined.moments.begin(), m_moments.back().size(), m_moments.back().begin());
+    joined.node = static_cast<Node>(m_nodes.size());
+    m_nodes.push_back(entry);
+    return joined;
+}
+
+std::size_t ChargeTree::Divide(Branches& branches, std::size_t begin, std::size_t end) const {
+    const auto at = [&](std::size_t i) { return branches.begin() + static_cast<std::ptrdiff_t>(i); };
+    // Faces in parts reach farther than what lies around them, and are set apart.
+    const auto isInParts = [this](const Branch& branch) { return !IsLeaf(branch.node); };
+    const auto ofParts = std::partition(at(begin), at(end), isInParts);
+    if (ofParts != at(begin) && ofParts != at(end)) {
+        return static_cast<std::size_t>(ofParts - branches.begin());
+    }
+    Eigen::AlignedBox3d box;
+    for (std::size_t i = begin; i < end; ++i) {
+        box.extend(ClusterOf(branches[i].node).centre);
+    }
+    Eigen::Index axis = 0;
+    box.sizes().maxCoeff(&axis);
+    const std::size_t middle = begin + (end - begin) / 2;
+    std::nth_element(at(begin), at(middle), at(end), [this, axis](const Branch& a, const Branch& b) {
+        const double first = ClusterOf(a.node).centre[axis], second = ClusterOf(b.node).centre[axis];
+        return first != second ? first < second : a.node < b.node;
+    });
+    return middle;
+}
+
+void ChargeTree::SetExtent(Cluster& cluster, const Branches& branches, std::size_t begin, std::size_t end) const {
+    for (std::size_t i = begin; i < end; ++i) {
+        const Cluster& part = ClusterOf(branches[i].node);
+        cluster.extent.charge += part.extent.charge;
+        cluster.centre += part.extent.charge * part.centre;
+        cluster.density = std::max(cluster.density, part.density);
+    }
+    cluster.centre /= cluster.extent.charge;
+    MeanDistance spread;
+    for (std::size_t i = begin; i < end; ++i) {
+        const Cluster& part = ClusterOf(branches[i].node);
+        const double distance = (part.centre - cluster.centre).norm();
+        // No less than the mean of the part's charges (Minkowski's inequality).
+        spread.Add(part.extent.charge, distance + part.extent.spread);
+        cluster.extent.radius = std::max(cluster.extent.radius, distance + part.extent.radius);
+    }
+    cluster.extent.spread = spread.Value();
+}
+
+} // namespace vantor::solver

@@ -1,0 +1,81 @@
+#pragma once
+// A tree of clusters over the charged faces of one magnet, in the magnet's own axes.
+#include "simulator/solver/ChargedFace.h"
+#include "simulator/solver/ClusterPair.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace vantor::solver {
+
+/// Where a cluster is and how large.
+struct Cluster {
+    Eigen::Vector3d centre = Eigen::Vector3d::Zero();
+    ClusterExtent extent;
+    /// The largest charge per area in it, A/m.
+    double density = 0;
+};
+
+/// A point that stands for a piece of a face.
+struct WeightedPoint {
+    Eigen::Vector3d at;
+    /// m^2.
+    double weight;
+};
+
+/// Points with the area, and all moments up to the fifth order, of a polygon: seven in each of the triangles between one
+/// corner and the edges. Triangles outside of a polygon that is not convex have negative weights.
+/// @param points  gets them, instead of what it held
+void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points);
+
+/// Binary. Leaves are faces, or parts of faces that have many edges; those faces are nodes, too.
+class ChargeTree {
+public:
+    using Node = std::uint32_t;
+
+    /// @param faces  at least one; must outlive the tree
+    explicit ChargeTree(const std::vector<ChargedFace>& faces);
+
+    Node Root() const { return m_root; }
+    const Cluster& ClusterOf(Node node) const { return m_nodes[node].cluster; }
+    bool IsLeaf(Node node) const { return m_nodes[node].moments == none; }
+    /// The face, or the part of one, that the node is; null for clusters of several.
+    const ChargedFace* FaceOf(Node node) const { return m_nodes[node].face; }
+    /// @pre no leaf
+    const std::array<Node, 2>& ChildrenOf(Node node) const { return m_nodes[node].children; }
+    /// About the node's centre.
+    /// @pre no leaf
+    const Moments& MomentsOf(Node node) const { return m_moments[m_nodes[node].moments]; }
+    /// Number of nodes.
+    std::size_t Size() const { return m_nodes.size(); }
+
+private:
+    static constexpr std::uint32_t none = 0xffffffff;
+
+    struct Entry {
+        Cluster cluster;
+        const ChargedFace* face = nullptr;
+        std::array<Node, 2> children{};
+        std::uint32_t moments = none;
+    };
+    /// A node under which the tree is complete, with the moments about its centre.
+    struct Branch {
+        Node node = 0;
+        HigherMoments moments{};
+    };
+    using Branches = std::vector<Branch>;
+
+    Branch AddFace(const ChargedFace& face);
+    Branch AddLeaf(const ChargedFace& face);
+    Branch Join(Branches& branches, std::size_t begin, std::size_t end);
+    std::size_t Divide(Branches& branches, std::size_t begin, std::size_t end) const;
+    void SetExtent(Cluster& cluster, const Branches& branches, std::size_t begin, std::size_t end) const;
+
+    /// Parts of faces of many edges.
+    std::vector<std::unique_ptr<std::vector<ChargedFace>>> m_parts;
+    std::vector<Entry> m_nodes;
+    std::vector<Moments> m_moments;
+    Node m_root = 0;
+};
+
+} // namespace vantor::solver

@@ -1,0 +1,68 @@
+#include "simulator/solver/PointIntegral.h"
+
+#include "simulator/solver/PolygonIntegrals.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace vantor::solver {
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+/// Order of the field's Taylor series from which on the points' rule leaves an error.
+constexpr int missedOrder = 6;
+/// Part of the bound by sizes alone that the rule leaves of that order at most; the orders that follow count as much.
+constexpr double partOfBound = 0.25;
+
+/// Distance of a point from a polygon.
+double DistanceFrom(const Polygon& polygon, const Eigen::Vector3d& point) {
+    const Eigen::Vector3d offset = point - polygon.centre;
+    const double x = offset.dot(polygon.xAxis), y = offset.dot(polygon.yAxis), height = offset.dot(polygon.normal);
+    double nearest = std::numeric_limits<double>::infinity();
+    bool isOver = false;
+    for (const PlaneEdge& edge : polygon.planeEdges) {
+        const double dx = x - edge.x, dy = y - edge.y;
+        const double along = std::clamp(dx * edge.tx + dy * edge.ty, 0.0, edge.length);
+        const double awayX = dx - along * edge.tx, awayY = dy - along * edge.ty;
+        nearest = std::min(nearest, awayX * awayX + awayY * awayY);
+        // Edges that a ray along x crosses: an odd number of them is what tells the inside.
+        const double endY = edge.y + edge.length * edge.ty;
+        if ((edge.y > y) != (endY > y) && edge.x + (y - edge.y) * edge.tx / edge.ty > x) {
+            isOver = !isOver;
+        }
+    }
+    return std::sqrt((isOver ? 0 : nearest) + height * height);
+}
+
+} // namespace
+
+ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen::Vector3d& centre) {
+    const double distance = DistanceFrom(source, centre);
+    const double reach = target.extent.radius / distance;
+    if (!(reach < 1)) {
+        return {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()};
+    }
+    // The n-th term of a unit charge's field is at most (n + 1) |y|^n / R^(n + 2); over the source R^-8 sums to no more
+    // than over all of a plane outside of a ball of that distance. The rule's points have the same bound as the face.
+    double power = target.extent.charge / target.density;
+    for (int i = 0; i < missedOrder; ++i) {
+        power *= target.extent.spread / distance;
+    }
+    const double rest = 1 / (1 - reach);
+    const double series = (missedOrder + 1 + reach * rest) * rest;
+    const double strength = std::min(source.area / (distance * distance), pi / 3);
+    const double force = partOfBound * power * strength * series;
+    // As above with one order less of the field and one more of the arm, where the plane gives 2 pi / 5.
+    return {force, 1.2 * distance * force};
+}
+
+Wrench PointWrench(const Polygon& source, const std::vector<WeightedPoint>& target) {
+    Wrench wrench;
+    for (const WeightedPoint& point : target) {
+        wrench += Wrench::At(point.at, point.weight * ChargeField(source, point.at));
+    }
+    return wrench;
+}
+
+} // namespace vantor::solver

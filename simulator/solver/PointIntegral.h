@@ -1,0 +1,18 @@
+#pragma once
+// Two faces that are neither far apart nor close: the closed form of one's field at points of the other. The field
+// is analytic in any ball that does not reach the face it is of, so the points' rule converges as fast as the ratio of
+// the target's size to its distance from the source.
+#include "simulator/solver/ChargeTree.h"
+
+namespace vantor::solver {
+
+/// Bounds of the error for unit charges (A/m) and without mu0/(4 pi), the torque's about the target's centre. Infinite
+/// where the target's circle reaches the source.
+/// @param target  the cluster of the target
+/// @param centre  of the target in the source's axes
+ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen::Vector3d& centre);
+
+/// Load on unit charges (A/m) at points from unit charge on a polygon; the torque about the origin.
+Wrench PointWrench(const Polygon& source, const std::vector<WeightedPoint>& target);
+
+} // namespace vantor::solver
