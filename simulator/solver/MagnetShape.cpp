@@ -37,17 +37,15 @@ std::array<Eigen::Vector3d, 3> CornersOf(const TriangleMesh& mesh, const std::ar
     return {corner(0), corner(1), corner(2)};
 }
 
-TriangleMesh WithoutFlatTriangles(const TriangleMesh& mesh) {
-    TriangleMesh result;
-    result.vertices = mesh.vertices;
-    result.triangles.reserve(mesh.triangles.size());
+/// Calls visit(corners) for the triangles that have an area.
+template <class Visit>
+void ForTriangles(const TriangleMesh& mesh, Visit visit) {
     for (const auto& triangle : mesh.triangles) {
-        const auto [a, b, c] = CornersOf(mesh, triangle);
-        if ((b - a).cross(c - a).squaredNorm() > 0) {
-            result.triangles.push_back(triangle);
+        const std::array<Eigen::Vector3d, 3> corners = CornersOf(mesh, triangle);
+        if ((corners[1] - corners[0]).cross(corners[2] - corners[0]).squaredNorm() > 0) {
+            visit(corners);
         }
     }
-    return result;
 }
 
 /// Sums over the tetrahedra between a mesh's triangles and a point near it.
@@ -94,38 +92,37 @@ void CheckClosed(const VolumeMoments& moments, const std::string& label) {
 
 MagnetShape::MagnetShape(std::shared_ptr<const TriangleMesh> mesh, const Eigen::Vector3d& magnetisation,
                          const std::string& label)
-    : m_given(std::move(mesh)), m_magnetisation(magnetisation) {
+    : m_mesh(std::move(mesh)), m_magnetisation(magnetisation) {
     if (!magnetisation.allFinite()) {
         throw SolveError("The magnetisation of " + label + " is not finite; give three finite numbers in A/m.");
     }
-    CheckVertices(*m_given, label);
-    m_mesh = WithoutFlatTriangles(*m_given);
+    CheckVertices(*m_mesh, label);
     SetMoments(label);
     SetFaces();
 }
 
 bool MagnetShape::Is(const TriangleMesh* mesh, const Eigen::Vector3d& magnetisation) const {
-    return mesh == m_given.get() &&
+    return mesh == m_mesh.get() &&
            (magnetisation - m_magnetisation).norm() <= sameMagnetisation * m_magnetisation.norm();
 }
 
 void MagnetShape::SetMoments(const std::string& label) {
-    for (const auto& triangle : m_mesh.triangles) {
-        for (const Eigen::Vector3d& corner : CornersOf(m_mesh, triangle)) {
+    ForTriangles(*m_mesh, [this](const auto& corners) {
+        for (const Eigen::Vector3d& corner : corners) {
             m_box.extend(corner);
         }
-    }
+    });
     const Eigen::Vector3d reference = m_box.center();
-    const VolumeMoments moments = MomentsOf(m_mesh, reference);
+    const VolumeMoments moments = MomentsOf(*m_mesh, reference);
     CheckClosed(moments, label);
     const Eigen::Vector3d offset = moments.first / moments.volume;
     m_centre = reference + offset;
     m_moment = moments.volume * m_magnetisation;
-    for (const auto& triangle : m_mesh.triangles) {
-        for (const Eigen::Vector3d& corner : CornersOf(m_mesh, triangle)) {
+    ForTriangles(*m_mesh, [this](const auto& corners) {
+        for (const Eigen::Vector3d& corner : corners) {
             m_radius = std::max(m_radius, (corner - m_centre).norm());
         }
-    }
+    });
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> principal(moments.second / moments.volume -
                                                                    offset * offset.transpose());
     for (int i = 0; i < 3; ++i) {
@@ -138,7 +135,7 @@ void MagnetShape::SetMoments(const std::string& label) {
 }
 
 void MagnetShape::SetFaces() {
-    for (Polygon& polygon : ChargedPolygons(m_mesh, m_magnetisation)) {
+    for (Polygon& polygon : ChargedPolygons(*m_mesh, m_magnetisation)) {
         const double charge = m_magnetisation.dot(polygon.normal);
         for (const Edge& edge : polygon.edges) {
             m_outlineCharge += std::abs(charge) * edge.length;
@@ -150,6 +147,11 @@ void MagnetShape::SetFaces() {
 const ChargeTree& MagnetShape::Charges() const {
     std::call_once(m_chargesMade, [this] { m_charges = std::make_unique<const ChargeTree>(m_faces); });
     return *m_charges;
+}
+
+const SurfaceTree& MagnetShape::Surface() const {
+    std::call_once(m_surfaceMade, [this] { m_surface = std::make_unique<const SurfaceTree>(*m_mesh); });
+    return *m_surface;
 }
 
 } // namespace vantor::solver

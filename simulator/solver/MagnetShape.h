@@ -2,7 +2,7 @@
 // What a magnet is wherever it stands: its charged faces, its moments, and the trees over both its charges and its
 // surface. All in the magnet's own axes.
 #include "simulator/solver/ChargeTree.h"
-#include "simulator/solver/ChargedFace.h"
+#include "simulator/solver/SurfaceTree.h"
 
 #include <Eigen/Geometry>
 #include <memory>
@@ -21,8 +21,7 @@ public:
     /// Whether this is the shape of that mesh with that magnetisation, but for rounding.
     bool Is(const TriangleMesh* mesh, const Eigen::Vector3d& magnetisation) const;
 
-    /// Without the triangles that have no area.
-    const TriangleMesh& Mesh() const { return m_mesh; }
+    const TriangleMesh& Mesh() const { return *m_mesh; }
     const std::vector<ChargedFace>& Faces() const { return m_faces; }
     /// A/m.
     const Eigen::Vector3d& Magnetisation() const { return m_magnetisation; }
@@ -38,23 +37,24 @@ public:
     const std::array<Eigen::Vector3d, 6>& MassPoints() const { return m_massPoints; }
     const Eigen::AlignedBox3d& Box() const { return m_box; }
 
-    /// Made when it is asked for the first time; that may be done from several threads.
+    /// Made when they are asked for the first time; that may be done from several threads.
     const ChargeTree& Charges() const;
+    const SurfaceTree& Surface() const;
 
 private:
     void SetMoments(const std::string& label);
     void SetFaces();
 
-    /// The mesh that was given, kept so that its address stands for it.
-    std::shared_ptr<const TriangleMesh> m_given;
-    TriangleMesh m_mesh;
+    /// Kept, so that its address stands for it.
+    std::shared_ptr<const TriangleMesh> m_mesh;
     std::vector<ChargedFace> m_faces;
     Eigen::Vector3d m_magnetisation, m_moment, m_centre;
     double m_radius = 0, m_outlineCharge = 0;
     std::array<Eigen::Vector3d, 6> m_massPoints;
     Eigen::AlignedBox3d m_box;
-    mutable std::once_flag m_chargesMade;
+    mutable std::once_flag m_chargesMade, m_surfaceMade;
     mutable std::unique_ptr<const ChargeTree> m_charges;
+    mutable std::unique_ptr<const SurfaceTree> m_surface;
 };
 
 } // namespace vantor::solver
