@@ -329,8 +329,8 @@ bool Meet(const SurfaceTree& a, const Eigen::Isometry3d& poseA, const SurfaceTre
     return SurfaceTree::PairWalk(a, b, toA * poseB.linear(), offset, tolerance).Meet();
 }
 
-/// The solid angle of the surface, its parts from `farRadii` of their radii on as area vectors.
-SurfaceTree::AngleSum SurfaceTree::AngleAt(const Vector3d& point, double farRadii) const {
+/// The solid angle of the surface, its parts from so many of their radii on as area vectors.
+SurfaceTree::AngleSum SurfaceTree::AngleAt(const Vector3d& point, double radii) const {
     AngleSum sum;
     std::vector<Index> pending{0};
     while (!pending.empty()) {
@@ -339,7 +339,7 @@ SurfaceTree::AngleSum SurfaceTree::AngleAt(const Vector3d& point, double farRadi
         const Node& node = m_nodes[index];
         const Vector3d offset = node.box.centre - point;
         const double distance = offset.norm();
-        if (distance > farRadii * node.radius) {
+        if (distance > radii * node.radius) {
             sum.angle += node.areaVector.dot(offset) / (distance * distance * distance);
             // No derivative of y/|y|^3 is larger than 2/|y|^3.
             sum.uncertainty += 2 * node.area * node.radius / std::pow(distance - node.radius, 3);

@@ -58,7 +58,7 @@ private:
     class Builder;
     class PairWalk;
 
-    AngleSum AngleAt(const Eigen::Vector3d& point, double farRadii) const;
+    AngleSum AngleAt(const Eigen::Vector3d& point, double radii) const;
 
     friend bool Meet(const SurfaceTree& a, const Eigen::Isometry3d& poseA, const SurfaceTree& b,
                      const Eigen::Isometry3d& poseB, double tolerance);

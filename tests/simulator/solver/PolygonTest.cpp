@@ -74,7 +74,7 @@ TEST(Polygons, TakeZeroesOfEitherSignForOneCorner) {
 }
 
 TEST(Polygons, OfSmallFacetsThatDoNotMergeAreLean) {
-    const TriangleMesh ball = shapes::Ball(6);
+    const TriangleMesh ball = shapes::Ball(5);
     const std::vector<Polygon> polygons = ChargedPolygons(ball, oblique);
     ASSERT_EQ(polygons.size(), ball.triangles.size());
     Vector3d areas = Vector3d::Zero();
