@@ -26,6 +26,8 @@ constexpr double similarSizes = 3;
 constexpr double shareOfReplacements = 0.25;
 /// Pairs that are looked at together.
 constexpr std::size_t batchSize = 16384;
+/// Pairs from which a second thread earns its start.
+constexpr std::size_t sizeForThreads = 512;
 
 } // namespace
 
@@ -231,7 +233,7 @@ Pass ClusterSum::Evaluate() {
         batch.assign(m_open.end() - static_cast<std::ptrdiff_t>(size), m_open.end());
         m_open.resize(m_open.size() - size);
         outcomes.resize(size);
-        ForRanges(size, m_threads, [&](std::size_t begin, std::size_t end) {
+        ForRanges(size, size < sizeForThreads ? 1 : m_threads, [&](std::size_t begin, std::size_t end) {
             for (std::size_t i = begin; i < end; ++i) {
                 outcomes[i] = Examined(batch[i]);
             }

@@ -60,7 +60,7 @@ private:
     const PreparedMagnet& MagnetOf(const Place& place) const { return m_magnets[place.magnet]; }
     const Cluster& ClusterOf(const Place& place) const { return TreeOf(place).ClusterOf(place.node); }
     Eigen::Vector3d CentreOf(const Place& place) const { return MagnetOf(place).pose * ClusterOf(place).centre; }
-    Moments MomentsOf(const Place& place) const { return m_trees[place.magnet].MomentsOf(place.node); }
+    const Moments& MomentsOf(const Place& place) const { return m_trees[place.magnet].MomentsOf(place.node); }
 
     Outcome Examined(const Pair& pair) const;
     /// Whether a pair that its moments do not describe is not to be split any more.

@@ -140,6 +140,7 @@ void MagnetShape::SetFaces() {
         for (const Edge& edge : polygon.edges) {
             m_outlineCharge += std::abs(charge) * edge.length;
         }
+        m_edgeCount += polygon.edges.size();
         m_faces.push_back({std::move(polygon), charge});
     }
 }

@@ -23,6 +23,8 @@ public:
 
     const TriangleMesh& Mesh() const { return *m_mesh; }
     const std::vector<ChargedFace>& Faces() const { return m_faces; }
+    /// Number of the faces' edges.
+    std::size_t EdgeCount() const { return m_edgeCount; }
     /// A/m.
     const Eigen::Vector3d& Magnetisation() const { return m_magnetisation; }
     /// A m^2: magnetisation times volume.
@@ -48,6 +50,7 @@ private:
     /// Kept, so that its address stands for it.
     std::shared_ptr<const TriangleMesh> m_mesh;
     std::vector<ChargedFace> m_faces;
+    std::size_t m_edgeCount = 0;
     Eigen::Vector3d m_magnetisation, m_moment, m_centre;
     double m_radius = 0, m_outlineCharge = 0;
     std::array<Eigen::Vector3d, 6> m_massPoints;

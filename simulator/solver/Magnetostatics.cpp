@@ -53,17 +53,11 @@ double SolidAngleShare(const TriangleMesh& mesh, const Eigen::Vector3d& point) {
 bool HaveFewFaces(const std::vector<PreparedMagnet>& magnets) {
     // The cost of integrals along edges is that of pairs of edges.
     constexpr std::size_t fewPairsOfEdges = 65536;
-    std::vector<std::size_t> edges;
-    for (const PreparedMagnet& magnet : magnets) {
-        edges.push_back(0);
-        for (const ChargedFace& face : magnet.shape->Faces()) {
-            edges.back() += face.polygon.edges.size();
-        }
-    }
     std::size_t pairs = 0;
     for (std::size_t i = 0; i < magnets.size(); ++i) {
         for (std::size_t j = i + 1; j < magnets.size(); ++j) {
-            pairs += magnets[i].body != magnets[j].body ? edges[i] * edges[j] : 0;
+            const bool count = magnets[i].body != magnets[j].body;
+            pairs += count ? magnets[i].shape->EdgeCount() * magnets[j].shape->EdgeCount() : 0;
         }
     }
     return pairs <= fewPairsOfEdges;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <utility>
 
 namespace vantor::solver {
@@ -45,7 +46,7 @@ void AddChargeTo(std::array<double, count>& moments, double charge, const Eigen:
     }
 }
 
-/// One product of a shift: moment `to` gets moment `from` times the scaled power of the offset.
+/// One product of a shift along an axis: moment `to` gets moment `from` times the scaled power of the offset.
 struct ShiftStep {
     unsigned char to, from, power;
 };
@@ -53,46 +54,78 @@ struct ShiftStep {
 constexpr std::size_t ShiftStepCount() {
     std::size_t count = 0;
     for (const Powers& to : powersOfMoments) {
-        count += static_cast<std::size_t>((to.x + 1) * (to.y + 1) * (to.z + 1));
+        count += static_cast<std::size_t>(to.x);
     }
     return count;
 }
 
-std::array<ShiftStep, ShiftStepCount()> ShiftSteps() {
+/// The highest powers first, so that what is added to others is still as it was.
+template <int axis>
+constexpr std::array<ShiftStep, ShiftStepCount()> ShiftSteps() {
     std::array<ShiftStep, ShiftStepCount()> steps{};
     std::size_t count = 0;
-    for (std::size_t to = 0; to < powersOfMoments.size(); ++to) {
-        for (std::size_t from = 0; from <= to; ++from) {
-            if (powersOfMoments[from].AreBelow(powersOfMoments[to])) {
-                steps[count++] = {static_cast<unsigned char>(to), static_cast<unsigned char>(from),
-                                  static_cast<unsigned char>(PlaceOf(powersOfMoments[to] - powersOfMoments[from]))};
-            }
+    for (std::size_t to = powersOfMoments.size(); to-- > 0;) {
+        Powers from = powersOfMoments[to];
+        int& left = axis == 0 ? from.x : axis == 1 ? from.y : from.z;
+        for (unsigned char power = 1; left > 0; ++power) {
+            --left;
+            steps[count++] = {static_cast<unsigned char>(to), static_cast<unsigned char>(PlaceOf(from)), power};
         }
     }
     return steps;
 }
 
-double Factorial(int n) {
-    return n < 2 ? 1 : n * Factorial(n - 1);
+template <int axis>
+void ShiftAlong(HigherMoments& moments, double offset) {
+    static constexpr auto steps = ShiftSteps<axis>();
+    std::array<double, highestOrder + 1> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i) {
+        powers[i] = powers[i - 1] * offset / static_cast<double>(i);
+    }
+    for (const ShiftStep& step : steps) {
+        moments[step.to] += moments[step.from] * powers[step.power];
+    }
 }
+
+constexpr std::array<double, 2 * highestOrder + 1> Factorials() {
+    std::array<double, 2 * highestOrder + 1> factorials{1};
+    for (std::size_t i = 1; i < factorials.size(); ++i) {
+        factorials[i] = factorials[i - 1] * static_cast<double>(i);
+    }
+    return factorials;
+}
+
+constexpr double Factorial(int n) {
+    constexpr auto factorials = Factorials();
+    return factorials[static_cast<std::size_t>(n)];
+}
+
+/// a! b! c! of all moments.
+constexpr HigherMoments FactorialsOfPowers() {
+    HigherMoments factorials{};
+    for (std::size_t i = 0; i < factorials.size(); ++i) {
+        factorials[i] = Factorial(powersOfMoments[i].x) * Factorial(powersOfMoments[i].y) *
+                        Factorial(powersOfMoments[i].z);
+    }
+    return factorials;
+}
+
+constexpr HigherMoments factorialsOfPowers = FactorialsOfPowers();
 
 /// The symmetric tensor of a distribution's moments of one order, and its traces; each component where its powers are.
 class MomentTensor {
 public:
     MomentTensor(const HigherMoments& moments, int order) : m_order(order) {
         for (std::size_t i = MomentCount(order - 1); i < MomentCount(order); ++i) {
-            const Powers p = powersOfMoments[i];
-            m_components[i] = moments[i] * Factorial(p.x) * Factorial(p.y) * Factorial(p.z);
+            m_components[i] = moments[i] * factorialsOfPowers[i];
         }
     }
     double SquaredNorm() const {
         double sum = 0;
         for (std::size_t i = MomentCount(m_order - 1); i < MomentCount(m_order); ++i) {
-            const Powers p = powersOfMoments[i];
-            const double times = Factorial(m_order) / (Factorial(p.x) * Factorial(p.y) * Factorial(p.z));
-            sum += times * m_components[i] * m_components[i];
+            sum += m_components[i] * m_components[i] / factorialsOfPowers[i];
         }
-        return sum;
+        return sum * Factorial(m_order);
     }
     void TakeTrace() {
         m_order -= 2;
@@ -135,11 +168,11 @@ void AddCharge(HigherMoments& moments, double charge, const Eigen::Vector3d& off
 }
 
 void AddShifted(HigherMoments& moments, const HigherMoments& others, const Eigen::Vector3d& offset) {
-    static const std::array<ShiftStep, ShiftStepCount()> steps = ShiftSteps();
-    const HigherMoments powers = ScaledPowers<MomentCount(highestOrder)>(offset);
-    for (const ShiftStep& step : steps) {
-        moments[step.to] += others[step.from] * powers[step.power];
-    }
+    HigherMoments shifted = others;
+    ShiftAlong<0>(shifted, offset.x());
+    ShiftAlong<1>(shifted, offset.y());
+    ShiftAlong<2>(shifted, offset.z());
+    std::transform(moments.begin(), moments.end(), shifted.begin(), moments.begin(), std::plus<>());
 }
 
 std::array<double, momentOrder + 3> MultipoleSizes(const HigherMoments& moments) {

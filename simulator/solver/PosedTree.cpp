@@ -1,5 +1,7 @@
 #include "simulator/solver/PosedTree.h"
 
+#include <thread>
+
 namespace vantor::solver {
 
 PosedTree::PosedTree(const ChargeTree& tree, const Eigen::Matrix3d& rotation)
@@ -20,19 +22,18 @@ Moments PosedTree::Turned(ChargeTree::Node node) const {
     return moments;
 }
 
-Moments PosedTree::MomentsOf(ChargeTree::Node node) const {
+const Moments& PosedTree::MomentsOf(ChargeTree::Node node) const {
     std::atomic<State>& state = m_states[node];
-    if (state.load(std::memory_order_acquire) == State::Known) {
+    State now = state.load(std::memory_order_acquire);
+    if (now == State::Unknown && state.compare_exchange_strong(now, State::BeingWritten)) {
+        m_moments[node] = Turned(node);
+        state.store(State::Known, std::memory_order_release);
         return m_moments[node];
     }
-    const Moments moments = Turned(node);
-    // Who comes second in the meantime makes the same numbers again, and leaves them to the first.
-    State before = State::Unknown;
-    if (state.compare_exchange_strong(before, State::BeingWritten)) {
-        m_moments[node] = moments;
-        state.store(State::Known, std::memory_order_release);
+    while (state.load(std::memory_order_acquire) != State::Known) {
+        std::this_thread::yield(); // another thread is at it, for a microsecond
     }
-    return moments;
+    return m_moments[node];
 }
 
 } // namespace vantor::solver

@@ -14,7 +14,7 @@ public:
     const ChargeTree& Tree() const { return m_tree; }
 
     /// The moments of a node about its centre, turned when they are asked for the first time; from any thread.
-    Moments MomentsOf(ChargeTree::Node node) const;
+    const Moments& MomentsOf(ChargeTree::Node node) const;
 
 private:
     enum class State : unsigned char { Unknown, BeingWritten, Known };
