@@ -29,6 +29,13 @@ constexpr std::size_t batchSize = 16384;
 /// Pairs from which a second thread earns its start.
 constexpr std::size_t sizeForThreads = 512;
 
+/// A wrench in a magnet's axes and about their origin, here and now.
+Wrench InSpace(const Wrench& wrench, const Eigen::Isometry3d& pose) {
+    Wrench inSpace{pose.linear() * wrench.force, pose.linear() * wrench.torque};
+    inSpace.torque += pose.translation().cross(inSpace.force);
+    return inSpace;
+}
+
 } // namespace
 
 Interaction ClusterSum::Term::Whole() const {
@@ -62,22 +69,29 @@ void ClusterSum::PoseTrees() {
     }
 }
 
-Interaction ClusterSum::ErrorOf(const Pair& pair, const ErrorSizes& bounds) const {
-    const BodyCentres centres = m_judgement.CentresFor(MagnetOf(pair.source), MagnetOf(pair.target));
+ClusterSum::View ClusterSum::ViewOf(const Pair& pair) const {
+    const PreparedMagnet& sourceMagnet = MagnetOf(pair.source);
+    const PreparedMagnet& targetMagnet = MagnetOf(pair.target);
+    const Cluster& source = TreeOf(pair.source).ClusterOf(pair.source.node);
+    const Cluster& target = TreeOf(pair.target).ClusterOf(pair.target.node);
+    return {sourceMagnet,
+            targetMagnet,
+            source,
+            target,
+            sourceMagnet.pose * source.centre,
+            targetMagnet.pose * target.centre,
+            m_judgement.CentresFor(sourceMagnet, targetMagnet)};
+}
+
+Interaction ClusterSum::ErrorOf(const View& view, const ErrorSizes& sizes) {
     Interaction error;
-    error.forceError = fieldConstant * bounds.force;
-    error.sourceTorqueError =
-        fieldConstant * (bounds.torque + (CentreOf(pair.source) - centres.source).norm() * bounds.force);
-    error.targetTorqueError =
-        fieldConstant * (bounds.torque + (CentreOf(pair.target) - centres.target).norm() * bounds.force);
+    error.forceError = fieldConstant * sizes.force;
+    error.sourceTorqueError = fieldConstant * (sizes.torque + (view.from - view.centres.source).norm() * sizes.force);
+    error.targetTorqueError = fieldConstant * (sizes.torque + (view.to - view.centres.target).norm() * sizes.force);
     return error;
 }
 
-double ClusterSum::ShareOf(const Pair& pair, const Interaction& interaction) const {
-    return m_judgement.Share(MagnetOf(pair.source), MagnetOf(pair.target), interaction);
-}
-
-ClusterSum::Term ClusterSum::TermOf(const Pair& pair, const Interaction& interaction) const {
+ClusterSum::Term ClusterSum::TermOf(const Pair& pair, const Interaction& interaction) {
     Term term;
     term.pair = pair;
     term.forceError = static_cast<float>(interaction.forceError);
@@ -89,30 +103,27 @@ ClusterSum::Term ClusterSum::TermOf(const Pair& pair, const Interaction& interac
 }
 
 std::array<ClusterSum::Pair, 2> ClusterSum::Split(const Pair& pair) const {
-    const bool sourceIsLeaf = TreeOf(pair.source).IsLeaf(pair.source.node);
-    const bool targetIsLeaf = TreeOf(pair.target).IsLeaf(pair.target.node);
-    const bool sourceIsLarger = ClusterOf(pair.source).extent.radius >= ClusterOf(pair.target).extent.radius;
+    const ChargeTree& sourceTree = TreeOf(pair.source);
+    const ChargeTree& targetTree = TreeOf(pair.target);
+    const bool sourceIsLarger =
+        sourceTree.ClusterOf(pair.source.node).extent.radius >= targetTree.ClusterOf(pair.target.node).extent.radius;
+    const bool splitsSource =
+        !sourceTree.IsLeaf(pair.source.node) && (sourceIsLarger || targetTree.IsLeaf(pair.target.node));
+    const auto& children =
+        splitsSource ? sourceTree.ChildrenOf(pair.source.node) : targetTree.ChildrenOf(pair.target.node);
     std::array<Pair, 2> parts{pair, pair};
-    if (!sourceIsLeaf && (sourceIsLarger || targetIsLeaf)) {
-        const auto& children = TreeOf(pair.source).ChildrenOf(pair.source.node);
-        parts[0].source.node = children[0];
-        parts[1].source.node = children[1];
-    } else {
-        const auto& children = TreeOf(pair.target).ChildrenOf(pair.target.node);
-        parts[0].target.node = children[0];
-        parts[1].target.node = children[1];
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        (splitsSource ? parts[i].source : parts[i].target).node = children[i];
     }
     return parts;
 }
 
 bool ClusterSum::AreToBeIntegrated(const Pair& pair, double distance) const {
-    const ChargeTree& sourceTree = TreeOf(pair.source);
-    const ChargeTree& targetTree = TreeOf(pair.target);
-    if (sourceTree.IsLeaf(pair.source.node) && targetTree.IsLeaf(pair.target.node)) {
+    if (TreeOf(pair.source).IsLeaf(pair.source.node) && TreeOf(pair.target).IsLeaf(pair.target.node)) {
         return true;
     }
-    const ChargedFace* source = sourceTree.FaceOf(pair.source.node);
-    const ChargedFace* target = targetTree.FaceOf(pair.target.node);
+    const ChargedFace* source = FaceOf(pair.source);
+    const ChargedFace* target = FaceOf(pair.target);
     if (!source || !target || source->polygon.edges.size() * target->polygon.edges.size() > mostPairsOfEdges) {
         return false;
     }
@@ -121,102 +132,79 @@ bool ClusterSum::AreToBeIntegrated(const Pair& pair, double distance) const {
 }
 
 ClusterSum::Outcome ClusterSum::Examined(const Pair& pair) const {
-    const Cluster& source = ClusterOf(pair.source);
-    const Cluster& target = ClusterOf(pair.target);
-    const Vector3d from = CentreOf(pair.source), to = CentreOf(pair.target);
+    const View view = ViewOf(pair);
+    const Cluster& source = view.source;
+    const Cluster& target = view.target;
     Outcome outcome;
-
     const double close =
         closeField * std::min(source.extent.charge * target.density, target.extent.charge * source.density);
-    Interaction interaction = ErrorOf(pair, {close, close * std::max(source.extent.radius, target.extent.radius)});
-    if (IsGoodEnough(pair, interaction)) {
+    Interaction interaction = ErrorOf(view, {close, close * std::max(source.extent.radius, target.extent.radius)});
+    if (IsGoodEnough(view, interaction)) {
         outcome.term = TermOf(pair, interaction);
         return outcome;
     }
-    const Vector3d offset = to - from;
-    interaction = ErrorOf(pair, MomentErrors(source.extent, target.extent, offset.norm()));
-    if (IsGoodEnough(pair, interaction)) {
-        Wrench wrench = fieldConstant * WrenchOf(MomentsOf(pair.source), MomentsOf(pair.target), offset);
-        wrench.torque += to.cross(wrench.force);
-        interaction.wrench = wrench;
+    const Vector3d offset = view.to - view.from;
+    interaction = ErrorOf(view, MomentErrors(source.extent, target.extent, offset.norm()));
+    if (IsGoodEnough(view, interaction)) {
+        interaction.wrench = fieldConstant * WrenchOf(MomentsOf(pair.source), MomentsOf(pair.target), offset);
+        interaction.wrench.torque += view.to.cross(interaction.wrench.force);
         outcome.term = TermOf(pair, interaction);
         outcome.evaluations = 1;
         return outcome;
     }
-    if (!AreToBeIntegrated(pair, offset.norm())) {
-        outcome.isSplit = true;
+    outcome.isSplit = !AreToBeIntegrated(pair, offset.norm());
+    if (outcome.isSplit) {
         outcome.parts = Split(pair);
-        return outcome;
-    }
-    if (!AddByPoints(pair, outcome)) {
-        AddByEdges(pair, outcome);
+    } else if (!AddByPoints(pair, view, outcome)) {
+        AddByEdges(pair, view, outcome);
     }
     return outcome;
 }
 
-namespace {
-
-/// A wrench in a source's axes and about their origin, here and now.
-Wrench InSpace(const Wrench& wrench, const Eigen::Isometry3d& pose) {
-    Wrench inSpace{pose.linear() * wrench.force, pose.linear() * wrench.torque};
-    inSpace.torque += pose.translation().cross(inSpace.force);
-    return inSpace;
+bool ClusterSum::AddByPoints(const Pair& pair, const View& view, Outcome& outcome) const {
+    // The face with more edges has more points, too, and its field is the same work from wherever it is seen.
+    const bool sourceHasMore = FaceOf(pair.source)->polygon.edges.size() >= FaceOf(pair.target)->polygon.edges.size();
+    return AddByPoints(pair, view, !sourceHasMore, outcome) || AddByPoints(pair, view, sourceHasMore, outcome);
 }
 
-} // namespace
-
-bool ClusterSum::AddByPoints(const Pair& pair, Outcome& outcome) const {
-    const ChargedFace& source = *TreeOf(pair.source).FaceOf(pair.source.node);
-    const ChargedFace& target = *TreeOf(pair.target).FaceOf(pair.target.node);
-    const double charges = source.charge * target.charge;
-    const Eigen::Isometry3d sourceInTarget = MagnetOf(pair.target).pose.inverse() * MagnetOf(pair.source).pose;
-    const Eigen::Isometry3d targetInSource = sourceInTarget.inverse();
-    const auto tryIt = [&](const Polygon& field, const Polygon& points, const Cluster& pointsCluster,
-                           const Eigen::Isometry3d& pointsInField, const Eigen::Isometry3d& fieldPose, double sign) {
-        ErrorSizes bounds = PointErrors(field, pointsCluster, pointsInField * points.centre);
-        bounds.force *= std::abs(charges);
-        bounds.torque *= std::abs(charges);
-        // Of one side the centre is known to be near the bound's; the other's lever is the distance to it.
-        bounds.torque += bounds.force * (CentreOf(pair.source) - CentreOf(pair.target)).norm();
-        Interaction interaction = ErrorOf(pair, bounds);
-        if (!IsGoodEnough(pair, interaction)) {
-            return false;
-        }
-        std::vector<WeightedPoint> list;
-        SetPoints(points, list);
-        for (WeightedPoint& point : list) {
-            point.at = pointsInField * point.at;
-        }
-        interaction.wrench = InSpace(sign * fieldConstant * charges * PointWrench(field, list), fieldPose);
-        outcome.term = TermOf(pair, interaction);
-        outcome.evaluations = list.size();
-        return true;
-    };
-    const auto onTarget = [&] {
-        return tryIt(source.polygon, target.polygon, ClusterOf(pair.target), targetInSource, MagnetOf(pair.source).pose,
-                     1);
-    };
-    const auto onSource = [&] {
-        return tryIt(target.polygon, source.polygon, ClusterOf(pair.source), sourceInTarget, MagnetOf(pair.target).pose,
-                     -1);
-    };
-    // The polygon with more edges has more triangles, too, and the field is dearer than the points.
-    return source.polygon.edges.size() >= target.polygon.edges.size() ? onTarget() || onSource()
-                                                                      : onSource() || onTarget();
+bool ClusterSum::AddByPoints(const Pair& pair, const View& view, bool onSource, Outcome& outcome) const {
+    const ChargedFace& field = *FaceOf(onSource ? pair.target : pair.source);
+    const ChargedFace& charged = *FaceOf(onSource ? pair.source : pair.target);
+    const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
+    const Eigen::Isometry3d& chargedPose = (onSource ? view.sourceMagnet : view.targetMagnet).pose;
+    const Eigen::Isometry3d toField = fieldPose.inverse() * chargedPose;
+    const double charges = fieldConstant * field.charge * charged.charge;
+    ErrorSizes sizes =
+        PointErrors(field.polygon, onSource ? view.source : view.target, toField * charged.polygon.centre);
+    sizes.force *= std::abs(field.charge * charged.charge);
+    // Known about the centre of the charged face; the other one is farther from it by no more than their distance.
+    sizes.torque = sizes.torque * std::abs(field.charge * charged.charge) + (view.to - view.from).norm() * sizes.force;
+    Interaction interaction = ErrorOf(view, sizes);
+    if (!IsGoodEnough(view, interaction)) {
+        return false;
+    }
+    std::vector<WeightedPoint> points;
+    SetPoints(charged.polygon, points);
+    for (WeightedPoint& point : points) {
+        point.at = toField * point.at;
+    }
+    const double sign = onSource ? -1 : 1;
+    interaction.wrench = InSpace(sign * charges * PointWrench(field.polygon, points), fieldPose);
+    outcome.term = TermOf(pair, interaction);
+    outcome.evaluations = points.size();
+    return true;
 }
 
-void ClusterSum::AddByEdges(const Pair& pair, Outcome& outcome) const {
-    const ChargedFace& source = *TreeOf(pair.source).FaceOf(pair.source.node);
-    const ChargedFace& target = *TreeOf(pair.target).FaceOf(pair.target.node);
-    const Eigen::Isometry3d& pose = MagnetOf(pair.source).pose;
+void ClusterSum::AddByEdges(const Pair& pair, const View& view, Outcome& outcome) const {
+    const ChargedFace& source = *FaceOf(pair.source);
+    const ChargedFace& target = *FaceOf(pair.target);
+    const Eigen::Isometry3d& pose = view.sourceMagnet.pose;
     const Eigen::Isometry3d toSource = pose.inverse();
-    BodyCentres centres = m_judgement.CentresFor(MagnetOf(pair.source), MagnetOf(pair.target));
-    centres.source = toSource * centres.source;
-    centres.target = toSource * centres.target;
+    const BodyCentres centres{toSource * view.centres.source, toSource * view.centres.target};
     const double scale = fieldConstant * source.charge * target.charge;
-    const auto share = [&](const Interaction& part) { return ShareOf(pair, scale * part); };
     const FaceIntegral integral = IntegrateFaces(
-        source.polygon, Posed(toSource * MagnetOf(pair.target).pose, target.polygon), centres, share, m_allowedShare);
+        source.polygon, Posed(toSource * view.targetMagnet.pose, target.polygon), centres,
+        [&](const Interaction& part) { return ShareOf(view, scale * part); }, m_allowedShare);
     Interaction interaction = scale * integral.interaction;
     interaction.wrench = InSpace(interaction.wrench, pose);
     outcome.term = TermOf(pair, interaction);
@@ -262,8 +250,10 @@ void ClusterSum::SumUp() {
 
 bool ClusterSum::Refine() {
     std::vector<double> shares(m_terms.size());
-    std::transform(m_terms.begin(), m_terms.end(), shares.begin(),
-                   [this](const Term& term) { return term.exhausted ? -1 : ShareOf(term.pair, term.Whole()); });
+    std::transform(m_terms.begin(), m_terms.end(), shares.begin(), [this](const Term& term) {
+        return term.exhausted ? -1
+                              : m_judgement.Share(MagnetOf(term.pair.source), MagnetOf(term.pair.target), term.Whole());
+    });
     const auto bodiesOf = [this](std::size_t i) {
         return std::array<std::size_t, 2>{MagnetOf(m_terms[i].pair.source).body, MagnetOf(m_terms[i].pair.target).body};
     };

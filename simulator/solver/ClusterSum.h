@@ -38,6 +38,15 @@ private:
     struct Pair {
         Place source, target;
     };
+    /// A pair's clusters where they are.
+    struct View {
+        const PreparedMagnet& sourceMagnet;
+        const PreparedMagnet& targetMagnet;
+        const Cluster& source;
+        const Cluster& target;
+        Eigen::Vector3d from, to;
+        BodyCentres centres;
+    };
     /// One summand.
     struct Term {
         Pair pair;
@@ -58,22 +67,25 @@ private:
     void PoseTrees();
     const ChargeTree& TreeOf(const Place& place) const { return m_trees[place.magnet].Tree(); }
     const PreparedMagnet& MagnetOf(const Place& place) const { return m_magnets[place.magnet]; }
-    const Cluster& ClusterOf(const Place& place) const { return TreeOf(place).ClusterOf(place.node); }
-    Eigen::Vector3d CentreOf(const Place& place) const { return MagnetOf(place).pose * ClusterOf(place).centre; }
     const Moments& MomentsOf(const Place& place) const { return m_trees[place.magnet].MomentsOf(place.node); }
+    const ChargedFace* FaceOf(const Place& place) const { return TreeOf(place).FaceOf(place.node); }
+    View ViewOf(const Pair& pair) const;
 
     Outcome Examined(const Pair& pair) const;
     /// Whether a pair that its moments do not describe is not to be split any more.
     bool AreToBeIntegrated(const Pair& pair, double distance) const;
-    Interaction ErrorOf(const Pair& pair, const ErrorSizes& bounds) const;
-    double ShareOf(const Pair& pair, const Interaction& interaction) const;
-    bool IsGoodEnough(const Pair& pair, const Interaction& interaction) const {
-        return ShareOf(pair, interaction) <= m_allowedShare;
-    }
-    Term TermOf(const Pair& pair, const Interaction& interaction) const;
     std::array<Pair, 2> Split(const Pair& pair) const;
-    bool AddByPoints(const Pair& pair, Outcome& outcome) const;
-    void AddByEdges(const Pair& pair, Outcome& outcome) const;
+    static Interaction ErrorOf(const View& view, const ErrorSizes& sizes);
+    double ShareOf(const View& view, const Interaction& interaction) const {
+        return m_judgement.Share(view.sourceMagnet, view.targetMagnet, interaction);
+    }
+    bool IsGoodEnough(const View& view, const Interaction& interaction) const {
+        return ShareOf(view, interaction) <= m_allowedShare;
+    }
+    static Term TermOf(const Pair& pair, const Interaction& interaction);
+    bool AddByPoints(const Pair& pair, const View& view, Outcome& outcome) const;
+    bool AddByPoints(const Pair& pair, const View& view, bool onSource, Outcome& outcome) const;
+    void AddByEdges(const Pair& pair, const View& view, Outcome& outcome) const;
     void SumUp();
 
     const std::vector<PreparedMagnet>& m_magnets;

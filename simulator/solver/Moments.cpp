@@ -104,8 +104,8 @@ constexpr double Factorial(int n) {
 constexpr HigherMoments FactorialsOfPowers() {
     HigherMoments factorials{};
     for (std::size_t i = 0; i < factorials.size(); ++i) {
-        factorials[i] = Factorial(powersOfMoments[i].x) * Factorial(powersOfMoments[i].y) *
-                        Factorial(powersOfMoments[i].z);
+        factorials[i] =
+            Factorial(powersOfMoments[i].x) * Factorial(powersOfMoments[i].y) * Factorial(powersOfMoments[i].z);
     }
     return factorials;
 }

@@ -13,7 +13,7 @@ constexpr double pi = 3.14159265358979323846;
 /// Order of the field's Taylor series from which on the points' rule leaves an error.
 constexpr int missedOrder = 6;
 /// Part of the bound by sizes alone that the rule leaves of that order at most; the orders that follow count as much.
-constexpr double partOfBound = 0.25;
+constexpr double partOfBound = 0.12;
 
 /// Distance of a point from a polygon.
 double DistanceFrom(const Polygon& polygon, const Eigen::Vector3d& point) {
