@@ -1,5 +1,6 @@
 #include "simulator/analysis/Analysis.h"
 
+#include "simulator/analysis/KeptSolver.h"
 #include "simulator/model/Text.h"
 
 #include <cmath>
@@ -64,12 +65,14 @@ Quantities LoadQuantities(const model::Design& design, const FieldModel& fieldMo
     return quantities;
 }
 
-void ReportPasses(const model::AnalysisSetup& setup, const solver::Solution& solution, const ReportFunction& report) {
-    for (const auto& pass : solution.passes) {
-        report(Severity::Info, setup.name + ", pass " + std::to_string(pass.number) + ": error " +
-                                   model::FormatNumber(pass.percentError) + " %, " + std::to_string(pass.evaluations) +
-                                   " field evaluations");
-    }
+void ReportPass(const model::AnalysisSetup& setup, const solver::Pass& pass, const ReportFunction& report) {
+    report(Severity::Info, setup.name + ", pass " + std::to_string(pass.number) + ": error " +
+                               model::FormatNumber(pass.percentError) + " %, " + std::to_string(pass.evaluations) +
+                               " field evaluations");
+}
+
+void ReportConvergence(const model::AnalysisSetup& setup, const solver::Solution& solution,
+                       const ReportFunction& report) {
     if (!solution.converged) {
         report(Severity::Warning, setup.name + " did not reach an error of " + model::FormatNumber(setup.percentError) +
                                       " % within " + std::to_string(setup.maximumPasses) + " passes");
@@ -94,12 +97,18 @@ model::Solution StoredSolution(const model::Design& design, const model::Analysi
 void SolveOrThrow(const model::Project& project, const model::MaterialTable& library, model::Design& design,
                   const model::AnalysisSetup& setup, const ReportFunction& report) {
     design.modeler.CheckRegion(design.variables);
-    const FieldModel fieldModel = BuildFieldModel(project, library, design, design.variables, report);
+    if (!design.keptSolver) {
+        design.keptSolver = std::make_shared<KeptSolver>();
+    }
+    KeptSolver& kept = *design.keptSolver;
+    kept.meshes.DropExpired();
+    const FieldModel fieldModel = BuildFieldModel(project, library, design, design.variables, kept.meshes, report);
     solver::Options options;
     options.percentError = setup.percentError;
     options.maximumPasses = setup.maximumPasses;
-    const solver::Solution solution = solver::Solve(fieldModel.bodies, options);
-    ReportPasses(setup, solution, report);
+    options.passDone = [&](const solver::Pass& pass) { ReportPass(setup, pass, report); };
+    const solver::Solution solution = kept.solver.Solve(fieldModel.bodies, options);
+    ReportConvergence(setup, solution, report);
     design.solution = StoredSolution(design, setup, fieldModel, solution);
 }
 
@@ -114,6 +123,7 @@ bool SolveDesign(const model::Project& project, const model::MaterialTable& libr
         SolveOrThrow(project, library, design, setup, report);
         return true;
     } catch (const std::bad_alloc&) {
+        design.keptSolver.reset();
         throw;
     } catch (const std::runtime_error& error) {
         report(Severity::Error, setup.name + " cannot be solved: " + error.what());

@@ -185,8 +185,9 @@ model::Variables SolvedVariables(const model::Design& design) {
 std::string ExportFields(const model::Project& project, const model::MaterialTable& library,
                          const model::Design& design, const FieldGrid& grid) {
     const model::Variables variables = SolvedVariables(design);
+    SolverMeshes meshes;
     const FieldModel fieldModel =
-        BuildFieldModel(project, library, design, variables, [](model::Severity, const std::string&) {});
+        BuildFieldModel(project, library, design, variables, meshes, [](model::Severity, const std::string&) {});
     return WriteVtu(MakeGrid(grid, fieldModel.bodies), solver::FieldEvaluator(fieldModel.bodies));
 }
 

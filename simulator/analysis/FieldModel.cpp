@@ -51,8 +51,8 @@ struct MaterialRemarks {
 class FieldModelBuilder {
 public:
     FieldModelBuilder(const model::Project& project, const model::MaterialTable& library, const model::Design& design,
-                      const model::Variables& variables)
-        : m_project(project), m_library(library), m_design(design), m_variables(variables) {}
+                      const model::Variables& variables, SolverMeshes& meshes)
+        : m_project(project), m_library(library), m_design(design), m_variables(variables), m_meshes(meshes) {}
 
     FieldModel Run(const ReportFunction& report) {
         AddBodiesOfLoads();
@@ -126,26 +126,29 @@ private:
         return material;
     }
 
-    solver::Magnet MakeMagnet(const model::GeometryObject& object, const model::Material& material) const {
+    solver::Magnet MakeMagnet(const model::GeometryObject& object, const model::Material& material) {
         const auto& components = material.coercivity->components;
-        const Eigen::Vector3d direction(components[0], components[1], components[2]);
+        Eigen::Vector3d direction(components[0], components[1], components[2]);
         if (!(direction.norm() > 0.0)) {
             throw DesktopError(ErrorCode::SolverData, "the coercivity components of the material " +
                                                           Quoted(material.name) + " give no direction: all are 0");
         }
         const model::Pose pose = m_design.modeler.FramePose(object.coordinateSystem, m_variables);
-        const model::Pose frame = m_design.modeler.FramePose(object.orientation, m_variables);
+        direction.normalize();
+        // In the object's own frame there is nothing to turn, and rounding would make another one of it at every step.
+        if (object.orientation != object.coordinateSystem) {
+            const model::Pose frame = m_design.modeler.FramePose(object.orientation, m_variables);
+            direction = pose.linear().transpose() * frame.linear() * direction;
+        }
         const double remanence = material.relativePermeability * material.coercivity->magnitude;
-        return {
-            object.name,
-            std::make_shared<solver::TriangleMesh>(solver::TriangleMesh{object.mesh.vertices, object.mesh.triangles}),
-            remanence * (pose.linear().transpose() * frame.linear() * direction.normalized()), pose};
+        return {object.name, m_meshes.Of(object.mesh), remanence * direction, pose};
     }
 
     const model::Project& m_project;
     const model::MaterialTable& m_library;
     const model::Design& m_design;
     const model::Variables& m_variables;
+    SolverMeshes& m_meshes;
     FieldModel m_model;
     std::map<std::string, std::size_t> m_bodyOfObject;
     MaterialRemarks m_remarks;
@@ -154,9 +157,9 @@ private:
 } // namespace
 
 FieldModel BuildFieldModel(const model::Project& project, const model::MaterialTable& library,
-                           const model::Design& design, const model::Variables& variables,
+                           const model::Design& design, const model::Variables& variables, SolverMeshes& meshes,
                            const ReportFunction& report) {
-    return FieldModelBuilder(project, library, design, variables).Run(report);
+    return FieldModelBuilder(project, library, design, variables, meshes).Run(report);
 }
 
 } // namespace vantor::analysis

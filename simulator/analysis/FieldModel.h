@@ -1,7 +1,7 @@
 #pragma once
 
+#include "simulator/analysis/SolverMeshes.h"
 #include "simulator/model/Desktop.h"
-#include "simulator/solver/Magnetostatics.h"
 
 #include <functional>
 #include <string>
@@ -20,15 +20,17 @@ struct FieldModel {
     std::vector<std::size_t> bodyOfLoad;
 };
 
-/// Evaluates frames, materials and meshes with these variables.
+/// Evaluates frames and materials with these variables.
 ///
 /// The magnetisation of a magnet is relative permeability times coercivity along the unit vector of the material's
-/// components, in the axes of the object's orientation frame.
+/// components, in the axes of the object's orientation frame. Where that is the object's own frame, it is the same to the
+/// last bit wherever the object is.
+/// @param meshes where the magnets' meshes come from; must know them as long as the solver is to know them again.
 /// @param report receives warnings about materials that are not solved as they are.
 /// @throws model::DesktopError (SolverData) for loads whose objects overlap in part, and materials without direction;
 ///         model::ExpressionError for frames that cannot be evaluated.
 FieldModel BuildFieldModel(const model::Project& project, const model::MaterialTable& library,
-                           const model::Design& design, const model::Variables& variables,
+                           const model::Design& design, const model::Variables& variables, SolverMeshes& meshes,
                            const ReportFunction& report);
 
 } // namespace vantor::analysis

@@ -93,7 +93,7 @@ private:
 
     Value Close(Arguments& arguments) {
         arguments.End();
-        RequireProject().closed = true;
+        RequireProject().Close();
         auto& projects = TheDesktop().projects;
         projects.erase(std::remove(projects.begin(), projects.end(), SharedProject()), projects.end());
         return {};

@@ -5,10 +5,15 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+namespace vantor::analysis {
+class KeptSolver;
+}
 
 namespace vantor::model {
 
@@ -133,6 +138,8 @@ struct Design {
     std::vector<Report> reports;
     std::vector<FieldPlot> fieldPlots;
     std::optional<Solution> solution;
+    /// What the analysis keeps for the next solve; null before the first one. Without it the results are the same.
+    std::shared_ptr<analysis::KeptSolver> keptSolver;
 };
 
 /// The element of that name, or null.

@@ -39,6 +39,13 @@ void MessageList::Clear(const std::string& project, const std::string& design, i
     m_messages.erase(std::remove_if(m_messages.begin(), m_messages.end(), cleared), m_messages.end());
 }
 
+void Project::Close() {
+    closed = true;
+    for (const auto& design : designs) {
+        design->keptSolver.reset();
+    }
+}
+
 std::shared_ptr<Design> Project::FindDesign(const std::string& designName) const {
     for (const auto& design : designs) {
         if (design->name == designName) {
@@ -83,7 +90,7 @@ std::shared_ptr<Project> Desktop::NewProject() {
 
 void Desktop::CloseProjects() {
     for (const auto& project : projects) {
-        project->closed = true;
+        project->Close();
     }
     projects.clear();
 }

@@ -53,6 +53,9 @@ struct Project {
     /// The client that made the unsaved changes.
     std::weak_ptr<void> changedBy;
 
+    /// Closes it without saving; what its designs keep for the next solve is let go of, whoever still holds them.
+    void Close();
+
     std::shared_ptr<Design> FindDesign(const std::string& designName) const;
 
     /// The definition that an object's material name stands for: the project's own first, then the library's.

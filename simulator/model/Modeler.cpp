@@ -10,18 +10,31 @@ namespace {
 
 constexpr int deepestFrame = 50;
 
-/// The solids of a file in metres, ready to be added.
-GeometryObject Scaled(const ImportedSolid& solid, double metresPerUnit, bool useMaterial) {
+/// The mesh with every vertex taken elsewhere.
+template <typename Map>
+std::shared_ptr<const Mesh> Mapped(const Mesh& mesh, Map map) {
+    auto mapped = std::make_shared<Mesh>();
+    mapped->triangles = mesh.triangles;
+    mapped->vertices.reserve(mesh.vertices.size());
+    for (const Eigen::Vector3d& vertex : mesh.vertices) {
+        mapped->vertices.push_back(map(vertex));
+    }
+    return mapped;
+}
+
+std::shared_ptr<const Mesh> Scaled(const Mesh& mesh, double factor) {
+    return Mapped(mesh, [factor](const Eigen::Vector3d& vertex) -> Eigen::Vector3d { return vertex * factor; });
+}
+
+/// A solid of a file in metres, ready to be added.
+GeometryObject ObjectFrom(const ImportedSolid& solid, double metresPerUnit, bool useMaterial) {
     GeometryObject object;
     object.name = solid.name;
-    object.mesh = solid.mesh;
-    for (auto& vertex : object.mesh.vertices) {
-        vertex *= metresPerUnit;
-    }
+    object.mesh = Scaled(solid.mesh, metresPerUnit);
     if (useMaterial && !solid.material.empty()) {
         object.material = solid.material;
     }
-    object.importFingerprint = Fingerprint(object.mesh);
+    object.importFingerprint = Fingerprint(*object.mesh);
     return object;
 }
 
@@ -52,9 +65,7 @@ void Modeler::SetUnits(const std::string& units, bool rescale) {
     }
     if (rescale) {
         for (auto& object : m_objects) {
-            for (auto& vertex : object.mesh.vertices) {
-                vertex *= *size / m_metresPerUnit;
-            }
+            object.mesh = Scaled(*object.mesh, *size / m_metresPerUnit);
         }
     }
     m_units = units;
@@ -65,7 +76,7 @@ std::vector<std::string> Modeler::Import(const ImportedGeometry& geometry, bool 
     std::vector<GeometryObject> additions;
     std::vector<std::string> kept;
     for (const auto& solid : geometry.solids) {
-        GeometryObject object = Scaled(solid, m_metresPerUnit, useMaterials);
+        GeometryObject object = ObjectFrom(solid, m_metresPerUnit, useMaterials);
         if (IsRegion(object.name)) {
             throw BadValue("an object named " + Quoted(object.name) + " exists already");
         }
@@ -194,9 +205,8 @@ void Modeler::Transform(const std::string& name, const Pose& inWorkingFrame, con
         const Pose toWorking = working.inverse() * own;
         local = toWorking.inverse() * inWorkingFrame * toWorking;
     }
-    for (auto& vertex : object.mesh.vertices) {
-        vertex = local * vertex;
-    }
+    object.mesh =
+        Mapped(*object.mesh, [&local](const Eigen::Vector3d& vertex) -> Eigen::Vector3d { return local * vertex; });
 }
 
 void Modeler::Move(const std::string& name, const Eigen::Vector3d& shift, const Variables& variables) {
@@ -211,18 +221,6 @@ void Modeler::Rotate(const std::string& name, int axis, double angle, const Vari
     Transform(name, pose, variables);
 }
 
-Mesh Modeler::GlobalMesh(const GeometryObject& object, const Variables& variables) const {
-    Mesh mesh = object.mesh;
-    if (object.coordinateSystem == globalFrame) {
-        return mesh;
-    }
-    const Pose pose = FramePose(object.coordinateSystem, variables);
-    for (auto& vertex : mesh.vertices) {
-        vertex = pose * vertex;
-    }
-    return mesh;
-}
-
 bool Modeler::SetRegion(const Region& region, const Variables& variables) {
     if (HasObject(region.name)) {
         throw BadValue("an object named " + Quoted(region.name) + " exists already");
@@ -231,7 +229,7 @@ bool Modeler::SetRegion(const Region& region, const Variables& variables) {
         throw BadValue("the design has a region already: " + Quoted(m_region->name));
     }
     try {
-        RegionBoxOf(region, variables);
+        CheckBoxOf(region, variables);
     } catch (const ExpressionError& error) {
         throw BadValue("region " + Quoted(region.name) + ": " + error.what());
     }
@@ -240,39 +238,23 @@ bool Modeler::SetRegion(const Region& region, const Variables& variables) {
     return replaced;
 }
 
-Box Modeler::RegionBox(const Variables& variables) const {
-    return RegionBoxOf(*m_region, variables);
-}
-
 void Modeler::CheckRegion(const Variables& variables) const {
     if (m_region) {
-        RegionBoxOf(*m_region, variables);
+        CheckBoxOf(*m_region, variables);
     }
 }
 
-Box Modeler::RegionBoxOf(const Region& region, const Variables& variables) const {
-    Box box;
+void Modeler::CheckBoxOf(const Region& region, const Variables& variables) const {
     for (const auto& object : m_objects) {
-        for (const auto& vertex : GlobalMesh(object, variables).vertices) {
-            box.Add(vertex);
-        }
+        FramePose(object.coordinateSystem, variables);
     }
     const NameLookup lookup = variables.Lookup();
-    const Eigen::Vector3d size = box.IsEmpty() ? Eigen::Vector3d::Zero() : Eigen::Vector3d(box.upper - box.lower);
-    if (box.IsEmpty()) {
-        box.Add(Eigen::Vector3d::Zero());
-    }
-    for (std::size_t side = 0; side < region.padding.size(); ++side) {
-        const Quantity percent = Evaluate(region.padding[side], lookup);
+    for (const std::string& padding : region.padding) {
+        const Quantity percent = Evaluate(padding, lookup);
         if (!percent.dimension.IsNumber() || percent.value < 0.0) {
-            throw ExpressionError("the padding " + Quoted(region.padding[side]) +
-                                  " must be a plain number of percent, 0 or more");
+            throw ExpressionError("the padding " + Quoted(padding) + " must be a plain number of percent, 0 or more");
         }
-        const auto axis = static_cast<Eigen::Index>(side / 2);
-        const double padding = percent.value / 100.0 * size[axis];
-        (side % 2 == 0 ? box.upper : box.lower)[axis] += side % 2 == 0 ? padding : -padding;
     }
-    return box;
 }
 
 void Modeler::Restore(const std::string& units, std::vector<GeometryObject> objects,

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,8 +34,9 @@ struct CoordinateSystem {
 struct GeometryObject {
     std::string name;
     std::string material = "vacuum";
-    /// Metres, in the axes of `coordinateSystem`.
-    Mesh mesh;
+    /// Metres, in the axes of `coordinateSystem`; never null. It is never changed but replaced by another one, so that
+    /// what has been found out about it holds as long as it is the same.
+    std::shared_ptr<const Mesh> mesh = std::make_shared<Mesh>();
     std::string coordinateSystem = globalFrame;
     /// Frame in which the material's direction is meant.
     std::string orientation = globalFrame;
@@ -110,16 +112,8 @@ public:
     /// Where a frame lies now.
     Pose FramePose(const std::string& name, const Variables& variables) const;
 
-    /// The solid's mesh where it lies now, metres, global.
-    Mesh GlobalMesh(const GeometryObject& object, const Variables& variables) const;
-
-    /// The region's box as it is now.
-    /// @pre there is a region.
-    /// @throws ExpressionError when its padding or a frame cannot be evaluated.
-    Box RegionBox(const Variables& variables) const;
-
-    /// Makes sure that the region, if there is one, has a box.
-    /// @throws ExpressionError as RegionBox.
+    /// Makes sure that the region, if there is one, has a box around the solids. Nothing needs to know the box itself.
+    /// @throws ExpressionError when its padding or the frame of a solid cannot be evaluated.
     void CheckRegion(const Variables& variables) const;
 
     /// Puts back what a project file holds, as it stands.
@@ -132,7 +126,7 @@ private:
     Pose OwnPose(const CoordinateSystem& system, const Variables& variables) const;
     Pose NestedPose(const std::string& name, const Variables& variables, int depth) const;
     void Transform(const std::string& name, const Pose& inWorkingFrame, const Variables& variables);
-    Box RegionBoxOf(const Region& region, const Variables& variables) const;
+    void CheckBoxOf(const Region& region, const Variables& variables) const;
 
     std::string m_units = "mm";
     double m_metresPerUnit = 1e-3;

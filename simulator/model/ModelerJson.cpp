@@ -83,7 +83,7 @@ Json ObjectToJson(const GeometryObject& object) {
         {"solveInside", object.solveInside},
         {"model", object.isModel},
         {"imported", FingerprintText(object.importFingerprint)},
-        {"mesh", MeshToJson(object.mesh)},
+        {"mesh", MeshToJson(*object.mesh)},
     };
 }
 
@@ -97,7 +97,7 @@ GeometryObject ObjectFromJson(const JsonReader& json) {
     object.solveInside = json.At("solveInside").Flag();
     object.isModel = json.At("model").Flag();
     object.importFingerprint = FingerprintFromText(json.At("imported"));
-    object.mesh = MeshFromJson(json.At("mesh"));
+    object.mesh = std::make_shared<Mesh>(MeshFromJson(json.At("mesh")));
     return object;
 }
 

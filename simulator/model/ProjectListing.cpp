@@ -65,8 +65,8 @@ void ListModel(const Design& design, Listing& listing) {
     }
     listing.Heading(1, "Objects, model unit " + modeler.Units(), modeler.Objects().size());
     for (const auto& object : modeler.Objects()) {
-        listing.Line(2, object.name + ": " + object.material + ", " + std::to_string(object.mesh.triangles.size()) +
-                            " faces, volume " + FormatNumber(SignedVolume(object.mesh)) + " m^3, in " +
+        listing.Line(2, object.name + ": " + object.material + ", " + std::to_string(object.mesh->triangles.size()) +
+                            " faces, volume " + FormatNumber(SignedVolume(*object.mesh)) + " m^3, in " +
                             object.coordinateSystem + ", orientation " + object.orientation);
     }
     if (modeler.OuterRegion()) {

@@ -3,6 +3,7 @@
 #include "simulator/model/DesktopError.h"
 #include "tests/simulator/model/Shapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -40,6 +41,18 @@ CoordinateSystem BodyFrame() {
     return system;
 }
 
+/// Where the corners of an object lie now, metres, global.
+std::vector<Eigen::Vector3d> GlobalVertices(const Modeler& modeler, const std::string& name,
+                                            const Variables& variables) {
+    const GeometryObject& object = modeler.RequireObject(name);
+    const Pose pose = modeler.FramePose(object.coordinateSystem, variables);
+    std::vector<Eigen::Vector3d> vertices;
+    for (const Eigen::Vector3d& vertex : object.mesh->vertices) {
+        vertices.push_back(pose * vertex);
+    }
+    return vertices;
+}
+
 std::string Complaint(const std::function<void()>& action) {
     try {
         action();
@@ -55,12 +68,12 @@ TEST(Modeler, TakesGeometryInModelUnits) {
     Modeler modeler;
     modeler.SetUnits("in", false);
     modeler.Import({{{"A", "", shapes::Cube(0, 1)}}, {}}, true);
-    EXPECT_NEAR(SignedVolume(modeler.RequireObject("A").mesh), std::pow(0.0254, 3), 1e-18);
+    EXPECT_NEAR(SignedVolume(*modeler.RequireObject("A").mesh), std::pow(0.0254, 3), 1e-18);
     EXPECT_EQ(modeler.RequireObject("A").material, "vacuum");
     modeler.SetUnits("mm", false);
-    EXPECT_NEAR(SignedVolume(modeler.RequireObject("A").mesh), std::pow(0.0254, 3), 1e-18);
+    EXPECT_NEAR(SignedVolume(*modeler.RequireObject("A").mesh), std::pow(0.0254, 3), 1e-18);
     modeler.SetUnits("m", true);
-    EXPECT_NEAR(SignedVolume(modeler.RequireObject("A").mesh), std::pow(25.4, 3), 1e-8);
+    EXPECT_NEAR(SignedVolume(*modeler.RequireObject("A").mesh), std::pow(25.4, 3), 1e-8);
 }
 
 TEST(Modeler, KnowsTheUsualNamesOfUnits) {
@@ -95,7 +108,7 @@ TEST(Modeler, TurnsAboutTheAxisThroughTheOrigin) {
     Modeler modeler = WithCube();
     modeler.Rotate("Rotor", 2, std::acos(-1.0) / 2.0, Variables());
     Box box;
-    for (const auto& vertex : modeler.RequireObject("Rotor").mesh.vertices) {
+    for (const auto& vertex : modeler.RequireObject("Rotor").mesh->vertices) {
         box.Add(vertex);
     }
     EXPECT_NEAR(box.lower.x(), -0.01, 1e-15);
@@ -110,18 +123,19 @@ TEST(Modeler, PutsABodyBackWhereItWasImported) {
     const double turn = 0.4, x = 0.02;
     const double psi = -turn;
     Modeler modeler = WithCube();
-    const Mesh imported = modeler.RequireObject("Rotor").mesh;
+    const std::shared_ptr<const Mesh> imported = modeler.RequireObject("Rotor").mesh;
     const Variables variables = BodyVariables(x, 0.0, 0.0, psi);
     modeler.AddCoordinateSystem(BodyFrame(), variables);
     modeler.Move("Rotor", {-x, 0.0, 0.0}, variables);
     modeler.Rotate("Rotor", 0, psi, variables);
     // A corner at (30, 10, 0) mm has the own coordinates (10, 10 c, -10 s) mm.
     const Eigen::Vector3d own(0.01, 0.01 * std::cos(turn), -0.01 * std::sin(turn));
-    EXPECT_NEAR((modeler.RequireObject("Rotor").mesh.vertices[3] - own).norm(), 0.0, 1e-15);
+    EXPECT_NEAR((modeler.RequireObject("Rotor").mesh->vertices[3] - own).norm(), 0.0, 1e-15);
     modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
-    const Mesh now = modeler.GlobalMesh(modeler.RequireObject("Rotor"), variables);
-    for (std::size_t i = 0; i < imported.vertices.size(); ++i) {
-        EXPECT_NEAR((now.vertices[i] - imported.vertices[i]).norm(), 0.0, 1e-15);
+    const std::vector<Eigen::Vector3d> now = GlobalVertices(modeler, "Rotor", variables);
+    ASSERT_EQ(now.size(), imported->vertices.size());
+    for (std::size_t i = 0; i < now.size(); ++i) {
+        EXPECT_NEAR((now[i] - imported->vertices[i]).norm(), 0.0, 1e-15);
     }
 }
 
@@ -131,9 +145,8 @@ TEST(Modeler, MovesABodyWithItsVariables) {
     modeler.AddCoordinateSystem(BodyFrame(), variables);
     modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
     variables.Change({{"B_X", "0.5Meter"}, {"B_Psi", "-1.5707963267948966Rad"}});
-    const Mesh now = modeler.GlobalMesh(modeler.RequireObject("Rotor"), variables);
     // Psi turns the frame by -psi about X: the corner (20, 10, 0) mm goes to (520, 0, 10) mm.
-    EXPECT_NEAR((now.vertices[2] - Eigen::Vector3d(0.52, 0.0, 0.01)).norm(), 0.0, 1e-15);
+    EXPECT_NEAR((GlobalVertices(modeler, "Rotor", variables)[2] - Eigen::Vector3d(0.52, 0.0, 0.01)).norm(), 0.0, 1e-15);
 }
 
 TEST(Modeler, FollowsTheAxisExpressionsToTheLetter) {
@@ -180,18 +193,54 @@ TEST(Modeler, RejectsFramesThatCannotBe) {
     EXPECT_THAT(add({"A", "Global", zero, x, y}), HasSubstr("exists already"));
 }
 
-TEST(Modeler, PadsTheRegionByPercentOfTheModel) {
+TEST(Modeler, RefusesARegionThatCannotBe) {
     Modeler modeler = WithCube();
-    Variables variables;
+    Variables variables = BodyVariables(0.0, 0.0, 0.0, 0.0);
     variables.Add({{"Pad", "500"}});
     Region region;
     region.name = "OuterRegion";
     region.padding = {"Pad", "Pad", "100", "0", "Pad", "Pad"};
+    const auto set = [&](std::size_t side, const std::string& padding) {
+        Region spoiled = region;
+        spoiled.padding[side] = padding;
+        return Complaint([&] { modeler.SetRegion(spoiled, variables); });
+    };
     EXPECT_FALSE(modeler.SetRegion(region, variables));
-    const Box box = modeler.RegionBox(variables);
-    EXPECT_NEAR((box.lower - Eigen::Vector3d(-0.03, 0.0, -0.05)).norm(), 0.0, 1e-15);
-    EXPECT_NEAR((box.upper - Eigen::Vector3d(0.08, 0.02, 0.06)).norm(), 0.0, 1e-15);
     EXPECT_TRUE(modeler.SetRegion(region, variables));
-    region.padding[0] = "-1";
-    EXPECT_THAT(Complaint([&] { modeler.SetRegion(region, variables); }), HasSubstr("0 or more"));
+    EXPECT_EQ(set(0, "-1"), "region \"OuterRegion\": the padding \"-1\" must be a plain number of percent, 0 or more");
+    EXPECT_THAT(set(5, "1mm"), HasSubstr("the padding \"1mm\" must be a plain number of percent, 0 or more"));
+    EXPECT_THAT(set(3, "Pad_Y"), HasSubstr("unknown name \"Pad_Y\""));
+    // What a region is around must be somewhere.
+    modeler.AddCoordinateSystem(BodyFrame(), variables);
+    modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
+    EXPECT_EQ(set(0, "1"), "none");
+    modeler.CheckRegion(variables);
+    EXPECT_THAT(Complaint([&] { modeler.CheckRegion(Variables()); }), HasSubstr("unknown name \"B_X\""));
+}
+
+/// Whoever holds a mesh may keep what it has found out about it: another geometry is another mesh.
+TEST(Modeler, ReplacesAMeshThatItChanges) {
+    Modeler modeler = WithCube();
+    const Variables variables = BodyVariables(0.0, 0.0, 0.0, 0.0);
+    modeler.AddCoordinateSystem(BodyFrame(), variables);
+    const auto held = modeler.RequireObject("Rotor").mesh;
+    const std::vector<Eigen::Vector3d> imported = held->vertices;
+    modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
+    modeler.SetUnits("cm", false);
+    EXPECT_EQ(modeler.RequireObject("Rotor").mesh, held);
+    std::vector<std::shared_ptr<const Mesh>> meshes = {held};
+    const auto isAnother = [&] {
+        const auto mesh = modeler.RequireObject("Rotor").mesh;
+        EXPECT_EQ(mesh->triangles, held->triangles);
+        const bool isNew = std::find(meshes.begin(), meshes.end(), mesh) == meshes.end();
+        meshes.push_back(mesh);
+        return isNew;
+    };
+    modeler.Move("Rotor", {0.001, 0.0, 0.0}, variables);
+    EXPECT_TRUE(isAnother());
+    modeler.Rotate("Rotor", 0, 0.1, variables);
+    EXPECT_TRUE(isAnother());
+    modeler.SetUnits("mm", true);
+    EXPECT_TRUE(isAnother());
+    EXPECT_EQ(held->vertices, imported);
 }

@@ -117,8 +117,8 @@ TEST(ProjectFile, ReadsBackWhatItWrote) {
     EXPECT_EQ(WriteProject(*project), text);
     const Design& design = *project->designs.at(0);
     EXPECT_EQ(OutputVariableValue(design, design.outputVariables[0]), 0.0123456789012345678 / 1e-3);
-    EXPECT_EQ(design.modeler.RequireObject("Rotor").mesh.vertices,
-              FullProject().designs[0]->modeler.RequireObject("Rotor").mesh.vertices);
+    EXPECT_EQ(design.modeler.RequireObject("Rotor").mesh->vertices,
+              FullProject().designs[0]->modeler.RequireObject("Rotor").mesh->vertices);
 }
 
 TEST(ProjectFile, NamesFileAndPlaceOfWhatItCannotRead) {
