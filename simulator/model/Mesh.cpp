@@ -1,10 +1,10 @@
 #include "simulator/model/Mesh.h"
 
 #include <Eigen/Geometry>
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <numeric>
-#include <unordered_map>
 
 namespace vantor::model {
 namespace {
@@ -19,11 +19,47 @@ std::uint64_t HashBytes(const void* data, std::size_t size, std::uint64_t hash) 
     return hash;
 }
 
-struct PointHash {
-    std::size_t operator()(const std::array<double, 3>& point) const {
-        return static_cast<std::size_t>(HashBytes(point.data(), sizeof(point), 14695981039346656037ULL));
+/// Finds equal elements of a list by their hashes: a table of the elements' numbers in one piece of memory, which large
+/// meshes are welded and checked with in a fraction of the time that a table with a node for each element takes.
+class NumberTable {
+public:
+    explicit NumberTable(std::size_t mostElements) {
+        std::size_t size = 16;
+        while (size < 2 * mostElements) {
+            size *= 2;
+        }
+        m_numbers.assign(size, -1);
     }
+
+    /// The place of the element that `isSame(number)` is true for; -1 stands where there is none yet and where its
+    /// number belongs.
+    template <typename IsSame>
+    int& At(std::uint64_t hash, IsSame isSame) {
+        std::size_t place = static_cast<std::size_t>(hash) & (m_numbers.size() - 1);
+        while (m_numbers[place] >= 0 && !isSame(m_numbers[place])) {
+            place = (place + 1) & (m_numbers.size() - 1);
+        }
+        return m_numbers[place];
+    }
+
+private:
+    std::vector<int> m_numbers;
 };
+
+/// Takes a further word into a hash; its low bits depend on all bits.
+std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word) {
+    hash = (hash ^ word) * 0x9E3779B97F4A7C15ULL;
+    return hash ^ (hash >> 32U);
+}
+
+/// The bits of a position, by which also what is no number is one position.
+std::array<std::uint64_t, 3> BitsOf(const Eigen::Vector3d& position) {
+    std::array<std::uint64_t, 3> bits{};
+    // Adding zero turns a negative zero into a positive one: both are one position.
+    const std::array<double, 3> coordinates = {position.x() + 0.0, position.y() + 0.0, position.z() + 0.0};
+    std::memcpy(bits.data(), coordinates.data(), sizeof(bits));
+    return bits;
+}
 
 struct Corners {
     Eigen::Vector3d a, b, c;
@@ -61,50 +97,62 @@ void CheckDegenerate(const Mesh& mesh) {
     }
 }
 
-std::uint64_t EdgeKey(int from, int to) {
-    return (static_cast<std::uint64_t>(from) << 32U) | static_cast<std::uint32_t>(to);
-}
-
-/// Every directed edge with the triangle that runs along it.
-std::unordered_map<std::uint64_t, int> DirectedEdges(const Mesh& mesh) {
-    std::unordered_map<std::uint64_t, int> edges;
-    edges.reserve(mesh.triangles.size() * 3);
-    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        const auto& t = mesh.triangles[i];
-        for (std::size_t k = 0; k < 3; ++k) {
-            if (!edges.emplace(EdgeKey(t[k], t[(k + 1) % 3]), static_cast<int>(i)).second) {
+/// The edges of a mesh in the direction in which their triangles run along them; edge 3 i + k begins at corner k of
+/// triangle i.
+class DirectedEdges {
+public:
+    explicit DirectedEdges(const Mesh& mesh) : m_mesh(mesh), m_table(3 * mesh.triangles.size()) {
+        for (std::size_t edge = 0; edge < 3 * mesh.triangles.size(); ++edge) {
+            int& place = At(CornerOf(edge, 0), CornerOf(edge, 1));
+            if (place >= 0) {
                 throw MeshError("an edge is used twice in one direction: more than two faces meet there, or "
                                 "neighbouring faces are oriented differently",
-                                static_cast<int>(i));
+                                static_cast<int>(edge / 3));
             }
+            place = static_cast<int>(edge);
         }
     }
-    return edges;
-}
 
-void CheckClosed(const Mesh& mesh) {
-    const auto edges = DirectedEdges(mesh);
-    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        const auto& t = mesh.triangles[i];
-        for (std::size_t k = 0; k < 3; ++k) {
-            if (edges.find(EdgeKey(t[(k + 1) % 3], t[k])) == edges.end()) {
-                throw MeshError("the surface is open at an edge of this face", static_cast<int>(i));
-            }
-        }
+    bool HasOpposite(std::size_t edge) { return At(CornerOf(edge, 1), CornerOf(edge, 0)) >= 0; }
+
+private:
+    int CornerOf(std::size_t edge, std::size_t next) const { return m_mesh.triangles[edge / 3][(edge + next) % 3]; }
+
+    int& At(int from, int to) {
+        const std::uint64_t hash = Mixed(static_cast<std::uint64_t>(from), static_cast<std::uint64_t>(to) << 32U);
+        return m_table.At(hash, [&](int number) {
+            const auto other = static_cast<std::size_t>(number);
+            return CornerOf(other, 0) == from && CornerOf(other, 1) == to;
+        });
     }
-}
 
-/// Connected shells, as the shell number of each triangle, and their signed volumes.
-struct Shells {
-    std::vector<int> ofTriangle;
-    std::vector<double> volumes;
+    const Mesh& m_mesh;
+    NumberTable m_table;
 };
 
-Shells FindShells(const Mesh& mesh) {
+void CheckClosed(const Mesh& mesh) {
+    DirectedEdges edges(mesh);
+    for (std::size_t edge = 0; edge < 3 * mesh.triangles.size(); ++edge) {
+        if (!edges.HasOpposite(edge)) {
+            throw MeshError("the surface is open at an edge of this face", static_cast<int>(edge / 3));
+        }
+    }
+}
+
+/// Triangles that hang together.
+struct Shell {
+    /// Signed, against the common point of all shells of a mesh.
+    double volume = 0.0;
+    Box box;
+    std::vector<std::size_t> triangles;
+};
+
+/// The number of each vertex's shell, not consecutive.
+std::vector<int> ShellsOfVertices(const Mesh& mesh) {
     std::vector<int> parent(mesh.vertices.size());
     std::iota(parent.begin(), parent.end(), 0);
-    const auto root = [&parent](int vertex) {
-        auto at = [&parent](int index) -> int& { return parent[static_cast<std::size_t>(index)]; };
+    const auto at = [&parent](int index) -> int& { return parent[static_cast<std::size_t>(index)]; };
+    const auto root = [&at](int vertex) {
         while (at(vertex) != vertex) {
             at(vertex) = at(at(vertex));
             vertex = at(vertex);
@@ -112,19 +160,33 @@ Shells FindShells(const Mesh& mesh) {
         return vertex;
     };
     for (const auto& t : mesh.triangles) {
-        parent[static_cast<std::size_t>(root(t[1]))] = root(t[0]);
-        parent[static_cast<std::size_t>(root(t[2]))] = root(t[0]);
+        at(root(t[1])) = root(t[0]);
+        at(root(t[2])) = root(t[0]);
     }
-    Shells shells;
-    std::unordered_map<int, int> numbers;
+    for (int vertex = 0; vertex < static_cast<int>(parent.size()); ++vertex) {
+        at(vertex) = root(vertex);
+    }
+    return parent;
+}
+
+/// The shells in the order of their first triangles.
+std::vector<Shell> FindShells(const Mesh& mesh) {
+    const std::vector<int> shellOfVertex = ShellsOfVertices(mesh);
+    std::vector<Shell> shells;
+    std::vector<int> numbers(mesh.vertices.size(), -1);
     for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        const auto inserted = numbers.emplace(root(mesh.triangles[i][0]), static_cast<int>(shells.volumes.size()));
-        if (inserted.second) {
-            shells.volumes.push_back(0.0);
+        int& number = numbers[static_cast<std::size_t>(shellOfVertex[static_cast<std::size_t>(mesh.triangles[i][0])])];
+        if (number < 0) {
+            number = static_cast<int>(shells.size());
+            shells.emplace_back();
         }
-        shells.ofTriangle.push_back(inserted.first->second);
-        shells.volumes[static_cast<std::size_t>(inserted.first->second)] +=
-            CornerVolume(CornersOf(mesh, i), mesh.vertices[0]);
+        Shell& shell = shells[static_cast<std::size_t>(number)];
+        const Corners corners = CornersOf(mesh, i);
+        shell.triangles.push_back(i);
+        shell.volume += CornerVolume(corners, mesh.vertices[0]);
+        for (const Eigen::Vector3d& corner : {corners.a, corners.b, corners.c}) {
+            shell.box.Add(corner);
+        }
     }
     return shells;
 }
@@ -138,44 +200,47 @@ double WindingPart(const Corners& t, const Eigen::Vector3d& point) {
     return std::atan2(numerator, denominator) / twoPi;
 }
 
-void CheckCavities(const Mesh& mesh, const Shells& shells) {
-    std::vector<bool> seen(shells.volumes.size(), false);
-    for (std::size_t i = 0; i < mesh.triangles.size(); ++i) {
-        const auto shell = static_cast<std::size_t>(shells.ofTriangle[i]);
-        if (seen[shell] || shells.volumes[shell] >= 0.0) {
-            continue;
-        }
-        seen[shell] = true;
-        const Eigen::Vector3d point = mesh.vertices[static_cast<std::size_t>(mesh.triangles[i][0])];
-        double winding = 0.0;
-        for (std::size_t k = 0; k < mesh.triangles.size(); ++k) {
-            if (shells.volumes[static_cast<std::size_t>(shells.ofTriangle[k])] > 0.0) {
-                winding += WindingPart(CornersOf(mesh, k), point);
+/// How often the outward shells enclose a point.
+double Winding(const Mesh& mesh, const std::vector<Shell>& shells, const Eigen::Vector3d& point) {
+    double winding = 0.0;
+    for (const Shell& shell : shells) {
+        if (shell.volume > 0.0 && shell.box.Contains(point)) {
+            for (const std::size_t triangle : shell.triangles) {
+                winding += WindingPart(CornersOf(mesh, triangle), point);
             }
         }
-        if (winding < 0.5) {
-            throw MeshError("a shell is inside out and is not the cavity of another", static_cast<int>(i));
+    }
+    return winding;
+}
+
+void CheckCavities(const Mesh& mesh, const std::vector<Shell>& shells) {
+    for (const Shell& shell : shells) {
+        const std::size_t first = shell.triangles.front();
+        if (shell.volume < 0.0 && Winding(mesh, shells, CornersOf(mesh, first).a) < 0.5) {
+            throw MeshError("a shell is inside out and is not the cavity of another", static_cast<int>(first));
         }
     }
 }
 
 } // namespace
 
-Mesh Welded(const Mesh& mesh) {
+Mesh Welded(const std::vector<Eigen::Vector3d>& vertices, const std::vector<std::array<int, 3>>& triangles) {
     Mesh welded;
-    welded.triangles.reserve(mesh.triangles.size());
-    std::unordered_map<std::array<double, 3>, int, PointHash> vertexAt;
-    for (const auto& triangle : mesh.triangles) {
+    welded.triangles.reserve(triangles.size());
+    NumberTable vertexAt(std::min(vertices.size(), 3 * triangles.size()));
+    for (const auto& triangle : triangles) {
         std::array<int, 3> corners{};
         for (std::size_t k = 0; k < 3; ++k) {
-            const Eigen::Vector3d& v = mesh.vertices[static_cast<std::size_t>(triangle[k])];
-            // Adding zero turns a negative zero into a positive one: both are one position.
-            const std::array<double, 3> position = {v.x() + 0.0, v.y() + 0.0, v.z() + 0.0};
-            const auto inserted = vertexAt.emplace(position, static_cast<int>(welded.vertices.size()));
-            if (inserted.second) {
-                welded.vertices.push_back(v);
+            const Eigen::Vector3d& vertex = vertices[static_cast<std::size_t>(triangle[k])];
+            const auto bits = BitsOf(vertex);
+            int& number = vertexAt.At(Mixed(Mixed(Mixed(0, bits[0]), bits[1]), bits[2]), [&](int other) {
+                return BitsOf(welded.vertices[static_cast<std::size_t>(other)]) == bits;
+            });
+            if (number < 0) {
+                number = static_cast<int>(welded.vertices.size());
+                welded.vertices.push_back(vertex);
             }
-            corners[k] = inserted.first->second;
+            corners[k] = number;
         }
         welded.triangles.push_back(corners);
     }
@@ -216,6 +281,10 @@ std::uint64_t Fingerprint(const Mesh& mesh) {
         hash = HashBytes(triangle.data(), sizeof(triangle), hash);
     }
     return hash;
+}
+
+bool Box::Contains(const Eigen::Vector3d& point) const {
+    return (point.array() >= lower.array()).all() && (point.array() <= upper.array()).all();
 }
 
 void Box::Add(const Eigen::Vector3d& point) {

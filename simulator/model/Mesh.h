@@ -26,9 +26,9 @@ private:
     int m_triangle;
 };
 
-/// The mesh with vertices at exactly equal positions made one, and unused vertices dropped.
-/// Triangles keep their order and number.
-Mesh Welded(const Mesh& mesh);
+/// The mesh of these triangles with vertices at exactly equal positions made one, and unused vertices dropped.
+/// Triangles keep their order and number. Takes a time in proportion to the number of triangles.
+Mesh Welded(const std::vector<Eigen::Vector3d>& vertices, const std::vector<std::array<int, 3>>& triangles);
 
 /// Signed volume by the divergence theorem; positive for outward orientation.
 double SignedVolume(const Mesh& mesh);
@@ -49,6 +49,8 @@ struct Box {
     Eigen::Vector3d upper = Eigen::Vector3d::Constant(-1e300);
 
     void Add(const Eigen::Vector3d& point);
+    /// Its surface belongs to it.
+    bool Contains(const Eigen::Vector3d& point) const;
     bool IsEmpty() const { return lower.x() > upper.x(); }
 };
 

@@ -5,6 +5,7 @@
 
 #define TINYOBJLOADER_USE_DOUBLE
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <map>
 #include <sstream>
@@ -19,21 +20,19 @@ constexpr std::size_t maximumCorners = 1000;
     throw GeometryFileError(fileName + ", line " + std::to_string(line) + ": " + reason);
 }
 
-/// The blank-separated words of a line.
-std::vector<std::string_view> Words(std::string_view line) {
-    constexpr std::string_view blanks = " \t\r";
-    std::vector<std::string_view> words;
-    for (;;) {
-        const auto begin = line.find_first_not_of(blanks);
-        if (begin == std::string_view::npos) {
-            return words;
-        }
-        const auto end = line.find_first_of(blanks, begin);
-        words.push_back(line.substr(begin, end - begin));
-        if (end == std::string_view::npos) {
-            return words;
-        }
-        line.remove_prefix(end);
+bool IsBlank(char character) {
+    return character == ' ' || character == '\t' || character == '\r';
+}
+
+/// Puts the blank-separated words of a line into a list, which is used again for every line: files have millions.
+void ReadWords(std::string_view line, std::vector<std::string_view>& words) {
+    words.clear();
+    const auto end = line.end();
+    for (auto begin = std::find_if_not(line.begin(), end, IsBlank); begin != end;) {
+        const auto wordEnd = std::find_if(begin, end, IsBlank);
+        words.push_back(
+            line.substr(static_cast<std::size_t>(begin - line.begin()), static_cast<std::size_t>(wordEnd - begin)));
+        begin = std::find_if_not(wordEnd, end, IsBlank);
     }
 }
 
@@ -44,9 +43,11 @@ public:
 
     /// Line number of every face, in the file's order.
     std::vector<std::size_t> Run(const std::string& source) {
+        const auto isLineEnd = [](char character) { return character == '\r' || character == '\n'; };
         std::size_t begin = 0;
         while (begin <= source.size()) {
-            const std::size_t end = std::min(source.find_first_of("\r\n", begin), source.size());
+            const auto from = source.begin() + static_cast<std::ptrdiff_t>(begin);
+            const auto end = static_cast<std::size_t>(std::find_if(from, source.end(), isLineEnd) - source.begin());
             ++m_line;
             Check(std::string_view(source).substr(begin, end - begin));
             const bool pair = end + 1 < source.size() && source[end] == '\r' && source[end + 1] == '\n';
@@ -60,7 +61,8 @@ private:
         if (line.find('\0') != std::string_view::npos) {
             Fail(m_fileName, m_line, "a zero character: this is not a text file");
         }
-        const auto words = Words(line);
+        ReadWords(line, m_words);
+        const std::vector<std::string_view>& words = m_words;
         if (words.empty() || words[0].front() == '#') {
             return;
         }
@@ -102,13 +104,23 @@ private:
         m_faceLines.push_back(m_line);
     }
 
+    /// "vertex", "vertex/texture", "vertex/texture/normal" or "vertex//normal".
     void CheckCorner(std::string_view word) {
-        const auto fields = Split(word, '/');
-        for (std::size_t i = 0; i < fields.size(); ++i) {
-            const bool mayBeEmpty = i == 1 && fields.size() == 3;
+        std::array<std::string_view, 3> fields;
+        std::size_t count = 0;
+        for (std::size_t begin = 0; begin <= word.size(); ++count) {
+            const std::size_t end = std::min(word.find('/', begin), word.size());
+            if (count == fields.size()) {
+                FailCorner(word);
+            }
+            fields[count] = word.substr(begin, end - begin);
+            begin = end + 1;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const bool isLeftOut = i == 1 && count == 3 && fields[i].empty();
             int index = 0;
-            if (fields.size() > 3 || (!(mayBeEmpty && fields[i].empty()) && !ParseIndex(fields[i], index))) {
-                Fail(m_fileName, m_line, "not a face corner: " + Quoted(word));
+            if (!isLeftOut && !ParseIndex(fields[i], index)) {
+                FailCorner(word);
             }
             if (i == 0) {
                 CheckIndex(index);
@@ -116,7 +128,11 @@ private:
         }
     }
 
-    static bool ParseIndex(const std::string& field, int& index) {
+    [[noreturn]] void FailCorner(std::string_view word) const {
+        Fail(m_fileName, m_line, "not a face corner: " + Quoted(word));
+    }
+
+    static bool ParseIndex(std::string_view field, int& index) {
         const auto result = std::from_chars(field.data(), field.data() + field.size(), index);
         return result.ec == std::errc() && result.ptr == field.data() + field.size() && index != 0;
     }
@@ -132,6 +148,7 @@ private:
     const std::string& m_fileName;
     std::size_t m_line = 0;
     int m_vertices = 0;
+    std::vector<std::string_view> m_words;
     std::vector<std::size_t> m_faceLines;
 };
 
@@ -154,18 +171,16 @@ public:
 
     void AddFace(const tinyobj::index_t* indices, int count) {
         const std::size_t line = m_faceLines.at(m_face++);
-        std::vector<int> corners;
+        m_corners.clear();
         for (int i = 0; i < count; ++i) {
             const int index = indices[i].vertex_index;
-            corners.push_back(index > 0 ? index - 1 : static_cast<int>(m_vertices.size()) + index);
+            m_corners.push_back(index > 0 ? index - 1 : static_cast<int>(m_vertices.size()) + index);
         }
         Part& part = CurrentPart();
         NoteMaterial(part);
         try {
-            for (const auto& triangle : Triangulated(corners, m_vertices)) {
-                part.triangles.push_back(triangle);
-                part.lines.push_back(line);
-            }
+            AppendTriangulated(m_corners, m_vertices, part.triangles);
+            part.lines.resize(part.triangles.size(), line);
         } catch (const MeshError& error) {
             Fail(m_fileName, line, error.what());
         }
@@ -191,7 +206,7 @@ public:
 private:
     Part& CurrentPart() {
         const std::string& name = !m_object.empty() ? m_object : !m_group.empty() ? m_group : m_defaultName;
-        const auto inserted = m_parts.emplace(name, Part{});
+        const auto inserted = m_parts.try_emplace(name);
         if (inserted.second) {
             m_order.push_back(name);
         }
@@ -207,7 +222,7 @@ private:
     }
 
     ImportedSolid MakeSolidOf(const std::string& name, const Part& part, std::vector<std::string>& warnings) const {
-        ImportedSolid solid{name, part.material, Welded({m_vertices, part.triangles})};
+        ImportedSolid solid{name, part.material, Welded(m_vertices, part.triangles)};
         try {
             if (MakeSolid(solid.mesh)) {
                 warnings.push_back(m_fileName + ": object " + Quoted(name) + " was inside out and has been turned");
@@ -228,6 +243,7 @@ private:
     std::vector<std::size_t> m_faceLines;
     std::size_t m_face = 0;
     std::vector<Eigen::Vector3d> m_vertices;
+    std::vector<int> m_corners;
     std::string m_object, m_group, m_material;
     std::map<std::string, Part> m_parts;
     std::vector<std::string> m_order;

@@ -36,7 +36,7 @@ bool IsBinary(const std::string& source) {
 
 ImportedSolid Checked(ImportedSolid solid, const std::vector<std::size_t>& locations, const std::string& fileName,
                       const char* locationWord, std::vector<std::string>& warnings) {
-    solid.mesh = Welded(solid.mesh);
+    solid.mesh = Welded(solid.mesh.vertices, solid.mesh.triangles);
     try {
         if (MakeSolid(solid.mesh)) {
             warnings.push_back(fileName + ": object " + Quoted(solid.name) + " was inside out and has been turned");
@@ -62,6 +62,8 @@ ImportedGeometry ReadBinary(const std::string& source, const std::string& fileNa
     ImportedSolid solid{defaultName, {}, {}};
     std::vector<std::size_t> locations;
     const std::size_t count = ReadCount(source);
+    solid.mesh.vertices.reserve(3 * count);
+    solid.mesh.triangles.reserve(count);
     for (std::size_t facet = 0; facet < count; ++facet) {
         const char* bytes = source.data() + binaryHeader + facet * binaryFacet + 12;
         std::array<Eigen::Vector3d, 3> corners;

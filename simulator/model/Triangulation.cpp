@@ -55,17 +55,17 @@ bool IsEar(const std::vector<Point>& points, const std::vector<std::size_t>& res
 
 } // namespace
 
-std::vector<std::array<int, 3>> Triangulated(const std::vector<int>& corners,
-                                             const std::vector<Eigen::Vector3d>& vertices) {
+void AppendTriangulated(const std::vector<int>& corners, const std::vector<Eigen::Vector3d>& vertices,
+                        std::vector<std::array<int, 3>>& triangles) {
     if (corners.size() == 3) {
-        return {{corners[0], corners[1], corners[2]}};
+        triangles.push_back({corners[0], corners[1], corners[2]});
+        return;
     }
     const std::vector<Point> points = Flattened(corners, vertices);
     std::vector<std::size_t> rest(corners.size());
     for (std::size_t i = 0; i < rest.size(); ++i) {
         rest[i] = i;
     }
-    std::vector<std::array<int, 3>> triangles;
     while (rest.size() > 2) {
         std::size_t ear = 0;
         while (ear < rest.size() && !IsEar(points, rest, ear)) {
@@ -79,7 +79,6 @@ std::vector<std::array<int, 3>> Triangulated(const std::vector<int>& corners,
             {corners[rest[(ear + count - 1) % count]], corners[rest[ear]], corners[rest[(ear + 1) % count]]});
         rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(ear));
     }
-    return triangles;
 }
 
 } // namespace vantor::model

@@ -4,6 +4,7 @@
 #include "simulator/model/StlReader.h"
 #include "tests/simulator/model/Shapes.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -35,7 +36,8 @@ const std::string tetrahedronFaces = "f 1 3 2\nf 1 2 4\nf 2 3 4\nf 1 4 3\n";
 
 std::string BinaryStl(const Mesh& mesh) {
     std::string bytes(84, '\0');
-    bytes[80] = static_cast<char>(mesh.triangles.size());
+    const auto count = static_cast<std::uint32_t>(mesh.triangles.size());
+    std::memcpy(&bytes[80], &count, sizeof(count));
     for (const auto& triangle : mesh.triangles) {
         std::string facet(50, '\0');
         for (std::size_t k = 0; k < 3; ++k) {
@@ -218,4 +220,84 @@ TEST(Mesh, AcceptsACavityAndRejectsALooseShellThatIsInsideOut) {
         hollow.vertices[i].x() += 50.0;
     }
     EXPECT_THROW(MakeSolid(hollow), MeshError);
+}
+
+/// Files of a size that CAD systems write: shells, volume, and the lines of complaints at their ends.
+class LargeFile : public testing::Test {
+protected:
+    static constexpr int around = 125, across = 20;
+    const Mesh m_ring = shapes::HollowRing(0.5, 0.125, around, across);
+
+    void ExpectRing(const ImportedGeometry& geometry) const {
+        ASSERT_EQ(geometry.solids.size(), 1U);
+        const Mesh& mesh = geometry.solids[0].mesh;
+        EXPECT_EQ(mesh.triangles.size(), 10000U);
+        EXPECT_EQ(mesh.vertices.size(), 5000U);
+        const double volume = shapes::HollowRingVolume(0.5, 0.125, around, across);
+        EXPECT_NEAR(SignedVolume(mesh), volume, 1e-7 * volume);
+        EXPECT_THAT(geometry.warnings, testing::IsEmpty());
+    }
+};
+
+TEST_F(LargeFile, GivesTheSameRingInEveryFormat) {
+    ExpectRing(ReadObj(shapes::ObjText("Ring", m_ring), "ring.obj", "ring"));
+    ExpectRing(ReadStl(shapes::StlText("Ring", m_ring), "ring.stl", "ring"));
+    ExpectRing(ReadStl(BinaryStl(m_ring), "ring.stl", "ring"));
+}
+
+TEST_F(LargeFile, IsBadInItsLastLines) {
+    const std::string obj = shapes::ObjText("Ring", m_ring), stl = shapes::StlText("Ring", m_ring);
+    // 1 line with the name, 5000 vertices, 10000 faces.
+    EXPECT_EQ(ObjComplaint(obj + "f 1 2 5001\n"),
+              "part.obj, line 15002: vertex 5001 does not exist: 5000 vertices stand above this line");
+    EXPECT_EQ(ObjComplaint(obj + "f 1 2 x\n"), "part.obj, line 15002: not a face corner: \"x\"");
+    const std::string lastFace = obj.substr(obj.rfind("f "));
+    EXPECT_THAT(ObjComplaint(obj + lastFace),
+                HasSubstr("part.obj, line 15002: object \"Ring\": an edge is used twice in one direction"));
+    EXPECT_THAT(ObjComplaint(obj + "o Cap\n" + lastFace),
+                HasSubstr("part.obj, line 15003: object \"Cap\": the surface is open at an edge of this face"));
+    // 1 line with the name, 7 per facet; the last one's third corner stands in the fourth line before the end.
+    EXPECT_EQ(StlComplaint(std::string(stl).insert(stl.rfind("vertex") + 7, "x")).substr(0, 41),
+              "part.stl, line 69999: not a finite number");
+    // Without the last facet the first one that has an edge alone is 9959.
+    const std::string reason = ": object \"Ring\": the surface is open at an edge of this face";
+    EXPECT_EQ(StlComplaint(stl.substr(0, stl.rfind(" facet")) + "endsolid"), "part.stl, line 69708" + reason);
+    Mesh open = m_ring;
+    open.triangles.pop_back();
+    EXPECT_EQ(Complaint([&] { ReadStl(BinaryStl(open), "part.stl", "Ring"); }), "part.stl, facet 9959" + reason);
+}
+
+TEST_F(LargeFile, HasEveryCavityInAShell) {
+    // A second ring apart from the first, of which only the cavity is there: 5000 faces, the first in line 20002.
+    Mesh rings = m_ring;
+    for (const auto& vertex : m_ring.vertices) {
+        rings.vertices.push_back(vertex + Eigen::Vector3d(3.0, 0.0, 0.0));
+    }
+    for (std::size_t i = 5000; i < 10000; ++i) {
+        const auto& triangle = m_ring.triangles[i];
+        rings.triangles.push_back({triangle[0] + 5000, triangle[1] + 5000, triangle[2] + 5000});
+    }
+    EXPECT_EQ(ObjComplaint(shapes::ObjText("Rings", rings)),
+              "part.obj, line 20002: object \"Rings\": a shell is inside out and is not the cavity of another");
+}
+
+/// Numbers that are none are all one place: a file full of them is refused as fast as any other.
+TEST_F(LargeFile, MayBeFullOfWhatIsNoNumber) {
+    std::string bytes = BinaryStl(m_ring);
+    std::fill(bytes.begin() + 84, bytes.end(), '\xff');
+    EXPECT_EQ(Complaint([&] { ReadStl(bytes, "part.stl", "part"); }),
+              "part.stl: object \"part\": a vertex lies at infinity");
+}
+
+/// Objects that share the list of vertices cost what they are, not what the file is.
+TEST(ObjReader, ReadsManySmallObjects) {
+    std::string text;
+    for (int i = 0; i < 500; ++i) {
+        text += shapes::CubeObj("Cube" + std::to_string(i), "iron", 3 * i, 2);
+    }
+    const auto geometry = ReadObj(text, "cubes.obj", "cubes");
+    ASSERT_EQ(geometry.solids.size(), 500U);
+    EXPECT_EQ(geometry.solids[499].name, "Cube499");
+    EXPECT_EQ(geometry.solids[499].mesh.vertices.size(), 8U);
+    EXPECT_DOUBLE_EQ(SignedVolume(geometry.solids[499].mesh), 8.0);
 }
