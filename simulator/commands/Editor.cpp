@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cmath>
 
 namespace vantor::commands {
 namespace {
@@ -142,6 +144,7 @@ private:
         const std::string& file = block.Text("SourceFile:=");
         block.End();
         arguments.End();
+        const auto start = std::chrono::steady_clock::now();
         model::ImportedGeometry geometry;
         try {
             geometry = model::ReadGeometryFile(model::PathFromUtf8(file));
@@ -150,8 +153,25 @@ private:
         }
         const auto kept = RequireModeler().Import(geometry, useMaterials);
         ReportImport(geometry, kept, useMaterials);
+        ReportLongImport(file, geometry, std::chrono::steady_clock::now() - start);
         MarkModelChanged();
         return {};
+    }
+
+    void ReportLongImport(const std::string& file, const model::ImportedGeometry& geometry,
+                          std::chrono::duration<double> time) const {
+        if (time < TheDesktop().longImport) {
+            return;
+        }
+        std::size_t triangles = 0;
+        for (const auto& solid : geometry.solids) {
+            triangles += solid.mesh.triangles.size();
+        }
+        const std::size_t objects = geometry.solids.size();
+        Report(model::Severity::Info, "Import: " + Quoted(file) + " took " +
+                                          model::FormatNumber(std::round(10.0 * time.count()) / 10.0) +
+                                          " s: " + std::to_string(triangles) + " triangles in " +
+                                          std::to_string(objects) + (objects == 1 ? " object" : " objects"));
     }
 
     void ReportImport(const model::ImportedGeometry& geometry, const std::vector<std::string>& kept,

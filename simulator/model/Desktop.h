@@ -3,6 +3,7 @@
 #include "simulator/model/Design.h"
 #include "simulator/model/Materials.h"
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -69,6 +70,8 @@ struct Desktop {
     MessageList messages;
     /// Registry key to value.
     std::map<std::string, std::string> options;
+    /// An import that has taken longer is told of with its time.
+    std::chrono::duration<double> longImport{1.0};
 
     /// The open project that is kept in this file, or null.
     std::shared_ptr<Project> FindByFile(const std::filesystem::path& file) const;

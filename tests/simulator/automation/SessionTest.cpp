@@ -120,6 +120,23 @@ TEST(Session, SavesAndOpensToTheLastBit) {
     EXPECT_EQ(desk.Output("Force_Rotor_X"), force);
 }
 
+TEST(Session, TellsOfALongImport) {
+    Desk desk;
+    desk.Create(Pair());
+    EXPECT_THAT(desk.Messages(0), IsEmpty());
+    desk.world->longImport = std::chrono::seconds(0);
+    desk.WriteFile("cube.stl", shapes::CubeStl("Cube", 60, 10));
+    for (const char* name : {"geometry.obj", "cube.stl"}) {
+        desk.editor->Call("Import", {List{"NAME:NativeBodyParameters", "ImportMaterialNames:=", false,
+                                          "SourceFile:=", desk.File(name)}});
+    }
+    EXPECT_THAT(
+        desk.Messages(0),
+        ElementsAre(HasSubstr("stay as they are"),
+                    testing::MatchesRegex("Import: \".*/geometry.obj\" took [0-9.]+ s: 24 triangles in 2 objects"),
+                    testing::MatchesRegex("Import: \".*/cube.stl\" took [0-9.]+ s: 12 triangles in 1 object")));
+}
+
 TEST(Session, LetsAnOpenedProjectBeInitialisedAgain) {
     Desk desk;
     desk.Create(Pair());
