@@ -339,6 +339,7 @@ void CoupledRun::Solve(int step) {
         const Body& drawn = m_scenario.bodies[body];
         transforms.push_back(ToTransform(drawn.name, record.poses[body], drawn.X_WB0.R_WB));
     }
+    m_listener.OnSolve();
     int status = 0;
     if (!m_coupling.Analyze(record.time, transforms, record.results, status)) {
         const char* meaning = status != 0 ? m_options.scriptErrorText(status) : nullptr;

@@ -39,6 +39,8 @@ public:
     virtual void OnPhase(const std::string& text) = 0;
     /// Something that the user should know; the run goes on.
     virtual void OnWarning(const std::string& text) = 0;
+    /// The desktop is asked to solve a step, which may take long.
+    virtual void OnSolve() = 0;
     virtual void OnStep(const StepRecord& record) = 0;
 };
 

@@ -235,6 +235,12 @@ std::string StepLine(const Scenario& scenario, const StepRecord& record) {
                        Present(scenario, record));
 }
 
+std::string WorkingLine(const std::string& bar, const std::string& work, int seconds, int width) {
+    const std::string text = fmt::format("{}{}, {} s", bar.empty() ? "" : "  ", work, seconds);
+    const std::size_t room = static_cast<std::size_t>(std::max(width, 0));
+    return (bar.substr(0, room - std::min(room, text.size())) + text).substr(0, room);
+}
+
 std::string ProgressLine(const Scenario& scenario, const StepRecord& record, int firstStep, double elapsedSeconds,
                          int width) {
     constexpr int barWidth = 24;

@@ -12,6 +12,10 @@ namespace kinora::host {
 /// One step in one line: number, time, force of every body, coordinate of every free joint.
 std::string StepLine(const scenario::Scenario& scenario, const StepRecord& record);
 
+/// What is shown while something takes long: "solving, 3 s", behind the end of the bar where there is one.
+/// @param bar  a ProgressLine, or empty
+std::string WorkingLine(const std::string& bar, const std::string& work, int seconds, int width);
+
 /// A progress bar with percentage, time left and the present forces, cut to a width.
 /// @param elapsedSeconds  since the first of this run's steps began
 /// @param firstStep       the first step of this run (not 0 when resumed)

@@ -104,7 +104,9 @@ class QuietListener : public RunListener {
 public:
     void OnPhase(const std::string&) override {}
     void OnWarning(const std::string& text) override { warnings.push_back(text); }
+    void OnSolve() override { ++solves; }
     void OnStep(const StepRecord& record) override { steps.push_back(record); }
+    int solves = 0;
     std::vector<std::string> warnings;
     std::vector<StepRecord> steps;
 };
@@ -558,6 +560,7 @@ TEST_F(CoupledRunTest, InterruptFinishesTheStepSavesAndCloses) {
     m_options.isInterrupted = [this] { return m_listener.steps.size() == 2; };
     EXPECT_EQ(Run(), RunEnd::Interrupted);
     EXPECT_EQ(m_listener.steps.size(), 2u);
+    EXPECT_EQ(m_listener.solves, 2);
     EXPECT_EQ(m_coupling.calls.back(), "QuitApplication");
     EXPECT_EQ(m_coupling.calls[m_coupling.calls.size() - 3], "SaveProject");
 }

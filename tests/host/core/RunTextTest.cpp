@@ -53,6 +53,14 @@ TEST_F(RunTextTest, ProgressLineTellsShareAndTimeLeft) {
     EXPECT_EQ(ProgressLine(m_scenario, Record(1), 0, 30.0, 10), "[#########");
 }
 
+TEST_F(RunTextTest, WorkingLineKeepsItsOwnTextWhole) {
+    EXPECT_EQ(WorkingLine("", "working", 3, 80), "working, 3 s");
+    EXPECT_EQ(WorkingLine("[####....]  40%", "solving", 12, 80), "[####....]  40%  solving, 12 s");
+    EXPECT_EQ(WorkingLine("[####....]  40%", "solving", 12, 20), "[####  solving, 12 s");
+    EXPECT_EQ(WorkingLine("[####....]  40%", "solving", 12, 10), "  solving,");
+    EXPECT_EQ(WorkingLine("[####....]  40%", "solving", 12, 0), "");
+}
+
 TEST_F(RunTextTest, TableShowsEveryStepOfAShortRun) {
     EXPECT_EQ(LoadTable(m_scenario, {Record(0), Record(1)}, 40),
               "  step      time s  body          Fx N        Fy N        Fz N      Tx mN m     Ty mN m     Tz mN m\n"
