@@ -5,7 +5,20 @@ Usage: page.py PAGE.md NAME <TEXT
 """
 import pathlib
 import re
+import subprocess
 import sys
+
+
+def table(head, rows):
+    """Markdown."""
+    lines = [head, ["---"] * len(head), *rows]
+    return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines)
+
+
+def gnuplot(script, target):
+    """Draws by the script, in the pages' size and fonts."""
+    head = f"set terminal svg size 720,420 font 'sans,13' background 'white'\nset output '{target}'\n"
+    subprocess.run(["gnuplot"], input=head + script, text=True, check=True)
 
 
 def fill(page, figures):

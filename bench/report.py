@@ -5,15 +5,9 @@ Usage: report.py RESULT_FOLDER PAGE.md PLOT.svg
 """
 import json
 import pathlib
-import subprocess
 import sys
 
-from page import fill
-
-
-def table(head, rows):
-    lines = [head, ["---"] * len(head), *rows]
-    return "\n".join("| " + " | ".join(str(cell) for cell in line) + " |" for line in lines)
+from page import fill, gnuplot, table
 
 
 def step_table(steps, without_files):
@@ -73,10 +67,8 @@ def plot(steps, target):
     names = sorted({row["bodies"] for row in steps})
     curves = ", ".join(f"'-' with linespoints linewidth 2 title '{name} {'body' if name == 1 else 'bodies'}'"
                        for name in names)
-    script = (f"set terminal svg size 720,420 font 'sans,13' background 'white'\nset output '{target}'\n"
-              "set logscale xy\nset key left top\nset grid\nset xlabel 'recorded steps before this one'\n"
-              f"set ylabel 'time of a step, against the first'\nplot {curves}\n" + "\ne\n".join(data) + "\ne\n")
-    subprocess.run(["gnuplot"], input=script, text=True, check=True)
+    gnuplot("set logscale xy\nset key left top\nset grid\nset xlabel 'recorded steps before this one'\n"
+            f"set ylabel 'time of a step, against the first'\nplot {curves}\n" + "\ne\n".join(data) + "\ne\n", target)
 
 
 def main():
