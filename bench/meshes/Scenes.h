@@ -20,8 +20,8 @@ struct Scene {
     std::string Title() const;
 };
 
-/// @param folder  where the large meshes of `scripts/make-meshes all` are; rings that are not there are generated, other
-///                scenes left out
+/// @param folder  where the large meshes of `scripts/make-meshes all` are; rings that are not there are generated,
+///                other scenes left out
 std::vector<Scene> Scenes(const std::filesystem::path& folder);
 
 /// The bodies after so many steps: all but the first have turned by a degree a step about the upright axis

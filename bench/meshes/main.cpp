@@ -1,5 +1,6 @@
 // vantor-meshes list | row | reference: the solver with meshes of CAD programs, beside the clock, the sum over dipoles
-// and the fewest closed forms. scripts/bench meshes runs every row in a process of its own and writes docs/performance.md.
+// and the fewest closed forms. scripts/bench meshes runs every row in a process of its own and writes the table of
+// docs/performance.md.
 #include "bench/meshes/Measure.h"
 #include "tests/simulator/solver/Facets.h"
 
@@ -14,8 +15,8 @@ namespace {
 
 using references::Model;
 
-/// Loads by charges, as MeshCases.cpp has them, and how far surface currents differ: from the force, and from the torque
-/// relative to force times 10 mm.
+/// Loads by charges, as MeshCases.cpp has them, and how far they are by surface currents: from the force, and from the
+/// torque relative to force times 10 mm.
 void PrintReferences() {
     for (const meshes::Case& one : meshes::Cases()) {
         const auto load = [&](Model model) {

@@ -40,9 +40,20 @@ void ExpectWithinEstimates(const Load& one, const Load& other) {
     EXPECT_LE((one.torque - other.torque).norm(), one.torqueError + other.torqueError);
 }
 
-std::vector<Body> RotorInARing(double degrees) {
+std::vector<Body> RotorInARing(double degrees = 20) {
     return {meshes::Body("stator", meshes::Small("ring"), {1.2, 0, 0}),
             meshes::Body("rotor", meshes::Small("rotor"), {1.2, 0, 0}, Place({0, 0, 2}, degrees))};
+}
+
+/// At default settings; solved once for all tests.
+const Solution& SolvedRotorInARing() {
+    static const Solution solution = Solve(RotorInARing());
+    return solution;
+}
+
+/// Balls, which take less time than what comes out of a file.
+meshes::SharedMesh BallOf(double radius) {
+    return meshes::Scaled(shapes::Shared(shapes::Ball(3)), radius);
 }
 
 } // namespace
@@ -74,51 +85,44 @@ TEST(MeshLoads, AreWithinTheWantedErrorAndTheirEstimates) {
 }
 
 TEST(MeshLoads, CancelBetweenTheBodies) {
-    const Solution solution = Solve(RotorInARing(20));
-    const Load &stator = solution.loads[0], &rotor = solution.loads[1];
+    const Load &stator = SolvedRotorInARing().loads[0], &rotor = SolvedRotorInARing().loads[1];
     EXPECT_LE((stator.force + rotor.force).norm(), 1e-12 * rotor.forceScale);
     EXPECT_LE((stator.torque + rotor.torque).norm(), 1e-12 * rotor.torqueScale);
-    EXPECT_GT(rotor.force.norm(), 0);
 }
 
 TEST(MeshLoads, AreTheSameBitsWithAnyNumberOfThreads) {
-    Options options;
-    options.threads = 1;
-    const Solution alone = Solve(RotorInARing(20), options);
-    for (const int threads : {2, 7}) {
+    for (const int threads : {1, 2, 7}) {
+        Options options;
         options.threads = threads;
-        ExpectSame(Solve(RotorInARing(20), options), alone);
+        ExpectSame(Solve(RotorInARing(), options), SolvedRotorInARing());
     }
 }
 
 TEST(MeshLoads, TurnWithTheBodies) {
-    const Load still = Solve(RotorInARing(20)).loads[1];
     const Eigen::Isometry3d move = Place({70, -40, 25}, 63, {2, -1, 3});
-    std::vector<Body> bodies = RotorInARing(20);
+    std::vector<Body> bodies = RotorInARing();
     for (Body& body : bodies) {
         body.magnets[0].pose = move * body.magnets[0].pose;
     }
-    const Load moved = Solve(bodies).loads[1];
-    Load expected = still;
-    expected.force = move.linear() * still.force;
-    expected.torque = move.linear() * still.torque + move.translation().cross(expected.force);
-    ExpectWithinEstimates(moved, expected);
+    Load expected = SolvedRotorInARing().loads[1];
+    expected.force = move.linear() * expected.force;
+    expected.torque = move.linear() * expected.torque + move.translation().cross(expected.force);
+    ExpectWithinEstimates(Solve(bodies).loads[1], expected);
 }
 
 TEST(MeshLoads, DoNotDependOnTheOrderOfTheTriangles) {
-    std::vector<Body> shuffled = RotorInARing(20);
+    std::vector<Body> shuffled = RotorInARing();
     for (Body& body : shuffled) {
         body.magnets[0].mesh = meshes::Shuffled(body.magnets[0].mesh);
     }
-    ExpectWithinEstimates(Solve(shuffled).loads[1], Solve(RotorInARing(20)).loads[1]);
+    ExpectWithinEstimates(Solve(shuffled).loads[1], SolvedRotorInARing().loads[1]);
 }
 
 TEST(MeshLoads, OfAKeptSolverAreThoseOfANewOneToTheLastBit) {
     Solver kept;
-    for (const double degrees : {0.0, 1.0, 25.0}) {
-        SCOPED_TRACE(degrees);
-        ExpectSame(kept.Solve(RotorInARing(degrees)), Solve(RotorInARing(degrees)));
-    }
+    kept.Solve(RotorInARing(0));
+    ExpectSame(kept.Solve(RotorInARing(25)), Solve(RotorInARing(25)));
+    ExpectSame(kept.Solve(RotorInARing()), SolvedRotorInARing());
 }
 
 /// What a solver knows of a mesh goes with the mesh and its magnetisation, and not with the body or the address.
@@ -127,18 +131,18 @@ TEST(MeshLoads, OfAKeptSolverFollowChangedMagnetsAndMeshes) {
     const auto expectAsNew = [&kept](const std::vector<Body>& bodies) {
         ExpectSame(kept.Solve(bodies), Solve(bodies));
     };
-    std::vector<Body> bodies = RotorInARing(20);
+    std::vector<Body> bodies{meshes::Body("large", BallOf(0.02), {0, 0, 1}),
+                             meshes::Body("small", BallOf(0.01), {1, 0, 0}, Place({5, 0, 31}))};
     expectAsNew(bodies);
     bodies[1].magnets[0].magnetisation = {0, 2e5, 7e5};
     expectAsNew(bodies);
     std::swap(bodies[0], bodies[1]);
     expectAsNew(bodies);
-    for (const double factor : {0.9, 0.8, 0.7}) { // each at the address of the one before, likely
+    for (const double radius : {0.009, 0.008}) { // each at the address of the one before, likely
         bodies[0].magnets[0].mesh = nullptr;
-        bodies[0].magnets[0].mesh = meshes::Scaled(meshes::Small("rotor"), factor);
+        bodies[0].magnets[0].mesh = BallOf(radius);
         expectAsNew(bodies);
     }
     bodies[1].magnets[0].mesh = bodies[0].magnets[0].mesh;
-    bodies[1].magnets[0].pose = Place({0, 0, -9});
     expectAsNew(bodies);
 }
