@@ -37,15 +37,20 @@ if(WIN32 AND NOT MSVC)
 endif()
 
 # The target tests-LABEL builds all programs of a label.
-# kinora_add_test(NAME name SOURCES ... LIBRARIES ... LABELS ... [TIMEOUT seconds] [SERIAL])
-# One googletest program, one ctest test.
+# kinora_add_test(NAME name SOURCES ... LIBRARIES ... LABELS ... [TIMEOUT seconds] [SERIAL] [APART])
+# One googletest program, one ctest test. Its sources are compiled together (KinoraTarget.cmake); APART: each by itself.
 function(kinora_add_test)
-    cmake_parse_arguments(arg "SERIAL" "NAME;TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
+    cmake_parse_arguments(arg "APART;SERIAL" "NAME;TIMEOUT" "SOURCES;LIBRARIES;LABELS" ${ARGN})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
     add_executable(${arg_NAME} ${arg_SOURCES})
     kinora_configure_test(${arg_NAME})
+    if(NOT arg_APART)
+        kinora_compile_together(${arg_NAME} 8)
+        # GCC takes sources that are compiled together for headers, whose unnamed namespaces would be several.
+        target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    endif()
     target_link_libraries(${arg_NAME} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
     if("kinora_test_support" IN_LIST arg_LIBRARIES)
         kinora_precompile(${arg_NAME} REUSE_FROM kinora_test_support) # the platform's headers too

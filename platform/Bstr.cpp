@@ -10,16 +10,16 @@
 namespace {
 
 /// What stands before the characters; they begin behind it, aligned.
-struct Head {
+struct TextHead {
     std::uint32_t unused;
     std::uint32_t bytes;
 };
 
 constexpr std::size_t longest =
-    (std::numeric_limits<std::uint32_t>::max() - sizeof(Head)) / sizeof(OLECHAR) - 1; // and the closing zero
+    (std::numeric_limits<std::uint32_t>::max() - sizeof(TextHead)) / sizeof(OLECHAR) - 1; // and the closing zero
 
-Head* HeadOf(BSTR text) {
-    return reinterpret_cast<Head*>(text) - 1;
+TextHead* HeadOf(BSTR text) {
+    return reinterpret_cast<TextHead*>(text) - 1;
 }
 
 } // namespace
@@ -29,7 +29,7 @@ BSTR SysAllocStringLen(const OLECHAR* text, UINT length) {
         return nullptr;
     }
     auto* const head =
-        static_cast<Head*>(platform::Allocate(sizeof(Head) + (length + std::size_t{1}) * sizeof(OLECHAR)));
+        static_cast<TextHead*>(platform::Allocate(sizeof(TextHead) + (length + std::size_t{1}) * sizeof(OLECHAR)));
     if (!head) {
         return nullptr;
     }

@@ -16,12 +16,12 @@ using platform::CopyElement;
 using platform::ElementSize;
 
 /// What stands before the array's record: the type of its elements.
-struct alignas(std::max_align_t) Head {
+struct alignas(std::max_align_t) ArrayHead {
     VARTYPE type;
 };
 
-Head* HeadOf(SAFEARRAY* array) {
-    return reinterpret_cast<Head*>(array) - 1;
+ArrayHead* HeadOf(SAFEARRAY* array) {
+    return reinterpret_cast<ArrayHead*>(array) - 1;
 }
 
 VARTYPE TypeOf(SAFEARRAY* array) {
@@ -60,12 +60,12 @@ void* AllocateElements(const SAFEARRAY& array) {
 
 SAFEARRAY* AllocateRecord(VARTYPE type, UINT rank) {
     const std::size_t further = (rank - std::size_t{1}) * sizeof(SAFEARRAYBOUND);
-    void* const memory = platform::Allocate(sizeof(Head) + sizeof(SAFEARRAY) + further);
+    void* const memory = platform::Allocate(sizeof(ArrayHead) + sizeof(SAFEARRAY) + further);
     if (!memory) {
         return nullptr;
     }
-    std::memset(memory, 0, sizeof(Head) + sizeof(SAFEARRAY) + further);
-    Head* const head = new (memory) Head{type};
+    std::memset(memory, 0, sizeof(ArrayHead) + sizeof(SAFEARRAY) + further);
+    ArrayHead* const head = new (memory) ArrayHead{type};
     auto* const array = reinterpret_cast<SAFEARRAY*>(head + 1);
     array->cDims = static_cast<USHORT>(rank);
     array->cbElements = static_cast<ULONG>(ElementSize(type));

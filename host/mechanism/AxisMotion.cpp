@@ -10,9 +10,6 @@ using namespace scenario;
 
 namespace {
 
-/// Metres or radians per second. Light goes no faster, and no rotor turns so fast.
-constexpr double fastest = 3e8;
-
 Eigen::Index Index(std::size_t i) {
     return static_cast<Eigen::Index>(i);
 }

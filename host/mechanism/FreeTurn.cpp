@@ -89,8 +89,8 @@ PrincipalInertia PrincipalInertiaOf(const Matrix& inertia) {
 
 FreeTurn TurnFreely(const Quaternion& turn, const Vector& angularMomentum_W, const PrincipalInertia& inertia,
                     double duration) {
-    const double fastest = angularMomentum_W.norm() / inertia.moments.minCoeff();
-    const double stretches = std::fmax(1.0, std::ceil(fastest * std::fabs(duration) / longestStretch));
+    const double fastestTurn = angularMomentum_W.norm() / inertia.moments.minCoeff();
+    const double stretches = std::fmax(1.0, std::ceil(fastestTurn * std::fabs(duration) / longestStretch));
     Splitting splitting(turn, angularMomentum_W, inertia);
     for (double i = 0.0; i < stretches; ++i) {
         splitting.Advance(duration / stretches);

@@ -21,11 +21,11 @@ double Sign(double value) {
 }
 
 /// One stretch in which the direction of motion does not change.
-struct Stretch {
+struct OneWayFlow {
     double speed;
     double path;
 };
-Stretch FlowOneWay(double speed, double push, double inertia, double damping, double duration) {
+OneWayFlow FlowOneWay(double speed, double push, double inertia, double damping, double duration) {
     const double x = damping * duration / inertia;
     const double gain = push / inertia * duration;
     return {speed * std::exp(-x) + gain * MeanDecay(x), duration * (speed * MeanDecay(x) + gain * MeanOfMeanDecay(x))};
@@ -61,7 +61,7 @@ SpeedFlow FlowSpeed(double speed, double force, double inertia, double damping, 
         const double standstill = standsStill ? std::numeric_limits<double>::infinity()
                                               : TimeToStandstill(flow.speed, push, inertia, damping);
         const double time = std::fmin(left, standstill);
-        const Stretch stretch = FlowOneWay(flow.speed, push, inertia, damping, time);
+        const OneWayFlow stretch = FlowOneWay(flow.speed, push, inertia, damping, time);
         path += stretch.path;
         flow.speed = standstill <= left ? 0.0 : stretch.speed;
         left -= time;

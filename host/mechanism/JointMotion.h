@@ -26,6 +26,9 @@ struct Screws {
 /// Symmetric: the kinetic energy is half of velocity times mass matrix times velocity.
 using MassMatrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 6, 6>;
 
+/// Metres or radians per second. Light goes no faster, and no rotor turns so fast.
+constexpr double fastest = 3e8;
+
 /// The bodies of one joint as one rigid body: how they are moved, and how they move. The state is in the caller's
 /// record. Springs, loads and flows are of the coordinates that are free; of the others they are 0.
 class JointMotion {

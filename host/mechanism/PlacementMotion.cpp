@@ -9,8 +9,6 @@ using namespace scenario;
 
 namespace {
 
-/// Metres per second: light goes no faster.
-constexpr double fastest = 3e8;
 /// Turns in one time step: nobody sees the field of a body that turns so fast.
 constexpr double mostTurnsPerStep = 100.0;
 constexpr double fullTurn = 6.283185307179586; // radians

@@ -388,8 +388,8 @@ TEST_F(Step, LogHasSixSignificantDigits) {
 
 TEST_F(Step, NumbersThatAreNoneAreRecordedAsSuch) {
     AddBody(L"R");
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    EXPECT_TRUE(Analyze(0.0, {MakeBody("R", std::numeric_limits<double>::quiet_NaN(), infinity, -infinity)}));
+    constexpr double endless = std::numeric_limits<double>::infinity();
+    EXPECT_TRUE(Analyze(0.0, {MakeBody("R", std::numeric_limits<double>::quiet_NaN(), endless, -endless)}));
     EXPECT_THAT(Log(), HasSubstr("\r\n0,0,nan,inf,-inf,0,-0,0,"));
     EXPECT_THAT(Updates(), testing::IsSupersetOf({"R_X=nanMeter", "R_Y=infMeter", "R_Z=-infMeter"}));
 }

@@ -86,7 +86,7 @@ std::wstring FinalName(const File& file) {
 }
 
 /// A path's own conversion goes by the locale on some systems.
-std::wstring Wide(const std::string& utf8) {
+std::wstring FromUtf8(const std::string& utf8) {
     std::wstring wide(utf8.size(), L'\0');
     const int length = static_cast<int>(utf8.size());
     wide.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), length)));
@@ -106,7 +106,7 @@ protected:
     }
     /// The path of something in the test's folder, its name in UTF-8.
     std::filesystem::path Path(const std::string& name) const { return m_folder / std::filesystem::u8path(name); }
-    std::wstring In(const std::string& name) const { return Wide(Path(name).u8string()); }
+    std::wstring In(const std::string& name) const { return FromUtf8(Path(name).u8string()); }
     std::wstring MakeFile(const std::string& name, const std::string& bytes = "") const {
         std::ofstream(Path(name), std::ios::binary) << bytes;
         return In(name);

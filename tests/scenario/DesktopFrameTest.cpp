@@ -1,13 +1,13 @@
 #include "scenario/DesktopFrame.h"
 
+#include "tests/support/Pi.h"
+
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 
 namespace kinora::scenario {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
 
 /// The axes that the desktop makes of a transform: R_WF.
 Matrix FrameOf(const IKinoraVeltrixInterface::Transform& transform) {
@@ -17,7 +17,7 @@ Matrix FrameOf(const IKinoraVeltrixInterface::Transform& transform) {
 
 /// Orientations without any right angle.
 const Matrix drawn = Rotation(Vector(1, 2, -2) / 3.0, 0.8);
-const Matrix turned = Rotation(Vector(2, -6, 3) / 7.0, 2.3) * drawn;
+const Matrix turnedAxes = Rotation(Vector(2, -6, 3) / 7.0, 2.3) * drawn;
 
 TEST(Transform, OfATurnAboutXHoldsTheBodysAxesAsRows) {
     const auto transform =
@@ -49,7 +49,7 @@ TEST(Transform, TurnsFromTheDrawnPoseOn) {
     EXPECT_EQ(identity, Matrix::Identity());
     EXPECT_LT((FrameOf(ToTransform("rotor", drawnPose, drawn)) - Matrix::Identity()).norm(), 1e-15);
     const Matrix R_WD = Rotation(Vector(2, -6, 3) / 7.0, 2.3); // from drawn to turned
-    EXPECT_LT((FrameOf(ToTransform("rotor", {Vector::Zero(), turned}, drawn)) - R_WD).norm(), 1e-14);
+    EXPECT_LT((FrameOf(ToTransform("rotor", {Vector::Zero(), turnedAxes}, drawn)) - R_WD).norm(), 1e-14);
 }
 
 TEST(BodyAxes, BecomeTheDesktopsAndBack) {
@@ -81,12 +81,12 @@ TEST(BodyAxes, AndTheTransformMeetInTheSameGlobalVector) {
     // A direction of the body, seen by the desktop, comes out where the body has carried it.
     const Vector direction_B(0.2, -0.7, 0.4);
     const auto material = ToDesktopAxes({"", {0.2, -0.7, 0.4}}, drawn);
-    const Matrix R_WD = FrameOf(ToTransform("rotor", {Vector::Zero(), turned}, drawn));
+    const Matrix R_WD = FrameOf(ToTransform("rotor", {Vector::Zero(), turnedAxes}, drawn));
     const Vector direction_W = R_WD * Eigen::Map<const Vector>(material.coercivityDirection);
-    EXPECT_LT((direction_W - turned * direction_B).norm(), 1e-14);
+    EXPECT_LT((direction_W - turnedAxes * direction_B).norm(), 1e-14);
     // A load of the desktop is the same global vector by the body's own axes.
     IKinoraVeltrixInterface::Result result_D{{1.0, -2.0, 0.5}, {300.0, 20.0, -1.0}};
-    const Load load = ToLoad(ToBodyAxes(result_D, drawn), turned);
+    const Load load = ToLoad(ToBodyAxes(result_D, drawn), turnedAxes);
     EXPECT_LT((load.force_W - R_WD * Vector(1.0, -2.0, 0.5)).norm(), 1e-14);
     EXPECT_LT((load.torque_W - R_WD * Vector(0.3, 0.02, -0.001)).norm(), 1e-14);
 }

@@ -1,13 +1,12 @@
 #include "scenario/JointReader.h"
 
 #include "tests/scenario/ScenarioFixture.h"
+#include "tests/support/Pi.h"
 
 #include <cmath>
 
 namespace kinora::scenario {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
 
 /// The bodies of the smallest scenario: a rotor with a mass and an inertia, and a stator beside it.
 class JointReaderCases : public ScenarioFixture {

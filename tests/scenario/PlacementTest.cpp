@@ -1,12 +1,12 @@
 #include "scenario/Placement.h"
 
+#include "tests/support/Pi.h"
+
 #include <cmath>
 #include <gtest/gtest.h>
 
 namespace kinora::scenario {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
 
 PrescribedTurn About(const Vector& axis, const char* formula) {
     return PrescribedTurn(

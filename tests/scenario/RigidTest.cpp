@@ -1,12 +1,12 @@
 #include "scenario/Rigid.h"
 
+#include "tests/support/Pi.h"
+
 #include <cmath>
 #include <gtest/gtest.h>
 
 namespace kinora::scenario {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
 
 Quaternion AxisAngle(const Vector& axis, double angle) {
     return Quaternion(Eigen::AngleAxisd(angle, axis.normalized()));

@@ -3,6 +3,7 @@
 #include "tests/support/FakeDesktop.h"
 
 #include "tests/support/MemoryGuard.h"
+#include "tests/support/Number.h"
 
 #include <array>
 #include <cmath>
@@ -42,13 +43,6 @@ struct Caller {
         return object.Invoke(id, iid, locale, flags, &parameters, &result, exception, argumentError);
     }
 };
-
-VARIANT Number(double number) {
-    VARIANT variant{};
-    variant.vt = VT_R8;
-    variant.dblVal = number;
-    return variant;
-}
 
 VARIANT OfType(VARTYPE type, LONG bits) {
     VARIANT variant{};

@@ -2,6 +2,7 @@
 
 #include "tests/support/Transcript.h"
 
+#include "tests/support/Number.h"
 #include "tests/support/Object.h"
 
 #include <gtest/gtest.h>
@@ -23,13 +24,6 @@ void Call(Object& object, std::wstring name, std::vector<VARIANT> arguments = {}
     DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
     VARIANT result{};
     object.Invoke(id, IID_NULL, locale, DISPATCH_METHOD, &parameters, &result, nullptr, nullptr);
-}
-
-VARIANT Number(double number) {
-    VARIANT variant{};
-    variant.vt = VT_R8;
-    variant.dblVal = number;
-    return variant;
 }
 
 /// What is told when this text is the journal.

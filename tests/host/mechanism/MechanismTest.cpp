@@ -2,6 +2,7 @@
 
 #include "scenario/Errors.h"
 #include "tests/host/Joints.h"
+#include "tests/support/Pi.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -11,8 +12,6 @@ namespace kinora::host {
 using namespace scenario;
 
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
 
 Expression Formula(const char* text) {
     return Expression::Parse(text, Expression::Variables::TimeAndCoordinate);

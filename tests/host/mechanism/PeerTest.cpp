@@ -16,7 +16,7 @@ namespace {
 
 using namespace scenario;
 
-constexpr double duration = 0.5;
+constexpr double flightSeconds = 0.5;
 
 SimTK::Vec3 ToSimTk(const Vector& vector) {
     return {vector.x(), vector.y(), vector.z()};
@@ -74,7 +74,7 @@ SimTK::Transform SolvedByThePeer(const Scenario& scenario) {
     integrator.setAccuracy(1e-11);
     SimTK::TimeStepper stepper(system, integrator);
     stepper.initialize(state);
-    stepper.stepTo(duration);
+    stepper.stepTo(flightSeconds);
     return flight.getBodyTransform(stepper.getState());
 }
 
@@ -85,7 +85,7 @@ std::pair<double, double> ErrorAgainst(const SimTK::Transform& peer, const Scena
     mechanism.Start();
     mechanism.ApplyLoads(none);
     for (int step = 1; step <= steps; ++step) {
-        mechanism.Move(duration * step / steps);
+        mechanism.Move(flightSeconds * step / steps);
         mechanism.ApplyLoads(none);
     }
     Matrix R_WB;

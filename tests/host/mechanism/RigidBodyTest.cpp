@@ -1,6 +1,7 @@
 #include "host/mechanism/FreeTurn.h"
 #include "host/mechanism/Mechanism.h"
 #include "tests/host/Joints.h"
+#include "tests/support/Pi.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -12,7 +13,6 @@ using namespace scenario;
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 constexpr double gravity = 9.80665;
 
 /// One body on a ball or free joint.
@@ -155,7 +155,7 @@ TEST(RigidBody, PrecessesAsASymmetricHeavyTop) {
 }
 
 /// A tumbling body that hangs off its centre on a bushing to the ground, and flies.
-Scenario Tumbling() {
+Scenario TumblingOnBushing() {
     FreePlacement start;
     start.turn = TurnBy({0.1, 0.2, -0.1});
     start.velocity_W = {0.3, -0.2, 0.5};
@@ -175,7 +175,7 @@ Scenario Tumbling() {
 }
 
 TEST(RigidBody, HalvingTheStepQuartersTheError) {
-    const Scenario scenario = Tumbling();
+    const Scenario scenario = TumblingOnBushing();
     const PlacementState coarse = StateAfter(scenario, 0.5, 500);
     const PlacementState middle = StateAfter(scenario, 0.5, 1000);
     const PlacementState fine = StateAfter(scenario, 0.5, 2000);
@@ -188,7 +188,7 @@ TEST(RigidBody, HalvingTheStepQuartersTheError) {
 }
 
 TEST(RigidBody, RunsBackToWhereItCameFrom) {
-    Scenario scenario = Tumbling();
+    Scenario scenario = TumblingOnBushing();
     const PlacementState there = StateAfter(scenario, 0.5, 500);
     auto& back = std::get<FreePlacement>(scenario.joints[0].placement);
     const FreePlacement start = back;
@@ -204,7 +204,7 @@ TEST(RigidBody, RunsBackToWhereItCameFrom) {
 }
 
 TEST(RigidBody, EnergyBooksCloseAndDoNotDrift) {
-    const Scenario scenario = Tumbling();
+    const Scenario scenario = TumblingOnBushing();
     const auto worstImbalance = [&](double end, int steps) {
         Mechanism mechanism(scenario);
         std::optional<double> stored;
