@@ -2,9 +2,9 @@
 """Runs clang-tidy over the project's own sources and remembers what was clean.
 
 Most of clang-tidy's time goes into the headers of others, which it looks through again for every source. So the sources of
-a folder that are compiled alike are first looked at together, as if they were one; when anything is found there, or they
-cannot stand together, each is looked at by itself, and only that counts. Sources whose folder has settings of its own are
-always looked at by themselves: the analyzer follows the paths of a main file only.
+a folder that are compiled alike are first looked at together, written into one file behind each other (the analyzer follows
+the paths of a main file only, not of what it includes); when anything is found there, or they cannot stand together, each is
+looked at by itself, and only that counts.
 
 usage: tidy.py STAMPS DATABASE...
 
@@ -24,7 +24,7 @@ import subprocess
 import sys
 
 INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
-TOGETHER = 16
+TOGETHER = 20
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
@@ -58,12 +58,15 @@ def add_text(path, search, digest, seen):
             add_text(folder / os.fsdecode(name), search, digest, seen)
 
 
+def settings(source):
+    """The files with the settings for a source, the nearest first."""
+    return [folder / ".clang-tidy" for folder in pathlib.Path(source).parents if (folder / ".clang-tidy").is_file()]
+
+
 def key(source, command, version):
     digest = hashlib.sha256(version + command.encode())
-    for folder in pathlib.Path(source).parents:
-        settings = folder / ".clang-tidy"
-        if settings.is_file():
-            digest.update(settings.read_bytes())
+    for file in settings(source):
+        digest.update(file.read_bytes())
     search = [pathlib.Path(folder) for folder in re.findall(r"-I(\S+)", command)]
     add_text(pathlib.Path(source), search, digest, set())
     return digest.hexdigest()
@@ -95,9 +98,7 @@ def groups(pending):
     together = {}
     for task in pending:
         source, _, command, _ = task
-        folder = pathlib.Path(source).parent
-        alone = any((parent / ".clang-tidy").is_file() for parent in [folder, *folder.parents] if ROOT in parent.parents)
-        together.setdefault(source if alone else (folder, flags(source, command)), []).append(task)
+        together.setdefault((pathlib.Path(source).parent, flags(source, command)), []).append(task)
     for tasks in together.values():
         for first in range(0, len(tasks), TOGETHER):
             yield tasks[first:first + TOGETHER]
@@ -106,12 +107,12 @@ def groups(pending):
 def check_group(tasks, folder):
     """The findings of sources, as text."""
     if len(tasks) > 1:
-        text = "".join(f'#include "{source}"\n' for source, _, _, _ in tasks)
+        sources = [pathlib.Path(source) for source, _, _, _ in tasks]
+        text = "\n".join(source.read_text() for source in sources)
         unit = folder / (hashlib.sha256(text.encode()).hexdigest() + ".cpp")
         unit.write_text(text)
-        run = subprocess.run(["clang-tidy", "--quiet", f"--config-file={ROOT / '.clang-tidy'}",
-                              "--checks=-bugprone-suspicious-include", str(unit), "--", *flags(tasks[0][0], tasks[0][2])],
-                             cwd=ROOT, capture_output=True, text=True)
+        run = subprocess.run(["clang-tidy", "--quiet", f"--config-file={settings(sources[0])[0]}", str(unit), "--",
+                              *flags(tasks[0][0], tasks[0][2])], cwd=ROOT, capture_output=True, text=True)
         unit.unlink()
         if run.returncode == 0:
             for _, _, _, stamp in tasks:
