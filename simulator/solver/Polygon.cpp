@@ -1,6 +1,5 @@
 #include "simulator/solver/Polygon.h"
 
-#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
@@ -365,22 +364,6 @@ Eigen::Vector3d InSpace(const Polygon& polygon, const Eigen::Vector2d& v) {
     return v.x() * polygon.xAxis + v.y() * polygon.yAxis;
 }
 
-Eigen::Matrix2d SecondMoments(const Polygon& polygon, const std::vector<Eigen::Vector3d>& vertices,
-                              const std::vector<Facet>& facets, const Group& group) {
-    Eigen::Matrix2d moments = Eigen::Matrix2d::Zero();
-    for (const Index index : group) {
-        Eigen::Vector2d sum = Eigen::Vector2d::Zero();
-        Eigen::Matrix2d squares = Eigen::Matrix2d::Zero();
-        for (const Index corner : facets[index].corners) {
-            const Eigen::Vector2d v = InPlane(polygon, vertices[corner]);
-            sum += v;
-            squares += v * v.transpose();
-        }
-        moments += facets[index].area / 12 * (squares + sum * sum.transpose());
-    }
-    return moments;
-}
-
 } // namespace
 
 void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
@@ -396,17 +379,6 @@ void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
         polygon.planeEdges.push_back({start.x(), start.y(), along.x(), along.y(), length});
         polygon.edges.push_back({polygon.centre + InSpace(polygon, start), InSpace(polygon, along),
                                  InSpace(polygon, {along.y(), -along.x()}), length});
-    }
-}
-
-void SetMassPoints(Polygon& polygon, const Eigen::Matrix2d& moments) {
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix2d> principal(moments / polygon.area);
-    for (int i = 0; i < 2; ++i) {
-        const double reach = std::sqrt(2 * std::max(0.0, principal.eigenvalues()[i]));
-        const Eigen::Vector3d offset = InSpace(polygon, reach * principal.eigenvectors().col(i));
-        const std::size_t index = 2 * static_cast<std::size_t>(i);
-        polygon.massPoints[index] = polygon.centre + offset;
-        polygon.massPoints[index + 1] = polygon.centre - offset;
     }
 }
 
@@ -428,7 +400,6 @@ std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vect
             segments.push_back({InPlane(polygon, mesh.vertices[from]), InPlane(polygon, mesh.vertices[to])});
         }
         SetOutline(polygon, segments);
-        SetMassPoints(polygon, SecondMoments(polygon, mesh.vertices, facets, groups.At(i)));
     }
     return polygons;
 }

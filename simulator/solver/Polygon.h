@@ -40,8 +40,6 @@ struct Polygon {
     std::vector<Edge> edges;
     /// The same edges in the same order.
     std::vector<PlaneEdge> planeEdges;
-    /// Four points of equal weight with the area, the centroid and the second moments of the polygon.
-    std::array<Eigen::Vector3d, 4> massPoints;
 };
 
 /// A directed piece of an outline in the plane coordinates of a polygon.
@@ -51,10 +49,6 @@ struct PlaneSegment {
 
 /// Sets the edges and the radius of a polygon that has its centre and axes. Pieces without length are left out.
 void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline);
-
-/// Sets the mass points of a polygon that has its centre, axes and area.
-/// @param moments  second moments of the area about the centre along the axes, m^4
-void SetMassPoints(Polygon& polygon, const Eigen::Matrix2d& moments);
 
 /// The faces of a mesh on which `magnetisation` leaves a charge; those along it are left out.
 /// @param mesh  indices in range, coordinates finite

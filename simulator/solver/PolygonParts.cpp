@@ -54,7 +54,7 @@ struct AreaMoments {
     double area = 0;
     bool isSlit = false;
     Vector2d centroid;
-    /// About the centroid, m^4.
+    /// Second moments about the centroid, m^4.
     Matrix2d second = Matrix2d::Zero();
 };
 
@@ -229,7 +229,6 @@ private:
             edge.end -= moments.centroid;
         }
         SetOutline(part, outline);
-        SetMassPoints(part, moments.second);
         m_parts.push_back(std::move(part));
     }
 

@@ -66,9 +66,6 @@ Polygon Posed(const Eigen::Isometry3d& pose, const Polygon& polygon) {
         turn(edge.direction);
         turn(edge.outward);
     }
-    for (Vector3d& point : posed.massPoints) {
-        move(point);
-    }
     return posed;
 }
 

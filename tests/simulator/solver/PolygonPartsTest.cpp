@@ -40,12 +40,10 @@ Polygon PolygonOf(const std::vector<Corners>& outlines) {
     }
     double area = 0;
     Vector2d first = Vector2d::Zero();
-    Eigen::Matrix2d second = Eigen::Matrix2d::Zero();
     for (const auto& [a, b] : edges) {
         const double triangle = (a.x() * b.y() - a.y() * b.x()) / 2;
         area += triangle;
         first += triangle / 3 * (a + b);
-        second += triangle / 12 * (a * a.transpose() + b * b.transpose() + (a + b) * (a + b).transpose());
     }
     const Vector2d centre = first / area;
     for (auto& [a, b] : edges) {
@@ -60,7 +58,6 @@ Polygon PolygonOf(const std::vector<Corners>& outlines) {
     polygon.centre = turn * Vector3d(centre.x() + 0.2, centre.y() - 0.1, 0.3);
     polygon.area = area;
     SetOutline(polygon, edges);
-    SetMassPoints(polygon, second - area * centre * centre.transpose());
     return polygon;
 }
 
@@ -80,11 +77,13 @@ Corners Comb(int teeth, double length) {
     return corners;
 }
 
-/// The integral of p p^T over the polygon, by its mass points.
+/// The integral of p p^T over the polygon, by the triangles between its edges and its centre.
 Eigen::Matrix3d SquareSum(const Polygon& polygon) {
-    Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();
-    for (const Vector3d& point : polygon.massPoints) {
-        sum += polygon.area / 4 * point * point.transpose();
+    Eigen::Matrix3d sum = polygon.area * polygon.centre * polygon.centre.transpose();
+    for (const auto& edge : polygon.edges) {
+        const Vector3d a = edge.start - polygon.centre, b = edge.At(edge.length) - polygon.centre;
+        const double triangle = a.cross(b).dot(polygon.normal) / 2;
+        sum += triangle / 12 * (a * a.transpose() + b * b.transpose() + (a + b) * (a + b).transpose());
     }
     return sum;
 }

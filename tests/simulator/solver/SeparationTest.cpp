@@ -16,7 +16,7 @@ Body RingOf(const std::string& name, double innerRadius, double radius, double h
     ring.radius = radius;
     ring.height = height;
     ring.sides = 192;
-    return {name, {{name + "_magnet", shapes::Shared(shapes::Finer(MeshOf(ring), 2)), ring.magnetisation}}};
+    return {name, {{name + "_magnet", shapes::Shared(shapes::Finer(MeshOf(ring), 1)), ring.magnetisation}}};
 }
 
 std::string ErrorOf(const std::vector<Body>& bodies) {

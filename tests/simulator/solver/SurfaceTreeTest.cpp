@@ -4,6 +4,7 @@
 #include "tests/simulator/solver/Shapes.h"
 #include "tests/simulator/solver/SurfaceReferences.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <functional>
@@ -41,10 +42,15 @@ Prism Ring(double innerRadius, double outerRadius, int sides) {
     return ring;
 }
 
+/// The least of a few: what else runs on the machine only adds.
 double Seconds(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    double least = 1e9;
+    for (int i = 0; i < 4; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        least = std::min(least, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    }
+    return least;
 }
 
 } // namespace
@@ -159,9 +165,9 @@ TEST(SurfaceTree, KnowsAMagnetInABoreFromOneInAWall) {
 
 TEST(SurfaceTree, LooksAtFewTrianglesAcrossAThinGap) {
     // Thousands of triangles of some millimetres on either side, a tenth of a millimetre apart.
-    const SurfaceTree ring(shapes::Finer(MeshOf(Ring(0.04, 0.05, 24)), 3));
-    const SurfaceTree inner(shapes::Finer(MeshOf(Ring(0.04, 0.05, 192)), 2));
-    const TriangleMesh around = shapes::Finer(MeshOf(Ring(0.0501, 0.06, 192)), 2);
+    const SurfaceTree ring(shapes::Finer(MeshOf(Ring(0.04, 0.05, 24)), 2));
+    const SurfaceTree inner(shapes::Finer(MeshOf(Ring(0.04, 0.05, 192)), 1));
+    const TriangleMesh around = shapes::Finer(MeshOf(Ring(0.0501, 0.06, 192)), 1);
     const SurfaceTree outer(around);
     const double build = Seconds([&] { SurfaceTree tree(around); });
     for (const double angle : {0.0, 0.1}) {
