@@ -99,37 +99,45 @@ void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points) {
 ChargeTree::ChargeTree(const std::vector<ChargedFace>& faces) {
     m_nodes.reserve(2 * faces.size());
     m_moments.reserve(faces.size());
-    Branches branches;
-    branches.reserve(faces.size());
-    for (const ChargedFace& face : faces) {
-        branches.push_back(AddFace(face));
-    }
-    m_root = Join(branches, 0, branches.size()).node;
+    m_root = Joined(faces).node;
 }
 
-ChargeTree::Branch ChargeTree::AddFace(const ChargedFace& face) {
-    const std::size_t edges = face.polygon.edges.size();
-    if (edges <= fewEdges) {
-        return AddLeaf(face);
+ChargeTree::Branch ChargeTree::Joined(const std::vector<ChargedFace>& faces) {
+    std::vector<std::unique_ptr<const Branch>> branches;
+    Items items;
+    items.reserve(faces.size());
+    for (const ChargedFace& face : faces) {
+        Item item;
+        item.centre = face.polygon.centre;
+        item.radius = face.polygon.radius;
+        item.charge = std::abs(face.charge) * face.polygon.area;
+        item.face = &face;
+        item.number = items.size();
+        if (face.polygon.edges.size() > fewEdges) {
+            branches.push_back(std::make_unique<const Branch>(WithParts(face)));
+            item.branch = branches.back().get();
+        }
+        items.push_back(item);
     }
+    return Join(items, 0, items.size());
+}
+
+ChargeTree::Branch ChargeTree::WithParts(const ChargedFace& face) {
     auto parts = std::make_unique<std::vector<ChargedFace>>();
-    for (Polygon& part : CutToEdges(face.polygon, std::max(fewEdges, edges * 2 / 3))) {
+    for (Polygon& part : CutToEdges(face.polygon, std::max(fewEdges, face.polygon.edges.size() * 2 / 3))) {
         parts->push_back({std::move(part), face.charge});
     }
     if (parts->size() < 2) {
-        return AddLeaf(face);
-    }
-    Branches branches;
-    for (const ChargedFace& part : *parts) {
-        branches.push_back(AddFace(part));
+        return LeafOf(face);
     }
     m_parts.push_back(std::move(parts));
-    Branch whole = Join(branches, 0, branches.size());
+    const std::vector<ChargedFace>& kept = *m_parts.back();
+    Branch whole = Joined(kept);
     m_nodes[whole.node].face = &face;
     return whole;
 }
 
-ChargeTree::Branch ChargeTree::AddLeaf(const ChargedFace& face) {
+ChargeTree::Branch ChargeTree::LeafOf(const ChargedFace& face) {
     std::vector<WeightedPoint> points;
     Entry entry;
     entry.cluster = ClusterOfFace(face, points);
@@ -140,16 +148,20 @@ ChargeTree::Branch ChargeTree::AddLeaf(const ChargedFace& face) {
     return {static_cast<Node>(m_nodes.size() - 1), moments};
 }
 
-ChargeTree::Branch ChargeTree::Join(Branches& branches, std::size_t begin, std::size_t end) {
+ChargeTree::Branch ChargeTree::Join(Items& items, std::size_t begin, std::size_t end) {
     if (end - begin == 1) {
-        return branches[begin];
+        Item& item = items[begin];
+        Branch branch = item.branch ? *item.branch : LeafOf(*item.face);
+        item.spread = ClusterOf(branch.node).extent.spread;
+        return branch;
     }
-    const std::size_t middle = Divide(branches, begin, end);
-    const Branch first = Join(branches, begin, middle), second = Join(branches, middle, end);
+    const std::size_t middle = Divide(items, begin, end);
+    const Branch first = Join(items, begin, middle), second = Join(items, middle, end);
     Branch joined;
     Entry entry;
     entry.children = {first.node, second.node};
-    SetExtent(entry.cluster, branches, begin, end);
+    entry.cluster.density = std::max(ClusterOf(first.node).density, ClusterOf(second.node).density);
+    SetExtent(entry.cluster, items, begin, end);
     for (const Branch* part : {&first, &second}) {
         AddShifted(joined.moments, part->moments, ClusterOf(part->node).centre - entry.cluster.centre);
     }
@@ -162,43 +174,38 @@ ChargeTree::Branch ChargeTree::Join(Branches& branches, std::size_t begin, std::
     return joined;
 }
 
-std::size_t ChargeTree::Divide(Branches& branches, std::size_t begin, std::size_t end) const {
-    const auto at = [&](std::size_t i) { return branches.begin() + static_cast<std::ptrdiff_t>(i); };
+std::size_t ChargeTree::Divide(Items& items, std::size_t begin, std::size_t end) {
+    const auto at = [&](std::size_t i) { return items.begin() + static_cast<std::ptrdiff_t>(i); };
     // Faces in parts reach farther than what lies around them, and are set apart.
-    const auto isInParts = [this](const Branch& branch) { return !IsLeaf(branch.node); };
-    const auto ofParts = std::partition(at(begin), at(end), isInParts);
+    const auto ofParts = std::partition(at(begin), at(end), [](const Item& item) { return item.branch; });
     if (ofParts != at(begin) && ofParts != at(end)) {
-        return static_cast<std::size_t>(ofParts - branches.begin());
+        return static_cast<std::size_t>(ofParts - items.begin());
     }
     Eigen::AlignedBox3d box;
     for (std::size_t i = begin; i < end; ++i) {
-        box.extend(ClusterOf(branches[i].node).centre);
+        box.extend(items[i].centre);
     }
     Eigen::Index axis = 0;
     box.sizes().maxCoeff(&axis);
     const std::size_t middle = begin + (end - begin) / 2;
-    std::nth_element(at(begin), at(middle), at(end), [this, axis](const Branch& a, const Branch& b) {
-        const double first = ClusterOf(a.node).centre[axis], second = ClusterOf(b.node).centre[axis];
-        return first != second ? first < second : a.node < b.node;
+    std::nth_element(at(begin), at(middle), at(end), [axis](const Item& a, const Item& b) {
+        return a.centre[axis] != b.centre[axis] ? a.centre[axis] < b.centre[axis] : a.number < b.number;
     });
     return middle;
 }
 
-void ChargeTree::SetExtent(Cluster& cluster, const Branches& branches, std::size_t begin, std::size_t end) const {
+void ChargeTree::SetExtent(Cluster& cluster, const Items& items, std::size_t begin, std::size_t end) {
     for (std::size_t i = begin; i < end; ++i) {
-        const Cluster& part = ClusterOf(branches[i].node);
-        cluster.extent.charge += part.extent.charge;
-        cluster.centre += part.extent.charge * part.centre;
-        cluster.density = std::max(cluster.density, part.density);
+        cluster.extent.charge += items[i].charge;
+        cluster.centre += items[i].charge * items[i].centre;
     }
     cluster.centre /= cluster.extent.charge;
     MeanDistance spread;
     for (std::size_t i = begin; i < end; ++i) {
-        const Cluster& part = ClusterOf(branches[i].node);
-        const double distance = (part.centre - cluster.centre).norm();
-        // No less than the mean of the part's charges (Minkowski's inequality).
-        spread.Add(part.extent.charge, distance + part.extent.spread);
-        cluster.extent.radius = std::max(cluster.extent.radius, distance + part.extent.radius);
+        const double distance = (items[i].centre - cluster.centre).norm();
+        // No less than the mean of the item's charges (Minkowski's inequality).
+        spread.Add(items[i].charge, distance + items[i].spread);
+        cluster.extent.radius = std::max(cluster.extent.radius, distance + items[i].radius);
     }
     cluster.extent.spread = spread.Value();
 }

@@ -63,13 +63,25 @@ private:
         Node node = 0;
         HigherMoments moments{};
     };
-    using Branches = std::vector<Branch>;
+    /// What is to be joined: a face that has no node yet, or a branch.
+    struct Item {
+        Eigen::Vector3d centre;
+        double radius = 0, charge = 0;
+        const ChargedFace* face = nullptr;
+        const Branch* branch = nullptr;
+        /// Decides between equal centres.
+        std::size_t number = 0;
+        /// Once it has a node.
+        double spread = 0;
+    };
+    using Items = std::vector<Item>;
 
-    Branch AddFace(const ChargedFace& face);
-    Branch AddLeaf(const ChargedFace& face);
-    Branch Join(Branches& branches, std::size_t begin, std::size_t end);
-    std::size_t Divide(Branches& branches, std::size_t begin, std::size_t end) const;
-    void SetExtent(Cluster& cluster, const Branches& branches, std::size_t begin, std::size_t end) const;
+    Branch Joined(const std::vector<ChargedFace>& faces);
+    Branch WithParts(const ChargedFace& face);
+    Branch Join(Items& items, std::size_t begin, std::size_t end);
+    Branch LeafOf(const ChargedFace& face);
+    static std::size_t Divide(Items& items, std::size_t begin, std::size_t end);
+    static void SetExtent(Cluster& cluster, const Items& items, std::size_t begin, std::size_t end);
 
     /// Parts of faces of many edges.
     std::vector<std::unique_ptr<std::vector<ChargedFace>>> m_parts;

@@ -112,49 +112,62 @@ constexpr HigherMoments FactorialsOfPowers() {
 
 constexpr HigherMoments factorialsOfPowers = FactorialsOfPowers();
 
-/// The symmetric tensor of a distribution's moments of one order, and its traces; each component where its powers are.
-class MomentTensor {
-public:
-    MomentTensor(const HigherMoments& moments, int order) : m_order(order) {
-        for (std::size_t i = MomentCount(order - 1); i < MomentCount(order); ++i) {
-            m_components[i] = moments[i] * factorialsOfPowers[i];
-        }
+constexpr HigherMoments InverseFactorialsOfPowers() {
+    HigherMoments inverse{};
+    for (std::size_t i = 0; i < inverse.size(); ++i) {
+        inverse[i] = 1 / factorialsOfPowers[i];
     }
-    double SquaredNorm() const {
-        double sum = 0;
-        for (std::size_t i = MomentCount(m_order - 1); i < MomentCount(m_order); ++i) {
-            sum += m_components[i] * m_components[i] / factorialsOfPowers[i];
-        }
-        return sum * Factorial(m_order);
-    }
-    void TakeTrace() {
-        m_order -= 2;
-        for (std::size_t i = MomentCount(m_order - 1); i < MomentCount(m_order); ++i) {
-            const Powers p = powersOfMoments[i];
-            m_components[i] = m_components[PlaceOf(p + Powers{2, 0, 0})] + m_components[PlaceOf(p + Powers{0, 2, 0})] +
-                              m_components[PlaceOf(p + Powers{0, 0, 2})];
-        }
-    }
+    return inverse;
+}
 
-private:
-    int m_order;
-    HigherMoments m_components{};
-};
+constexpr HigherMoments inverseFactorialsOfPowers = InverseFactorialsOfPowers();
 
-/// Sum over all pairs of charges of q q' |x|^n |x'|^n P_n(cosine of the angle between x and x'), by the powers of P_n.
-double SquaredSize(const HigherMoments& moments, int order) {
-    MomentTensor tensor(moments, order);
+/// For each place the places of the same powers with two more of x, of y and of z.
+constexpr auto TracePlaces() {
+    std::array<std::array<unsigned char, 3>, MomentCount(highestOrder - 2)> places{};
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const Powers p = powersOfMoments[i];
+        places[i] = {static_cast<unsigned char>(PlaceOf(p + Powers{2, 0, 0})),
+                     static_cast<unsigned char>(PlaceOf(p + Powers{0, 2, 0})),
+                     static_cast<unsigned char>(PlaceOf(p + Powers{0, 0, 2}))};
+    }
+    return places;
+}
+
+/// Coefficients of the Legendre polynomial P_n, of x^n, x^(n-2), ...
+constexpr double LegendreCoefficient(int n, int k) {
+    return (k % 2 == 0 ? 1 : -1) * Factorial(2 * n - 2 * k) /
+           ((1 << n) * Factorial(k) * Factorial(n - k) * Factorial(n - 2 * k));
+}
+
+/// Sum over all pairs of charges of q q' |x|^n |x'|^n P_n(cosine of the angle between x and x'): by the powers of P_n
+/// the norms of the symmetric tensor of the moments of order n and of its traces.
+template <int n>
+double SquaredSize(const HigherMoments& moments) {
+    static constexpr auto tracePlaces = TracePlaces();
+    HigherMoments tensor{};
+    for (std::size_t i = MomentCount(n - 1); i < MomentCount(n); ++i) {
+        tensor[i] = moments[i] * factorialsOfPowers[i];
+    }
     double sum = 0;
-    for (int k = 0; 2 * k <= order; ++k) {
-        if (k > 0) {
-            tensor.TakeTrace();
+    for (int k = 0; 2 * k <= n; ++k) {
+        const int order = n - 2 * k;
+        double norm = 0;
+        for (std::size_t i = MomentCount(order - 1); i < MomentCount(order); ++i) {
+            if (k > 0) {
+                tensor[i] = tensor[tracePlaces[i][0]] + tensor[tracePlaces[i][1]] + tensor[tracePlaces[i][2]];
+            }
+            norm += tensor[i] * tensor[i] * inverseFactorialsOfPowers[i];
         }
-        const double coefficient =
-            (k % 2 == 0 ? 1 : -1) * Factorial(2 * order - 2 * k) /
-            (std::pow(2, order) * Factorial(k) * Factorial(order - k) * Factorial(order - 2 * k));
-        sum += coefficient * tensor.SquaredNorm();
+        sum += LegendreCoefficient(n, k) * Factorial(order) * norm;
     }
     return sum;
+}
+
+template <int... orders>
+std::array<double, highestOrder + 1> SquaredSizes(const HigherMoments& moments,
+                                                  std::integer_sequence<int, orders...> /*orders*/) {
+    return {SquaredSize<orders>(moments)...};
 }
 
 } // namespace
@@ -176,9 +189,10 @@ void AddShifted(HigherMoments& moments, const HigherMoments& others, const Eigen
 }
 
 std::array<double, momentOrder + 3> MultipoleSizes(const HigherMoments& moments) {
-    std::array<double, momentOrder + 3> sizes{};
-    for (int order = 0; order <= highestOrder; ++order) {
-        sizes[static_cast<std::size_t>(order)] = std::sqrt(std::max(0.0, SquaredSize(moments, order)));
+    std::array<double, momentOrder + 3> sizes =
+        SquaredSizes(moments, std::make_integer_sequence<int, highestOrder + 1>());
+    for (double& size : sizes) {
+        size = std::sqrt(std::max(0.0, size));
     }
     return sizes;
 }

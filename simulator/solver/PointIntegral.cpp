@@ -14,6 +14,7 @@ constexpr double pi = 3.14159265358979323846;
 constexpr int missedOrder = 6;
 /// Part of the bound by sizes alone that the rule leaves of that order at most; the orders that follow count as much.
 constexpr double partOfBound = 0.12;
+constexpr double rounding = 16 * std::numeric_limits<double>::epsilon();
 
 /// Distance of a point from a polygon.
 double DistanceFrom(const Polygon& polygon, const Eigen::Vector3d& point) {
@@ -52,7 +53,10 @@ ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen
     const double rest = 1 / (1 - reach);
     const double series = (missedOrder + 1 + reach * rest) * rest;
     const double strength = std::min(source.area / (distance * distance), pi / 3);
-    const double force = partOfBound * power * strength * series;
+    // Of a far field the closed form is the small sum of what the edges contribute.
+    const double edges = static_cast<double>(source.edges.size()) * source.radius / distance;
+    const double lost = rounding * edges * target.extent.charge / target.density;
+    const double force = partOfBound * power * strength * series + lost;
     // As above with one order less of the field and one more of the arm, where the plane gives 2 pi / 5.
     return {force, 1.2 * distance * force};
 }
