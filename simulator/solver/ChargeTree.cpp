@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 
 namespace vantor::solver {
@@ -13,6 +14,8 @@ using Eigen::Vector3d;
 
 /// Faces with more edges than this are cut.
 constexpr std::size_t fewEdges = 10;
+/// Parts that slender faces are cut into: so many times the number of faces, and so many whatever their number.
+constexpr double partsOfSlenderFaces = 6, fewParts = 10000;
 
 /// J. Radon, "Zur mechanischen Kubatur", Monatshefte fuer Mathematik 52 (1948) 286-300: seven points, exact to the fifth
 /// order. Shares of two corners (the third gets the rest) and of the area.
@@ -99,40 +102,86 @@ void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points) {
 ChargeTree::ChargeTree(const std::vector<ChargedFace>& faces) {
     m_nodes.reserve(2 * faces.size());
     m_moments.reserve(faces.size());
-    m_root = Joined(faces).node;
+    m_root = Joined(faces, LongestSlenderFace(faces)).node;
 }
 
-ChargeTree::Branch ChargeTree::Joined(const std::vector<ChargedFace>& faces) {
+/// Walls of CAD programs are strips of a cylinder's full height. No cluster of these is smaller than they are long, so
+/// they are cut to a length that leaves the number of all parts in proportion to that of the faces.
+double ChargeTree::LongestSlenderFace(const std::vector<ChargedFace>& faces) {
+    double sum = 0;
+    for (const ChargedFace& face : faces) {
+        sum += IsSlender(face.polygon) ? 2 * face.polygon.radius : 0;
+    }
+    return sum / (partsOfSlenderFaces * static_cast<double>(faces.size()) + fewParts);
+}
+
+const std::vector<ChargedFace>& ChargeTree::Keep(std::vector<Polygon>&& parts, double charge) {
+    m_parts.push_back(std::make_unique<std::vector<ChargedFace>>());
+    for (Polygon& part : parts) {
+        m_parts.back()->push_back({std::move(part), charge});
+    }
+    return *m_parts.back();
+}
+
+ChargeTree::Branch ChargeTree::Joined(const std::vector<ChargedFace>& faces, double longestSlender) {
     std::vector<std::unique_ptr<const Branch>> branches;
     Items items;
     items.reserve(faces.size());
     for (const ChargedFace& face : faces) {
-        Item item;
-        item.centre = face.polygon.centre;
-        item.radius = face.polygon.radius;
-        item.charge = std::abs(face.charge) * face.polygon.area;
-        item.face = &face;
-        item.number = items.size();
-        if (face.polygon.edges.size() > fewEdges) {
-            branches.push_back(std::make_unique<const Branch>(WithParts(face)));
-            item.branch = branches.back().get();
-        }
-        items.push_back(item);
+        AddItems(face, longestSlender, items, branches);
     }
     return Join(items, 0, items.size());
 }
 
-ChargeTree::Branch ChargeTree::WithParts(const ChargedFace& face) {
-    auto parts = std::make_unique<std::vector<ChargedFace>>();
-    for (Polygon& part : CutToEdges(face.polygon, std::max(fewEdges, face.polygon.edges.size() * 2 / 3))) {
-        parts->push_back({std::move(part), face.charge});
+void ChargeTree::AddItems(const ChargedFace& face, double longestSlender, Items& items,
+                          std::vector<std::unique_ptr<const Branch>>& branches) {
+    const Polygon& polygon = face.polygon;
+    const bool hasFewEdges = polygon.edges.size() <= fewEdges;
+    if (hasFewEdges && 2 * polygon.radius > longestSlender && IsSlender(polygon)) {
+        std::vector<Polygon> parts = CutInMiddle(polygon);
+        if (parts.size() > 1) {
+            for (const ChargedFace& part : Keep(std::move(parts), face.charge)) {
+                AddItems(part, longestSlender, items, branches);
+            }
+            return;
+        }
     }
-    if (parts->size() < 2) {
+    if (!hasFewEdges) {
+        branches.push_back(std::make_unique<const Branch>(WithParts(face)));
+        items.push_back(ItemOf(*branches.back(), items.size()));
+        return;
+    }
+    Item item;
+    item.centre = polygon.centre;
+    item.radius = polygon.radius;
+    item.charge = std::abs(face.charge) * polygon.area;
+    item.face = &face;
+    item.number = items.size();
+    items.push_back(item);
+}
+
+ChargeTree::Branch ChargeTree::WithParts(const ChargedFace& face) {
+    constexpr double asLongAsTheyAre = std::numeric_limits<double>::infinity();
+    std::vector<std::vector<Polygon>> groups;
+    if (std::optional<SimplerPolygon> simpler = Simplified(face.polygon)) {
+        groups = {{std::move(simpler->simple)}, std::move(simpler->rest)};
+    } else if (IsSlender(face.polygon)) {
+        groups = {CutInMiddle(face.polygon)};
+    } else {
+        groups = {CutToEdges(face.polygon, std::max(fewEdges, face.polygon.edges.size() * 2 / 3))};
+    }
+    if (groups.size() == 1 && groups[0].size() < 2) {
         return LeafOf(face);
     }
-    m_parts.push_back(std::move(parts));
-    const std::vector<ChargedFace>& kept = *m_parts.back();
-    Branch whole = Joined(kept);
+    std::vector<Branch> branches;
+    for (std::vector<Polygon>& group : groups) {
+        branches.push_back(Joined(Keep(std::move(group), face.charge), asLongAsTheyAre));
+    }
+    Items items;
+    for (const Branch& branch : branches) {
+        items.push_back(ItemOf(branch, items.size()));
+    }
+    const Branch whole = Join(items, 0, items.size());
     m_nodes[whole.node].face = &face;
     return whole;
 }
@@ -146,6 +195,17 @@ ChargeTree::Branch ChargeTree::LeafOf(const ChargedFace& face) {
     SetMultipoles(entry.cluster, moments);
     m_nodes.push_back(entry);
     return {static_cast<Node>(m_nodes.size() - 1), moments};
+}
+
+ChargeTree::Item ChargeTree::ItemOf(const Branch& branch, std::size_t number) const {
+    const Cluster& cluster = ClusterOf(branch.node);
+    Item item;
+    item.centre = cluster.centre;
+    item.radius = cluster.extent.radius;
+    item.charge = cluster.extent.charge;
+    item.branch = &branch;
+    item.number = number;
+    return item;
 }
 
 ChargeTree::Branch ChargeTree::Join(Items& items, std::size_t begin, std::size_t end) {

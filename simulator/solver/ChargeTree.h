@@ -28,7 +28,7 @@ struct WeightedPoint {
 /// @param points  gets them, instead of what it held
 void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points);
 
-/// Binary. Leaves are faces, or parts of faces that have many edges; those faces are nodes, too.
+/// Binary. Leaves are faces, or parts of faces that have many edges, which are nodes, too, or of slender ones.
 class ChargeTree {
 public:
     using Node = std::uint32_t;
@@ -76,14 +76,19 @@ private:
     };
     using Items = std::vector<Item>;
 
-    Branch Joined(const std::vector<ChargedFace>& faces);
+    static double LongestSlenderFace(const std::vector<ChargedFace>& faces);
+    const std::vector<ChargedFace>& Keep(std::vector<Polygon>&& parts, double charge);
+    Branch Joined(const std::vector<ChargedFace>& faces, double longestSlender);
+    void AddItems(const ChargedFace& face, double longestSlender, Items& items,
+                  std::vector<std::unique_ptr<const Branch>>& branches);
     Branch WithParts(const ChargedFace& face);
+    Item ItemOf(const Branch& branch, std::size_t number) const;
     Branch Join(Items& items, std::size_t begin, std::size_t end);
     Branch LeafOf(const ChargedFace& face);
     static std::size_t Divide(Items& items, std::size_t begin, std::size_t end);
     static void SetExtent(Cluster& cluster, const Items& items, std::size_t begin, std::size_t end);
 
-    /// Parts of faces of many edges.
+    /// Of faces.
     std::vector<std::unique_ptr<std::vector<ChargedFace>>> m_parts;
     std::vector<Entry> m_nodes;
     std::vector<Moments> m_moments;

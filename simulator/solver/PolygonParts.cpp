@@ -188,15 +188,62 @@ std::pair<Outline, Outline> Split(const Outline& outline, const Line& line) {
     return parts;
 }
 
+/// Across the longer extent, in its middle or as near to it as no corner lies on the line.
+std::optional<Line> MiddleLine(const Outline& outline, double narrowest) {
+    const Vector2d across = LargestAxis(AreaMoments(outline).second);
+    std::vector<double> corners;
+    for (const PlaneSegment& edge : outline) {
+        corners.push_back(edge.start.dot(across));
+    }
+    std::sort(corners.begin(), corners.end());
+    const double middle = (corners.front() + corners.back()) / 2;
+    std::optional<Line> nearest;
+    for (std::size_t i = 1; i < corners.size(); ++i) {
+        const double margin = (corners[i] - corners[i - 1]) / 4;
+        if (4 * margin <= narrowest) {
+            continue;
+        }
+        const double at = std::clamp(middle, corners[i - 1] + margin, corners[i] - margin);
+        if (!nearest || std::abs(at - middle) < std::abs(nearest->at - middle)) {
+            nearest = Line{across, at, 0};
+        }
+    }
+    return nearest;
+}
+
+Outline OutlineOf(const Polygon& polygon) {
+    Outline outline;
+    for (const PlaneEdge& edge : polygon.planeEdges) {
+        const Vector2d start(edge.x, edge.y);
+        outline.push_back({start, start + edge.length * Vector2d(edge.tx, edge.ty)});
+    }
+    return outline;
+}
+
+/// Appends the part of a polygon inside of an outline, unless it has no area.
+void AddPart(const Polygon& polygon, Outline outline, std::vector<Polygon>& parts) {
+    const AreaMoments moments(outline);
+    if (moments.isSlit) {
+        return;
+    }
+    Polygon part;
+    part.centre = polygon.centre + moments.centroid.x() * polygon.xAxis + moments.centroid.y() * polygon.yAxis;
+    part.xAxis = polygon.xAxis;
+    part.yAxis = polygon.yAxis;
+    part.normal = polygon.normal;
+    part.area = moments.area;
+    for (PlaneSegment& edge : outline) {
+        edge.start -= moments.centroid;
+        edge.end -= moments.centroid;
+    }
+    SetOutline(part, outline);
+    parts.push_back(std::move(part));
+}
+
 class Cutter {
 public:
     Cutter(const Polygon& polygon, std::size_t mostEdges) : m_polygon(polygon), m_mostEdges(mostEdges) {
-        Outline outline;
-        for (const PlaneEdge& edge : polygon.planeEdges) {
-            const Vector2d start(edge.x, edge.y);
-            outline.push_back({start, start + edge.length * Vector2d(edge.tx, edge.ty)});
-        }
-        Cut(outline);
+        Cut(OutlineOf(polygon));
     }
     std::vector<Polygon> TakeParts() { return std::move(m_parts); }
 
@@ -205,36 +252,132 @@ private:
         const std::optional<Line> line =
             outline.size() > m_mostEdges ? BestLine(outline, 2 * clearance * m_polygon.radius) : std::nullopt;
         if (!line) {
-            Add(outline);
+            AddPart(m_polygon, outline, m_parts);
             return;
         }
         const auto [below, above] = Split(outline, *line);
         Cut(below);
         Cut(above);
     }
-    void Add(Outline outline) {
-        const AreaMoments moments(outline);
-        if (moments.isSlit) {
-            return;
-        }
-        Polygon part;
-        part.centre =
-            m_polygon.centre + moments.centroid.x() * m_polygon.xAxis + moments.centroid.y() * m_polygon.yAxis;
-        part.xAxis = m_polygon.xAxis;
-        part.yAxis = m_polygon.yAxis;
-        part.normal = m_polygon.normal;
-        part.area = moments.area;
-        for (PlaneSegment& edge : outline) {
-            edge.start -= moments.centroid;
-            edge.end -= moments.centroid;
-        }
-        SetOutline(part, outline);
-        m_parts.push_back(std::move(part));
-    }
 
     const Polygon& m_polygon;
     std::size_t m_mostEdges;
     std::vector<Polygon> m_parts;
+};
+
+/// The closed outlines of a polygon, each in order.
+std::vector<Outline> LoopsOf(const Polygon& polygon) {
+    Outline edges = OutlineOf(polygon);
+    std::sort(edges.begin(), edges.end(),
+              [](const PlaneSegment& a, const PlaneSegment& b) { return a.start.x() < b.start.x(); });
+    const double tolerance = 1e-9 * polygon.radius;
+    std::vector<bool> taken(edges.size(), false);
+    const auto next = [&](const Vector2d& end) {
+        auto edge = std::lower_bound(edges.begin(), edges.end(), end.x() - tolerance,
+                                     [](const PlaneSegment& e, double x) { return e.start.x() < x; });
+        for (; edge != edges.end() && edge->start.x() <= end.x() + tolerance; ++edge) {
+            const auto index = static_cast<std::size_t>(edge - edges.begin());
+            if (!taken[index] && std::abs(edge->start.y() - end.y()) <= tolerance) {
+                return index;
+            }
+        }
+        return edges.size();
+    };
+    std::vector<Outline> loops;
+    for (std::size_t first = 0; first < edges.size(); ++first) {
+        Outline loop;
+        for (std::size_t i = first; i < edges.size() && !taken[i]; i = next(edges[i].end)) {
+            taken[i] = true;
+            loop.push_back(edges[i]);
+        }
+        if (!loop.empty()) {
+            loops.push_back(std::move(loop));
+        }
+    }
+    return loops;
+}
+
+/// Takes an outline's edges together in groups.
+class Simplifier {
+public:
+    explicit Simplifier(const Polygon& polygon) : m_polygon(polygon) {
+        for (const Outline& loop : LoopsOf(polygon)) {
+            std::size_t i = 0;
+            while (i < loop.size()) {
+                i += i + groupSize <= loop.size() && Replace(&loop[i]) ? groupSize : Keep(loop[i]);
+            }
+        }
+    }
+    std::optional<SimplerPolygon> Take() {
+        if (m_simple.size() > m_polygon.planeEdges.size() * 3 / 4) {
+            return std::nullopt;
+        }
+        std::vector<Polygon> simple;
+        AddPart(m_polygon, m_simple, simple);
+        if (simple.empty()) {
+            return std::nullopt;
+        }
+        return SimplerPolygon{std::move(simple[0]), std::move(m_rest)};
+    }
+
+private:
+    static constexpr std::size_t groupSize = 4;
+    /// Radians that a group may bend: a chord then keeps close to its edges, wherever holes may be.
+    static constexpr double mostBend = 0.55;
+
+    std::size_t Keep(const PlaneSegment& edge) {
+        m_simple.push_back(edge);
+        return 1;
+    }
+
+    /// Sum of the angles between the edges, positive to the left; nothing where they bend to both sides.
+    static std::optional<double> BendOf(const PlaneSegment* group) {
+        double bend = 0;
+        for (std::size_t i = 1; i < groupSize; ++i) {
+            const Vector2d before = group[i - 1].end - group[i - 1].start, after = group[i].end - group[i].start;
+            const double angle = std::atan2(Cross(before, after), before.dot(after));
+            if (std::abs(angle) < 1e-7 || angle * bend < 0) {
+                return std::nullopt;
+            }
+            bend += angle;
+        }
+        return bend;
+    }
+
+    bool Replace(const PlaneSegment* group) {
+        const std::optional<double> bend = BendOf(group);
+        if (!bend || std::abs(*bend) > mostBend) {
+            return false;
+        }
+        const PlaneSegment& first = group[0];
+        const PlaneSegment& last = group[groupSize - 1];
+        Outline between;
+        Outline instead;
+        if (*bend > 0) {
+            between.assign(group, group + groupSize);
+            between.push_back({last.end, first.start});
+            instead = {{first.start, last.end}};
+        } else {
+            const Vector2d along = first.end - first.start, lastAlong = last.end - last.start;
+            const Vector2d meeting =
+                first.end + Cross(last.start - first.end, lastAlong) / Cross(along, lastAlong) * along;
+            between.assign(group + 1, group + groupSize - 1);
+            between.push_back({last.start, meeting});
+            between.push_back({meeting, first.end});
+            instead = {{first.start, meeting}, {meeting, last.end}};
+        }
+        const std::size_t before = m_rest.size();
+        AddPart(m_polygon, between, m_rest);
+        if (m_rest.size() == before) {
+            return false;
+        }
+        m_simple.insert(m_simple.end(), instead.begin(), instead.end());
+        return true;
+    }
+
+    const Polygon& m_polygon;
+    Outline m_simple;
+    std::vector<Polygon> m_rest;
 };
 
 } // namespace
@@ -244,6 +387,27 @@ std::vector<Polygon> CutToEdges(const Polygon& polygon, std::size_t mostEdges) {
         return {polygon};
     }
     return Cutter(polygon, mostEdges).TakeParts();
+}
+
+bool IsSlender(const Polygon& polygon) {
+    // Of a rectangle ten times as long as wide.
+    constexpr double slenderArea = 0.4;
+    return polygon.area < slenderArea * polygon.radius * polygon.radius;
+}
+
+std::vector<Polygon> CutInMiddle(const Polygon& polygon) {
+    const Outline outline = OutlineOf(polygon);
+    std::vector<Polygon> parts;
+    if (const std::optional<Line> line = MiddleLine(outline, 2 * clearance * polygon.radius)) {
+        const auto [below, above] = Split(outline, *line);
+        AddPart(polygon, below, parts);
+        AddPart(polygon, above, parts);
+    }
+    return parts.size() == 2 ? parts : std::vector<Polygon>{polygon};
+}
+
+std::optional<SimplerPolygon> Simplified(const Polygon& polygon) {
+    return Simplifier(polygon).Take();
 }
 
 } // namespace vantor::solver

@@ -3,6 +3,8 @@
 // as much as its whole outline.
 #include "simulator/solver/Polygon.h"
 
+#include <optional>
+
 namespace vantor::solver {
 
 /// Cuts a polygon by straight lines, again and again, until every part has at most `mostEdges` edges. The parts keep the
@@ -10,5 +12,25 @@ namespace vantor::solver {
 /// edges stays as it is: triangles, and corners by the dozen in one place. Parts without area are left out.
 /// @param mostEdges  10 or more is within reach of all but the oddest polygons
 std::vector<Polygon> CutToEdges(const Polygon& polygon, std::size_t mostEdges);
+
+/// Whether a polygon is so much longer than it is wide that clusters of it do not reach far less than its length.
+bool IsSlender(const Polygon& polygon);
+
+/// Cuts a polygon in the middle of its longer extent. A part may be of several outlines.
+/// @return two parts; the polygon alone where no line leaves an area on both sides
+std::vector<Polygon> CutInMiddle(const Polygon& polygon);
+
+/// A polygon as a simpler one inside of it and what lies between the two outlines.
+struct SimplerPolygon {
+    Polygon simple;
+    /// Of six edges at most; together with the simple one they cover the polygon without gaps.
+    std::vector<Polygon> rest;
+};
+
+/// Of every four edges that bend all one way makes one or two: a chord where the outline bends to the inside, and the first
+/// and the last of them up to where they meet where it bends to the outside. The simpler polygon reaches nowhere beyond the
+/// polygon, and a round outline's rest has little of the area.
+/// @return nothing where that would save less than a quarter of the edges
+std::optional<SimplerPolygon> Simplified(const Polygon& polygon);
 
 } // namespace vantor::solver

@@ -143,7 +143,8 @@ TEST(Clusters, AreAsGoodWhereTheirFacesAreTheLeaves) {
             continue;
         }
         const PosedTree posedSource(sourceTree, Eigen::Matrix3d::Identity()), posedTarget(targetTree, pose.linear());
-        Wrench found = solver::WrenchOf(posedSource.MomentsOf(0), posedTarget.MomentsOf(0), offset);
+        Wrench found = solver::WrenchOf(posedSource.MomentsOf(sourceTree.Root()),
+                                        posedTarget.MomentsOf(targetTree.Root()), offset);
         found.torque += centres.target.cross(found.force);
         EXPECT_LE(WorstPart(found, AllPairs(source, target, pose), sizes, centres), 1) << "pair " << compared;
         ++compared;

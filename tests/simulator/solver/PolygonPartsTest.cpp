@@ -104,15 +104,13 @@ void ExpectWellFormed(const Polygon& part, const Polygon& whole) {
     EXPECT_NEAR(part.radius, farthest, 1e-14 * whole.radius);
 }
 
-/// Cuts, and compares the sums over all parts with the whole.
-std::vector<Polygon> ExpectSums(const Polygon& whole, std::size_t mostEdges) {
-    std::vector<Polygon> parts = CutToEdges(whole, mostEdges);
+/// Compares the sums over all parts with the whole.
+void ExpectSumsOf(const std::vector<Polygon>& parts, const Polygon& whole) {
     double area = 0;
     Vector3d first = Vector3d::Zero();
     Eigen::Matrix3d second = Eigen::Matrix3d::Zero();
     for (const Polygon& part : parts) {
         ExpectWellFormed(part, whole);
-        EXPECT_LE(part.edges.size(), mostEdges);
         area += part.area;
         first += part.area * part.centre;
         second += SquareSum(part);
@@ -132,6 +130,30 @@ std::vector<Polygon> ExpectSums(const Polygon& whole, std::size_t mostEdges) {
         }
         EXPECT_NEAR(angle, SolidAngle(whole, point), 1e-10) << "at " << point.transpose();
     }
+}
+
+/// Cuts, and compares.
+std::vector<Polygon> ExpectSums(const Polygon& whole, std::size_t mostEdges) {
+    std::vector<Polygon> parts = CutToEdges(whole, mostEdges);
+    for (const Polygon& part : parts) {
+        EXPECT_LE(part.edges.size(), mostEdges);
+    }
+    ExpectSumsOf(parts, whole);
+    return parts;
+}
+
+/// The polygon made simpler as often as it can be: the simplest one last, after what lies between.
+std::vector<Polygon> SimplifiedToTheEnd(const Polygon& whole) {
+    std::vector<Polygon> parts;
+    Polygon simplest = whole;
+    while (auto simpler = vantor::solver::Simplified(simplest)) {
+        for (const Polygon& part : simpler->rest) {
+            EXPECT_LE(part.edges.size(), 6U);
+        }
+        parts.insert(parts.end(), simpler->rest.begin(), simpler->rest.end());
+        simplest = simpler->simple;
+    }
+    parts.push_back(simplest);
     return parts;
 }
 
@@ -213,4 +235,56 @@ TEST(PolygonParts, EndWhereCornersCannotBeToldApart) {
     // A sliver, thinner than any line could keep clear of.
     const std::vector<Polygon> sliver = CutToEdges(PolygonOf({{{0, 0}, {1e-13, 0}, {1e-13, 1e-13}, {0, 1}}}), 3);
     EXPECT_LE(sliver.size(), 2U);
+}
+
+/// Round outlines become a dozen edges or two, and nearly all of the area is in them.
+TEST(SimplerPolygons, SumToAnAnnulus) {
+    shapes::Prism ring;
+    ring.sides = 1250;
+    ring.innerRadius = 0.6;
+    const Polygon cap = ChargedPolygons(MeshOf(ring), Vector3d::UnitZ()).at(0);
+    const std::vector<Polygon> parts = SimplifiedToTheEnd(cap);
+    ExpectSumsOf(parts, cap);
+    EXPECT_LE(parts.back().edges.size(), 60U);
+    EXPECT_GT(parts.back().area, 0.9 * cap.area);
+    EXPECT_LT(parts.back().area, cap.area);
+    // Nothing reaches beyond the ring, where another magnet may be.
+    for (const Polygon& part : parts) {
+        for (const auto& edge : part.edges) {
+            const double radius = std::hypot(edge.start.x(), edge.start.y());
+            EXPECT_TRUE(radius > 0.6 * std::cos(pi / 1250) - 1e-12 && radius < 1 + 1e-12) << radius;
+            const Vector3d middle = edge.At(edge.length / 2);
+            EXPECT_GT(std::hypot(middle.x(), middle.y()), 0.6 * std::cos(pi / 1250) - 1e-12);
+        }
+    }
+}
+
+TEST(SimplerPolygons, SumToAPlateWithHolesAndToOneThatBendsToBothSides) {
+    const Polygon plate = PolygonOf({Circle(100, 1, {0, 0}), Reversed(Circle(60, 0.1, {0.4, 0.3})),
+                                     Reversed(Circle(80, 0.2, {-0.4, 0})), Reversed(Circle(40, 0.01, {0, -0.5}))});
+    ExpectSumsOf(SimplifiedToTheEnd(plate), plate);
+    Corners wavy = Circle(600, 1, {0, 0});
+    for (std::size_t i = 0; i < wavy.size(); ++i) {
+        wavy[i] *= 1 + 0.1 * std::sin(14 * pi * static_cast<double>(i) / 600);
+    }
+    const Polygon flower = PolygonOf({wavy});
+    const std::vector<Polygon> parts = SimplifiedToTheEnd(flower);
+    ExpectSumsOf(parts, flower);
+    EXPECT_LE(parts.back().edges.size(), 200U);
+}
+
+TEST(SimplerPolygons, AreNoneOfThoseThatAreSimple) {
+    EXPECT_FALSE(vantor::solver::Simplified(PolygonOf({Circle(4, 1, {0, 0})})).has_value());
+    EXPECT_FALSE(vantor::solver::Simplified(PolygonOf({Comb(20, 1)})).has_value());
+}
+
+TEST(Strips, AreCutInTheMiddleUntilTheyAreSlenderNoMore) {
+    const Polygon strip = PolygonOf({{{0, 0}, {10, 0}, {10, 0.1}, {0, 0.1}}});
+    EXPECT_TRUE(vantor::solver::IsSlender(strip));
+    EXPECT_FALSE(vantor::solver::IsSlender(PolygonOf({Circle(3, 1, {0, 0})})));
+    const std::vector<Polygon> halves = vantor::solver::CutInMiddle(strip);
+    ASSERT_EQ(halves.size(), 2U);
+    ExpectSumsOf(halves, strip);
+    EXPECT_NEAR(halves[0].area, 0.5, 1e-12);
+    EXPECT_NEAR(halves[0].radius, std::hypot(2.5, 0.05), 1e-12);
 }
