@@ -44,9 +44,8 @@ void PrintRow(const std::vector<Scene>& scenes, const std::string& title, double
     fmt::print("{}\n", Measured(*scene, peerSeconds).dump());
 }
 
-} // namespace
-
-int main(int count, char** arguments) {
+/// @return the exit status
+int Run(int count, char** arguments) {
     CLI::App app("Measures the field solver with meshes of CAD programs.", "vantor-meshes");
     app.require_subcommand(1);
     std::string folder = "build/meshes", title;
@@ -59,21 +58,24 @@ int main(int count, char** arguments) {
     const CLI::App* reference =
         app.add_subcommand("reference", "Print the reference loads of the tests; takes minutes");
     CLI11_PARSE(app, count, arguments);
+    const std::vector<Scene> scenes = Scenes(folder);
+    if (*list) {
+        std::for_each(scenes.begin(), scenes.end(), [](const Scene& scene) { fmt::print("{}\n", scene.Title()); });
+    } else if (*row) {
+        PrintRow(scenes, title, peerSeconds);
+    } else if (*reference) {
+        PrintReferences();
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
     try {
-        const std::vector<Scene> scenes = Scenes(folder);
-        if (*list) {
-            std::for_each(scenes.begin(), scenes.end(), [](const Scene& scene) { fmt::print("{}\n", scene.Title()); });
-        } else if (*row) {
-            PrintRow(scenes, title, peerSeconds);
-        } else if (*reference) {
-            PrintReferences();
-        }
-        return 0;
-    } catch (const std::invalid_argument& error) {
-        fmt::print(stderr, "error: {}\n", error.what());
-        return 2;
+        return Run(count, arguments);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "error: {}\n", error.what());
-        return 1;
+        std::fprintf(stderr, "error: %s\n", error.what());
+        return dynamic_cast<const std::invalid_argument*>(&error) ? 2 : 1;
     }
 }

@@ -23,8 +23,8 @@ struct FieldModel {
 /// Evaluates frames and materials with these variables.
 ///
 /// The magnetisation of a magnet is relative permeability times coercivity along the unit vector of the material's
-/// components, in the axes of the object's orientation frame. Where that is the object's own frame, it is the same to the
-/// last bit wherever the object is.
+/// components, in the axes of the object's orientation frame. Where that is the object's own frame, it is the same to
+/// the last bit wherever the object is.
 /// @param meshes where the magnets' meshes come from; must know them as long as the solver is to know them again.
 /// @param report receives warnings about materials that are not solved as they are.
 /// @throws model::DesktopError (SolverData) for loads whose objects overlap in part, and materials without direction;

@@ -18,7 +18,7 @@ public:
     void DropExpired();
 
 private:
-    // Ordered by ownership: a mesh that comes to lie where an earlier one lay is another one.
+    /// Ordered by ownership: a mesh that comes to lie where an earlier one lay is another one.
     std::map<std::weak_ptr<const model::Mesh>, std::shared_ptr<const solver::TriangleMesh>, std::owner_less<>> m_meshes;
 };
 

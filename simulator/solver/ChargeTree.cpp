@@ -17,8 +17,8 @@ constexpr std::size_t fewEdges = 10;
 /// Parts that slender faces are cut into: so many times the number of faces, and so many whatever their number.
 constexpr double partsOfSlenderFaces = 6, fewParts = 10000;
 
-/// J. Radon, "Zur mechanischen Kubatur", Monatshefte fuer Mathematik 52 (1948) 286-300: seven points, exact to the fifth
-/// order. Shares of two corners (the third gets the rest) and of the area.
+/// J. Radon, "Zur mechanischen Kubatur", Monatshefte fuer Mathematik 52 (1948) 286-300: seven points, exact to the
+/// fifth order. Shares of two corners (the third gets the rest) and of the area.
 struct TrianglePoint {
     double first, second, weight;
 };
@@ -115,11 +115,13 @@ double ChargeTree::LongestSlenderFace(const std::vector<ChargedFace>& faces) {
     return sum / (partsOfSlenderFaces * static_cast<double>(faces.size()) + fewParts);
 }
 
-const std::vector<ChargedFace>& ChargeTree::Keep(std::vector<Polygon>&& parts, double charge) {
-    m_parts.push_back(std::make_unique<std::vector<ChargedFace>>());
+const std::vector<ChargedFace>& ChargeTree::Keep(std::vector<Polygon> parts, double charge) {
+    auto faces = std::make_unique<std::vector<ChargedFace>>();
+    faces->reserve(parts.size());
     for (Polygon& part : parts) {
-        m_parts.back()->push_back({std::move(part), charge});
+        faces->push_back({std::move(part), charge});
     }
+    m_parts.push_back(std::move(faces));
     return *m_parts.back();
 }
 
@@ -138,9 +140,9 @@ void ChargeTree::AddItems(const ChargedFace& face, double longestSlender, Items&
     const Polygon& polygon = face.polygon;
     const bool hasFewEdges = polygon.edges.size() <= fewEdges;
     if (hasFewEdges && 2 * polygon.radius > longestSlender && IsSlender(polygon)) {
-        std::vector<Polygon> parts = CutInMiddle(polygon);
+        const std::vector<ChargedFace>& parts = Keep(CutInMiddle(polygon), face.charge);
         if (parts.size() > 1) {
-            for (const ChargedFace& part : Keep(std::move(parts), face.charge)) {
+            for (const ChargedFace& part : parts) {
                 AddItems(part, longestSlender, items, branches);
             }
             return;
@@ -174,6 +176,7 @@ ChargeTree::Branch ChargeTree::WithParts(const ChargedFace& face) {
         return LeafOf(face);
     }
     std::vector<Branch> branches;
+    branches.reserve(groups.size());
     for (std::vector<Polygon>& group : groups) {
         branches.push_back(Joined(Keep(std::move(group), face.charge), asLongAsTheyAre));
     }

@@ -23,8 +23,8 @@ struct WeightedPoint {
     double weight;
 };
 
-/// Points with the area, and all moments up to the fifth order, of a polygon: seven in each of the triangles between one
-/// corner and the edges. Triangles outside of a polygon that is not convex have negative weights.
+/// Points with the area, and all moments up to the fifth order, of a polygon: seven in each of the triangles between
+/// one corner and the edges. Triangles outside of a polygon that is not convex have negative weights.
 /// @param points  gets them, instead of what it held
 void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points);
 
@@ -77,7 +77,7 @@ private:
     using Items = std::vector<Item>;
 
     static double LongestSlenderFace(const std::vector<ChargedFace>& faces);
-    const std::vector<ChargedFace>& Keep(std::vector<Polygon>&& parts, double charge);
+    const std::vector<ChargedFace>& Keep(std::vector<Polygon> parts, double charge);
     Branch Joined(const std::vector<ChargedFace>& faces, double longestSlender);
     void AddItems(const ChargedFace& face, double longestSlender, Items& items,
                   std::vector<std::unique_ptr<const Branch>>& branches);

@@ -52,7 +52,7 @@ double NextCoefficient(const Eigen::Vector3d& r, double inverseSquare, const Der
     return -inverseSquare * ((2 - 1 / n) * once + (1 - 1 / n) * twice);
 }
 
-// Which numbers meet is known when this is compiled; written out like this it takes a fifth of the time of loops.
+/// Which numbers meet is known when this is compiled; written out like this it takes a fifth of the time of loops.
 template <std::size_t... places>
 Derivatives DerivativesOfInverse(const Eigen::Vector3d& r, std::index_sequence<places...> /*places*/) {
     constexpr auto factorials = Factorials();

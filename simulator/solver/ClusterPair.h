@@ -3,9 +3,9 @@
 //
 // The potential between two charges at x and y from the centres of their clusters, R apart, is the sum over n of
 // |y - x|^n P_n / R^(n+1). What goes beyond the moments' order is left out (L. Greengard, V. Rokhlin, 1987; J. Barnes,
-// P. Hut, Nature 324 (1986) 446-449, for trees of clusters). The n-th term splits into multipoles of orders m and n - m of
-// the clusters and is at most the sum of binomial(n, m) times the products of their sizes over R^(n+1): that is what the
-// error is estimated from, for the first two orders left out, with a geometric series for those that follow.
+// P. Hut, Nature 324 (1986) 446-449, for trees of clusters). The n-th term splits into multipoles of orders m and n -
+// m of the clusters and is at most the sum of binomial(n, m) times the products of their sizes over R^(n+1): that is
+// what the error is estimated from, for the first two orders left out, with a geometric series for those that follow.
 #include "simulator/solver/Loads.h"
 #include "simulator/solver/Moments.h"
 

@@ -1,13 +1,13 @@
 #pragma once
-// The sum over all pairs of magnets by clusters of their charges, refined where its error is: for magnets of many faces,
-// and for many magnets.
+// The sum over all pairs of magnets by clusters of their charges, refined where its error is: for magnets of many
+// faces, and for many magnets.
 //
-// Both trees of a pair are walked together (dual tree traversal: A. W. Appel, SIAM Journal on Scientific and Statistical
-// Computing 6 (1985) 85-103; M. S. Warren, J. K. Salmon, 1995). Two clusters are taken as they are if the bound of what
-// their moments leave out is within the share of the wanted error that one term may have; otherwise the larger one is
-// split. Two faces that are too close for it are integrated: the field of one at points of the other, or along edges
-// where that is not good enough either. A pair whose charges cannot matter wherever they are is left out. So the cost
-// of a solve follows what is near and matters for the wanted error, not the number of triangles.
+// Both trees of a pair are walked together (dual tree traversal: A. W. Appel, SIAM Journal on Scientific and
+// Statistical Computing 6 (1985) 85-103; M. S. Warren, J. K. Salmon, 1995). Two clusters are taken as they are if the
+// bound of what their moments leave out is within the share of the wanted error that one term may have; otherwise the
+// larger one is split. Two faces that are too close for it are integrated: the field of one at points of the other,
+// or along edges where that is not good enough either. A pair whose charges cannot matter wherever they are is left
+// out. So the cost of a solve follows what is near and matters for the wanted error, not the number of triangles.
 #include "simulator/solver/Judgement.h"
 #include "simulator/solver/PointIntegral.h"
 #include "simulator/solver/PosedTree.h"

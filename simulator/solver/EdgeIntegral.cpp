@@ -36,8 +36,6 @@ struct Rule {
     const RulePoint* points;
     std::size_t count;
 };
-/// The highest rule; a piece that needs more is halved.
-constexpr unsigned char highestRule = 2;
 constexpr std::array<Rule, highestRule + 1> rules{
     {{points3.data(), points3.size()}, {points7.data(), points7.size()}, {points15.data(), points15.size()}}};
 

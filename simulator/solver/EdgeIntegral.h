@@ -26,6 +26,8 @@ struct EdgePiece {
     double from = 0, to = 0;
 };
 
+/// The highest rule; a piece that needs more is halved.
+constexpr unsigned char highestRule = 2;
 /// Number of points of a rule.
 int RulePoints(unsigned char rule);
 

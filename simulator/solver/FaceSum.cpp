@@ -85,7 +85,7 @@ Interaction FaceSum::Evaluated(const Term& term) const {
            IntegratePiece(from.polygon, to.polygon, term.piece, CentresFor(term));
 }
 
-std::size_t FaceSum::Evaluations(const Term& term) const {
+std::size_t FaceSum::Evaluations(const Term& term) {
     return term.isPiece ? static_cast<std::size_t>(RulePoints(term.piece.rule)) : farMagnetEvaluations;
 }
 

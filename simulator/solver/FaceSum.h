@@ -43,7 +43,7 @@ private:
     void ReplaceTerms(const std::vector<double>& share, const std::vector<bool>& leaves);
     BodyCentres CentresFor(const Term& term) const;
     Interaction Evaluated(const Term& term) const;
-    std::size_t Evaluations(const Term& term) const;
+    static std::size_t Evaluations(const Term& term);
     std::size_t Cost(const Term& term) const;
     void SumUp();
     double Share(const Term& term) const;

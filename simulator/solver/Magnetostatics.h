@@ -28,8 +28,8 @@ struct TriangleMesh {
 /// One uniformly magnetised piece.
 struct Magnet {
     std::string name;
-    /// In the magnet's own axes; null is a mesh of nothing. It is never changed: what a Solver knows of a mesh it keeps as
-    /// long as it gets the same one again.
+    /// In the magnet's own axes; null is a mesh of nothing. It is never changed: what a Solver knows of a mesh it
+    /// keeps as long as it gets the same one again.
     std::shared_ptr<const TriangleMesh> mesh;
     /// A/m, in the magnet's own axes.
     Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();

@@ -33,7 +33,7 @@ void SetPowers(std::array<double, count>& powers, const Eigen::Vector3d& v, std:
 /// x^a y^b z^c / (a! b! c!) for all moments.
 template <std::size_t count>
 std::array<double, count> ScaledPowers(const Eigen::Vector3d& v) {
-    std::array<double, count> powers;
+    std::array<double, count> powers{};
     SetPowers(powers, v, std::make_index_sequence<count - 1>());
     return powers;
 }

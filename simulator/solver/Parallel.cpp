@@ -11,7 +11,8 @@
 namespace vantor::solver {
 namespace {
 
-/// Items that a thread takes at a time: few enough that all threads end together, many enough that taking costs nothing.
+/// Items that a thread takes at a time: few enough that all threads end together, many enough that taking costs
+/// nothing.
 constexpr std::size_t rangeOfSmallItems = 32;
 
 class Crew {

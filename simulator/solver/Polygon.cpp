@@ -54,8 +54,8 @@ private:
     std::vector<Index> m_slots;
 };
 
-/// Spreads the bits of a number over all of them (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom number
-/// generators", 2014).
+/// Spreads the bits of a number over all of them (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom
+/// number generators", 2014).
 std::uint64_t Mixed(std::uint64_t bits) {
     bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9;
     bits = (bits ^ (bits >> 27)) * 0x94d049bb133111eb;

@@ -1,15 +1,15 @@
 #pragma once
-// Polygons of many edges in parts of few: what a far point or a small neighbour sees of a ring's end face should not cost
-// as much as its whole outline.
+// Polygons of many edges in parts of few: what a far point or a small neighbour sees of a ring's end face should not
+// cost as much as its whole outline.
 #include "simulator/solver/Polygon.h"
 
 #include <optional>
 
 namespace vantor::solver {
 
-/// Cuts a polygon by straight lines, again and again, until every part has at most `mostEdges` edges. The parts keep the
-/// polygon's axes and cover it without gaps; a part may be of several outlines. What no line leaves with clearly fewer
-/// edges stays as it is: triangles, and corners by the dozen in one place. Parts without area are left out.
+/// Cuts a polygon by straight lines, again and again, until every part has at most `mostEdges` edges. The parts keep
+/// the polygon's axes and cover it without gaps; a part may be of several outlines. What no line leaves with clearly
+/// fewer edges stays as it is: triangles, and corners by the dozen in one place. Parts without area are left out.
 /// @param mostEdges  10 or more is within reach of all but the oddest polygons
 std::vector<Polygon> CutToEdges(const Polygon& polygon, std::size_t mostEdges);
 
@@ -27,9 +27,9 @@ struct SimplerPolygon {
     std::vector<Polygon> rest;
 };
 
-/// Of every four edges that bend all one way makes one or two: a chord where the outline bends to the inside, and the first
-/// and the last of them up to where they meet where it bends to the outside. The simpler polygon reaches nowhere beyond the
-/// polygon, and a round outline's rest has little of the area.
+/// Of every four edges that bend all one way makes one or two: a chord where the outline bends to the inside, and the
+/// first and the last of them up to where they meet where it bends to the outside. The simpler polygon reaches
+/// nowhere beyond the polygon, and a round outline's rest has little of the area.
 /// @return nothing where that would save less than a quarter of the edges
 std::optional<SimplerPolygon> Simplified(const Polygon& polygon);
 

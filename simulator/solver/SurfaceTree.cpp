@@ -15,8 +15,8 @@ using Eigen::Vector3d;
 using Triangle = SurfaceTree::Triangle;
 
 constexpr std::size_t trianglesOfLeaf = 4;
-/// From this many radii on, a part of the surface is seen as its area vector. The uncertainty that comes with it leaves no
-/// doubt whether a point is inside, save in odd cases.
+/// From this many radii on, a part of the surface is seen as its area vector. The uncertainty that comes with it
+/// leaves no doubt whether a point is inside, save in odd cases.
 constexpr double farRadii = 16;
 
 Vector3d DoubleAreaVector(const Triangle& triangle) {
@@ -71,7 +71,8 @@ bool CornersOrEdgesMeet(const Triangle& a, const Triangle& b, double tolerance) 
     return false;
 }
 
-/// Whether `b` is on one side of the plane of `a`, farther away than the tolerance. Most triangles whose boxes meet are.
+/// Whether `b` is on one side of the plane of `a`, farther away than the tolerance. Most triangles whose boxes meet
+/// are.
 bool OnOneSide(const Triangle& a, const Triangle& b, double tolerance) {
     const Vector3d normal = DoubleAreaVector(a).normalized();
     const Vector3d heights((b[0] - a[0]).dot(normal), (b[1] - a[0]).dot(normal), (b[2] - a[0]).dot(normal));
@@ -124,6 +125,8 @@ public:
         for (std::size_t i = 0; i < m_order.size(); ++i) {
             m_order[i].second = static_cast<Index>(i);
         }
+    }
+    void Build() {
         m_tree.m_triangles.reserve(m_triangles.size());
         // Every leaf is at least half full.
         m_tree.m_nodes.reserve(4 * m_triangles.size() / trianglesOfLeaf + 1);
@@ -229,7 +232,8 @@ SurfaceTree::SurfaceTree(const TriangleMesh& mesh) {
     if (triangles.empty()) {
         return;
     }
-    Builder(*this, std::move(triangles));
+    Builder builder(*this, std::move(triangles));
+    builder.Build();
     for (const Triangle& triangle : m_triangles) {
         for (const Vector3d& corner : triangle) {
             m_box.extend(corner);

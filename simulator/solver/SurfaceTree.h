@@ -1,6 +1,6 @@
 #pragma once
-// Whether surfaces of hundreds of thousands of triangles meet, and what lies inside them, without looking at more than a
-// few triangles.
+// Whether surfaces of hundreds of thousands of triangles meet, and what lies inside them, without looking at more
+// than a few triangles.
 //
 // Sources: S. Gottschalk, M. C. Lin, D. Manocha, "OBBTree: a hierarchical structure for rapid interference detection",
 // SIGGRAPH 1996 (boxes turned with what they hold, and their separating axes); G. Barill, N. G. Dickson, R. Schmidt,

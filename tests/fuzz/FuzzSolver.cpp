@@ -1,5 +1,5 @@
-// Magnets of any tetrahedra, slivers and doubled ones among them, either have loads that are finite, add up to nothing and
-// are the same with any number of threads, or a complaint.
+// Magnets of any tetrahedra, slivers and doubled ones among them, either have loads that are finite, add up to
+// nothing and are the same with any number of threads, or a complaint.
 #include "simulator/solver/Magnetostatics.h"
 #include "tests/fuzz/InputBytes.h"
 
