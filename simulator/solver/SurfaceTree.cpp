@@ -137,6 +137,7 @@ private:
     void Add(std::size_t first, std::size_t last) {
         const std::size_t index = m_tree.m_nodes.size();
         m_tree.m_nodes.push_back(NodeOf(first, last));
+        // cppcheck-suppress knownConditionTrueFalse ; it takes the list for empty that has been moved here
         if (last - first <= trianglesOfLeaf) {
             for (std::size_t i = first; i < last; ++i) {
                 m_tree.m_triangles.push_back(At(i));
@@ -186,6 +187,7 @@ private:
     /// Principal axes of few triangles; the many of a large part of a mesh lie in all directions.
     Matrix3d AxesOf(std::size_t first, std::size_t last) const {
         constexpr std::size_t many = 2048;
+        // cppcheck-suppress knownConditionTrueFalse ; as in Add
         if (last - first > many) {
             return Matrix3d::Identity();
         }
