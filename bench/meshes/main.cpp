@@ -49,7 +49,7 @@ int Run(int count, char** arguments) {
     CLI::App app("Measures the field solver with meshes of CAD programs.", "vantor-meshes");
     app.require_subcommand(1);
     std::string folder = "build/meshes", title;
-    double peerSeconds = 5;
+    double peerSeconds = 2;
     app.add_option("--meshes", folder, "Folder of the large meshes (scripts/make-meshes all)")->capture_default_str();
     const CLI::App* list = app.add_subcommand("list", "Print the scenes, one a line");
     CLI::App* row = app.add_subcommand("row", "Measure a scene and print the figures as JSON");

@@ -152,10 +152,19 @@ ClusterSum::Outcome ClusterSum::Examined(const Pair& pair) const {
         outcome.evaluations = 1;
         return outcome;
     }
-    outcome.isSplit = !AreToBeIntegrated(pair, offset.norm());
-    if (outcome.isSplit) {
+    if (AreToBeIntegrated(pair, offset.norm())) {
+        outcome.kind = Outcome::Kind::Faces;
+    } else {
+        outcome.kind = Outcome::Kind::Split;
         outcome.parts = Split(pair);
-    } else if (!AddByPoints(pair, view, outcome)) {
+    }
+    return outcome;
+}
+
+ClusterSum::Outcome ClusterSum::Integrated(const Pair& pair) const {
+    const View view = ViewOf(pair);
+    Outcome outcome;
+    if (!AddByPoints(pair, view, outcome)) {
         AddByEdges(pair, view, outcome);
     }
     return outcome;
@@ -214,6 +223,19 @@ void ClusterSum::AddByEdges(const Pair& pair, const View& view, Outcome& outcome
 Pass ClusterSum::Evaluate() {
     Pass pass;
     pass.number = ++m_pass;
+    std::vector<Pair> faces;
+    pass.evaluations = WalkTrees(faces);
+    pass.evaluations += IntegrateAll(faces);
+    SumUp();
+    pass.percentError = m_judgement.PercentError();
+    return pass;
+}
+
+/// Looks at the open pairs and all that they are split into.
+/// @param faces  gets the pairs that are to be integrated
+/// @return the number of field evaluations
+std::size_t ClusterSum::WalkTrees(std::vector<Pair>& faces) {
+    std::size_t evaluations = 0;
     std::vector<Pair> batch;
     std::vector<Outcome> outcomes;
     while (!m_open.empty()) {
@@ -226,18 +248,37 @@ Pass ClusterSum::Evaluate() {
                 outcomes[i] = Examined(batch[i]);
             }
         });
-        for (const Outcome& outcome : outcomes) {
-            pass.evaluations += outcome.evaluations;
-            if (outcome.isSplit) {
+        for (std::size_t i = 0; i < size; ++i) {
+            const Outcome& outcome = outcomes[i];
+            evaluations += outcome.evaluations;
+            if (outcome.kind == Outcome::Kind::Split) {
                 m_open.insert(m_open.end(), outcome.parts.begin(), outcome.parts.end());
+            } else if (outcome.kind == Outcome::Kind::Faces) {
+                faces.push_back(batch[i]);
             } else {
                 m_terms.push_back(outcome.term);
             }
         }
     }
-    SumUp();
-    pass.percentError = m_judgement.PercentError();
-    return pass;
+    return evaluations;
+}
+
+/// A pair of faces may take a microsecond or ten milliseconds, so each is shared out by itself.
+/// @return the number of field evaluations
+std::size_t ClusterSum::IntegrateAll(const std::vector<Pair>& faces) {
+    std::size_t evaluations = 0;
+    const std::size_t first = m_terms.size();
+    m_terms.resize(first + faces.size());
+    std::vector<std::size_t> evaluationsOf(faces.size());
+    ForEach(faces.size(), m_threads, [&](std::size_t i) {
+        const Outcome outcome = Integrated(faces[i]);
+        m_terms[first + i] = outcome.term;
+        evaluationsOf[i] = outcome.evaluations;
+    });
+    for (const std::size_t count : evaluationsOf) {
+        evaluations += count;
+    }
+    return evaluations;
 }
 
 void ClusterSum::SumUp() {
@@ -260,17 +301,17 @@ bool ClusterSum::Refine() {
     const std::vector<bool> refined =
         TermsToRefine(shares, bodiesOf, m_judgement.BodyCount(), keptError * m_options.percentError / 100);
     m_allowedShare = std::numeric_limits<double>::infinity();
-    std::vector<Term> kept;
+    std::size_t kept = 0;
     for (std::size_t i = 0; i < m_terms.size(); ++i) {
         if (refined[i]) {
             m_allowedShare = std::min(m_allowedShare, shares[i]);
             m_open.push_back(m_terms[i].pair);
         } else {
-            kept.push_back(m_terms[i]);
+            m_terms[kept++] = m_terms[i];
         }
     }
+    m_terms.resize(kept);
     m_allowedShare *= shareOfReplacements;
-    m_terms = std::move(kept);
     return !m_open.empty();
 }
 

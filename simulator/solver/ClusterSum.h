@@ -57,9 +57,10 @@ private:
 
         Interaction Whole() const;
     };
-    /// What became of a pair: a term, or the two pairs that replace it.
+    /// What became of a pair: a term, or the two pairs that replace it, or two faces that are to be integrated.
     struct Outcome {
-        bool isSplit = false;
+        enum class Kind : unsigned char { Term, Split, Faces };
+        Kind kind = Kind::Term;
         std::array<Pair, 2> parts;
         Term term;
         std::size_t evaluations = 0;
@@ -72,6 +73,9 @@ private:
     View ViewOf(const Pair& pair) const;
 
     Outcome Examined(const Pair& pair) const;
+    Outcome Integrated(const Pair& pair) const;
+    std::size_t WalkTrees(std::vector<Pair>& faces);
+    std::size_t IntegrateAll(const std::vector<Pair>& faces);
     /// Whether a pair that its moments do not describe is not to be split any more.
     bool AreToBeIntegrated(const Pair& pair, double distance) const;
     std::array<Pair, 2> Split(const Pair& pair) const;
