@@ -1,13 +1,16 @@
 #include "simulator/model/Mesh.h"
 
+#include "simulator/geometry/NumberTable.h"
+
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 
 namespace vantor::model {
 namespace {
+
+using geometry::NumberTable;
 
 constexpr double twoPi = 6.28318530717958647692;
 
@@ -17,48 +20,6 @@ std::uint64_t HashBytes(const void* data, std::size_t size, std::uint64_t hash) 
         hash = (hash ^ bytes[i]) * 1099511628211ULL;
     }
     return hash;
-}
-
-/// Finds equal elements of a list by their hashes: a table of the elements' numbers in one piece of memory, which large
-/// meshes are welded and checked with in a fraction of the time that a table with a node for each element takes.
-class NumberTable {
-public:
-    explicit NumberTable(std::size_t mostElements) {
-        std::size_t size = 16;
-        while (size < 2 * mostElements) {
-            size *= 2;
-        }
-        m_numbers.assign(size, -1);
-    }
-
-    /// The place of the element that `isSame(number)` is true for; -1 stands where there is none yet and where its
-    /// number belongs.
-    template <typename IsSame>
-    int& At(std::uint64_t hash, IsSame isSame) {
-        std::size_t place = static_cast<std::size_t>(hash) & (m_numbers.size() - 1);
-        while (m_numbers[place] >= 0 && !isSame(m_numbers[place])) {
-            place = (place + 1) & (m_numbers.size() - 1);
-        }
-        return m_numbers[place];
-    }
-
-private:
-    std::vector<int> m_numbers;
-};
-
-/// Takes a further word into a hash; its low bits depend on all bits.
-std::uint64_t Mixed(std::uint64_t hash, std::uint64_t word) {
-    hash = (hash ^ word) * 0x9E3779B97F4A7C15ULL;
-    return hash ^ (hash >> 32U);
-}
-
-/// The bits of a position, by which also what is no number is one position.
-std::array<std::uint64_t, 3> BitsOf(const Eigen::Vector3d& position) {
-    std::array<std::uint64_t, 3> bits{};
-    // Adding zero turns a negative zero into a positive one: both are one position.
-    const std::array<double, 3> coordinates = {position.x() + 0.0, position.y() + 0.0, position.z() + 0.0};
-    std::memcpy(bits.data(), coordinates.data(), sizeof(bits));
-    return bits;
 }
 
 struct Corners {
@@ -103,27 +64,25 @@ class DirectedEdges {
 public:
     explicit DirectedEdges(const Mesh& mesh) : m_mesh(mesh), m_table(3 * mesh.triangles.size()) {
         for (std::size_t edge = 0; edge < 3 * mesh.triangles.size(); ++edge) {
-            int& place = At(CornerOf(edge, 0), CornerOf(edge, 1));
-            if (place >= 0) {
+            NumberTable::Number& place = At(CornerOf(edge, 0), CornerOf(edge, 1));
+            if (place != NumberTable::none) {
                 throw MeshError("an edge is used twice in one direction: more than two faces meet there, or "
                                 "neighbouring faces are oriented differently",
                                 static_cast<int>(edge / 3));
             }
-            place = static_cast<int>(edge);
+            place = static_cast<NumberTable::Number>(edge);
         }
     }
 
-    bool HasOpposite(std::size_t edge) { return At(CornerOf(edge, 1), CornerOf(edge, 0)) >= 0; }
+    bool HasOpposite(std::size_t edge) { return At(CornerOf(edge, 1), CornerOf(edge, 0)) != NumberTable::none; }
 
 private:
     int CornerOf(std::size_t edge, std::size_t next) const { return m_mesh.triangles[edge / 3][(edge + next) % 3]; }
 
-    int& At(int from, int to) {
-        const std::uint64_t hash = Mixed(static_cast<std::uint64_t>(from), static_cast<std::uint64_t>(to) << 32U);
-        return m_table.At(hash, [&](int number) {
-            const auto other = static_cast<std::size_t>(number);
-            return CornerOf(other, 0) == from && CornerOf(other, 1) == to;
-        });
+    NumberTable::Number& At(int from, int to) {
+        const std::uint64_t hash = geometry::HashOf(static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to));
+        return m_table.At(
+            hash, [&](NumberTable::Number other) { return CornerOf(other, 0) == from && CornerOf(other, 1) == to; });
     }
 
     const Mesh& m_mesh;
@@ -232,15 +191,15 @@ Mesh Welded(const std::vector<Eigen::Vector3d>& vertices, const std::vector<std:
         std::array<int, 3> corners{};
         for (std::size_t k = 0; k < 3; ++k) {
             const Eigen::Vector3d& vertex = vertices[static_cast<std::size_t>(triangle[k])];
-            const auto bits = BitsOf(vertex);
-            int& number = vertexAt.At(Mixed(Mixed(Mixed(0, bits[0]), bits[1]), bits[2]), [&](int other) {
-                return BitsOf(welded.vertices[static_cast<std::size_t>(other)]) == bits;
+            const auto bits = geometry::BitsOf(vertex);
+            NumberTable::Number& number = vertexAt.At(geometry::HashOf(bits), [&](NumberTable::Number other) {
+                return geometry::BitsOf(welded.vertices[other]) == bits;
             });
-            if (number < 0) {
-                number = static_cast<int>(welded.vertices.size());
+            if (number == NumberTable::none) {
+                number = static_cast<NumberTable::Number>(welded.vertices.size());
                 welded.vertices.push_back(vertex);
             }
-            corners[k] = number;
+            corners[k] = static_cast<int>(number);
         }
         welded.triangles.push_back(corners);
     }

@@ -225,18 +225,14 @@ MomentRotation::MomentRotation(const Eigen::Matrix3d& rotation) {
 
 Moments MomentRotation::operator()(const Moments& moments) const {
     Moments turned{};
-    std::size_t first = 0;
-    for (const std::vector<double>& matrix : m_matrices) {
-        std::size_t size = 1;
-        while (size * size < matrix.size()) {
-            ++size;
-        }
+    for (int order = 0; order <= momentOrder; ++order) {
+        const std::vector<double>& matrix = m_matrices[static_cast<std::size_t>(order)];
+        const std::size_t first = MomentCount(order - 1), size = MomentCount(order) - first;
         for (std::size_t row = 0; row < size; ++row) {
             for (std::size_t column = 0; column < size; ++column) {
                 turned[first + row] += matrix[row * size + column] * moments[first + column];
             }
         }
-        first += size;
     }
     return turned;
 }

@@ -1,11 +1,10 @@
 #include "simulator/solver/Polygon.h"
 
+#include "simulator/geometry/NumberTable.h"
+
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <limits>
 
 namespace vantor::solver {
 namespace {
@@ -16,70 +15,19 @@ constexpr double planeTolerance = 1e-8;
 /// Charge below this fraction of the magnetisation is rounding.
 constexpr double chargeTolerance = 1e-12;
 
-using Index = std::uint32_t;
-constexpr Index none = std::numeric_limits<Index>::max();
-
-/// Numbers of things, each found again by its hash and a comparison. The first of equal things stands for all of them.
-class IndexTable {
-public:
-    explicit IndexTable(std::size_t most) {
-        std::size_t slots = 16;
-        while (slots < 2 * most) {
-            slots *= 2;
-        }
-        m_slots.resize(slots, none);
-    }
-    /// The number of the thing that equals the one looked for, or none.
-    template <class Equals>
-    Index Find(std::uint64_t hash, const Equals& equals) const {
-        return m_slots[SlotOf(hash, equals)];
-    }
-    /// As Find; where there is none, `index` stands for it from now on.
-    template <class Equals>
-    Index FindOrAdd(std::uint64_t hash, Index index, const Equals& equals) {
-        Index& slot = m_slots[SlotOf(hash, equals)];
-        return slot = slot == none ? index : slot;
-    }
-
-private:
-    template <class Equals>
-    std::size_t SlotOf(std::uint64_t hash, const Equals& equals) const {
-        const std::size_t mask = m_slots.size() - 1;
-        std::size_t slot = static_cast<std::size_t>(hash) & mask;
-        while (m_slots[slot] != none && !equals(m_slots[slot])) {
-            slot = (slot + 1) & mask;
-        }
-        return slot;
-    }
-    std::vector<Index> m_slots;
-};
-
-/// Spreads the bits of a number over all of them (G. L. Steele, D. Lea, C. H. Flood, "Fast splittable pseudorandom
-/// number generators", 2014).
-std::uint64_t Mixed(std::uint64_t bits) {
-    bits = (bits ^ (bits >> 30)) * 0xbf58476d1ce4e5b9;
-    bits = (bits ^ (bits >> 27)) * 0x94d049bb133111eb;
-    return bits ^ (bits >> 31);
-}
-
-std::uint64_t HashOf(const Eigen::Vector3d& position) {
-    std::uint64_t hash = 0;
-    for (const double coordinate : position) {
-        const double withoutNegativeZero = coordinate + 0.0;
-        std::uint64_t bits = 0;
-        std::memcpy(&bits, &withoutNegativeZero, sizeof(bits));
-        hash = Mixed(hash + bits);
-    }
-    return hash;
-}
+using geometry::NumberTable;
+using Index = NumberTable::Number;
+constexpr Index none = NumberTable::none;
 
 /// For each vertex the first one at the same position.
 std::vector<Index> WeldCorners(const std::vector<Eigen::Vector3d>& vertices) {
-    IndexTable table(vertices.size());
+    NumberTable table(vertices.size());
     std::vector<Index> welded(vertices.size());
     for (Index i = 0; i < vertices.size(); ++i) {
-        welded[i] =
-            table.FindOrAdd(HashOf(vertices[i]), i, [&](Index other) { return vertices[other] == vertices[i]; });
+        Index& first = table.At(geometry::HashOf(geometry::BitsOf(vertices[i])),
+                                [&](Index other) { return vertices[other] == vertices[i]; });
+        first = std::min(first, i);
+        welded[i] = first;
     }
     return welded;
 }
@@ -120,7 +68,6 @@ std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d
 /// The facets' edges by their ends. Edge 3 f + j runs from corner j of facet f to the next one. In a proper mesh every
 /// edge has one that runs the other way; any number is allowed.
 class FacetEdges {
-    static std::uint64_t Hash(Index from, Index to) { return Mixed(std::uint64_t{from} << 32 | to); }
     auto Runs(Index from, Index to) const {
         return [this, from, to](Index edge) { return From(edge) == from && To(edge) == to; };
     }
@@ -130,10 +77,11 @@ public:
         : m_facets(facets), m_firstAlike(3 * facets.size()), m_nextAlike(3 * facets.size(), none),
           m_firstOpposite(3 * facets.size()) {
         const auto count = static_cast<Index>(3 * facets.size());
-        IndexTable table(count);
+        NumberTable table(count);
         std::vector<Index> lastAlike(count);
         for (Index edge = 0; edge < count; ++edge) {
-            const Index first = table.FindOrAdd(Hash(From(edge), To(edge)), edge, Runs(From(edge), To(edge)));
+            Index& first = table.At(geometry::HashOf(From(edge), To(edge)), Runs(From(edge), To(edge)));
+            first = std::min(first, edge);
             m_firstAlike[edge] = first;
             if (first != edge) {
                 m_nextAlike[lastAlike[first]] = edge;
@@ -141,7 +89,7 @@ public:
             lastAlike[first] = edge;
         }
         for (Index edge = 0; edge < count; ++edge) {
-            m_firstOpposite[edge] = table.Find(Hash(To(edge), From(edge)), Runs(To(edge), From(edge)));
+            m_firstOpposite[edge] = table.At(geometry::HashOf(To(edge), From(edge)), Runs(To(edge), From(edge)));
         }
     }
     Index From(Index edge) const { return m_facets[edge / 3].corners[edge % 3]; }
