@@ -1,9 +1,10 @@
 #pragma once
-// Magnetostatics of rigid, uniformly magnetised bodies in empty space.
+// Magnetostatics of rigid bodies of magnets and iron in empty space.
 //
-// Every magnet is a closed triangle mesh with one magnetisation M. Its field is that of the surface charge
+// Every magnet is a closed triangle mesh of one material: M = M0 + (mu - 1) H. Its field is that of the surface charge
 // sigma = M.n on its faces; the load on a body is the integral of mu0 sigma H over its own charged faces, H being the
-// field of all other bodies. Magnets are rigid in both senses: they neither deform nor change their magnetisation.
+// field of all other bodies. Where mu is 1 the charge is known beforehand; elsewhere it is solved for, with what it
+// makes of itself and of all others.
 #include <Eigen/Geometry>
 #include <array>
 #include <cstddef>
@@ -25,16 +26,33 @@ struct TriangleMesh {
     std::vector<std::array<int, 3>> triangles;
 };
 
-/// One uniformly magnetised piece.
+/// B over H of a soft-magnetic material in one direction, from zero field on.
+struct MagnetizationCurve {
+    struct Point {
+        /// A/m.
+        double h = 0;
+        /// T.
+        double b = 0;
+    };
+    /// The first one is (0, 0); both grow, B never by less than vacuum's share. Beyond the last one B grows as in
+    /// vacuum.
+    std::vector<Point> points;
+};
+
+/// One piece of one material: a magnet, or iron.
 struct Magnet {
     std::string name;
     /// In the magnet's own axes; null is a mesh of nothing. It is never changed: what a Solver knows of a mesh it
     /// keeps as long as it gets the same one again.
     std::shared_ptr<const TriangleMesh> mesh;
-    /// A/m, in the magnet's own axes.
+    /// A/m, in the magnet's own axes: M where H is 0. Of a permeability mu and a coercivity Hc it is mu Hc.
     Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
     /// Where the magnet is: global = pose * own, metres.
     Eigen::Isometry3d pose = Eigen::Isometry3d::Identity();
+    /// Relative permeability mu, 0.9 or more: M = magnetisation + (mu - 1) H.
+    double permeability = 1;
+    /// Takes the permeability's place; null for a linear material. Only without magnetisation.
+    std::shared_ptr<const MagnetizationCurve> curve;
 };
 
 /// Magnets that move together. The forces between magnets of one body do not count, and these magnets may touch.
@@ -87,6 +105,8 @@ struct Solution {
     std::vector<Load> loads;
     std::vector<Pass> passes;
     bool converged = false;
+    /// What the loads leave out or cannot know, one line each, with the magnets' names: iron beyond its curve.
+    std::vector<std::string> warnings;
 };
 
 /// The bodies cannot be solved. The message is one line: what is wrong, with the names of the magnets and bodies
