@@ -52,7 +52,7 @@ struct Magnet {
     /// Relative permeability mu, 0.9 or more: M = magnetisation + (mu - 1) H.
     double permeability = 1;
     /// Takes the permeability's place; null for a linear material. Only without magnetisation.
-    std::shared_ptr<const MagnetizationCurve> curve;
+    std::shared_ptr<const MagnetizationCurve> curve = nullptr;
 };
 
 /// Magnets that move together. The forces between magnets of one body do not count, and these magnets may touch.
