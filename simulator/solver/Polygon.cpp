@@ -38,9 +38,10 @@ struct Facet {
     double area = 0;
 };
 
-std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {
+/// The mesh's triangles that have an area and a normal for which keep(normal) is true.
+template <class Keep>
+std::vector<Facet> FacetsOf(const TriangleMesh& mesh, const Keep& keep) {
     const std::vector<Index> welded = WeldCorners(mesh.vertices);
-    const double leastCharge = chargeTolerance * magnetisation.stableNorm();
     std::vector<Facet> facets;
     facets.reserve(mesh.triangles.size());
     for (const auto& triangle : mesh.triangles) {
@@ -56,7 +57,7 @@ std::vector<Facet> ChargedFacets(const TriangleMesh& mesh, const Eigen::Vector3d
             continue;
         }
         facet.normal = doubleArea / (2 * facet.area);
-        if (std::abs(facet.normal.dot(magnetisation)) > leastCharge) {
+        if (keep(facet.normal)) {
             facets.push_back(facet);
         }
     }
@@ -312,26 +313,8 @@ Eigen::Vector3d InSpace(const Polygon& polygon, const Eigen::Vector2d& v) {
     return v.x() * polygon.xAxis + v.y() * polygon.yAxis;
 }
 
-} // namespace
-
-void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
-    polygon.planeEdges.reserve(outline.size());
-    polygon.edges.reserve(outline.size());
-    for (const auto& [start, end] : outline) {
-        const double length = (end - start).norm();
-        if (!(length > 0)) {
-            continue;
-        }
-        const Eigen::Vector2d along = (end - start) / length;
-        polygon.radius = std::max(polygon.radius, start.norm());
-        polygon.planeEdges.push_back({start.x(), start.y(), along.x(), along.y(), length});
-        polygon.edges.push_back({polygon.centre + InSpace(polygon, start), InSpace(polygon, along),
-                                 InSpace(polygon, {along.y(), -along.x()}), length});
-    }
-}
-
-std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {
-    const std::vector<Facet> facets = ChargedFacets(mesh, magnetisation);
+/// The flat, connected groups of a mesh's facets, each as one polygon.
+std::vector<Polygon> PolygonsOf(const TriangleMesh& mesh, const std::vector<Facet>& facets) {
     if (facets.empty()) {
         return {};
     }
@@ -350,6 +333,35 @@ std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vect
         SetOutline(polygon, segments);
     }
     return polygons;
+}
+
+} // namespace
+
+void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
+    polygon.planeEdges.reserve(outline.size());
+    polygon.edges.reserve(outline.size());
+    for (const auto& [start, end] : outline) {
+        const double length = (end - start).norm();
+        if (!(length > 0)) {
+            continue;
+        }
+        const Eigen::Vector2d along = (end - start) / length;
+        polygon.radius = std::max(polygon.radius, start.norm());
+        polygon.planeEdges.push_back({start.x(), start.y(), along.x(), along.y(), length});
+        polygon.edges.push_back({polygon.centre + InSpace(polygon, start), InSpace(polygon, along),
+                                 InSpace(polygon, {along.y(), -along.x()}), length});
+    }
+}
+
+std::vector<Polygon> PolygonsOf(const TriangleMesh& mesh) {
+    return PolygonsOf(mesh, FacetsOf(mesh, [](const Eigen::Vector3d&) { return true; }));
+}
+
+std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {
+    const double leastCharge = chargeTolerance * magnetisation.stableNorm();
+    return PolygonsOf(mesh, FacetsOf(mesh, [&](const Eigen::Vector3d& normal) {
+                          return std::abs(normal.dot(magnetisation)) > leastCharge;
+                      }));
 }
 
 } // namespace vantor::solver

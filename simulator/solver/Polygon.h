@@ -50,6 +50,10 @@ struct PlaneSegment {
 /// Sets the edges and the radius of a polygon that has its centre and axes. Pieces without length are left out.
 void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline);
 
+/// The faces of a mesh.
+/// @param mesh  indices in range, coordinates finite
+std::vector<Polygon> PolygonsOf(const TriangleMesh& mesh);
+
 /// The faces of a mesh on which `magnetisation` leaves a charge; those along it are left out.
 /// @param mesh  indices in range, coordinates finite
 std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation);
