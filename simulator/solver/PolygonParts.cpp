@@ -211,33 +211,11 @@ std::optional<Line> MiddleLine(const Outline& outline, double narrowest) {
     return nearest;
 }
 
-Outline OutlineOf(const Polygon& polygon) {
-    Outline outline;
-    for (const PlaneEdge& edge : polygon.planeEdges) {
-        const Vector2d start(edge.x, edge.y);
-        outline.push_back({start, start + edge.length * Vector2d(edge.tx, edge.ty)});
-    }
-    return outline;
-}
-
 /// Appends the part of a polygon inside of an outline, unless it has no area.
 void AddPart(const Polygon& polygon, Outline outline, std::vector<Polygon>& parts) {
-    const AreaMoments moments(outline);
-    if (moments.isSlit) {
-        return;
+    if (std::optional<Polygon> part = PartOf(polygon, std::move(outline))) {
+        parts.push_back(*std::move(part));
     }
-    Polygon part;
-    part.centre = polygon.centre + moments.centroid.x() * polygon.xAxis + moments.centroid.y() * polygon.yAxis;
-    part.xAxis = polygon.xAxis;
-    part.yAxis = polygon.yAxis;
-    part.normal = polygon.normal;
-    part.area = moments.area;
-    for (PlaneSegment& edge : outline) {
-        edge.start -= moments.centroid;
-        edge.end -= moments.centroid;
-    }
-    SetOutline(part, outline);
-    parts.push_back(std::move(part));
 }
 
 class Cutter {
@@ -381,6 +359,34 @@ private:
 };
 
 } // namespace
+
+Outline OutlineOf(const Polygon& polygon) {
+    Outline outline;
+    for (const PlaneEdge& edge : polygon.planeEdges) {
+        const Vector2d start(edge.x, edge.y);
+        outline.push_back({start, start + edge.length * Vector2d(edge.tx, edge.ty)});
+    }
+    return outline;
+}
+
+std::optional<Polygon> PartOf(const Polygon& polygon, Outline outline) {
+    const AreaMoments moments(outline);
+    if (moments.isSlit) {
+        return std::nullopt;
+    }
+    Polygon part;
+    part.centre = polygon.centre + moments.centroid.x() * polygon.xAxis + moments.centroid.y() * polygon.yAxis;
+    part.xAxis = polygon.xAxis;
+    part.yAxis = polygon.yAxis;
+    part.normal = polygon.normal;
+    part.area = moments.area;
+    for (PlaneSegment& edge : outline) {
+        edge.start -= moments.centroid;
+        edge.end -= moments.centroid;
+    }
+    SetOutline(part, outline);
+    return part;
+}
 
 std::vector<Polygon> CutToEdges(const Polygon& polygon, std::size_t mostEdges) {
     if (polygon.planeEdges.size() <= mostEdges) {

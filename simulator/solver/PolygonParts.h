@@ -4,8 +4,16 @@
 #include "simulator/solver/Polygon.h"
 
 #include <optional>
+#include <vector>
 
 namespace vantor::solver {
+
+/// The edges of a polygon in its own plane coordinates.
+std::vector<PlaneSegment> OutlineOf(const Polygon& polygon);
+
+/// The part of a polygon inside of an outline, which is in the polygon's plane coordinates. It keeps the polygon's axes.
+/// @return nothing where the outline has no area
+std::optional<Polygon> PartOf(const Polygon& polygon, std::vector<PlaneSegment> outline);
 
 /// Cuts a polygon by straight lines, again and again, until every part has at most `mostEdges` edges. The parts keep
 /// the polygon's axes and cover it without gaps; a part may be of several outlines. What no line leaves with clearly

@@ -60,6 +60,65 @@ void ExpectClosed(const std::vector<SolidFace>& faces, std::size_t solid, const 
     EXPECT_NEAR(angle, 4 * pi, 10 * tolerance) << "solid " << solid;
 }
 
+/// How many faces there are between two solids, or between one and the air, and their area.
+struct Share {
+    std::size_t count = 0;
+    double area = 0;
+};
+Share ShareOf(const std::vector<SolidFace>& faces, std::size_t inside, std::optional<std::size_t> outside = {}) {
+    Share share;
+    for (const SolidFace& face : faces) {
+        if (face.inside == inside && face.outside == outside) {
+            ++share.count;
+            share.area += face.polygon.area;
+        }
+    }
+    return share;
+}
+
+void ExpectShare(const Share& share, std::size_t count, double area) {
+    EXPECT_EQ(share.count, count);
+    EXPECT_NEAR(share.area, area, 1e-12 * area);
+}
+
+/// All solids moved to some place far from straight.
+std::vector<Solid> Moved(std::vector<Solid> solids) {
+    Eigen::Isometry3d move = Eigen::Isometry3d::Identity();
+    move.linear() = shapes::Turn(0.9, {3, -1, 2});
+    move.translation() = Vector3d(0.3, 7, -4);
+    for (Solid& solid : solids) {
+        solid.pose = move * solid.pose;
+    }
+    return solids;
+}
+
+/// A plate of 4 x 4 x 2 with a pocket of 2 x 2 x 1 in the middle of its top, which is at z = 0.
+TriangleMesh PocketPlate() {
+    TriangleMesh mesh;
+    const auto addRing = [&](double half, double z) {
+        for (const auto& [x, y] : {std::pair{-1, -1}, {1, -1}, {1, 1}, {-1, 1}}) {
+            mesh.vertices.emplace_back(half * x, half * y, z);
+        }
+    };
+    addRing(2, -2);
+    addRing(2, 0);
+    addRing(1, 0);
+    addRing(1, -1);
+    const auto addQuad = [&](int a, int b, int c, int d) {
+        mesh.triangles.push_back({a, b, c});
+        mesh.triangles.push_back({a, c, d});
+    };
+    for (int ring = 0; ring < 3; ++ring) {
+        for (int i = 0; i < 4; ++i) {
+            const int a = 4 * ring + i, b = 4 * ring + (i + 1) % 4;
+            addQuad(a, b, b + 4, a + 4);
+        }
+    }
+    addQuad(3, 2, 1, 0);
+    addQuad(12, 13, 14, 15);
+    return mesh;
+}
+
 template <class Act>
 std::string MessageOf(const Act& act) {
     try {
@@ -119,4 +178,171 @@ TEST(SolidFaces, RefuseMeshesThatBoundNoMaterial) {
               std::string::npos);
     EXPECT_NE(refusal(SolidOf(astray, "\"astray\"")).find("Triangle 3 of \"astray\""), std::string::npos);
     EXPECT_NE(refusal(lost).find("The pose of \"lost\" is not finite"), std::string::npos);
+}
+
+TEST(SolidFaces, OfABlockOnAPlateShareItsFootprint) {
+    const std::vector<Solid> solids =
+        Moved({SolidOf(BlockBetween({-5, -4, -1}, {5, 4, 0})), SolidOf(BlockBetween({1, 1, 0}, {2, 3, 2}))});
+    const std::vector<SolidFace> faces = FacesOf(solids);
+    ASSERT_EQ(faces.size(), 12U);
+    ExpectShare(ShareOf(faces, 0, 1), 1, 2);
+    ExpectShare(ShareOf(faces, 0), 6, 2 * (80 + 10 + 8) - 2);
+    ExpectShare(ShareOf(faces, 1), 5, 2 + 2 * (2 + 4));
+    ExpectClosed(faces, 0, solids[0].pose * Vector3d(1.5, 2, -0.2));
+    ExpectClosed(faces, 1, solids[1].pose * Vector3d(1.5, 2, 0.2));
+}
+
+TEST(SolidFaces, PointFromTheLowerSolidToTheHigherOne) {
+    const Solid plate = SolidOf(BlockBetween({-5, -4, -1}, {5, 4, 0}));
+    const Solid block = SolidOf(BlockBetween({1, 1, 0}, {2, 3, 2}));
+    for (const bool plateFirst : {true, false}) {
+        const std::vector<SolidFace> faces = plateFirst ? FacesOf({plate, block}) : FacesOf({block, plate});
+        std::size_t shared = 0;
+        for (const SolidFace& face : faces) {
+            if (face.outside) {
+                ++shared;
+                EXPECT_EQ(face.inside, 0U);
+                EXPECT_EQ(*face.outside, 1U);
+                EXPECT_NEAR(face.polygon.normal.z(), plateFirst ? 1 : -1, 1e-15);
+                EXPECT_LE((face.polygon.centre - Vector3d(1.5, 2, 0)).norm(), 1e-14);
+            }
+        }
+        EXPECT_EQ(shared, 1U);
+    }
+}
+
+TEST(SolidFaces, OfAMagnetInAPocketShareFiveSides) {
+    const std::vector<Solid> solids = Moved({SolidOf(PocketPlate()), SolidOf(BlockBetween({-1, -1, -1}, {1, 1, 0}))});
+    const std::vector<SolidFace> faces = FacesOf(solids);
+    ExpectShare(ShareOf(faces, 0, 1), 5, 4 + 4 * 2);
+    ExpectShare(ShareOf(faces, 1), 1, 4);
+    ExpectShare(ShareOf(faces, 0), 6, 12 + 16 + 4 * 8);
+    ExpectClosed(faces, 0, solids[0].pose * Vector3d(1.5, 0.5, -0.6));
+    ExpectClosed(faces, 1, solids[1].pose * Vector3d(0.5, 0.7, -0.3));
+}
+
+TEST(SolidFaces, OfBlocksHalfPastEachOtherShareHalfASide) {
+    const std::vector<Solid> solids =
+        Moved({SolidOf(BlockBetween({0, 0, 0}, {1, 1, 1})), SolidOf(BlockBetween({1, 0.5, 0}, {2, 1.5, 1}))});
+    const std::vector<SolidFace> faces = FacesOf(solids);
+    ExpectShare(ShareOf(faces, 0, 1), 1, 0.5);
+    ExpectShare(ShareOf(faces, 0), 6, 5.5);
+    ExpectShare(ShareOf(faces, 1), 6, 5.5);
+    for (const SolidFace& face : faces) {
+        EXPECT_EQ(face.polygon.edges.size(), 4U);
+    }
+    ExpectClosed(faces, 0, solids[0].pose * Vector3d(0.9, 0.6, 0.3));
+    ExpectClosed(faces, 1, solids[1].pose * Vector3d(1.1, 0.6, 0.3));
+}
+
+TEST(SolidFaces, OfARingOnADiscLeaveAnAnnulusAndTheMiddle) {
+    Prism disc, ring;
+    disc.radius = 3;
+    disc.sides = 300;
+    disc.centre = {0, 0, -0.5};
+    ring.radius = 2;
+    ring.innerRadius = 1;
+    ring.sides = 211;
+    ring.centre = {0, 0, 0.5};
+    const std::vector<Solid> solids = Moved({SolidOf(disc), SolidOf(ring)});
+    const std::vector<SolidFace> faces = FacesOf(solids);
+    const auto circle = [](int sides, double radius) {
+        return sides / 2.0 * radius * radius * std::sin(2 * pi / sides);
+    };
+    const double ringArea = circle(211, 2) - circle(211, 1), discArea = circle(300, 3);
+    ExpectShare(ShareOf(faces, 0, 1), 1, ringArea);
+    // Sides, bottom, and what is left of the top.
+    ExpectShare(ShareOf(faces, 0), 300 + 1 + 2, 300 * 6 * std::sin(pi / 300) + 2 * discArea - ringArea);
+    ExpectShare(ShareOf(faces, 1), 2 * 211 + 1, 211 * 6 * std::sin(pi / 211) + ringArea);
+    ExpectClosed(faces, 0, solids[0].pose * Vector3d(1.5, 0.5, -0.3));
+    ExpectClosed(faces, 1, solids[1].pose * Vector3d(1.5, 0.1, 0.3));
+}
+
+TEST(SolidFaces, OfABlockOnTheJointOfTwoOthersAreSharedWithBoth) {
+    const std::vector<Solid> solids =
+        Moved({SolidOf(BlockBetween({-2, 0, 0}, {0, 2, 1})), SolidOf(BlockBetween({-0.5, 0.5, 1}, {1.5, 1, 2})),
+               SolidOf(BlockBetween({0, 0, 0}, {2, 2, 1}))});
+    const std::vector<SolidFace> faces = FacesOf(solids);
+    ExpectShare(ShareOf(faces, 0, 1), 1, 0.25);
+    ExpectShare(ShareOf(faces, 0, 2), 1, 2);
+    ExpectShare(ShareOf(faces, 1, 2), 1, 0.75);
+    ExpectShare(ShareOf(faces, 0), 5, 16 - 2 - 0.25);
+    ExpectShare(ShareOf(faces, 1), 5, 1 + 2 * (2 + 0.5));
+    ExpectShare(ShareOf(faces, 2), 5, 16 - 2 - 0.75);
+    ExpectClosed(faces, 0, solids[0].pose * Vector3d(-0.5, 0.5, 0.7));
+    ExpectClosed(faces, 1, solids[1].pose * Vector3d(0.2, 0.7, 1.2));
+    ExpectClosed(faces, 2, solids[2].pose * Vector3d(0.2, 0.7, 0.8));
+}
+
+TEST(SolidFaces, OfACylinderInItsBoreShareEveryFacet) {
+    Prism cylinder, sleeve;
+    cylinder.sides = sleeve.sides = 120;
+    sleeve.innerRadius = cylinder.radius = 1;
+    sleeve.radius = 2;
+    // It looks out of the sleeve by a third of its height.
+    cylinder.centre = {0, 0, 0.5};
+    cylinder.height = 1.5;
+    sleeve.height = 1.5;
+    const std::vector<Solid> solids = Moved({SolidOf(sleeve), SolidOf(cylinder)});
+    const std::vector<SolidFace> faces = FacesOf(solids);
+    const double side = 120 * 2 * std::sin(pi / 120);
+    ExpectShare(ShareOf(faces, 0, 1), 120, side);
+    ExpectShare(ShareOf(faces, 1), 122, 0.5 * side + 120 * std::sin(2 * pi / 120));
+    ExpectClosed(faces, 0, solids[0].pose * Vector3d(1.5, 0.2, 0.1));
+    ExpectClosed(faces, 1, solids[1].pose * Vector3d(0.5, 0.2, 0.1));
+}
+
+TEST(SolidFaces, OfSolidsThatMeetInAnEdgeOrACornerStayWhole) {
+    const Solid block = SolidOf(BlockBetween({0, 0, 0}, {1, 1, 1}));
+    for (const Vector3d& low : {Vector3d(1, 1, 0), Vector3d(1, 1, 1), Vector3d(1, 0.5, 1)}) {
+        const std::vector<SolidFace> faces =
+            FacesOf(Moved({block, SolidOf(BlockBetween(low, low + Vector3d::Ones()))}));
+        EXPECT_EQ(faces.size(), 12U);
+        EXPECT_NEAR(AreaOf(faces), 12, 1e-12);
+    }
+}
+
+TEST(SolidFaces, TakeAMisfitBelowTheToleranceForContact) {
+    for (const double misfit : {1e-15, 1e-12, 1e-10, 4e-8, -4e-8}) {
+        for (const double along : {0.0, 1e-11, 3e-8, -3e-8}) {
+            const std::vector<SolidFace> faces =
+                FacesOf({SolidOf(PocketPlate()),
+                         SolidOf(BlockBetween({-1 + along, -1, -1 - misfit}, {1 + misfit, 1 - along, 0}))});
+            const double worst = std::max(std::abs(misfit), std::abs(along));
+            ASSERT_EQ(faces.size(), 12U) << misfit << " " << along;
+            EXPECT_NEAR(ShareOf(faces, 0, 1).area, 12, 20 * worst + 1e-12);
+            ExpectClosed(faces, 0, {1.5, 0.5, -0.6}, 2 * worst + 1e-12);
+            ExpectClosed(faces, 1, {0.5, 0.7, -0.3}, 2 * worst + 1e-12);
+        }
+    }
+}
+
+TEST(SolidFaces, RefuseSolidsThatOverlap) {
+    const Block block;
+    Block shifted, turned, inner, along;
+    shifted.centre = {0.3, 0.2, 0.1};
+    turned.rotation = shapes::Turn(0.3, {1, 1, 1});
+    inner.size = {0.5, 0.5, 0.5};
+    along.centre = {0.5, 0, 0};
+    Block deep;
+    deep.centre = {0, 0, 1 - 1e-5};
+    const std::vector<std::pair<const char*, TriangleMesh>> others{
+        {"the same", MeshOf(block)}, {"shifted", MeshOf(shifted)}, {"turned", MeshOf(turned)}, {"inner", MeshOf(inner)},
+        {"along", MeshOf(along)},    {"deep", MeshOf(deep)},       {"ball", shapes::Ball(3)}};
+    for (const auto& [name, mesh] : others) {
+        const Solid first = SolidOf(block, "magnet \"a\""), second = SolidOf(mesh, "magnet \"b\"");
+        EXPECT_EQ(MessageOf([&] {
+                      FacesOf(Moved({first, second}));
+                  }),
+                  "magnet \"a\" and magnet \"b\" overlap; move one of them, or cut the room it takes out of the other.")
+            << name;
+        EXPECT_NE(MessageOf([&] { FacesOf(Moved({second, first})); }), "no error") << name;
+    }
+}
+
+TEST(SolidFaces, RefuseAPocketThatIsTooSmall) {
+    const Solid plate = SolidOf(BlockBetween({-5, -5, -2}, {5, 5, 0})), pocket = SolidOf(PocketPlate());
+    EXPECT_NE(MessageOf([&] { FacesOf({plate, pocket}); }), "no error");
+    EXPECT_NE(MessageOf([&] { FacesOf({pocket, SolidOf(BlockBetween({-1, -1, -1}, {1.5, 1, 0}))}); }), "no error");
+    EXPECT_NE(MessageOf([&] { FacesOf({pocket, SolidOf(BlockBetween({-1, -1, -1.5}, {1, 1, 0}))}); }), "no error");
 }
