@@ -62,15 +62,17 @@ void SetMultipoles(Cluster& cluster, const HigherMoments& moments) {
 HigherMoments MomentsOfFace(const ChargedFace& face, const Vector3d& centre, const std::vector<WeightedPoint>& points) {
     HigherMoments moments{};
     for (const WeightedPoint& point : points) {
-        AddCharge(moments, face.charge * point.weight, point.at - centre);
+        AddCharge(moments, face.ChargeAt(point.at) * point.weight, point.at - centre);
     }
     return moments;
 }
 
+} // namespace
+
 Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& points) {
     Cluster cluster;
     cluster.centre = face.polygon.centre;
-    cluster.density = std::abs(face.charge);
+    cluster.density = face.Density();
     cluster.extent.charge = cluster.density * face.polygon.area;
     cluster.extent.radius = face.polygon.radius;
     SetPoints(face.polygon, points);
@@ -81,8 +83,6 @@ Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& point
     cluster.extent.spread = spread.Value();
     return cluster;
 }
-
-} // namespace
 
 void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points) {
     points.clear();
@@ -115,11 +115,11 @@ double ChargeTree::LongestSlenderFace(const std::vector<ChargedFace>& faces) {
     return sum / (partsOfSlenderFaces * static_cast<double>(faces.size()) + fewParts);
 }
 
-const std::vector<ChargedFace>& ChargeTree::Keep(std::vector<Polygon> parts, double charge) {
+const std::vector<ChargedFace>& ChargeTree::Keep(std::vector<Polygon> parts, const ChargedFace& whole) {
     auto faces = std::make_unique<std::vector<ChargedFace>>();
     faces->reserve(parts.size());
     for (Polygon& part : parts) {
-        faces->push_back({std::move(part), charge});
+        faces->push_back(PartOf(whole, std::move(part)));
     }
     m_parts.push_back(std::move(faces));
     return *m_parts.back();
@@ -140,7 +140,7 @@ void ChargeTree::AddItems(const ChargedFace& face, double longestSlender, Items&
     const Polygon& polygon = face.polygon;
     const bool hasFewEdges = polygon.edges.size() <= fewEdges;
     if (hasFewEdges && 2 * polygon.radius > longestSlender && IsSlender(polygon)) {
-        const std::vector<ChargedFace>& parts = Keep(CutInMiddle(polygon), face.charge);
+        const std::vector<ChargedFace>& parts = Keep(CutInMiddle(polygon), face);
         if (parts.size() > 1) {
             for (const ChargedFace& part : parts) {
                 AddItems(part, longestSlender, items, branches);
@@ -156,7 +156,7 @@ void ChargeTree::AddItems(const ChargedFace& face, double longestSlender, Items&
     Item item;
     item.centre = polygon.centre;
     item.radius = polygon.radius;
-    item.charge = std::abs(face.charge) * polygon.area;
+    item.charge = face.Density() * polygon.area;
     item.face = &face;
     item.number = items.size();
     items.push_back(item);
@@ -178,7 +178,7 @@ ChargeTree::Branch ChargeTree::WithParts(const ChargedFace& face) {
     std::vector<Branch> branches;
     branches.reserve(groups.size());
     for (std::vector<Polygon>& group : groups) {
-        branches.push_back(Joined(Keep(std::move(group), face.charge), asLongAsTheyAre));
+        branches.push_back(Joined(Keep(std::move(group), face), asLongAsTheyAre));
     }
     Items items;
     for (const Branch& branch : branches) {

@@ -28,6 +28,10 @@ struct WeightedPoint {
 /// @param points  gets them, instead of what it held
 void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points);
 
+/// A face as a cluster, without its multipoles.
+/// @param points  gets its points
+Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& points);
+
 /// Binary. Leaves are faces, or parts of faces that have many edges, which are nodes, too, or of slender ones.
 class ChargeTree {
 public:
@@ -77,7 +81,7 @@ private:
     using Items = std::vector<Item>;
 
     static double LongestSlenderFace(const std::vector<ChargedFace>& faces);
-    const std::vector<ChargedFace>& Keep(std::vector<Polygon> parts, double charge);
+    const std::vector<ChargedFace>& Keep(std::vector<Polygon> parts, const ChargedFace& whole);
     Branch Joined(const std::vector<ChargedFace>& faces, double longestSlender);
     void AddItems(const ChargedFace& face, double longestSlender, Items& items,
                   std::vector<std::unique_ptr<const Branch>>& branches);

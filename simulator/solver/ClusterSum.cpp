@@ -2,6 +2,7 @@
 
 #include "simulator/solver/EdgeIntegral.h"
 #include "simulator/solver/Parallel.h"
+#include "simulator/solver/PolygonParts.h"
 
 #include <algorithm>
 #include <limits>
@@ -24,6 +25,12 @@ constexpr std::size_t mostPairsOfEdges = 128 * 128;
 constexpr double similarSizes = 3;
 /// What replaces a term may each have this part of the smallest error that was too large: it is several terms.
 constexpr double shareOfReplacements = 0.25;
+/// Parts of faces that may each have this part of the wanted error, and are halved so many times at most.
+constexpr double partOfHalf = 0.125;
+constexpr int mostCuts = 10;
+/// A part whose radius is this part of its distance or less is small; its points leave less than this of the load.
+constexpr double smallOfDistance = 0.5;
+constexpr double missedBySmall = 0.0005;
 /// Pairs that are looked at together.
 constexpr std::size_t batchSize = 16384;
 /// Pairs from which a second thread earns its start.
@@ -34,6 +41,22 @@ Wrench InSpace(const Wrench& wrench, const Eigen::Isometry3d& pose) {
     Wrench inSpace{pose.linear() * wrench.force, pose.linear() * wrench.torque};
     inSpace.torque += pose.translation().cross(inSpace.force);
     return inSpace;
+}
+
+/// Charges of which only the size is known.
+struct ChargeSize {
+    explicit ChargeSize(const Cluster& cluster)
+        : charge(cluster.extent.charge), density(cluster.density), radius(cluster.extent.radius) {}
+    explicit ChargeSize(const ChargedFace& face)
+        : charge(face.Density() * face.polygon.area), density(face.Density()), radius(face.polygon.radius) {}
+
+    double charge, density, radius;
+};
+
+/// What they can do to each other at most, wherever they are.
+ErrorSizes MostOf(const ChargeSize& a, const ChargeSize& b) {
+    const double force = closeField * std::min(a.charge * b.density, b.charge * a.density);
+    return {force, force * std::max(a.radius, b.radius)};
 }
 
 } // namespace
@@ -48,9 +71,10 @@ Interaction ClusterSum::Term::Whole() const {
     return whole;
 }
 
-ClusterSum::ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options)
-    : m_magnets(magnets), m_options(options), m_threads(ThreadsFor(options.threads)), m_judgement(magnets, bodies),
-      m_allowedShare(firstShare * options.percentError / 100) {
+ClusterSum::ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options,
+                       double leastLever)
+    : m_magnets(magnets), m_options(options), m_threads(ThreadsFor(options.threads)),
+      m_judgement(magnets, bodies, leastLever), m_allowedShare(firstShare * options.percentError / 100) {
     PoseTrees();
     for (std::uint32_t i = 0; i < magnets.size(); ++i) {
         for (std::uint32_t j = i + 1; j < magnets.size(); ++j) {
@@ -136,9 +160,7 @@ ClusterSum::Outcome ClusterSum::Examined(const Pair& pair) const {
     const Cluster& source = view.source;
     const Cluster& target = view.target;
     Outcome outcome;
-    const double close =
-        closeField * std::min(source.extent.charge * target.density, target.extent.charge * source.density);
-    Interaction interaction = ErrorOf(view, {close, close * std::max(source.extent.radius, target.extent.radius)});
+    Interaction interaction = ErrorOf(view, MostOf(ChargeSize(source), ChargeSize(target)));
     if (IsGoodEnough(view, interaction)) {
         outcome.term = TermOf(pair, interaction);
         return outcome;
@@ -163,50 +185,102 @@ ClusterSum::Outcome ClusterSum::Examined(const Pair& pair) const {
 
 ClusterSum::Outcome ClusterSum::Integrated(const Pair& pair) const {
     const View view = ViewOf(pair);
+    const ChargedFace& source = *FaceOf(pair.source);
+    const ChargedFace& target = *FaceOf(pair.target);
     Outcome outcome;
-    if (!AddByPoints(pair, view, outcome)) {
-        AddByEdges(pair, view, outcome);
+    Interaction interaction;
+    if (!AddByPoints(view, source, target, m_allowedShare, interaction, outcome.evaluations)) {
+        if (source.IsUniform() && target.IsUniform()) {
+            interaction = ByEdges(view, source, target, outcome.evaluations);
+        } else {
+            const bool onSource = source.polygon.radius < target.polygon.radius;
+            AddByParts(view, onSource ? target : source, onSource ? source : target, onSource, mostCuts, interaction,
+                       outcome.evaluations);
+        }
     }
+    outcome.term = TermOf(pair, interaction);
     return outcome;
 }
 
-bool ClusterSum::AddByPoints(const Pair& pair, const View& view, Outcome& outcome) const {
+/// @return false where neither face's points are good enough for an error of that share
+bool ClusterSum::AddByPoints(const View& view, const ChargedFace& source, const ChargedFace& target,
+                             double allowedShare, Interaction& interaction, std::size_t& evaluations) const {
     // The face with more edges has more points, too, and its field is the same work from wherever it is seen.
-    const bool sourceHasMore = FaceOf(pair.source)->polygon.edges.size() >= FaceOf(pair.target)->polygon.edges.size();
-    return AddByPoints(pair, view, !sourceHasMore, outcome) || AddByPoints(pair, view, sourceHasMore, outcome);
+    const bool sourceHasMore = source.polygon.edges.size() >= target.polygon.edges.size();
+    for (const bool onSource : {!sourceHasMore, sourceHasMore}) {
+        if (AddByPoints(view, onSource ? target : source, onSource ? source : target, onSource, allowedShare,
+                        interaction, evaluations)) {
+            return true;
+        }
+    }
+    return false;
 }
 
-bool ClusterSum::AddByPoints(const Pair& pair, const View& view, bool onSource, Outcome& outcome) const {
-    const ChargedFace& field = *FaceOf(onSource ? pair.target : pair.source);
-    const ChargedFace& charged = *FaceOf(onSource ? pair.source : pair.target);
+/// @param onSource  whether the charged face is the source's, so that the load is the opposite one
+bool ClusterSum::AddByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
+                             double allowedShare, Interaction& interaction, std::size_t& evaluations) const {
     const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
     const Eigen::Isometry3d& chargedPose = (onSource ? view.sourceMagnet : view.targetMagnet).pose;
     const Eigen::Isometry3d toField = fieldPose.inverse() * chargedPose;
-    const double charges = fieldConstant * field.charge * charged.charge;
-    ErrorSizes sizes =
-        PointErrors(field.polygon, onSource ? view.source : view.target, toField * charged.polygon.centre);
-    sizes.force *= std::abs(field.charge * charged.charge);
+    const double densities = field.Density() * charged.Density();
+    std::vector<WeightedPoint> points;
+    const Cluster cluster = ClusterOfFace(charged, points);
+    ErrorSizes sizes = PointErrors(field.polygon, cluster, toField * charged.polygon.centre);
+    sizes.force *= densities;
     // Known about the centre of the charged face; the other one is farther from it by no more than their distance.
-    sizes.torque = sizes.torque * std::abs(field.charge * charged.charge) + (view.to - view.from).norm() * sizes.force;
-    Interaction interaction = ErrorOf(view, sizes);
-    if (!IsGoodEnough(view, interaction)) {
+    const double distance = (fieldPose * field.polygon.centre - chargedPose * charged.polygon.centre).norm();
+    sizes.torque = sizes.torque * densities + distance * sizes.force;
+    Interaction part = ErrorOf(view, sizes);
+    if (!(ShareOf(view, part) <= allowedShare)) {
         return false;
     }
-    std::vector<WeightedPoint> points;
-    SetPoints(charged.polygon, points);
-    for (WeightedPoint& point : points) {
-        point.at = toField * point.at;
-    }
-    const double sign = onSource ? -1 : 1;
-    interaction.wrench = InSpace(sign * charges * PointWrench(field.polygon, points), fieldPose);
-    outcome.term = TermOf(pair, interaction);
-    outcome.evaluations = points.size();
+    part.wrench = ByPoints(view, field, charged, onSource, evaluations).wrench;
+    interaction += part;
     return true;
 }
 
-void ClusterSum::AddByEdges(const Pair& pair, const View& view, Outcome& outcome) const {
-    const ChargedFace& source = *FaceOf(pair.source);
-    const ChargedFace& target = *FaceOf(pair.target);
+/// Without errors.
+Interaction ClusterSum::ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
+                                 std::size_t& evaluations) const {
+    const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
+    const Eigen::Isometry3d toField = fieldPose.inverse() * (onSource ? view.sourceMagnet : view.targetMagnet).pose;
+    std::vector<WeightedPoint> points;
+    SetPoints(charged.polygon, points);
+    for (WeightedPoint& point : points) {
+        point = {toField * point.at, charged.ChargeAt(point.at) * point.weight};
+    }
+    evaluations += points.size();
+    Interaction interaction;
+    interaction.wrench = InSpace((onSource ? -fieldConstant : fieldConstant) * PointWrench(field, points), fieldPose);
+    return interaction;
+}
+
+/// The load on the halves of a face, and theirs, until they are small against their distance: points are good enough
+/// then. It is for charges that are not uniform, and so are not known to the last digit.
+void ClusterSum::AddByParts(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
+                            int cuts, Interaction& interaction, std::size_t& evaluations) const {
+    Interaction error = ErrorOf(view, MostOf(ChargeSize(field), ChargeSize(charged)));
+    if (ShareOf(view, error) <= partOfHalf * m_allowedShare) {
+        interaction += error;
+        return;
+    }
+    const Eigen::Isometry3d toField = (onSource ? view.targetMagnet : view.sourceMagnet).pose.inverse() *
+                                      (onSource ? view.sourceMagnet : view.targetMagnet).pose;
+    const bool isSmall =
+        charged.polygon.radius <= smallOfDistance * DistanceFrom(field.polygon, toField * charged.polygon.centre);
+    if (isSmall || cuts == 0) {
+        Interaction part = ByPoints(view, field, charged, onSource, evaluations);
+        SetErrors(part, missedBySmall * part.wrench, view.centres);
+        interaction += part;
+        return;
+    }
+    for (Polygon& half : CutInMiddle(charged.polygon)) {
+        AddByParts(view, field, PartOf(charged, std::move(half)), onSource, cuts - 1, interaction, evaluations);
+    }
+}
+
+Interaction ClusterSum::ByEdges(const View& view, const ChargedFace& source, const ChargedFace& target,
+                                std::size_t& evaluations) const {
     const Eigen::Isometry3d& pose = view.sourceMagnet.pose;
     const Eigen::Isometry3d toSource = pose.inverse();
     const BodyCentres centres{toSource * view.centres.source, toSource * view.centres.target};
@@ -214,10 +288,10 @@ void ClusterSum::AddByEdges(const Pair& pair, const View& view, Outcome& outcome
     const FaceIntegral integral = IntegrateFaces(
         source.polygon, Posed(toSource * view.targetMagnet.pose, target.polygon), centres,
         [&](const Interaction& part) { return ShareOf(view, scale * part); }, m_allowedShare);
+    evaluations += integral.evaluations;
     Interaction interaction = scale * integral.interaction;
     interaction.wrench = InSpace(interaction.wrench, pose);
-    outcome.term = TermOf(pair, interaction);
-    outcome.evaluations = integral.evaluations;
+    return interaction;
 }
 
 Pass ClusterSum::Evaluate() {

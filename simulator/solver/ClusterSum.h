@@ -19,7 +19,9 @@ namespace vantor::solver {
 class ClusterSum {
 public:
     /// @param magnets  must outlive this object
-    ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options);
+    /// @param leastLever  as for a Judgement
+    ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options,
+               double leastLever = 0);
 
     /// Evaluates what is new since the last pass.
     Pass Evaluate();
@@ -28,6 +30,7 @@ public:
     bool Refine();
     /// Loads about the origin of coordinates, as far as evaluated.
     const std::vector<Load>& Loads() const { return m_judgement.Loads(); }
+    const Judgement& Judged() const { return m_judgement; }
 
 private:
     /// A node of a magnet's tree where the magnet is.
@@ -87,9 +90,16 @@ private:
         return ShareOf(view, interaction) <= m_allowedShare;
     }
     static Term TermOf(const Pair& pair, const Interaction& interaction);
-    bool AddByPoints(const Pair& pair, const View& view, Outcome& outcome) const;
-    bool AddByPoints(const Pair& pair, const View& view, bool onSource, Outcome& outcome) const;
-    void AddByEdges(const Pair& pair, const View& view, Outcome& outcome) const;
+    bool AddByPoints(const View& view, const ChargedFace& source, const ChargedFace& target, double allowedShare,
+                     Interaction& interaction, std::size_t& evaluations) const;
+    bool AddByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
+                     double allowedShare, Interaction& interaction, std::size_t& evaluations) const;
+    Interaction ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
+                         std::size_t& evaluations) const;
+    void AddByParts(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource, int cuts,
+                    Interaction& interaction, std::size_t& evaluations) const;
+    Interaction ByEdges(const View& view, const ChargedFace& source, const ChargedFace& target,
+                        std::size_t& evaluations) const;
     void SumUp();
 
     const std::vector<PreparedMagnet>& m_magnets;

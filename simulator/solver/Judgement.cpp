@@ -17,8 +17,8 @@ double Ratio(double error, double scale) {
 
 } // namespace
 
-Judgement::Judgement(const std::vector<PreparedMagnet>& magnets, std::size_t bodies)
-    : m_bodies(bodies), m_loads(bodies) {
+Judgement::Judgement(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, double leastLever)
+    : m_leastLever(leastLever), m_bodies(bodies), m_loads(bodies) {
     SetCentres(magnets);
     SetScales(magnets);
 }
@@ -31,6 +31,7 @@ void Judgement::SetCentres(const std::vector<PreparedMagnet>& magnets) {
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         if (!boxes[i].isEmpty()) {
             m_bodies[i].centre = boxes[i].center();
+            m_bodies[i].radius = boxes[i].sizes().norm() / 2;
         }
     }
 }
@@ -81,7 +82,7 @@ void Judgement::Finish() {
         Load& load = m_loads[i];
         const Eigen::Vector3d torque = load.torque - body.centre.cross(load.force);
         body.force = std::max(body.leastForce, load.force.norm());
-        body.torque = std::max(body.leastTorque, torque.norm());
+        body.torque = std::max({body.leastTorque, torque.norm(), m_leastLever * body.radius * body.force});
         load.forceError = body.forceError;
         load.torqueError = body.torqueError + body.centre.norm() * body.forceError;
     }
@@ -100,6 +101,17 @@ double Judgement::PercentError() const {
     double largest = 0;
     for (const Body& body : m_bodies) {
         largest = std::max({largest, Ratio(body.forceError, body.force), Ratio(body.torqueError, body.torque)});
+    }
+    return 100 * largest;
+}
+
+double Judgement::PercentChange(const std::vector<Load>& before) const {
+    double largest = 0;
+    for (std::size_t i = 0; i < m_bodies.size(); ++i) {
+        const Body& body = m_bodies[i];
+        const Eigen::Vector3d force = m_loads[i].force - before[i].force;
+        const Eigen::Vector3d torque = m_loads[i].torque - before[i].torque - body.centre.cross(force);
+        largest = std::max({largest, Ratio(force.norm(), body.force), Ratio(torque.norm(), body.torque)});
     }
     return 100 * largest;
 }

@@ -7,7 +7,9 @@ namespace vantor::solver {
 
 class Judgement {
 public:
-    Judgement(const std::vector<PreparedMagnet>& magnets, std::size_t bodies);
+    /// @param leastLever  a torque is judged by no less than the force times this part of the body's radius: below, it
+    ///                    only says where exactly the force acts
+    Judgement(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, double leastLever = 0);
 
     /// Centres of two bodies, given by a magnet of each.
     BodyCentres CentresFor(const PreparedMagnet& source, const PreparedMagnet& target) const {
@@ -24,6 +26,8 @@ public:
     double Share(const PreparedMagnet& source, const PreparedMagnet& target, const Interaction& interaction) const;
     /// The largest error of all bodies, of force and torque.
     double PercentError() const;
+    /// The largest difference from other loads on the same bodies, measured as errors are.
+    double PercentChange(const std::vector<Load>& before) const;
     /// Torques are about the origin.
     const std::vector<Load>& Loads() const { return m_loads; }
     std::size_t BodyCount() const { return m_bodies.size(); }
@@ -31,6 +35,7 @@ public:
 private:
     struct Body {
         Eigen::Vector3d centre = Eigen::Vector3d::Zero();
+        double radius = 0;
         /// What the load is judged by at least.
         double leastForce = 0, leastTorque = 0;
         /// The load's size, or the least one.
@@ -43,6 +48,7 @@ private:
     void SetScales(const std::vector<PreparedMagnet>& magnets);
     void AddTo(std::size_t body, double sign, const Interaction& interaction, double torqueError);
 
+    double m_leastLever;
     std::vector<Body> m_bodies;
     std::vector<Load> m_loads;
 };

@@ -25,6 +25,19 @@ MagnetShape::MagnetShape(std::shared_ptr<const TriangleMesh> mesh, const Eigen::
     SetFaces();
 }
 
+MagnetShape::MagnetShape(std::vector<ChargedFace> faces)
+    : m_faces(std::move(faces)), m_magnetisation(Eigen::Vector3d::Zero()), m_moment(Eigen::Vector3d::Zero()) {
+    for (const ChargedFace& face : m_faces) {
+        m_moment += face.charge * face.polygon.area * face.polygon.centre;
+        for (const Edge& edge : face.polygon.edges) {
+            m_box.extend(edge.start);
+        }
+    }
+    m_centre = m_box.center();
+    m_radius = m_box.sizes().norm() / 2;
+    m_massPoints.fill(m_centre);
+}
+
 bool MagnetShape::Is(const TriangleMesh* mesh, const Eigen::Vector3d& magnetisation) const {
     return mesh == m_mesh.get() &&
            (magnetisation - m_magnetisation).norm() <= sameMagnetisation * m_magnetisation.norm();

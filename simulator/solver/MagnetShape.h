@@ -18,6 +18,9 @@ public:
     MagnetShape(std::shared_ptr<const TriangleMesh> mesh, const Eigen::Vector3d& magnetisation,
                 const std::string& label);
 
+    /// Of faces whose charges are given; there is no mesh and no magnetisation.
+    explicit MagnetShape(std::vector<ChargedFace> faces);
+
     /// Whether this is the shape of that mesh with that magnetisation, but for rounding.
     bool Is(const TriangleMesh* mesh, const Eigen::Vector3d& magnetisation) const;
 

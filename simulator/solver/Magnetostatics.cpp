@@ -3,10 +3,12 @@
 #include "simulator/solver/ClusterSum.h"
 #include "simulator/solver/FaceSum.h"
 #include "simulator/solver/Parallel.h"
-#include "simulator/solver/PolygonIntegrals.h"
+#include "simulator/solver/PermeableSum.h"
+#include "simulator/solver/PointIntegral.h"
 #include "simulator/solver/PreparedMagnet.h"
 #include "simulator/solver/Separation.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vantor::solver {
@@ -63,6 +65,12 @@ bool HaveFewFaces(const std::vector<PreparedMagnet>& magnets) {
     return pairs <= fewPairsOfEdges;
 }
 
+bool ArePermeable(const std::vector<Body>& bodies) {
+    return std::any_of(bodies.begin(), bodies.end(), [](const Body& body) {
+        return std::any_of(body.magnets.begin(), body.magnets.end(), IsPermeable);
+    });
+}
+
 /// Passes until the wanted error is met, or nothing can be improved, or the maximum is reached.
 template <class Sum>
 Solution RunPasses(Sum sum, const Options& options) {
@@ -84,6 +92,7 @@ Solution RunPasses(Sum sum, const Options& options) {
 
 struct Solver::Implementation {
     ShapeStore shapes;
+    PermeableStore permeable;
 };
 
 Solver::Solver() : m_implementation(new Implementation) {}
@@ -96,8 +105,11 @@ Solution Solver::Solve(const std::vector<Body>& bodies, const Options& options) 
     Eigen::Vector3d origin;
     const std::vector<PreparedMagnet> magnets = m_implementation->shapes.Prepare(bodies, options.threads, origin);
     CheckSeparation(magnets);
-    Solution solution = HaveFewFaces(magnets) ? RunPasses(FaceSum(magnets, bodies.size(), options), options)
-                                              : RunPasses(ClusterSum(magnets, bodies.size(), options), options);
+    Solution solution =
+        ArePermeable(bodies)
+            ? RunPasses(PermeableSum(magnets, m_implementation->permeable.Prepare(bodies, origin), options), options)
+        : HaveFewFaces(magnets) ? RunPasses(FaceSum(magnets, bodies.size(), options), options)
+                                : RunPasses(ClusterSum(magnets, bodies.size(), options), options);
     for (Load& load : solution.loads) {
         load.torque += origin.cross(load.force);
         load.torqueError += origin.norm() * load.forceError;
@@ -138,7 +150,7 @@ Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
     Eigen::Vector3d field = Eigen::Vector3d::Zero();
     for (const auto& [magnet, faces] : m_implementation->magnets) {
         for (const ChargedFace& face : faces) {
-            field += face.charge / solidAngleOfAll * ChargeField(face.polygon, x);
+            field += ChargeField(face, x) / solidAngleOfAll;
         }
     }
     return field;

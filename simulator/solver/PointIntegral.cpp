@@ -16,26 +16,6 @@ constexpr int missedOrder = 6;
 constexpr double partOfBound = 0.12;
 constexpr double rounding = 16 * std::numeric_limits<double>::epsilon();
 
-/// Distance of a point from a polygon.
-double DistanceFrom(const Polygon& polygon, const Eigen::Vector3d& point) {
-    const Eigen::Vector3d offset = point - polygon.centre;
-    const double x = offset.dot(polygon.xAxis), y = offset.dot(polygon.yAxis), height = offset.dot(polygon.normal);
-    double nearest = std::numeric_limits<double>::infinity();
-    bool isOver = false;
-    for (const PlaneEdge& edge : polygon.planeEdges) {
-        const double dx = x - edge.x, dy = y - edge.y;
-        const double along = std::clamp(dx * edge.tx + dy * edge.ty, 0.0, edge.length);
-        const double awayX = dx - along * edge.tx, awayY = dy - along * edge.ty;
-        nearest = std::min(nearest, awayX * awayX + awayY * awayY);
-        // Edges that a ray along x crosses: an odd number of them is what tells the inside.
-        const double endY = edge.y + edge.length * edge.ty;
-        if ((edge.y > y) != (endY > y) && edge.x + (y - edge.y) * edge.tx / edge.ty > x) {
-            isOver = !isOver;
-        }
-    }
-    return std::sqrt((isOver ? 0 : nearest) + height * height);
-}
-
 } // namespace
 
 ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen::Vector3d& centre) {
@@ -61,7 +41,15 @@ ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen
     return {force, 1.2 * distance * force};
 }
 
-Wrench PointWrench(const Polygon& source, const std::vector<WeightedPoint>& target) {
+Eigen::Vector3d ChargeField(const ChargedFace& face, const Eigen::Vector3d& x) {
+    const Eigen::Vector3d uniform = ChargeField(face.polygon, x);
+    if (face.IsUniform()) {
+        return face.charge * uniform;
+    }
+    return face.ChargeAt(x) * uniform - IntegralsAt(face.polygon, x, face.gradient).tension;
+}
+
+Wrench PointWrench(const ChargedFace& source, const std::vector<WeightedPoint>& target) {
     Wrench wrench;
     for (const WeightedPoint& point : target) {
         wrench += Wrench::At(point.at, point.weight * ChargeField(source, point.at));

@@ -12,7 +12,11 @@ namespace vantor::solver {
 /// @param centre  of the target in the source's axes
 ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen::Vector3d& centre);
 
-/// Load on unit charges (A/m) at points from unit charge on a polygon; the torque about the origin.
-Wrench PointWrench(const Polygon& source, const std::vector<WeightedPoint>& target);
+/// Integral of charge times (x - r)/R^3: 4 pi times the field H at x of a face.
+Eigen::Vector3d ChargeField(const ChargedFace& face, const Eigen::Vector3d& x);
+
+/// Load on charges from a face, without mu0/(4 pi); the torque about the origin.
+/// @param target  charges (A m) as weights
+Wrench PointWrench(const ChargedFace& source, const std::vector<WeightedPoint>& target);
 
 } // namespace vantor::solver

@@ -5,6 +5,7 @@
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vantor::solver {
 namespace {
@@ -355,6 +356,25 @@ void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
 
 std::vector<Polygon> PolygonsOf(const TriangleMesh& mesh) {
     return PolygonsOf(mesh, FacetsOf(mesh, [](const Eigen::Vector3d&) { return true; }));
+}
+
+double DistanceFrom(const Polygon& polygon, const Eigen::Vector3d& point) {
+    const Eigen::Vector3d offset = point - polygon.centre;
+    const double x = offset.dot(polygon.xAxis), y = offset.dot(polygon.yAxis), height = offset.dot(polygon.normal);
+    double nearest = std::numeric_limits<double>::infinity();
+    bool isOver = false;
+    for (const PlaneEdge& edge : polygon.planeEdges) {
+        const double dx = x - edge.x, dy = y - edge.y;
+        const double along = std::clamp(dx * edge.tx + dy * edge.ty, 0.0, edge.length);
+        const double awayX = dx - along * edge.tx, awayY = dy - along * edge.ty;
+        nearest = std::min(nearest, awayX * awayX + awayY * awayY);
+        // Edges that a ray along x crosses: an odd number of them is what tells the inside.
+        const double endY = edge.y + edge.length * edge.ty;
+        if ((edge.y > y) != (endY > y) && edge.x + (y - edge.y) * edge.tx / edge.ty > x) {
+            isOver = !isOver;
+        }
+    }
+    return std::sqrt((isOver ? 0 : nearest) + height * height);
 }
 
 std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation) {

@@ -54,6 +54,9 @@ void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline);
 /// @param mesh  indices in range, coordinates finite
 std::vector<Polygon> PolygonsOf(const TriangleMesh& mesh);
 
+/// Distance of a point from a polygon.
+double DistanceFrom(const Polygon& polygon, const Eigen::Vector3d& point);
+
 /// The faces of a mesh on which `magnetisation` leaves a charge; those along it are left out.
 /// @param mesh  indices in range, coordinates finite
 std::vector<Polygon> ChargedPolygons(const TriangleMesh& mesh, const Eigen::Vector3d& magnetisation);

@@ -188,27 +188,39 @@ std::pair<Outline, Outline> Split(const Outline& outline, const Line& line) {
     return parts;
 }
 
-/// Across the longer extent, in its middle or as near to it as no corner lies on the line.
-std::optional<Line> MiddleLine(const Outline& outline, double narrowest) {
-    const Vector2d across = LargestAxis(AreaMoments(outline).second);
-    std::vector<double> corners;
+/// The heights of all corners, sorted.
+std::vector<double> HeightsAlong(const Vector2d& across, const Outline& outline) {
+    std::vector<double> heights;
+    heights.reserve(outline.size());
     for (const PlaneSegment& edge : outline) {
-        corners.push_back(edge.start.dot(across));
+        heights.push_back(edge.start.dot(across));
     }
-    std::sort(corners.begin(), corners.end());
-    const double middle = (corners.front() + corners.back()) / 2;
+    std::sort(heights.begin(), heights.end());
+    return heights;
+}
+
+/// The line at a height, or as near to it as no corner lies on the line.
+std::optional<Line> LineNear(const Vector2d& across, double wanted, const std::vector<double>& corners,
+                             double narrowest) {
     std::optional<Line> nearest;
     for (std::size_t i = 1; i < corners.size(); ++i) {
         const double margin = (corners[i] - corners[i - 1]) / 4;
         if (4 * margin <= narrowest) {
             continue;
         }
-        const double at = std::clamp(middle, corners[i - 1] + margin, corners[i] - margin);
-        if (!nearest || std::abs(at - middle) < std::abs(nearest->at - middle)) {
+        const double at = std::clamp(wanted, corners[i - 1] + margin, corners[i] - margin);
+        if (!nearest || std::abs(at - wanted) < std::abs(nearest->at - wanted)) {
             nearest = Line{across, at, 0};
         }
     }
     return nearest;
+}
+
+/// Across the longer extent, in its middle or near to it.
+std::optional<Line> MiddleLine(const Outline& outline, double narrowest) {
+    const Vector2d across = LargestAxis(AreaMoments(outline).second);
+    const std::vector<double> corners = HeightsAlong(across, outline);
+    return LineNear(across, (corners.front() + corners.back()) / 2, corners, narrowest);
 }
 
 /// Appends the part of a polygon inside of an outline, unless it has no area.
@@ -216,6 +228,17 @@ void AddPart(const Polygon& polygon, Outline outline, std::vector<Polygon>& part
     if (std::optional<Polygon> part = PartOf(polygon, std::move(outline))) {
         parts.push_back(*std::move(part));
     }
+}
+
+/// Both parts; the polygon alone without a line, or where a part would have no area.
+std::vector<Polygon> CutBy(const Polygon& polygon, const Outline& outline, const std::optional<Line>& line) {
+    std::vector<Polygon> parts;
+    if (line) {
+        const auto [below, above] = Split(outline, *line);
+        AddPart(polygon, below, parts);
+        AddPart(polygon, above, parts);
+    }
+    return parts.size() == 2 ? parts : std::vector<Polygon>{polygon};
 }
 
 class Cutter {
@@ -403,13 +426,12 @@ bool IsSlender(const Polygon& polygon) {
 
 std::vector<Polygon> CutInMiddle(const Polygon& polygon) {
     const Outline outline = OutlineOf(polygon);
-    std::vector<Polygon> parts;
-    if (const std::optional<Line> line = MiddleLine(outline, 2 * clearance * polygon.radius)) {
-        const auto [below, above] = Split(outline, *line);
-        AddPart(polygon, below, parts);
-        AddPart(polygon, above, parts);
-    }
-    return parts.size() == 2 ? parts : std::vector<Polygon>{polygon};
+    return CutBy(polygon, outline, MiddleLine(outline, 2 * clearance * polygon.radius));
+}
+
+std::vector<Polygon> CutAcross(const Polygon& polygon, const Vector2d& across, double at) {
+    const Outline outline = OutlineOf(polygon);
+    return CutBy(polygon, outline, LineNear(across, at, HeightsAlong(across, outline), 2 * clearance * polygon.radius));
 }
 
 std::optional<SimplerPolygon> Simplified(const Polygon& polygon) {

@@ -28,6 +28,12 @@ bool IsSlender(const Polygon& polygon);
 /// @return two parts; the polygon alone where no line leaves an area on both sides
 std::vector<Polygon> CutInMiddle(const Polygon& polygon);
 
+/// Cuts a polygon along a straight line, or one beside it that no corner lies on.
+/// @param across  unit normal of the line, in the polygon's plane coordinates
+/// @param at      distance of the line from the polygon's centre along it
+/// @return two parts, of several outlines perhaps; the polygon alone where a part would have no area
+std::vector<Polygon> CutAcross(const Polygon& polygon, const Eigen::Vector2d& across, double at);
+
 /// A polygon as a simpler one inside of it and what lies between the two outlines.
 struct SimplerPolygon {
     Polygon simple;

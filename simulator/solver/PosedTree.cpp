@@ -17,7 +17,7 @@ Moments PosedTree::Turned(ChargeTree::Node node) const {
     SetPoints(face.polygon, points);
     Moments moments{};
     for (const WeightedPoint& point : points) {
-        AddCharge(moments, face.charge * point.weight, m_rotation * (point.at - face.polygon.centre));
+        AddCharge(moments, face.ChargeAt(point.at) * point.weight, m_rotation * (point.at - face.polygon.centre));
     }
     return moments;
 }

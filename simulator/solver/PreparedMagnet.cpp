@@ -10,12 +10,8 @@ namespace {
 
 using Eigen::Vector3d;
 
-std::string LabelOf(const Body& body, const Magnet& magnet) {
-    return "magnet \"" + magnet.name + "\" of body \"" + body.name + "\"";
-}
-
 bool HasField(const Magnet& magnet) {
-    return magnet.mesh && !magnet.mesh->triangles.empty() && !magnet.magnetisation.isZero(0);
+    return magnet.mesh && !magnet.mesh->triangles.empty() && (!magnet.magnetisation.isZero(0) || IsPermeable(magnet));
 }
 
 template <class Visit>
@@ -34,6 +30,17 @@ Eigen::AlignedBox3d PosedBox(const Eigen::Isometry3d& pose, const Eigen::Aligned
     return {centre - half, centre + half};
 }
 
+} // namespace
+
+bool IsPermeable(const Magnet& magnet) {
+    return magnet.permeability != 1 || magnet.curve;
+}
+
+std::string LabelOf(const Body& body, const Magnet& magnet) {
+    const bool isMagnet = !magnet.magnetisation.isZero(0);
+    return (isMagnet ? "magnet \"" : "iron \"") + magnet.name + "\" of body \"" + body.name + "\"";
+}
+
 PreparedMagnet Placed(std::size_t body, std::string label, std::shared_ptr<const MagnetShape> shape,
                       const Eigen::Isometry3d& pose) {
     PreparedMagnet prepared;
@@ -50,8 +57,6 @@ PreparedMagnet Placed(std::size_t body, std::string label, std::shared_ptr<const
     prepared.shape = std::move(shape);
     return prepared;
 }
-
-} // namespace
 
 Polygon Posed(const Eigen::Isometry3d& pose, const Polygon& polygon) {
     Polygon posed = polygon;
@@ -73,7 +78,7 @@ std::vector<ChargedFace> PosedFaces(const PreparedMagnet& magnet) {
     std::vector<ChargedFace> faces;
     faces.reserve(magnet.shape->Faces().size());
     for (const ChargedFace& face : magnet.shape->Faces()) {
-        faces.push_back({Posed(magnet.pose, face.polygon), face.charge});
+        faces.push_back({Posed(magnet.pose, face.polygon), face.charge, magnet.pose.linear() * face.gradient});
     }
     return faces;
 }

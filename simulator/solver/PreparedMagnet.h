@@ -22,6 +22,16 @@ struct PreparedMagnet {
     double Radius() const { return shape->Radius(); }
 };
 
+/// A shape where a pose puts it.
+PreparedMagnet Placed(std::size_t body, std::string label, std::shared_ptr<const MagnetShape> shape,
+                      const Eigen::Isometry3d& pose);
+
+/// Whether a field changes the magnetisation.
+bool IsPermeable(const Magnet& magnet);
+
+/// For messages: a magnet and its body by name.
+std::string LabelOf(const Body& body, const Magnet& magnet);
+
 /// The faces of a magnet where they are.
 std::vector<ChargedFace> PosedFaces(const PreparedMagnet& magnet);
 

@@ -1,0 +1,289 @@
+#include "simulator/solver/PermeableSum.h"
+
+#include "simulator/solver/LeastResidual.h"
+#include "simulator/solver/Parallel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace vantor::solver {
+namespace {
+
+using Eigen::Index;
+using Eigen::Isometry3d;
+using Eigen::MatrixXd;
+using Eigen::Vector3d;
+using Eigen::VectorXd;
+
+constexpr double infinite = std::numeric_limits<double>::infinity();
+/// Scale of the patches that the first pass compares its own with, and by what each pass makes them finer.
+constexpr double coarsestScale = 2;
+constexpr double finer = 0.7;
+/// As many as it takes to know how much changes from one to the next.
+constexpr int scalesOfFirstPass = 3;
+/// Part of the change from one scale to the next that is left as an error.
+constexpr double errorOfChange = 0.6;
+/// Part of the change before that counts at least: two scales may agree by chance.
+constexpr double lastingChange = 0.4;
+/// Part of the wanted error that the sum of the loads may have.
+constexpr double partOfSum = 0.5;
+/// Torques are judged by the force times this part of the body's radius at least.
+constexpr double leastLever = 0.1;
+/// Of the flux that bodies send through each other.
+constexpr double wantedResidual = 1e-8;
+constexpr int mostSteps = 100;
+/// Patches of a body, and of all: factors take 8 bytes for every pair of their functions, and fluxes as much.
+constexpr std::size_t mostPatches = 1200, mostPatchesOfAll = 2400;
+/// Divisions of a body's patches that are kept.
+constexpr std::size_t mostKept = 6;
+/// A charge that is less than this part of the largest one anywhere on its patch is left out.
+constexpr double noCharge = 1e-9;
+
+std::vector<PermeableSolid> SolidsOf(const Body& body, const Isometry3d& pose) {
+    std::vector<PermeableSolid> solids;
+    for (const Magnet& magnet : body.magnets) {
+        PermeableSolid solid;
+        solid.solid.label = LabelOf(body, magnet);
+        solid.solid.mesh = magnet.mesh;
+        // Solids of one frame have no rounding between them.
+        solid.solid.pose =
+            magnet.pose.matrix() == pose.matrix() ? Isometry3d::Identity() : pose.inverse() * magnet.pose;
+        solid.permeability = magnet.permeability;
+        solid.magnetisation = solid.solid.pose.linear() * magnet.magnetisation;
+        solids.push_back(std::move(solid));
+    }
+    return solids;
+}
+
+/// Distance of a point from sheets.
+double DistanceFrom(const SolidBody& body, const Vector3d& point, bool fromKnown) {
+    double nearest = infinite;
+    for (const Sheet& sheet : body.Sheets()) {
+        if (sheet.IsKnown() && !fromKnown) {
+            continue;
+        }
+        for (const Polygon& polygon : sheet.surface.polygons) {
+            if (sheet.IsCharged(polygon) && (point - polygon.centre).norm() - polygon.radius < nearest) {
+                nearest = std::min(nearest, DistanceFrom(polygon, point));
+            }
+        }
+    }
+    return nearest;
+}
+
+} // namespace
+
+std::vector<PermeableStore::Placed> PermeableStore::Prepare(const std::vector<Body>& bodies, const Vector3d& origin) {
+    std::vector<Placed> placed;
+    std::vector<std::shared_ptr<Entry>> used;
+    for (const Body& body : bodies) {
+        Isometry3d pose = body.magnets.empty() ? Isometry3d::Identity() : body.magnets.front().pose;
+        std::vector<PermeableSolid> solids = SolidsOf(body, pose);
+        pose.translation() -= origin;
+        auto entry =
+            std::find_if(m_entries.begin(), m_entries.end(), [&](const auto& known) { return known->body.Is(solids); });
+        used.push_back(entry != m_entries.end() ? *entry : std::make_shared<Entry>(std::move(solids)));
+        placed.push_back({used.back(), pose});
+    }
+    m_entries = std::move(used);
+    return placed;
+}
+
+PermeableSum::PermeableSum(const std::vector<PreparedMagnet>& magnets, std::vector<PermeableStore::Placed> bodies,
+                           const Options& options)
+    : m_magnets(magnets), m_bodies(std::move(bodies)), m_options(options), m_threads(ThreadsFor(options.threads)),
+      m_parts(m_bodies.size()), m_scale(coarsestScale), m_change(infinite) {}
+
+Pass PermeableSum::Evaluate() {
+    Pass pass;
+    pass.number = ++m_pass;
+    for (int i = 0; i < (pass.number == 1 ? scalesOfFirstPass : 1); ++i) {
+        pass.evaluations += SolveNextScale();
+    }
+    pass.percentError = m_percentError;
+    return pass;
+}
+
+std::size_t PermeableSum::SolveNextScale() {
+    std::size_t evaluations = SetPatches();
+    m_scale *= finer;
+    evaluations += SetCharges();
+    return evaluations + SumUp();
+}
+
+bool PermeableSum::Refine() {
+    std::size_t all = 0, largest = 0;
+    for (const Part& part : m_parts) {
+        all += part.patched->Set().patches.size();
+        largest = std::max(largest, part.patched->Set().patches.size());
+    }
+    return 2 * all <= mostPatchesOfAll && 2 * largest <= mostPatches;
+}
+
+PatchSet PermeableSum::PatchesOfBody(std::size_t body) const {
+    const auto distance = [&](const Vector3d& point, bool fromKnown, bool fromItself) {
+        const Vector3d inSpace = m_bodies[body].pose * point;
+        double nearest = infinite;
+        for (std::size_t i = 0; i < m_bodies.size(); ++i) {
+            if (i != body || fromItself) {
+                nearest = std::min(
+                    nearest, DistanceFrom(m_bodies[i].entry->body, m_bodies[i].pose.inverse() * inSpace, fromKnown));
+            }
+        }
+        return nearest;
+    };
+    Division division;
+    division.scale = m_scale;
+    division.toCharged = [&](const Vector3d& point) { return distance(point, true, false); };
+    division.toPermeable = [&](const Vector3d& point) { return distance(point, false, true); };
+    return PatchesOf(m_bodies[body].entry->body, division);
+}
+
+std::size_t PermeableSum::SetPatches() {
+    std::vector<PatchSet> sets(m_bodies.size());
+    ForEach(m_bodies.size(), m_threads, [&](std::size_t i) { sets[i] = PatchesOfBody(i); });
+    std::vector<std::size_t> missing;
+    for (std::size_t i = 0; i < m_bodies.size(); ++i) {
+        auto& kept = m_bodies[i].entry->patched;
+        const auto known =
+            std::find_if(kept.begin(), kept.end(), [&](const auto& patched) { return patched->Set() == sets[i]; });
+        if (known == kept.end()) {
+            missing.push_back(i);
+        } else {
+            std::rotate(kept.begin(), known, known + 1);
+            m_parts[i].patched = kept.front();
+        }
+    }
+    ForEach(missing.size(), m_threads, [&](std::size_t k) {
+        const std::size_t i = missing[k];
+        m_parts[i].patched = std::make_shared<const PatchedBody>(m_bodies[i].entry->body, std::move(sets[i]),
+                                                                 missing.size() > 1 ? 1 : m_threads);
+    });
+    std::size_t evaluations = 0;
+    for (const std::size_t i : missing) {
+        auto& kept = m_bodies[i].entry->patched;
+        kept.insert(kept.begin(), m_parts[i].patched);
+        kept.resize(std::min(kept.size(), mostKept));
+        evaluations += m_parts[i].patched->Evaluations();
+    }
+    return evaluations;
+}
+
+/// @return flux moments evaluated
+std::size_t PermeableSum::SetCharges() {
+    std::vector<Index> starts{0};
+    for (const Part& part : m_parts) {
+        starts.push_back(starts.back() + part.patched->Size());
+    }
+    struct Coupling {
+        std::size_t source, target;
+        MatrixXd matrix;
+    };
+    std::vector<Coupling> couplings;
+    std::size_t evaluations = 0;
+    VectorXd right(starts.back());
+    for (std::size_t target = 0; target < m_parts.size(); ++target) {
+        const PatchedBody& to = *m_parts[target].patched;
+        VectorXd known = to.OwnRightHandSide();
+        for (std::size_t source = 0; source < m_parts.size(); ++source) {
+            if (source == target || to.Size() == 0) {
+                continue;
+            }
+            const PatchedBody& from = *m_parts[source].patched;
+            Fluxes fluxes =
+                FluxesBetween(from.Set(), to.Set(), m_bodies[target].pose.inverse() * m_bodies[source].pose, m_threads);
+            evaluations += fluxes.evaluations;
+            to.MakeSourceFree(fluxes.ofPatches);
+            to.MakeSourceFree(fluxes.ofKnown);
+            known += to.RightHandSide(fluxes.ofKnown);
+            if (from.Size() > 0) {
+                couplings.push_back({source, target, std::move(fluxes.ofPatches)});
+            }
+        }
+        right.segment(starts[target], to.Size()) = to.Size() > 0 ? to.Solved(known) : known;
+    }
+    const auto fromOthers = [&](const VectorXd& charges) {
+        VectorXd result = VectorXd::Zero(charges.size());
+        for (std::size_t target = 0; target < m_parts.size(); ++target) {
+            const PatchedBody& to = *m_parts[target].patched;
+            VectorXd fluxes = VectorXd::Zero(to.Size());
+            for (const Coupling& coupling : couplings) {
+                if (coupling.target == target) {
+                    fluxes += coupling.matrix *
+                              charges.segment(starts[coupling.source], m_parts[coupling.source].patched->Size());
+                }
+            }
+            if (to.Size() > 0) {
+                result.segment(starts[target], to.Size()) = to.Solved(to.RightHandSide(fluxes));
+            }
+        }
+        return result;
+    };
+    const LinearSolution solution = couplings.empty()
+                                        ? LinearSolution{right, 0, 0}
+                                        : SolvedByLeastResidual(fromOthers, right, wantedResidual, mostSteps);
+    for (std::size_t i = 0; i < m_parts.size(); ++i) {
+        m_parts[i].charges = solution.x.segment(starts[i], m_parts[i].patched->Size());
+    }
+    return evaluations;
+}
+
+std::vector<ChargedFace> PermeableSum::FacesOf(const Part& part) {
+    std::vector<ChargedFace> faces;
+    const PatchedBody& patched = *part.patched;
+    const double least = noCharge * (part.charges.size() > 0 ? part.charges.cwiseAbs().maxCoeff() : 0);
+    for (std::size_t i = 0; i < patched.Set().patches.size(); ++i) {
+        const Patch& patch = patched.Set().patches[i];
+        const Vector3d charges = part.charges.segment<3>(patchFunctions * static_cast<Index>(i));
+        const Vector3d gradient = charges[1] * patch.u + charges[2] * patch.v;
+        for (const Polygon& polygon : patch.polygons) {
+            const ChargedFace face{polygon, charges.dot(patch.FunctionsAt(polygon.centre)),
+                                   gradient - gradient.dot(polygon.normal) * polygon.normal};
+            if (face.Density() > least) {
+                faces.push_back(face);
+            }
+        }
+    }
+    for (const Sheet& sheet : patched.Body().Sheets()) {
+        for (const Polygon& polygon : sheet.surface.polygons) {
+            if (sheet.IsKnown() && sheet.IsCharged(polygon)) {
+                faces.push_back({polygon, sheet.jump.dot(polygon.normal)});
+            }
+        }
+    }
+    return faces;
+}
+
+std::vector<PreparedMagnet> PermeableSum::Charged() const {
+    std::vector<PreparedMagnet> charged;
+    for (std::size_t i = 0; i < m_bodies.size(); ++i) {
+        if (m_bodies[i].entry->body.IsPermeable()) {
+            charged.push_back(
+                Placed(i, std::string(), std::make_shared<const MagnetShape>(FacesOf(m_parts[i])), m_bodies[i].pose));
+        }
+    }
+    std::copy_if(m_magnets.begin(), m_magnets.end(), std::back_inserter(charged),
+                 [&](const PreparedMagnet& magnet) { return !m_bodies[magnet.body].entry->body.IsPermeable(); });
+    return charged;
+}
+
+std::size_t PermeableSum::SumUp() {
+    const std::vector<PreparedMagnet> charged = Charged();
+    Options options = m_options;
+    options.percentError *= partOfSum;
+    ClusterSum sum(charged, m_bodies.size(), options, leastLever);
+    Pass pass = sum.Evaluate();
+    std::size_t evaluations = pass.evaluations;
+    while (pass.percentError > options.percentError && pass.number < options.maximumPasses && sum.Refine()) {
+        pass = sum.Evaluate();
+        evaluations += pass.evaluations;
+    }
+    const double change = m_loads.empty() ? infinite : sum.Judged().PercentChange(m_loads);
+    m_percentError = std::hypot(pass.percentError, errorOfChange * std::max(change, lastingChange * m_change));
+    m_change = change;
+    m_loads = sum.Loads();
+    return evaluations;
+}
+
+} // namespace vantor::solver

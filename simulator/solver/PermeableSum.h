@@ -1,0 +1,75 @@
+#pragma once
+// Loads on bodies of which some have solids of permeabilities other than 1: for finer and finer patches the charges are
+// solved for, and the loads summed up as those of magnets whose charges are known.
+#include "simulator/solver/ClusterSum.h"
+#include "simulator/solver/PatchedBody.h"
+
+namespace vantor::solver {
+
+/// What is known of bodies from one solve to the next.
+class PermeableStore {
+public:
+    struct Entry {
+        explicit Entry(std::vector<PermeableSolid> solids) : body(std::move(solids)) {}
+
+        SolidBody body;
+        /// The last ones, newest first.
+        std::vector<std::shared_ptr<const PatchedBody>> patched;
+    };
+
+    /// The bodies, each with where it stands; forgets those of earlier solves that are not among them.
+    struct Placed {
+        std::shared_ptr<Entry> entry;
+        Eigen::Isometry3d pose;
+    };
+    /// @param origin  of coordinates in the solve
+    /// @throws SolveError  as SolidBody
+    std::vector<Placed> Prepare(const std::vector<Body>& bodies, const Eigen::Vector3d& origin);
+
+private:
+    std::vector<std::shared_ptr<Entry>> m_entries;
+};
+
+class PermeableSum {
+public:
+    /// @param magnets  all solids as magnets, by the same origin; must outlive this object as the others must
+    PermeableSum(const std::vector<PreparedMagnet>& magnets, std::vector<PermeableStore::Placed> bodies,
+                 const Options& options);
+
+    Pass Evaluate();
+    /// @return false when finer patches would be too many
+    bool Refine();
+    const std::vector<Load>& Loads() const { return m_loads; }
+    /// The bodies' charges at the last pass, as magnets of given charges.
+    std::vector<PreparedMagnet> Charged() const;
+
+private:
+    /// A body with its patches.
+    struct Part {
+        std::shared_ptr<const PatchedBody> patched;
+        /// Factors of the patches' functions, A/m.
+        Eigen::VectorXd charges;
+    };
+
+    std::size_t SolveNextScale();
+    std::size_t SetPatches();
+    PatchSet PatchesOfBody(std::size_t body) const;
+    std::size_t SetCharges();
+    static std::vector<ChargedFace> FacesOf(const Part& part);
+    std::size_t SumUp();
+
+    const std::vector<PreparedMagnet>& m_magnets;
+    std::vector<PermeableStore::Placed> m_bodies;
+    const Options& m_options;
+    unsigned m_threads;
+    std::vector<Part> m_parts;
+    std::vector<Load> m_loads;
+    /// Of the next patches.
+    double m_scale;
+    /// Percent by which the loads were others at the scale before.
+    double m_change;
+    double m_percentError = 0;
+    int m_pass = 0;
+};
+
+} // namespace vantor::solver

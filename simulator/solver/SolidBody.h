@@ -1,0 +1,62 @@
+#pragma once
+// A body of solids with permeabilities, wherever it stands: its surfaces, and what is known of the charge on them.
+//
+// Where n points from a solid 1 to what is outside of it, 2, the charge per area sigma on the surface between them
+// makes the flux continuous:
+//     (mu1 + mu2)/2 sigma - (mu1 - mu2) Hn = (M01 - M02).n
+// with Hn the mean of the normal field of both sides (for iron in air: W. F. Brown, Magnetostatic Principles in
+// Ferromagnetism, 1962; as surface charges J. H. McWhirter, J. J. Oravec, R. W. Haack, IEEE Transactions on Magnetics 18
+// (1982) 373-378). Where mu1 and mu2 are equal the charge is known.
+#include "simulator/solver/FaceDivision.h"
+
+#include <cmath>
+
+namespace vantor::solver {
+
+/// A solid and its material, in the body's axes.
+struct PermeableSolid {
+    Solid solid;
+    double permeability = 1;
+    /// A/m, where H is 0.
+    Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
+};
+
+/// A surface of a body, with the charge's equation: sigma = contrast 2 Hn + 2 jump.n / (mu1 + mu2).
+struct Sheet {
+    Surface surface;
+    /// (mu1 - mu2)/(mu1 + mu2); 0 where the charge is known.
+    double contrast = 0;
+    /// 2 (M01 - M02)/(mu1 + mu2), A/m.
+    Eigen::Vector3d jump = Eigen::Vector3d::Zero();
+    /// How thick the thinner of its solids is, m.
+    double thickness = 0;
+
+    bool IsKnown() const { return contrast == 0; }
+    /// Whether a polygon of it has a charge, or may have one.
+    bool IsCharged(const Polygon& polygon) const {
+        constexpr double rounding = 1e-12;
+        return contrast != 0 || std::abs(jump.dot(polygon.normal)) > rounding * jump.norm();
+    }
+};
+
+class SolidBody {
+public:
+    /// @throws SolveError  as FacesOf
+    explicit SolidBody(std::vector<PermeableSolid> solids);
+
+    const std::vector<PermeableSolid>& Solids() const { return m_solids; }
+    const std::vector<Sheet>& Sheets() const { return m_sheets; }
+    /// Whether any charge is to be solved for.
+    bool IsPermeable() const;
+    /// Whether these solids are the same ones at the same places, but for rounding.
+    bool Is(const std::vector<PermeableSolid>& solids) const;
+    void SetPermeability(std::size_t solid, double permeability);
+
+private:
+    void SetMaterials();
+
+    std::vector<PermeableSolid> m_solids;
+    std::vector<Sheet> m_sheets;
+};
+
+} // namespace vantor::solver
