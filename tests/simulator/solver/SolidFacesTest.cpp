@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <random>
 
 using Eigen::Vector3d;
 using shapes::Block;
@@ -117,6 +118,40 @@ TriangleMesh PocketPlate() {
     addQuad(3, 2, 1, 0);
     addQuad(12, 13, 14, 15);
     return mesh;
+}
+
+using Boxes = std::vector<Eigen::AlignedBox3d>;
+
+/// Cuts one of the boxes in two, across any axis.
+void CutOne(Boxes& boxes, std::mt19937& random) {
+    const std::size_t which = random() % boxes.size();
+    const auto axis = static_cast<Eigen::Index>(random() % 3);
+    const double share = 0.25 * static_cast<double>(1 + random() % 3);
+    Eigen::AlignedBox3d upper = boxes[which];
+    const double at = upper.min()[axis] + share * upper.sizes()[axis];
+    boxes[which].max()[axis] = upper.min()[axis] = at;
+    boxes.push_back(upper);
+}
+
+/// The area that two boxes have in common where they touch, and whether they do.
+double CommonArea(const Eigen::AlignedBox3d& a, const Eigen::AlignedBox3d& b) {
+    const Vector3d common = a.intersection(b).sizes();
+    return common.minCoeff() == 0 ? common[0] * common[1] + common[1] * common[2] + common[2] * common[0] : 0;
+}
+
+/// A block that fills the box once `place` is applied, its mesh in some axes of its own.
+Solid PlacedBlock(const Eigen::AlignedBox3d& box, const Eigen::Isometry3d& place, std::mt19937& random) {
+    std::uniform_real_distribution<double> any(-3, 3);
+    Eigen::Isometry3d own = Eigen::Isometry3d::Identity();
+    own.linear() = shapes::Turn(any(random), {any(random), any(random), any(random)});
+    own.translation() = Vector3d(any(random), any(random), any(random));
+    TriangleMesh mesh = MeshOf(BlockBetween(box.min(), box.max()));
+    for (Vector3d& vertex : mesh.vertices) {
+        vertex = own.inverse() * vertex;
+    }
+    Solid solid = SolidOf(shapes::Finer(mesh, static_cast<int>(random() % 2)));
+    solid.pose = place * own;
+    return solid;
 }
 
 template <class Act>
@@ -345,4 +380,33 @@ TEST(SolidFaces, RefuseAPocketThatIsTooSmall) {
     EXPECT_NE(MessageOf([&] { FacesOf({plate, pocket}); }), "no error");
     EXPECT_NE(MessageOf([&] { FacesOf({pocket, SolidOf(BlockBetween({-1, -1, -1}, {1.5, 1, 0}))}); }), "no error");
     EXPECT_NE(MessageOf([&] { FacesOf({pocket, SolidOf(BlockBetween({-1, -1, -1.5}, {1, 1, 0}))}); }), "no error");
+}
+
+TEST(SolidFaces, OfABoxCutIntoManyShareWhatTheCutsMake) {
+    std::mt19937 random(5);
+    for (int trial = 0; trial < 30; ++trial) {
+        Boxes boxes{{Vector3d::Zero(), Vector3d(1, 2, 1.5)}};
+        while (boxes.size() < 12U) {
+            CutOne(boxes, random);
+        }
+        // Some room stays empty.
+        boxes.resize(10);
+        Eigen::Isometry3d place = Eigen::Isometry3d::Identity();
+        place.linear() = shapes::Turn(trial, {1, 2, 3});
+        place.translation() = Vector3d(-1, 4, 2);
+        std::vector<Solid> solids;
+        for (const Eigen::AlignedBox3d& box : boxes) {
+            solids.push_back(PlacedBlock(box, place, random));
+        }
+        const std::vector<SolidFace> faces = FacesOf(solids);
+        for (std::size_t i = 0; i < boxes.size(); ++i) {
+            ExpectClosed(faces, i, place * boxes[i].center());
+            for (std::size_t j = i + 1; j < boxes.size(); ++j) {
+                const double common = boxes[i].intersects(boxes[j]) ? CommonArea(boxes[i], boxes[j]) : 0;
+                const Share share = ShareOf(faces, i, j);
+                EXPECT_EQ(share.count, common > 0 ? 1U : 0U);
+                EXPECT_NEAR(share.area, common, 1e-12);
+            }
+        }
+    }
 }
