@@ -27,6 +27,16 @@ void CheckVertices(const TriangleMesh& mesh, const std::string& label) {
     }
 }
 
+Eigen::AlignedBox3d BoxOf(const TriangleMesh& mesh) {
+    Eigen::AlignedBox3d box;
+    ForTriangles(mesh, [&](const auto& corners) {
+        for (const Eigen::Vector3d& corner : corners) {
+            box.extend(corner);
+        }
+    });
+    return box;
+}
+
 VolumeMoments MomentsOf(const TriangleMesh& mesh, const Eigen::Vector3d& reference) {
     VolumeMoments moments;
     for (const auto& triangle : mesh.triangles) {

@@ -28,6 +28,10 @@ void ForTriangles(const TriangleMesh& mesh, Visit visit) {
     }
 }
 
+/// Of the triangles that have an area.
+/// @pre the mesh has passed CheckVertices
+Eigen::AlignedBox3d BoxOf(const TriangleMesh& mesh);
+
 /// Sums over the tetrahedra between a mesh's triangles and a point near it.
 struct VolumeMoments {
     double volume = 0, area = 0;

@@ -35,13 +35,7 @@ void Check(const Solid& solid) {
     if (!solid.pose.matrix().allFinite()) {
         throw SolveError("The pose of " + solid.label + " is not finite; check the placement of the body.");
     }
-    Eigen::AlignedBox3d box;
-    ForTriangles(*solid.mesh, [&](const auto& corners) {
-        for (const Vector3d& corner : corners) {
-            box.extend(corner);
-        }
-    });
-    CheckClosed(MomentsOf(*solid.mesh, box.center()), solid.label);
+    CheckClosed(MomentsOf(*solid.mesh, BoxOf(*solid.mesh).center()), solid.label);
 }
 
 } // namespace

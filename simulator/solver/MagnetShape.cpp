@@ -44,11 +44,7 @@ bool MagnetShape::Is(const TriangleMesh* mesh, const Eigen::Vector3d& magnetisat
 }
 
 void MagnetShape::SetMoments(const std::string& label) {
-    ForTriangles(*m_mesh, [this](const auto& corners) {
-        for (const Eigen::Vector3d& corner : corners) {
-            m_box.extend(corner);
-        }
-    });
+    m_box = BoxOf(*m_mesh);
     const Eigen::Vector3d reference = m_box.center();
     const VolumeMoments moments = MomentsOf(*m_mesh, reference);
     CheckClosed(moments, label);

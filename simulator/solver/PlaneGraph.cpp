@@ -12,6 +12,7 @@ namespace vantor::solver {
 namespace {
 
 using Eigen::Vector2d;
+using GraphEdge = PlaneGraph::GraphEdge;
 using Index = PlaneGraph::Index;
 
 /// Corners that near, in tolerances, are welded: those that are left keep so far apart that no edge is cut at a corner
@@ -19,10 +20,6 @@ using Index = PlaneGraph::Index;
 constexpr double weldedTolerances = 2;
 /// Cuts move edges by a tolerance, and may so bring them to others; that ends after a few rounds.
 constexpr int mostRounds = 32;
-
-double Cross(const Vector2d& a, const Vector2d& b) {
-    return a.x() * b.y() - a.y() * b.x();
-}
 
 /// Height of a point in a direction that few edges run along or across. What is searched for by one coordinate is
 /// searched for by this one.
@@ -130,14 +127,14 @@ private:
 
     /// Looks at the pairs of pieces whose boxes meet.
     void LookAtPairs() {
-        std::vector<std::pair<double, double>> heights, alongs;
+        std::vector<Interval> heights, alongs;
         for (Index i = 0; i < m_pieces.size(); ++i) {
             const auto [lowest, highest] = std::minmax({HeightOf(Start(i)), HeightOf(End(i))});
             heights.push_back({lowest, highest + m_tolerance});
             const auto [first, last] = std::minmax({AlongOf(Start(i)), AlongOf(End(i))});
             alongs.push_back({first, last + m_tolerance});
         }
-        ForOverlappingIntervals(heights, [&](Index a, Index b) {
+        ForOverlapping(heights, [&](Index a, Index b) {
             if (alongs[a].first <= alongs[b].second && alongs[b].first <= alongs[a].second) {
                 LookAt(a, b);
             }
@@ -215,8 +212,8 @@ private:
 };
 
 /// The pieces between the same two corners as one edge.
-std::vector<PlaneGraph::GraphEdge> Merged(const std::vector<Piece>& pieces) {
-    std::vector<PlaneGraph::GraphEdge> edges(pieces.size());
+std::vector<GraphEdge> Merged(const std::vector<Piece>& pieces) {
+    std::vector<GraphEdge> edges(pieces.size());
     for (std::size_t i = 0; i < pieces.size(); ++i) {
         const auto [from, to, polygon, source] = pieces[i];
         edges[i].from = std::min(from, to);
@@ -227,12 +224,12 @@ std::vector<PlaneGraph::GraphEdge> Merged(const std::vector<Piece>& pieces) {
     std::stable_sort(edges.begin(), edges.end(),
                      [](const auto& a, const auto& b) { return std::tie(a.from, a.to) < std::tie(b.from, b.to); });
     std::size_t count = 0;
-    for (const PlaneGraph::GraphEdge& edge : edges) {
+    for (const GraphEdge& edge : edges) {
         if (count == 0 || edges[count - 1].from != edge.from || edges[count - 1].to != edge.to) {
             edges[count++] = edge;
             continue;
         }
-        PlaneGraph::GraphEdge& merged = edges[count - 1];
+        GraphEdge& merged = edges[count - 1];
         for (std::size_t k = 0; k < 2; ++k) {
             merged.runs[k] += edge.runs[k];
             merged.sources[k] = std::min(merged.sources[k], edge.sources[k]);
@@ -245,7 +242,7 @@ std::vector<PlaneGraph::GraphEdge> Merged(const std::vector<Piece>& pieces) {
 /// Finds on which sides of the edges a polygon lies.
 class SideFinder {
 public:
-    SideFinder(const std::vector<Vector2d>& corners, std::vector<PlaneGraph::GraphEdge>& edges, std::size_t polygon)
+    SideFinder(const std::vector<Vector2d>& corners, std::vector<GraphEdge>& edges, std::size_t polygon)
         : m_corners(corners), m_edges(edges), m_polygon(polygon) {}
 
     void Find() {
@@ -264,36 +261,30 @@ public:
     }
 
 private:
-    double Height(Index corner) const { return HeightOf(m_corners[corner]); }
-    double Lowest(Index edge) const { return std::min(Height(m_edges[edge].from), Height(m_edges[edge].to)); }
-    double Highest(Index edge) const { return std::max(Height(m_edges[edge].from), Height(m_edges[edge].to)); }
-    Vector2d Middle(Index edge) const { return (m_corners[m_edges[edge].from] + m_corners[m_edges[edge].to]) / 2; }
-
     /// Edges off the outline are inside when it runs around their middles.
-    void SetOthers(std::vector<Index>& outline, std::vector<Index>& others) {
-        std::stable_sort(outline.begin(), outline.end(), [&](Index a, Index b) { return Lowest(a) < Lowest(b); });
-        std::stable_sort(others.begin(), others.end(),
-                         [&](Index a, Index b) { return HeightOf(Middle(a)) < HeightOf(Middle(b)); });
-        std::vector<Index> active;
-        auto next = outline.begin();
+    void SetOthers(const std::vector<Index>& outline, const std::vector<Index>& others) {
+        std::vector<Interval> edges, points;
+        for (const Index edge : outline) {
+            edges.push_back(
+                std::minmax({HeightOf(m_corners[m_edges[edge].from]), HeightOf(m_corners[m_edges[edge].to])}));
+        }
+        std::vector<Vector2d> middles;
         for (const Index edge : others) {
-            const Vector2d middle = Middle(edge);
-            for (; next != outline.end() && Lowest(*next) <= HeightOf(middle); ++next) {
-                active.push_back(*next);
-            }
-            active.erase(std::remove_if(active.begin(), active.end(),
-                                        [&](Index other) { return Highest(other) <= HeightOf(middle); }),
-                         active.end());
-            int turns = 0;
-            for (const Index other : active) {
-                turns += Passes(m_edges[other], middle);
-            }
-            m_edges[edge].left[m_polygon] = m_edges[edge].right[m_polygon] = turns != 0;
+            middles.push_back((m_corners[m_edges[edge].from] + m_corners[m_edges[edge].to]) / 2);
+            points.push_back({HeightOf(middles.back()), HeightOf(middles.back())});
+        }
+        std::vector<int> turns(others.size(), 0);
+        ForOverlapping(points, edges, [&](Index point, Index edge) {
+            turns[point] += Passes(m_edges[outline[edge]], middles[point]);
+        });
+        for (std::size_t i = 0; i < others.size(); ++i) {
+            GraphEdge& edge = m_edges[others[i]];
+            edge.left[m_polygon] = edge.right[m_polygon] = turns[i] != 0;
         }
     }
 
     /// How often the outline runs along an edge past a point, on the point's side of lower `along` values.
-    int Passes(const PlaneGraph::GraphEdge& edge, const Vector2d& point) const {
+    int Passes(const GraphEdge& edge, const Vector2d& point) const {
         const Vector2d &from = m_corners[edge.from], &to = m_corners[edge.to];
         const bool fromAbove = HeightOf(from) > HeightOf(point), toAbove = HeightOf(to) > HeightOf(point);
         if (fromAbove == toAbove) {
@@ -304,7 +295,7 @@ private:
     }
 
     const std::vector<Vector2d>& m_corners;
-    std::vector<PlaneGraph::GraphEdge>& m_edges;
+    std::vector<GraphEdge>& m_edges;
     std::size_t m_polygon;
 };
 

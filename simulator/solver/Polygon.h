@@ -47,6 +47,11 @@ struct PlaneSegment {
     Eigen::Vector2d start, end;
 };
 
+/// Of vectors in a plane; positive where the second one points to the left of the first one.
+inline double Cross(const Eigen::Vector2d& a, const Eigen::Vector2d& b) {
+    return a.x() * b.y() - a.y() * b.x();
+}
+
 /// Sets the edges and the radius of a polygon that has its centre and axes. Pieces without length are left out.
 void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline);
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 namespace vantor::solver {
 namespace {
@@ -14,10 +15,6 @@ namespace {
 using Eigen::Vector2d;
 using Index = PlaneGraph::Index;
 using Outline = std::vector<PlaneSegment>;
-
-double Cross(const Vector2d& a, const Vector2d& b) {
-    return a.x() * b.y() - a.y() * b.x();
-}
 
 /// An edge of a region, which lies to its left.
 struct RegionEdge {
@@ -76,22 +73,17 @@ public:
                 Trace(first);
             }
         }
+        const auto holes =
+            std::stable_partition(m_loops.begin(), m_loops.end(), [](const Loop& loop) { return loop.area > 0; });
+        m_outerCount = static_cast<std::size_t>(holes - m_loops.begin());
     }
 
     std::vector<Outline> Outlines() const {
-        std::vector<const Loop*> outer, holes;
-        for (const Loop& loop : m_loops) {
-            (loop.area > 0 ? outer : holes).push_back(&loop);
-        }
-        std::vector<Outline> outlines;
-        for (const Loop* loop : outer) {
-            outlines.push_back(OutlineOf(*loop));
-        }
-        for (const Loop* hole : holes) {
-            const std::size_t around = LoopAround(*hole, outer);
-            if (around < outer.size()) {
-                const Outline outline = OutlineOf(*hole);
-                outlines[around].insert(outlines[around].end(), outline.begin(), outline.end());
+        std::vector<Outline> outlines(m_outerCount);
+        for (std::size_t i = 0; i < m_loops.size(); ++i) {
+            if (const std::optional<std::size_t> around =
+                    i < m_outerCount ? std::make_optional(i) : LoopAround(m_loops[i])) {
+                Append(outlines[*around], m_loops[i]);
             }
         }
         return outlines;
@@ -132,24 +124,22 @@ private:
         return best;
     }
 
-    Outline OutlineOf(const Loop& loop) const {
-        Outline outline;
+    void Append(Outline& outline, const Loop& loop) const {
         for (const RegionEdge& edge : loop.edges) {
             outline.push_back({m_corners[edge.from], m_corners[edge.to]});
         }
-        return outline;
     }
 
-    /// The smallest loop around a hole; the number of loops when there is none.
-    std::size_t LoopAround(const Loop& hole, const std::vector<const Loop*>& loops) const {
-        if (loops.size() == 1) {
+    /// The smallest outer loop around a hole.
+    std::optional<std::size_t> LoopAround(const Loop& hole) const {
+        if (m_outerCount == 1) {
             return 0;
         }
         const RegionEdge& edge = hole.edges.front();
         const Vector2d middle = (m_corners[edge.from] + m_corners[edge.to]) / 2;
-        std::size_t best = loops.size();
-        for (std::size_t i = 0; i < loops.size(); ++i) {
-            if ((best == loops.size() || loops[i]->area < loops[best]->area) && IsAround(*loops[i], middle)) {
+        std::optional<std::size_t> best;
+        for (std::size_t i = 0; i < m_outerCount; ++i) {
+            if ((!best || m_loops[i].area < m_loops[*best].area) && IsAround(m_loops[i], middle)) {
                 best = i;
             }
         }
@@ -160,7 +150,7 @@ private:
         for (const RegionEdge& edge : loop.edges) {
             const Vector2d from = m_corners[edge.from] - point, to = m_corners[edge.to] - point;
             if ((from.y() > 0) != (to.y() > 0)) {
-                isAround ^= (Cross(from, to) > 0) == (to.y() > 0);
+                isAround = isAround != ((Cross(from, to) > 0) == (to.y() > 0));
             }
         }
         return isAround;
@@ -169,7 +159,9 @@ private:
     const std::vector<Vector2d>& m_corners;
     std::vector<RegionEdge> m_edges;
     std::vector<bool> m_taken;
+    /// Outer ones first.
     std::vector<Loop> m_loops;
+    std::size_t m_outerCount = 0;
 };
 
 /// The outlines of the region whose points are inside(in the first polygon, in the second one).
@@ -224,24 +216,26 @@ std::vector<Polygon> PartsOf(const Polygon& polygon, const std::vector<Outline>&
 
 } // namespace
 
-PolygonOverlay Overlay(const Polygon& first, const Polygon& second, double tolerance) {
-    PolygonOverlay overlay;
-    const Outline firstOutline = OutlineOf(first), secondOutline = Between(second, first, OutlineOf(second));
-    if (BoxOf(firstOutline).exteriorDistance(BoxOf(secondOutline)) <= tolerance) {
-        const PlaneGraph graph(firstOutline, secondOutline, tolerance);
-        overlay.common = PartsOf(first, RegionOf(graph, [](bool a, bool b) { return a && b; }));
-        if (!overlay.common.empty()) {
-            overlay.onlyFirst = PartsOf(first, RegionOf(graph, [](bool a, bool b) { return a && !b; }));
-            std::vector<Outline> onlySecond = RegionOf(graph, [](bool a, bool b) { return b && !a; });
-            for (Outline& outline : onlySecond) {
-                outline = Between(first, second, std::move(outline));
-            }
-            overlay.onlySecond = PartsOf(second, onlySecond);
-            return overlay;
-        }
+std::optional<PolygonOverlay> Overlay(const Polygon& first, const Polygon& second, double tolerance) {
+    if ((first.centre - second.centre).norm() > first.radius + second.radius + tolerance) {
+        return std::nullopt;
     }
-    overlay.onlyFirst = {first};
-    overlay.onlySecond = {second};
+    const Outline firstOutline = OutlineOf(first), secondOutline = Between(second, first, OutlineOf(second));
+    if (BoxOf(firstOutline).exteriorDistance(BoxOf(secondOutline)) > tolerance) {
+        return std::nullopt;
+    }
+    const PlaneGraph graph(firstOutline, secondOutline, tolerance);
+    PolygonOverlay overlay;
+    overlay.common = PartsOf(first, RegionOf(graph, [](bool a, bool b) { return a && b; }));
+    if (overlay.common.empty()) {
+        return std::nullopt;
+    }
+    overlay.onlyFirst = PartsOf(first, RegionOf(graph, [](bool a, bool b) { return a && !b; }));
+    std::vector<Outline> onlySecond = RegionOf(graph, [](bool a, bool b) { return b && !a; });
+    for (Outline& outline : onlySecond) {
+        outline = Between(first, second, std::move(outline));
+    }
+    overlay.onlySecond = PartsOf(second, onlySecond);
     return overlay;
 }
 

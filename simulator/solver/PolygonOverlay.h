@@ -2,6 +2,7 @@
 // What two polygons in one plane have in common, and what each has alone.
 #include "simulator/solver/Polygon.h"
 
+#include <optional>
 #include <vector>
 
 namespace vantor::solver {
@@ -15,8 +16,9 @@ struct PolygonOverlay {
 };
 
 /// The parts of two polygons whose planes are one but for rounding, their normals alike or opposite. Together the parts
-/// cover both polygons without gaps. Without a common part the polygons are returned as they are.
+/// cover both polygons without gaps.
 /// @param tolerance  metres; what is nearer is one. Far above the rounding of the coordinates.
-PolygonOverlay Overlay(const Polygon& first, const Polygon& second, double tolerance);
+/// @return nothing when the polygons have no area in common
+std::optional<PolygonOverlay> Overlay(const Polygon& first, const Polygon& second, double tolerance);
 
 } // namespace vantor::solver

@@ -20,10 +20,6 @@ constexpr double clearance = 1e-11;
 /// A part whose area is below this fraction of what it is the difference of is a slit without width.
 constexpr double slitTolerance = 1e-13;
 
-double Cross(const Vector2d& a, const Vector2d& b) {
-    return a.x() * b.y() - a.y() * b.x();
-}
-
 Vector2d MiddleOf(const Outline& outline) {
     Eigen::AlignedBox2d box;
     for (const PlaneSegment& edge : outline) {

@@ -11,7 +11,8 @@ namespace vantor::solver {
 /// The edges of a polygon in its own plane coordinates.
 std::vector<PlaneSegment> OutlineOf(const Polygon& polygon);
 
-/// The part of a polygon inside of an outline, which is in the polygon's plane coordinates. It keeps the polygon's axes.
+/// The part of a polygon inside of an outline, which is in the polygon's plane coordinates. It keeps the polygon's
+/// axes.
 /// @return nothing where the outline has no area
 std::optional<Polygon> PartOf(const Polygon& polygon, std::vector<PlaneSegment> outline);
 

@@ -1,6 +1,7 @@
 #include "simulator/solver/SolidFaces.h"
 
 #include "simulator/solver/SolidContact.h"
+#include "simulator/solver/SolidOverlap.h"
 
 namespace vantor::solver {
 namespace {

@@ -4,6 +4,7 @@
 #include "simulator/solver/PolygonIntegrals.h"
 #include "tests/simulator/solver/Shapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
@@ -77,9 +78,22 @@ Share ShareOf(const std::vector<SolidFace>& faces, std::size_t inside, std::opti
     return share;
 }
 
+/// The first face between two solids.
+SolidFace SharedFaceOf(const std::vector<SolidFace>& faces) {
+    const auto shared =
+        std::find_if(faces.begin(), faces.end(), [](const SolidFace& face) { return face.outside.has_value(); });
+    return shared == faces.end() ? SolidFace{} : *shared;
+}
+
 void ExpectShare(const Share& share, std::size_t count, double area) {
     EXPECT_EQ(share.count, count);
     EXPECT_NEAR(share.area, area, 1e-12 * area);
+}
+
+void ExpectFourEdgesEach(const std::vector<SolidFace>& faces) {
+    for (const SolidFace& face : faces) {
+        EXPECT_EQ(face.polygon.edges.size(), 4U);
+    }
 }
 
 /// All solids moved to some place far from straight.
@@ -122,29 +136,45 @@ TriangleMesh PocketPlate() {
 
 using Boxes = std::vector<Eigen::AlignedBox3d>;
 
-/// Cuts one of the boxes in two, across any axis.
-void CutOne(Boxes& boxes, std::mt19937& random) {
-    const std::size_t which = random() % boxes.size();
-    const auto axis = static_cast<Eigen::Index>(random() % 3);
-    const double share = 0.25 * static_cast<double>(1 + random() % 3);
-    Eigen::AlignedBox3d upper = boxes[which];
-    const double at = upper.min()[axis] + share * upper.sizes()[axis];
-    boxes[which].max()[axis] = upper.min()[axis] = at;
-    boxes.push_back(upper);
+/// Ten blocks, cut out of one, which two more would fill.
+Boxes CutBoxes(std::mt19937& random) {
+    Boxes boxes{{Vector3d::Zero(), Vector3d(1, 2, 1.5)}};
+    while (boxes.size() < 12U) {
+        const std::size_t which = random() % boxes.size();
+        const auto axis = static_cast<Eigen::Index>(random() % 3);
+        const double share = 0.25 * static_cast<double>(1 + random() % 3);
+        Eigen::AlignedBox3d upper = boxes[which];
+        const double at = upper.min()[axis] + share * upper.sizes()[axis];
+        boxes[which].max()[axis] = upper.min()[axis] = at;
+        boxes.push_back(upper);
+    }
+    boxes.resize(10);
+    return boxes;
 }
 
-/// The area that two boxes have in common where they touch, and whether they do.
+/// The area of the rectangle in which two boxes touch; 0 when they do not.
 double CommonArea(const Eigen::AlignedBox3d& a, const Eigen::AlignedBox3d& b) {
     const Vector3d common = a.intersection(b).sizes();
     return common.minCoeff() == 0 ? common[0] * common[1] + common[1] * common[2] + common[2] * common[0] : 0;
+}
+
+/// What a box shares with those after it is one rectangle each.
+void ExpectSharesOf(const std::vector<SolidFace>& faces, const Boxes& boxes, std::size_t box) {
+    for (std::size_t other = box + 1; other < boxes.size(); ++other) {
+        const double common = CommonArea(boxes[box], boxes[other]);
+        const Share share = ShareOf(faces, box, other);
+        EXPECT_EQ(share.count, common > 0 ? 1U : 0U);
+        EXPECT_NEAR(share.area, common, 1e-12);
+    }
 }
 
 /// A block that fills the box once `place` is applied, its mesh in some axes of its own.
 Solid PlacedBlock(const Eigen::AlignedBox3d& box, const Eigen::Isometry3d& place, std::mt19937& random) {
     std::uniform_real_distribution<double> any(-3, 3);
     Eigen::Isometry3d own = Eigen::Isometry3d::Identity();
-    own.linear() = shapes::Turn(any(random), {any(random), any(random), any(random)});
-    own.translation() = Vector3d(any(random), any(random), any(random));
+    const Eigen::Matrix<double, 6, 1> values = Eigen::Matrix<double, 6, 1>::NullaryExpr([&] { return any(random); });
+    own.linear() = shapes::Turn(values[0], values.head<3>());
+    own.translation() = values.tail<3>();
     TriangleMesh mesh = MeshOf(BlockBetween(box.min(), box.max()));
     for (Vector3d& vertex : mesh.vertices) {
         vertex = own.inverse() * vertex;
@@ -152,6 +182,15 @@ Solid PlacedBlock(const Eigen::AlignedBox3d& box, const Eigen::Isometry3d& place
     Solid solid = SolidOf(shapes::Finer(mesh, static_cast<int>(random() % 2)));
     solid.pose = place * own;
     return solid;
+}
+
+/// A block that fits the pocket but for a misfit, metres, touches all of its sides.
+void ExpectPocketFilledBy(const Block& block, double misfit) {
+    const std::vector<SolidFace> faces = FacesOf({SolidOf(PocketPlate()), SolidOf(block)});
+    ASSERT_EQ(faces.size(), 12U) << misfit;
+    EXPECT_NEAR(ShareOf(faces, 0, 1).area, 12, 20 * misfit + 1e-12);
+    ExpectClosed(faces, 0, {1.5, 0.5, -0.6}, 2 * misfit + 1e-12);
+    ExpectClosed(faces, 1, {0.5, 0.7, -0.3}, 2 * misfit + 1e-12);
 }
 
 template <class Act>
@@ -171,13 +210,9 @@ TEST(SolidFaces, OfABlockAreItsSixSidesWhereItsPosePutsThem) {
     solid.pose.linear() = shapes::Turn(0.7, {1, 2, 3});
     solid.pose.translation() = Vector3d(5, 6, 7);
     const std::vector<SolidFace> faces = FacesOf({solid});
-    ASSERT_EQ(faces.size(), 6U);
-    for (const SolidFace& face : faces) {
-        EXPECT_EQ(face.inside, 0U);
-        EXPECT_FALSE(face.outside);
-        EXPECT_EQ(face.polygon.edges.size(), 4U);
-    }
-    EXPECT_NEAR(AreaOf(faces), 22, 1e-12);
+    EXPECT_EQ(faces.size(), 6U);
+    ExpectShare(ShareOf(faces, 0), 6, 22);
+    ExpectFourEdgesEach(faces);
     ExpectClosed(faces, 0, solid.pose * Vector3d(0.3, 1.6, 2));
 }
 
@@ -230,20 +265,15 @@ TEST(SolidFaces, OfABlockOnAPlateShareItsFootprint) {
 TEST(SolidFaces, PointFromTheLowerSolidToTheHigherOne) {
     const Solid plate = SolidOf(BlockBetween({-5, -4, -1}, {5, 4, 0}));
     const Solid block = SolidOf(BlockBetween({1, 1, 0}, {2, 3, 2}));
-    for (const bool plateFirst : {true, false}) {
-        const std::vector<SolidFace> faces = plateFirst ? FacesOf({plate, block}) : FacesOf({block, plate});
-        std::size_t shared = 0;
-        for (const SolidFace& face : faces) {
-            if (face.outside) {
-                ++shared;
-                EXPECT_EQ(face.inside, 0U);
-                EXPECT_EQ(*face.outside, 1U);
-                EXPECT_NEAR(face.polygon.normal.z(), plateFirst ? 1 : -1, 1e-15);
-                EXPECT_LE((face.polygon.centre - Vector3d(1.5, 2, 0)).norm(), 1e-14);
-            }
-        }
-        EXPECT_EQ(shared, 1U);
-    }
+    const auto expectShared = [](const std::vector<Solid>& solids, double upward) {
+        const SolidFace shared = SharedFaceOf(FacesOf(solids));
+        EXPECT_EQ(shared.inside, 0U);
+        EXPECT_EQ(shared.outside, 1U);
+        EXPECT_NEAR(shared.polygon.normal.z(), upward, 1e-15);
+        EXPECT_LE((shared.polygon.centre - Vector3d(1.5, 2, 0)).norm(), 1e-14);
+    };
+    expectShared({plate, block}, 1);
+    expectShared({block, plate}, -1);
 }
 
 TEST(SolidFaces, OfAMagnetInAPocketShareFiveSides) {
@@ -263,9 +293,7 @@ TEST(SolidFaces, OfBlocksHalfPastEachOtherShareHalfASide) {
     ExpectShare(ShareOf(faces, 0, 1), 1, 0.5);
     ExpectShare(ShareOf(faces, 0), 6, 5.5);
     ExpectShare(ShareOf(faces, 1), 6, 5.5);
-    for (const SolidFace& face : faces) {
-        EXPECT_EQ(face.polygon.edges.size(), 4U);
-    }
+    ExpectFourEdgesEach(faces);
     ExpectClosed(faces, 0, solids[0].pose * Vector3d(0.9, 0.6, 0.3));
     ExpectClosed(faces, 1, solids[1].pose * Vector3d(1.1, 0.6, 0.3));
 }
@@ -339,17 +367,19 @@ TEST(SolidFaces, OfSolidsThatMeetInAnEdgeOrACornerStayWhole) {
 
 TEST(SolidFaces, TakeAMisfitBelowTheToleranceForContact) {
     for (const double misfit : {1e-15, 1e-12, 1e-10, 4e-8, -4e-8}) {
-        for (const double along : {0.0, 1e-11, 3e-8, -3e-8}) {
-            const std::vector<SolidFace> faces =
-                FacesOf({SolidOf(PocketPlate()),
-                         SolidOf(BlockBetween({-1 + along, -1, -1 - misfit}, {1 + misfit, 1 - along, 0}))});
-            const double worst = std::max(std::abs(misfit), std::abs(along));
-            ASSERT_EQ(faces.size(), 12U) << misfit << " " << along;
-            EXPECT_NEAR(ShareOf(faces, 0, 1).area, 12, 20 * worst + 1e-12);
-            ExpectClosed(faces, 0, {1.5, 0.5, -0.6}, 2 * worst + 1e-12);
-            ExpectClosed(faces, 1, {0.5, 0.7, -0.3}, 2 * worst + 1e-12);
+        for (const double aside : {0.0, 1e-11, 3e-8, -3e-8}) {
+            ExpectPocketFilledBy(BlockBetween({-1 + aside, -1, -1 - misfit}, {1 + misfit, 1 - aside, 0}),
+                                 std::max(std::abs(misfit), std::abs(aside)));
         }
     }
+}
+
+TEST(SolidFaces, LeaveAGapAboveTheToleranceOpen) {
+    const std::vector<SolidFace> faces =
+        FacesOf({SolidOf(PocketPlate()), SolidOf(BlockBetween({-1, -1, -1 + 1e-5}, {1 - 1e-5, 1, 0}))});
+    ExpectShare(ShareOf(faces, 0, 1), 3, 2 * (2 - 1e-5) * (1 - 1e-5) + 2 * (1 - 1e-5));
+    ExpectClosed(faces, 0, {1.5, 0.5, -0.6});
+    ExpectClosed(faces, 1, {0.5, 0.7, -0.3});
 }
 
 TEST(SolidFaces, RefuseSolidsThatOverlap) {
@@ -385,12 +415,7 @@ TEST(SolidFaces, RefuseAPocketThatIsTooSmall) {
 TEST(SolidFaces, OfABoxCutIntoManyShareWhatTheCutsMake) {
     std::mt19937 random(5);
     for (int trial = 0; trial < 30; ++trial) {
-        Boxes boxes{{Vector3d::Zero(), Vector3d(1, 2, 1.5)}};
-        while (boxes.size() < 12U) {
-            CutOne(boxes, random);
-        }
-        // Some room stays empty.
-        boxes.resize(10);
+        const Boxes boxes = CutBoxes(random);
         Eigen::Isometry3d place = Eigen::Isometry3d::Identity();
         place.linear() = shapes::Turn(trial, {1, 2, 3});
         place.translation() = Vector3d(-1, 4, 2);
@@ -401,12 +426,23 @@ TEST(SolidFaces, OfABoxCutIntoManyShareWhatTheCutsMake) {
         const std::vector<SolidFace> faces = FacesOf(solids);
         for (std::size_t i = 0; i < boxes.size(); ++i) {
             ExpectClosed(faces, i, place * boxes[i].center());
-            for (std::size_t j = i + 1; j < boxes.size(); ++j) {
-                const double common = boxes[i].intersects(boxes[j]) ? CommonArea(boxes[i], boxes[j]) : 0;
-                const Share share = ShareOf(faces, i, j);
-                EXPECT_EQ(share.count, common > 0 ? 1U : 0U);
-                EXPECT_NEAR(share.area, common, 1e-12);
-            }
+            ExpectSharesOf(faces, boxes, i);
         }
     }
+}
+
+TEST(SolidFaces, AreTheSameEveryTime) {
+    Prism ring;
+    ring.innerRadius = 0.5;
+    ring.centre = {0.1, 0, 1};
+    const std::vector<Solid> solids =
+        Moved({SolidOf(Prism{}), SolidOf(ring), SolidOf(BlockBetween({-1, -1, -2}, {1, 1, -0.5}))});
+    const std::vector<SolidFace> once = FacesOf(solids), again = FacesOf(solids);
+    EXPECT_TRUE(
+        std::equal(once.begin(), once.end(), again.begin(), again.end(), [](const SolidFace& a, const SolidFace& b) {
+            return a.polygon.centre == b.polygon.centre && a.polygon.area == b.polygon.area && a.inside == b.inside &&
+                   a.outside == b.outside;
+        }));
+    EXPECT_TRUE(std::is_sorted(once.begin(), once.end(),
+                               [](const SolidFace& a, const SolidFace& b) { return a.inside < b.inside; }));
 }
