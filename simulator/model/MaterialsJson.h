@@ -12,4 +12,8 @@ namespace vantor::model {
 nlohmann::ordered_json MaterialsToJson(const MaterialTable& materials);
 MaterialTable MaterialsFromJson(const JsonReader& json);
 
+/// Reads what "relativePermeability" and "bhCurve" of a material's entry say; with a curve the former may be left out.
+/// Complains about a curve that is none, but takes any number as a permeability.
+void PermeabilityFromJson(const JsonReader& entry, Material& material);
+
 } // namespace vantor::model

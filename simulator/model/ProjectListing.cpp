@@ -43,6 +43,9 @@ void ListMaterials(const Project& project, Listing& listing) {
     listing.Heading(0, "Materials", project.materials.size());
     for (const auto& [name, material] : project.materials) {
         std::string line = name + ": relative permeability " + FormatNumber(material.relativePermeability);
+        if (material.bhCurve) {
+            line += ", B-H curve to " + FormatNumber(material.bhCurve->points.back().b) + " T";
+        }
         if (material.coercivity) {
             const auto& c = material.coercivity->components;
             line += ", coercivity " + FormatNumber(material.coercivity->magnitude) + " A/m along (" +

@@ -32,6 +32,8 @@ Project FullProject() {
     project.name = "pump";
     project.activeDesign = "D";
     project.materials["N"] = {"N", 1.05, Coercivity{9e5, {0.0, 0.6, 0.8}}};
+    project.materials["Fe"] = {"Fe", 1500.0, std::nullopt,
+                               std::make_shared<BhCurve>(BhCurve{{{0.0, 0.0}, {500.0, 0.9}, {1e4, 1.7}}})};
     auto design = std::make_shared<Design>();
     design->name = "D";
     design->type = "Veltrix 3D";
@@ -119,6 +121,19 @@ TEST(ProjectFile, ReadsBackWhatItWrote) {
     EXPECT_EQ(OutputVariableValue(design, design.outputVariables[0]), 0.0123456789012345678 / 1e-3);
     EXPECT_EQ(design.modeler.RequireObject("Rotor").mesh->vertices,
               FullProject().designs[0]->modeler.RequireObject("Rotor").mesh->vertices);
+    const Material& iron = project->materials.at("Fe");
+    EXPECT_EQ(iron.relativePermeability, 1500.0);
+    ASSERT_EQ(iron.bhCurve->points.size(), 3U);
+    EXPECT_EQ(iron.bhCurve->points[1].h, 500.0);
+    EXPECT_EQ(iron.bhCurve->points[2].b, 1.7);
+}
+
+TEST(ProjectFile, OpensProjectsOfEarlierVersions) {
+    // Without curves, and with any permeability above 0.
+    const auto project =
+        ReadProject(Changed("\"relativePermeability\": 1.05", "\"relativePermeability\": 0.2"), "p.vtdk");
+    EXPECT_EQ(project->materials.at("N").relativePermeability, 0.2);
+    EXPECT_FALSE(project->materials.at("N").bhCurve);
 }
 
 TEST(ProjectFile, NamesFileAndPlaceOfWhatItCannotRead) {
@@ -130,6 +145,12 @@ TEST(ProjectFile, NamesFileAndPlaceOfWhatItCannotRead) {
               "pump.vtdk: activeDesign: there is no design \"E\"");
     EXPECT_EQ(ReadComplaint(Changed("\"maximumPasses\": 15", "\"maximumPasses\": \"many\"")),
               "pump.vtdk: designs[0].setups[0].maximumPasses: a number is needed");
+    EXPECT_EQ(
+        ReadComplaint(Changed("\"name\": \"Fe\"", "\"name\": \"Fe\", \"coercivityMagnitude\": 1")),
+        "pump.vtdk: materials[0].bhCurve: a magnet has no B-H curve; leave out either this, or the coercivity and "
+        "its components");
+    EXPECT_THAT(ReadComplaint(Changed("10000.0", "400.0")),
+                HasSubstr("pump.vtdk: materials[0].bhCurve[2]: H must grow"));
     EXPECT_EQ(ReadComplaint(Changed("\"axis\": \"Y\"", "\"axis\": \"W\"")),
               "pump.vtdk: designs[0].loads[0].axis: X, Y or Z is needed");
     EXPECT_EQ(ReadComplaint(Changed("\"units\": \"mm\"", "\"units\": \"mm\", \"scale\": 1")),
@@ -168,6 +189,7 @@ TEST(ProjectListing, ShowsWhatAUserLooksFor) {
     const std::string text = ListProject(FullProject());
     for (const char* line :
          {"Design D: Veltrix 3D, Magnetostatic, active", "SimTime = 0s",
+          "Fe: relative permeability 1500, B-H curve to 1.7 T\n",
           "N: relative permeability 1.05, coercivity 9e+05 A/m along (0, 0.6, 0.8)",
           "Torque_B_Y: torque about Y in Obj_CS_B on Rotor", "KinoraHistory: rows (3)", "0.2s", "F [Newton]: 2 points",
           "H/H_VectorPlot: H_Vector on Rotor", "T = Torque_B_Y.Torque/1mNewtonMeter: 12.345678901234567"}) {
@@ -194,7 +216,40 @@ TEST(ProjectListing, ShortensALongHistoryUnlessItIsFull) {
 TEST(Materials, BuiltInMagnetHasARemanenceOfOneTesla) {
     const Material magnet = BuiltInMaterials().at("magnet_1T");
     EXPECT_NEAR(4e-7 * std::acos(-1.0) * magnet.relativePermeability * magnet.coercivity->magnitude, 1.0, 1e-9);
-    EXPECT_FALSE(BuiltInMaterials().at("steel_soft").coercivity);
+}
+
+/// What any solver may expect of it: a permeability that falls from the greatest one to vacuum's, about the saturation
+/// of iron, 2.16 T (R. M. Bozorth, Ferromagnetism, 1951).
+TEST(Materials, BuiltInSteelSaturatesAsIronDoes) {
+    const Material steel = BuiltInMaterials().at("steel_soft");
+    EXPECT_FALSE(steel.coercivity);
+    ASSERT_TRUE(steel.bhCurve);
+    const auto& points = steel.bhCurve->points;
+    EXPECT_EQ(points.front().h, 0.0);
+    EXPECT_EQ(points.front().b, 0.0);
+    const double mu0 = 4e-7 * std::acos(-1.0);
+    EXPECT_NEAR(steel.relativePermeability, points[1].b / points[1].h / mu0, 1e-9 * steel.relativePermeability);
+    double slope = steel.relativePermeability * mu0;
+    for (std::size_t i = 1; i < points.size(); ++i) {
+        const double next = (points[i].b - points[i - 1].b) / (points[i].h - points[i - 1].h);
+        EXPECT_LE(next, slope * (1 + 1e-3)) << points[i].h;
+        EXPECT_GE(next, mu0 * (1 - 1e-9)) << points[i].h;
+        slope = next;
+    }
+    EXPECT_NEAR(slope, mu0, 1e-3 * mu0);
+    EXPECT_NEAR(points.back().b - mu0 * points.back().h, 2.16, 0.02);
+}
+
+TEST(Materials, BuiltInOnesPassAsAUsersOwn) {
+    Project project;
+    project.materials = BuiltInMaterials();
+    const auto read = ReadProject(WriteProject(project), "built-in.vtdk");
+    EXPECT_EQ(WriteProject(*read), WriteProject(project));
+    EXPECT_EQ(read->materials.at("steel_soft").bhCurve->points.size(),
+              project.materials.at("steel_soft").bhCurve->points.size());
+    for (const auto& [name, material] : read->materials) {
+        EXPECT_GE(material.relativePermeability, leastRelativePermeability) << name;
+    }
 }
 
 TEST(Materials, ReadUserFiles) {
@@ -205,6 +260,57 @@ TEST(Materials, ReadUserFiles) {
     ASSERT_EQ(materials.size(), 2U);
     EXPECT_EQ(materials[0].coercivity->components[2], 1.0);
     EXPECT_FALSE(materials[1].coercivity);
+    EXPECT_FALSE(materials[1].bhCurve);
+}
+
+TEST(Materials, ReadCurvesOfBOverH) {
+    const auto materials = ReadMaterials(
+        R"({"materials": [{"name": "Shown", "relativePermeability": 5000, "bhCurve": [[0, 0], [100, 0.5], [1e4, 1.5]]},
+                          {"name": "Sloped", "bhCurve": [[0, 0], [100, 0.5]]},
+                          {"name": "AsVacuum", "bhCurve": [[0, 0], [1e6, 1.256637]]},
+                          {"name": "Least", "relativePermeability": 0.9}]})",
+        "m.json");
+    EXPECT_EQ(materials[0].relativePermeability, 5000.0);
+    ASSERT_EQ(materials[0].bhCurve->points.size(), 3U);
+    EXPECT_EQ(materials[0].bhCurve->points[1].h, 100.0);
+    EXPECT_EQ(materials[0].bhCurve->points[1].b, 0.5);
+    EXPECT_NEAR(materials[1].relativePermeability, 0.005 / (4e-7 * std::acos(-1.0)), 1e-5);
+    EXPECT_NEAR(materials[2].relativePermeability, 1.0, 1e-6);
+    EXPECT_EQ(materials[3].relativePermeability, 0.9);
+}
+
+TEST(Materials, RefuseWhatIsNoCurveOfBOverH) {
+    const auto complaint = [](const std::string& points) {
+        return Complaint(
+            [&] { ReadMaterials(R"({"materials": [{"name": "a", "bhCurve": )" + points + "}]}", "m.json"); });
+    };
+    const std::string place = "m.json: materials[0].bhCurve";
+    EXPECT_EQ(complaint("[[0, 0], [100, 0.5], [1e4, 1.5]]"), "none");
+    EXPECT_EQ(complaint("4000"), place + ": a list in brackets is needed");
+    EXPECT_EQ(complaint("[0, 0, 100, 0.5]"), place + "[0]: a list in brackets is needed");
+    EXPECT_EQ(complaint("[[0, 0], [100, 0.5, 1]]"), place + "[1]: 2 numbers are needed");
+    EXPECT_EQ(complaint("[[0, 0], [100, \"0.5\"]]"), place + "[1][1]: a number is needed");
+    EXPECT_THAT(complaint("[[0, 0], [100, NaN]]"), HasSubstr("m.json, line 1: not valid JSON"));
+    EXPECT_THAT(complaint("[[0, 0], [1e999, 1]]"), HasSubstr("m.json: a number is out of range"));
+    for (const char* tooFew : {"[]", "[[0, 0]]"}) {
+        EXPECT_EQ(complaint(tooFew),
+                  place + ": a B-H curve needs two points [H in A/m, B in T] or more, the first one [0, 0]");
+    }
+    EXPECT_EQ(complaint("[[100, 0.5], [200, 0.8]]"),
+              place + "[0]: a B-H curve begins with [0, 0], and not with [100, 0.5]; put that point before the others");
+    EXPECT_THAT(complaint("[[0, 0.1], [200, 0.8]]"), HasSubstr("begins with [0, 0], and not with [0, 0.1]"));
+    EXPECT_EQ(complaint("[[0, 0], [200, 0.8], [150, 0.9]]"),
+              place +
+                  "[2]: H must grow from point to point, and [150, 0.9] follows [200, 0.8]; sort the points by H and "
+                  "leave out what stands there twice");
+    EXPECT_THAT(complaint("[[0, 0], [200, 0.8], [200, 0.9]]"), HasSubstr("[2]: H must grow"));
+    EXPECT_THAT(complaint("[[0, 0], [1e-320, 0.8]]"), HasSubstr("[1]: H must grow"));
+    EXPECT_EQ(complaint("[[0, 0], [200, 0.8], [300, 0.7]]"),
+              place + "[2]: B must grow from point to point by what it grows in vacuum or more, and [300, 0.7] follows "
+                      "[200, 0.8]; correct H and B, or let the curve end before");
+    EXPECT_THAT(complaint("[[0, 0], [200, 0.8], [300, 0.8]]"), HasSubstr("[2]: B must grow"));
+    EXPECT_THAT(complaint("[[0, 0], [200, 0.8], [100200, 0.925]]"), HasSubstr("[2]: B must grow"));
+    EXPECT_EQ(complaint("[[0, 0], [200, 0.8], [100200, 0.9257]]"), "none");
 }
 
 TEST(Materials, NameFileAndPlaceOfABadEntry) {
@@ -213,7 +319,15 @@ TEST(Materials, NameFileAndPlaceOfABadEntry) {
     };
     EXPECT_EQ(complaint(R"({"relativePermeability": 1})"), "m.json: materials[0]: \"name\" is missing");
     EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 0})"),
-              "m.json: materials[0].relativePermeability: the relative permeability must be more than 0");
+              "m.json: materials[0].relativePermeability: the relative permeability of \"a\" is 0 and must be 0.9 or "
+              "more; write 1 for what is not magnetic");
+    EXPECT_THAT(complaint(R"({"name": "a", "relativePermeability": 0.899})"),
+                HasSubstr("of \"a\" is 0.899 and must be"));
+    EXPECT_THAT(complaint(R"({"name": "a", "relativePermeability": 0.5, "bhCurve": [[0, 0], [1, 1]]})"),
+                HasSubstr("of \"a\" is 0.5 and must be"));
+    EXPECT_EQ(complaint(R"({"name": "a"})"), "m.json: materials[0]: \"relativePermeability\" is missing");
+    EXPECT_THAT(complaint(R"({"name": "a", "bhCurve": [[0, 0], [1, 1]], "components": [1, 0, 0]})"),
+                HasSubstr("materials[0].bhCurve: a magnet has no B-H curve; leave out"));
     EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 1, "coercivityMagnitude": 1, "components": [0,0,0]})"),
               "m.json: materials[0].components: the components give no direction: all are 0");
     EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 1, "coercivityMagnitude": 1, "components": [1,0]})"),
