@@ -79,6 +79,12 @@ void ReportConvergence(const model::AnalysisSetup& setup, const solver::Solution
     }
 }
 
+void ReportWarnings(const model::AnalysisSetup& setup, const solver::Solution& solution, const ReportFunction& report) {
+    for (const auto& warning : solution.warnings) {
+        report(Severity::Warning, setup.name + ": " + warning);
+    }
+}
+
 model::Solution StoredSolution(const model::Design& design, const model::AnalysisSetup& setup,
                                const FieldModel& fieldModel, const solver::Solution& solution) {
     model::Solution stored;
@@ -101,14 +107,15 @@ void SolveOrThrow(const model::Project& project, const model::MaterialTable& lib
         design.keptSolver = std::make_shared<KeptSolver>();
     }
     KeptSolver& kept = *design.keptSolver;
-    kept.meshes.DropExpired();
-    const FieldModel fieldModel = BuildFieldModel(project, library, design, design.variables, kept.meshes, report);
+    kept.copies.DropExpired();
+    const FieldModel fieldModel = BuildFieldModel(project, library, design, design.variables, kept.copies, report);
     solver::Options options;
     options.percentError = setup.percentError;
     options.maximumPasses = setup.maximumPasses;
     options.passDone = [&](const solver::Pass& pass) { ReportPass(setup, pass, report); };
     const solver::Solution solution = kept.solver.Solve(fieldModel.bodies, options);
     ReportConvergence(setup, solution, report);
+    ReportWarnings(setup, solution, report);
     design.solution = StoredSolution(design, setup, fieldModel, solution);
 }
 

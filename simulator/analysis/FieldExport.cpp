@@ -45,7 +45,7 @@ struct Grid {
     int PointNumber(int i, int j, int k) const { return (k * points[1] + j) * points[0] + i; }
 };
 
-/// @throws model::DesktopError (SolutionError) when there are no magnets
+/// @throws model::DesktopError (SolutionError) when there is nothing magnetic
 model::Box BoxAround(const std::vector<solver::Body>& bodies) {
     model::Box box;
     for (const auto& body : bodies) {
@@ -56,7 +56,7 @@ model::Box BoxAround(const std::vector<solver::Body>& bodies) {
         }
     }
     if (box.IsEmpty()) {
-        throw model::DesktopError(model::ErrorCode::SolutionError, "the design has no magnets");
+        throw model::DesktopError(model::ErrorCode::SolutionError, "the design has neither magnets nor iron");
     }
     const Eigen::Vector3d margin = Eigen::Vector3d::Constant(0.5 * (box.upper - box.lower).maxCoeff());
     box.lower -= margin;
@@ -185,9 +185,9 @@ model::Variables SolvedVariables(const model::Design& design) {
 std::string ExportFields(const model::Project& project, const model::MaterialTable& library,
                          const model::Design& design, const FieldGrid& grid) {
     const model::Variables variables = SolvedVariables(design);
-    SolverMeshes meshes;
+    SolverCopies copies;
     const FieldModel fieldModel =
-        BuildFieldModel(project, library, design, variables, meshes, [](model::Severity, const std::string&) {});
+        BuildFieldModel(project, library, design, variables, copies, [](model::Severity, const std::string&) {});
     return WriteVtu(MakeGrid(grid, fieldModel.bodies), solver::FieldEvaluator(fieldModel.bodies));
 }
 

@@ -4,6 +4,7 @@
 #include "simulator/model/Text.h"
 
 #include <Eigen/Geometry>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -15,49 +16,24 @@ using model::ErrorCode;
 using model::Quoted;
 using model::Severity;
 
-/// From here on a material without coercivity would change the field noticeably.
-constexpr double permeabilityThatMatters = 1.01;
+/// What relative permeability differs from 1 by. Objects without coercivity that have no more change no field
+/// noticeably, and are left out.
+constexpr double susceptibilityOfNoIron = 1e-3;
 
-/// What is to be said about materials, each material once.
-struct MaterialRemarks {
-    std::set<std::string> unknown;
-    std::set<std::string> soft;
-    std::set<std::string> notUnity;
-
-    static std::string List(const std::set<std::string>& names) {
-        return model::QuotedList(std::vector<std::string>(names.begin(), names.end()));
-    }
-
-    void Report(const ReportFunction& report) const {
-        if (!unknown.empty()) {
-            report(Severity::Warning, "unknown materials are taken as non-magnetic: " + List(unknown));
-        }
-        if (!soft.empty()) {
-            report(Severity::Warning,
-                   "soft-magnetic materials are not solved, their objects are left out and the result "
-                   "is wrong as far as they matter: " +
-                       List(soft));
-        }
-        if (!notUnity.empty()) {
-            report(Severity::Info,
-                   "magnets with a relative permeability other than 1 are solved as rigid magnets of the "
-                   "same remanence: " +
-                       List(notUnity));
-        }
-    }
-};
+/// A magnet that has no more is solved with a permeability of 1, which is simpler.
+constexpr double susceptibilityOfNone = 1e-6;
 
 /// Builds the bodies of a design step by step.
 class FieldModelBuilder {
 public:
     FieldModelBuilder(const model::Project& project, const model::MaterialTable& library, const model::Design& design,
-                      const model::Variables& variables, SolverMeshes& meshes)
-        : m_project(project), m_library(library), m_design(design), m_variables(variables), m_meshes(meshes) {}
+                      const model::Variables& variables, SolverCopies& copies)
+        : m_project(project), m_library(library), m_design(design), m_variables(variables), m_copies(copies) {}
 
     FieldModel Run(const ReportFunction& report) {
         AddBodiesOfLoads();
-        AddMagnets();
-        m_remarks.Report(report);
+        AddSolids();
+        ReportUnknownMaterials(report);
         return std::move(m_model);
     }
 
@@ -88,10 +64,10 @@ private:
         }
     }
 
-    void AddMagnets() {
-        solver::Body others{"magnets without a load", {}};
+    void AddSolids() {
+        solver::Body others{"objects without a load", {}};
         for (const auto& object : m_design.modeler.Objects()) {
-            const model::Material* material = MagnetMaterial(object);
+            const model::Material* material = SolvedMaterial(object);
             if (!material) {
                 continue;
             }
@@ -104,62 +80,95 @@ private:
         }
     }
 
-    /// The material of an object that takes part in the solve, or null; notes what is to be said.
-    const model::Material* MagnetMaterial(const model::GeometryObject& object) {
+    /// The material of an object that takes part in the solve, or null; notes materials that nobody knows.
+    const model::Material* SolvedMaterial(const model::GeometryObject& object) {
         if (!object.isModel || object.material == "vacuum") {
             return nullptr;
         }
         const model::Material* material = m_project.FindMaterial(object.material, m_library);
         if (!material) {
-            m_remarks.unknown.insert(object.material);
+            m_unknownMaterials.insert(object.material);
             return nullptr;
         }
-        if (!material->coercivity) {
-            if (material->relativePermeability > permeabilityThatMatters) {
-                m_remarks.soft.insert(material->name);
-            }
-            return nullptr;
+        CheckPermeability(object, *material);
+        const bool isMagnetic = material->coercivity || material->bhCurve ||
+                                std::abs(material->relativePermeability - 1.0) > susceptibilityOfNoIron;
+        return isMagnetic ? material : nullptr;
+    }
+
+    /// Projects of earlier versions may have permeabilities that no reader of materials takes any more.
+    static void CheckPermeability(const model::GeometryObject& object, const model::Material& material) {
+        const double permeability = material.relativePermeability;
+        if (!(permeability >= model::leastRelativePermeability) || std::isinf(permeability)) {
+            throw DesktopError(ErrorCode::SolverData, "the material " + Quoted(material.name) + " of the object " +
+                                                          Quoted(object.name) + " has the relative permeability " +
+                                                          model::FormatNumber(permeability) +
+                                                          ", which must be finite and " +
+                                                          model::FormatNumber(model::leastRelativePermeability) +
+                                                          " or more; give the object another material");
         }
-        if (material->relativePermeability != 1.0) {
-            m_remarks.notUnity.insert(material->name);
-        }
-        return material;
     }
 
     solver::Magnet MakeMagnet(const model::GeometryObject& object, const model::Material& material) {
+        solver::Magnet magnet;
+        magnet.name = object.name;
+        magnet.mesh = m_copies.Of(object.mesh);
+        magnet.pose = m_design.modeler.FramePose(object.coordinateSystem, m_variables);
+        if (material.coercivity) {
+            magnet.magnetisation = Magnetisation(object, material, magnet.pose);
+        }
+        if (std::abs(material.relativePermeability - 1.0) > susceptibilityOfNone) {
+            magnet.permeability = material.relativePermeability;
+        }
+        if (material.bhCurve) {
+            magnet.curve = m_copies.Of(material.bhCurve);
+        }
+        return magnet;
+    }
+
+    /// A/m, in the object's own axes.
+    Eigen::Vector3d Magnetisation(const model::GeometryObject& object, const model::Material& material,
+                                  const model::Pose& pose) const {
         const auto& components = material.coercivity->components;
         Eigen::Vector3d direction(components[0], components[1], components[2]);
         if (!(direction.norm() > 0.0)) {
             throw DesktopError(ErrorCode::SolverData, "the coercivity components of the material " +
-                                                          Quoted(material.name) + " give no direction: all are 0");
+                                                          Quoted(material.name) + " of the object " +
+                                                          Quoted(object.name) + " give no direction: all are 0");
         }
-        const model::Pose pose = m_design.modeler.FramePose(object.coordinateSystem, m_variables);
         direction.normalize();
         // In the object's own frame there is nothing to turn, and rounding would make another one of it at every step.
         if (object.orientation != object.coordinateSystem) {
             const model::Pose frame = m_design.modeler.FramePose(object.orientation, m_variables);
             direction = pose.linear().transpose() * frame.linear() * direction;
         }
-        const double remanence = material.relativePermeability * material.coercivity->magnitude;
-        return {object.name, m_meshes.Of(object.mesh), remanence * direction, pose};
+        return material.relativePermeability * material.coercivity->magnitude * direction;
+    }
+
+    void ReportUnknownMaterials(const ReportFunction& report) const {
+        if (!m_unknownMaterials.empty()) {
+            const std::vector<std::string> names(m_unknownMaterials.begin(), m_unknownMaterials.end());
+            report(Severity::Warning, "unknown materials are taken as non-magnetic: " + model::QuotedList(names));
+        }
     }
 
     const model::Project& m_project;
     const model::MaterialTable& m_library;
     const model::Design& m_design;
     const model::Variables& m_variables;
-    SolverMeshes& m_meshes;
+    SolverCopies& m_copies;
     FieldModel m_model;
     std::map<std::string, std::size_t> m_bodyOfObject;
-    MaterialRemarks m_remarks;
+    /// Each is told of once.
+    std::set<std::string> m_unknownMaterials;
 };
 
 } // namespace
 
 FieldModel BuildFieldModel(const model::Project& project, const model::MaterialTable& library,
-                           const model::Design& design, const model::Variables& variables, SolverMeshes& meshes,
+                           const model::Design& design, const model::Variables& variables, SolverCopies& copies,
                            const ReportFunction& report) {
-    return FieldModelBuilder(project, library, design, variables, meshes).Run(report);
+    return FieldModelBuilder(project, library, design, variables, copies).Run(report);
 }
 
 } // namespace vantor::analysis

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "simulator/analysis/SolverMeshes.h"
+#include "simulator/analysis/SolverCopies.h"
 
 namespace vantor::analysis {
 
-/// What a design keeps from one solve to the next: the solver's meshes, and what the solver knows of them.
+/// What a design keeps from one solve to the next: the solver's meshes and curves, and what the solver knows of them.
 class KeptSolver {
 public:
-    SolverMeshes meshes;
+    SolverCopies copies;
     solver::Solver solver;
 };
 

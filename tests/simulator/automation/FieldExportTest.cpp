@@ -118,4 +118,23 @@ TEST_F(FieldExport, LiesWhereItIsWanted) {
     EXPECT_EQ(Export(grid).points.size(), 17U * 17U * 31U) << "odd numbers, cells of about equal edge";
 }
 
+/// The exported field of solids of this material, 10 mm at the origin and at 30 mm.
+std::string ExportOf(const std::string& material) {
+    desk::Desk desk;
+    desk.Create(shapes::CubeObj("One", material, 0, 10) + shapes::CubeObj("Other", material, 30, 10));
+    desk.design->Call("Analyze", {"Setup1"});
+    const auto& project = *desk.world->projects[0];
+    FieldGrid grid;
+    grid.points = std::array<int, 3>{2, 2, 2};
+    return vantor::analysis::ExportFields(project, desk.world->library, *project.designs[0], grid);
+}
+
+TEST(FieldExportBox, SurroundsIronAndNeedsSomethingMagnetic) {
+    const std::vector<Vector3d> corners = ReadVectors(ExportOf("steel_soft"), "type=\"Float64\" NumberOfComponents");
+    ASSERT_EQ(corners.size(), 8U);
+    EXPECT_LE((corners.front() - Vector3d(-0.02, -0.02, -0.02)).norm(), 1e-15);
+    EXPECT_LE((corners.back() - Vector3d(0.06, 0.03, 0.03)).norm(), 1e-15);
+    EXPECT_EQ(desk::Complaint([] { ExportOf("copper"); }), "the design has neither magnets nor iron");
+}
+
 } // namespace

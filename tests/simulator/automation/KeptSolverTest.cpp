@@ -51,12 +51,12 @@ TEST(KeptSolver, KnowsTheMeshesAgainWhenOnlyVariablesHaveChanged) {
     const std::shared_ptr<KeptSolver> kept = FirstDesign(desk).keptSolver;
     ASSERT_NE(kept, nullptr);
     const auto mesh = FirstDesign(desk).modeler.RequireObject("Rotor").mesh;
-    const auto solverMesh = kept->meshes.Of(mesh);
+    const auto solverMesh = kept->copies.Of(mesh);
     desk.ChangeVariable("Rotor_X", "0.050000Meter");
     EXPECT_LT(std::abs(Solved(desk)), 0.5 * std::abs(first));
     EXPECT_EQ(FirstDesign(desk).keptSolver, kept);
     EXPECT_EQ(FirstDesign(desk).modeler.RequireObject("Rotor").mesh, mesh);
-    EXPECT_EQ(kept->meshes.Of(mesh), solverMesh);
+    EXPECT_EQ(kept->copies.Of(mesh), solverMesh);
     EXPECT_EQ(solverMesh->vertices, mesh->vertices);
     EXPECT_EQ(solverMesh->triangles, mesh->triangles);
     desk.ChangeVariable("Rotor_X", "0.030000Meter");
@@ -136,7 +136,7 @@ TEST(KeptSolver, GoesWhenTheProjectIsClosed) {
     Solved(desk);
     const std::weak_ptr<KeptSolver> kept = FirstDesign(desk).keptSolver;
     const std::weak_ptr<const Mesh> mesh = FirstDesign(desk).modeler.RequireObject("Rotor").mesh;
-    const std::weak_ptr<const vantor::solver::TriangleMesh> solverMesh = kept.lock()->meshes.Of(mesh.lock());
+    const std::weak_ptr<const vantor::solver::TriangleMesh> solverMesh = kept.lock()->copies.Of(mesh.lock());
     desk.project->Call("Close");
     // The client has not let go of its objects yet.
     EXPECT_TRUE(kept.expired());
@@ -161,7 +161,7 @@ TEST(KeptSolver, KeepsNoMeshThatTheModelHasNoMore) {
     CreatePair(desk);
     Solved(desk);
     const std::weak_ptr<const vantor::solver::TriangleMesh> solverMesh =
-        FirstDesign(desk).keptSolver->meshes.Of(FirstDesign(desk).modeler.RequireObject("Rotor").mesh);
+        FirstDesign(desk).keptSolver->copies.Of(FirstDesign(desk).modeler.RequireObject("Rotor").mesh);
     EXPECT_FALSE(solverMesh.expired());
     desk.editor->Call("Move", {RotorSelection(), Shift("1mm")});
     Solved(desk);
@@ -172,11 +172,11 @@ TEST(KeptSolver, KeepsNoMeshThatTheModelHasNoMore) {
 TEST(KeptSolver, GivesTheSolverTheSameMagnetisationAtEveryStep) {
     Desk desk;
     CreatePair(desk);
-    vantor::analysis::SolverMeshes meshes;
+    vantor::analysis::SolverCopies copies;
     const auto magnetisation = [&] {
         const vantor::model::Design& design = FirstDesign(desk);
         const auto found = vantor::analysis::BuildFieldModel(*desk.world->projects.front(), desk.world->library, design,
-                                                             design.variables, meshes, [](auto, const std::string&) {});
+                                                             design.variables, copies, [](auto, const std::string&) {});
         return found.bodies.at(1).magnets.at(0).magnetisation;
     };
     const Eigen::Vector3d first = magnetisation();

@@ -168,10 +168,32 @@ TEST(Session, SaysWhatItDoesNotSolve) {
     desk.desktop->Call("ClearMessages", {"pair", "Veltrix3DDesign1", Value::Int(0)});
     desk.AddBody("Rotor", "Rotor", "NdFeB_N35", 0.03);
     EXPECT_EQ(desk.design->Call("Analyze", {"Setup1"}).AsInteger()->value, 0);
-    EXPECT_THAT(desk.Messages(1), ElementsAre(HasSubstr("unknown materials are taken as non-magnetic: \"paint\""),
-                                              HasSubstr("soft-magnetic materials are not solved")));
-    EXPECT_THAT(desk.Messages(0), testing::Contains(HasSubstr("solved as rigid magnets of the same remanence: "
-                                                              "\"NdFeB_N35\"")));
+    EXPECT_THAT(desk.Messages(1), ElementsAre(HasSubstr("unknown materials are taken as non-magnetic: \"paint\"")));
+}
+
+TEST(Session, FailsToSolveAPermeabilityThatNothingHas) {
+    Desk desk;
+    desk.world->library["odd"] = {"odd", 0.5, std::nullopt};
+    desk.Create(Pair() + shapes::CubeObj("Case", "odd", 60, 10));
+    EXPECT_NE(desk.design->Call("Analyze", {"Setup1"}).AsInteger()->value, 0);
+    EXPECT_THAT(desk.Messages(2),
+                ElementsAre("Analyze: Setup1 cannot be solved: the material \"odd\" of the object \"Case\" has the "
+                            "relative permeability 0.5, which must be finite and 0.9 or more; give the object another "
+                            "material"));
+}
+
+TEST(Session, ShowsTheInitialPermeabilityOfACurve) {
+    Desk desk;
+    desk.Create(shapes::CubeObj("Yoke", "steel_soft", 0, 10));
+    ObjectOf(desk.project->Call("GetDefinitionManager"))->Call("CloneMaterial", {"steel_soft", "clone"});
+    const auto& materials = desk.world->projects[0]->materials;
+    EXPECT_EQ(materials.at("clone").bhCurve, desk.world->library.at("steel_soft").bhCurve);
+    const auto clone =
+        ObjectOf(ObjectOf(desk.project->Call("GetChildObject", {"Materials"}))->Call("GetChildObject", {"clone"}));
+    EXPECT_THAT(TextsOf(clone->Call("GetPropNames")), ElementsAre("Name", "Relative Permeability"));
+    const double shown = std::stod(*clone->Call("GetPropValue", {"Relative Permeability"}).AsText());
+    // 1 T at 342 A/m.
+    EXPECT_NEAR(shown, 1.0 / (342.0 * 4e-7 * std::acos(-1.0)), 1e-6);
 }
 
 TEST(Session, FailsToSolveOverlappingBodiesWithAMessage) {
