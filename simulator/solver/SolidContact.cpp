@@ -2,6 +2,9 @@
 
 #include "simulator/solver/PolygonOverlay.h"
 
+#include <optional>
+#include <utility>
+
 namespace vantor::solver {
 namespace {
 

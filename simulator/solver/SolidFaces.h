@@ -28,8 +28,8 @@ struct SolidFace {
 };
 
 /// The faces of solids that may touch: every point of a surface belongs to exactly one face. They come by solids
-/// (`inside`), then by faces of the solid. What is nearer than 1e-7 of the larger solid's radius touches; a solid's faces
-/// close as well as it fits to its neighbours, where both are drawn alike to rounding.
+/// (`inside`), then by faces of the solid. What is nearer than 1e-7 of the larger solid's radius touches. The faces of
+/// a solid are closed to rounding where its neighbours fit to rounding, and but for the misfit elsewhere.
 /// @throws SolveError  values that are not finite, corner numbers out of range, meshes that are open or inside out,
 ///                     solids that overlap
 std::vector<SolidFace> FacesOf(const std::vector<Solid>& solids);

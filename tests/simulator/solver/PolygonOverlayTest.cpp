@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <optional>
 #include <random>
 
 using Eigen::Vector2d;
