@@ -28,6 +28,8 @@ constexpr double shareOfReplacements = 0.25;
 /// Parts of faces that may each have this part of the wanted error, and are halved so many times at most.
 constexpr double partOfHalf = 0.125;
 constexpr int mostCuts = 10;
+/// Faces farther apart than the sum of their radii times this are points to each other.
+constexpr double apart = 1.5;
 /// A part whose radius is this part of its distance or less is small; its points leave less than this of the load.
 constexpr double smallOfDistance = 0.5;
 constexpr double missedBySmall = 0.0005;
@@ -189,14 +191,12 @@ ClusterSum::Outcome ClusterSum::Integrated(const Pair& pair) const {
     const ChargedFace& target = *FaceOf(pair.target);
     Outcome outcome;
     Interaction interaction;
-    if (!AddByPoints(view, source, target, m_allowedShare, interaction, outcome.evaluations)) {
-        if (source.IsUniform() && target.IsUniform()) {
-            interaction = ByEdges(view, source, target, outcome.evaluations);
-        } else {
-            const bool onSource = source.polygon.radius < target.polygon.radius;
-            AddByParts(view, onSource ? target : source, onSource ? source : target, onSource, mostCuts, interaction,
-                       outcome.evaluations);
-        }
+    if (!source.IsUniform() || !target.IsUniform()) {
+        const bool onSource = source.polygon.radius < target.polygon.radius;
+        AddByParts(view, onSource ? target : source, onSource ? source : target, onSource, mostCuts, interaction,
+                   outcome.evaluations);
+    } else if (!AddByPoints(view, source, target, m_allowedShare, interaction, outcome.evaluations)) {
+        interaction = ByEdges(view, source, target, outcome.evaluations);
     }
     outcome.term = TermOf(pair, interaction);
     return outcome;
@@ -234,14 +234,15 @@ bool ClusterSum::AddByPoints(const View& view, const ChargedFace& field, const C
     if (!(ShareOf(view, part) <= allowedShare)) {
         return false;
     }
-    part.wrench = ByPoints(view, field, charged, onSource, evaluations).wrench;
+    part.wrench = ByPoints(view, field, charged, onSource, false, evaluations).wrench;
     interaction += part;
     return true;
 }
 
 /// Without errors.
+/// @param bothByPoints  whether the field is that of points, too
 Interaction ClusterSum::ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                                 std::size_t& evaluations) const {
+                                 bool bothByPoints, std::size_t& evaluations) const {
     const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
     const Eigen::Isometry3d toField = fieldPose.inverse() * (onSource ? view.sourceMagnet : view.targetMagnet).pose;
     std::vector<WeightedPoint> points;
@@ -250,8 +251,19 @@ Interaction ClusterSum::ByPoints(const View& view, const ChargedFace& field, con
         point = {toField * point.at, charged.ChargeAt(point.at) * point.weight};
     }
     evaluations += points.size();
+    Wrench wrench;
+    if (bothByPoints) {
+        std::vector<WeightedPoint> sources;
+        SetPoints(field.polygon, sources);
+        for (WeightedPoint& point : sources) {
+            point.weight *= field.ChargeAt(point.at);
+        }
+        wrench = PointWrench(sources, points);
+    } else {
+        wrench = PointWrench(field, points);
+    }
     Interaction interaction;
-    interaction.wrench = InSpace((onSource ? -fieldConstant : fieldConstant) * PointWrench(field, points), fieldPose);
+    interaction.wrench = InSpace((onSource ? -fieldConstant : fieldConstant) * wrench, fieldPose);
     return interaction;
 }
 
@@ -266,10 +278,12 @@ void ClusterSum::AddByParts(const View& view, const ChargedFace& field, const Ch
     }
     const Eigen::Isometry3d toField = (onSource ? view.targetMagnet : view.sourceMagnet).pose.inverse() *
                                       (onSource ? view.sourceMagnet : view.targetMagnet).pose;
-    const bool isSmall =
-        charged.polygon.radius <= smallOfDistance * DistanceFrom(field.polygon, toField * charged.polygon.centre);
+    const Vector3d centre = toField * charged.polygon.centre;
+    const bool areApart =
+        (centre - field.polygon.centre).norm() > apart * (charged.polygon.radius + field.polygon.radius);
+    const bool isSmall = areApart || charged.polygon.radius <= smallOfDistance * DistanceFrom(field.polygon, centre);
     if (isSmall || cuts == 0) {
-        Interaction part = ByPoints(view, field, charged, onSource, evaluations);
+        Interaction part = ByPoints(view, field, charged, onSource, areApart, evaluations);
         SetErrors(part, missedBySmall * part.wrench, view.centres);
         interaction += part;
         return;

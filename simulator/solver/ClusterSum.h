@@ -95,7 +95,7 @@ private:
     bool AddByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
                      double allowedShare, Interaction& interaction, std::size_t& evaluations) const;
     Interaction ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                         std::size_t& evaluations) const;
+                         bool bothByPoints, std::size_t& evaluations) const;
     void AddByParts(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource, int cuts,
                     Interaction& interaction, std::size_t& evaluations) const;
     Interaction ByEdges(const View& view, const ChargedFace& source, const ChargedFace& target,

@@ -81,8 +81,10 @@ void Judgement::Finish() {
         Body& body = m_bodies[i];
         Load& load = m_loads[i];
         const Eigen::Vector3d torque = load.torque - body.centre.cross(load.force);
-        body.force = std::max(body.leastForce, load.force.norm());
-        body.torque = std::max({body.leastTorque, torque.norm(), m_leastLever * body.radius * body.force});
+        const double lever = m_leastLever * body.radius;
+        body.force =
+            std::max({body.leastForce, load.force.norm(), lever > 0 ? m_leastLever * torque.norm() / body.radius : 0});
+        body.torque = std::max({body.leastTorque, torque.norm(), lever * body.force});
         load.forceError = body.forceError;
         load.torqueError = body.torqueError + body.centre.norm() * body.forceError;
     }

@@ -7,8 +7,8 @@ namespace vantor::solver {
 
 class Judgement {
 public:
-    /// @param leastLever  a torque is judged by no less than the force times this part of the body's radius: below, it
-    ///                    only says where exactly the force acts
+    /// @param leastLever  a torque is judged by no less than this part of the force times the body's radius (below, it
+    ///                    only says where exactly the force acts), and a force by the same part of torque over radius
     Judgement(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, double leastLever = 0);
 
     /// Centres of two bodies, given by a magnet of each.

@@ -126,18 +126,48 @@ Solution Solve(const std::vector<Body>& bodies, const Options& options) {
 }
 
 struct FieldEvaluator::Implementation {
-    struct MagnetWithFaces {
-        PreparedMagnet magnet;
-        std::vector<ChargedFace> faces;
-    };
     Eigen::Vector3d origin;
-    std::vector<MagnetWithFaces> magnets;
+    /// All solids, and each one's permeability.
+    std::vector<PreparedMagnet> magnets;
+    std::vector<double> permeabilities;
+    std::vector<ChargedFace> faces;
 };
 
+namespace {
+
+/// The charges of all bodies. The field has no error of its own to be refined by, so the passes' number says how far to
+/// go.
+std::vector<PreparedMagnet> ChargesOf(const std::vector<PreparedMagnet>& magnets, const std::vector<Body>& bodies,
+                                      const Eigen::Vector3d& origin) {
+    constexpr double asGoodAsItGets = 1e-9;
+    constexpr int passes = 6;
+    Options options;
+    options.percentError = asGoodAsItGets;
+    options.maximumPasses = passes;
+    PermeableStore store;
+    PermeableSum sum(magnets, store.Prepare(bodies, origin), options);
+    for (int i = 0; i < passes && (i == 0 || sum.Refine()); ++i) {
+        sum.SolveCharges();
+    }
+    return sum.Charged();
+}
+
+} // namespace
+
 FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementation(new Implementation) {
-    for (PreparedMagnet& magnet : ShapeStore().Prepare(bodies, 0, m_implementation->origin)) {
-        std::vector<ChargedFace> faces = PosedFaces(magnet);
-        m_implementation->magnets.push_back({std::move(magnet), std::move(faces)});
+    Implementation& all = *m_implementation;
+    all.magnets = ShapeStore().Prepare(bodies, 0, all.origin);
+    for (const Body& body : bodies) {
+        for (const Magnet& magnet : body.magnets) {
+            if (HasField(magnet)) {
+                all.permeabilities.push_back(magnet.permeability);
+            }
+        }
+    }
+    for (const PreparedMagnet& charged :
+         ArePermeable(bodies) ? ChargesOf(all.magnets, bodies, all.origin) : all.magnets) {
+        const std::vector<ChargedFace> faces = PosedFaces(charged);
+        all.faces.insert(all.faces.end(), faces.begin(), faces.end());
     }
 }
 
@@ -148,10 +178,8 @@ FieldEvaluator& FieldEvaluator::operator=(FieldEvaluator&&) noexcept = default;
 Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
     const Eigen::Vector3d x = point - m_implementation->origin;
     Eigen::Vector3d field = Eigen::Vector3d::Zero();
-    for (const auto& [magnet, faces] : m_implementation->magnets) {
-        for (const ChargedFace& face : faces) {
-            field += ChargeField(face, x) / solidAngleOfAll;
-        }
+    for (const ChargedFace& face : m_implementation->faces) {
+        field += ChargeField(face, x) / solidAngleOfAll;
     }
     return field;
 }
@@ -159,11 +187,18 @@ Eigen::Vector3d FieldEvaluator::H(const Eigen::Vector3d& point) const {
 Eigen::Vector3d FieldEvaluator::M(const Eigen::Vector3d& point) const {
     // Rounding takes a point of the surface this far out of the box at most.
     constexpr double margin = 1e-9;
-    const Eigen::Vector3d x = point - m_implementation->origin;
+    const Implementation& all = *m_implementation;
+    const Eigen::Vector3d x = point - all.origin;
     Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
-    for (const auto& [magnet, faces] : m_implementation->magnets) {
-        if (magnet.box.exteriorDistance(x) <= margin * magnet.Radius()) {
-            magnetisation += SolidAngleShare(magnet.shape->Mesh(), magnet.pose.inverse() * x) * magnet.magnetisation;
+    for (std::size_t i = 0; i < all.magnets.size(); ++i) {
+        const PreparedMagnet& magnet = all.magnets[i];
+        if (magnet.box.exteriorDistance(x) > margin * magnet.Radius()) {
+            continue;
+        }
+        const double share = SolidAngleShare(magnet.shape->Mesh(), magnet.pose.inverse() * x);
+        magnetisation += share * magnet.magnetisation;
+        if (share != 0 && all.permeabilities[i] != 1) {
+            magnetisation += share * (all.permeabilities[i] - 1) * H(point);
         }
     }
     return magnetisation;

@@ -18,7 +18,7 @@ using Eigen::VectorXd;
 
 constexpr double infinite = std::numeric_limits<double>::infinity();
 /// Scale of the patches that the first pass compares its own with, and by what each pass makes them finer.
-constexpr double coarsestScale = 2;
+constexpr double coarsestScale = 4;
 constexpr double finer = 0.7;
 /// As many as it takes to know how much changes from one to the next.
 constexpr int scalesOfFirstPass = 3;
@@ -26,10 +26,12 @@ constexpr int scalesOfFirstPass = 3;
 constexpr double errorOfChange = 0.6;
 /// Part of the change before that counts at least: two scales may agree by chance.
 constexpr double lastingChange = 0.4;
-/// Part of the wanted error that the sum of the loads may have.
+/// Part of the wanted error that the sum of the loads may have, and the part of its estimate that is left as an error:
+/// estimates are sums of sizes, and hundreds of times above what errors of all signs and directions add up to.
 constexpr double partOfSum = 0.5;
+constexpr double errorOfSum = 0.01;
 /// Torques are judged by the force times this part of the body's radius at least.
-constexpr double leastLever = 0.1;
+constexpr double leastLever = 0.2;
 /// Of the flux that bodies send through each other.
 constexpr double wantedResidual = 1e-8;
 constexpr int mostSteps = 100;
@@ -40,9 +42,18 @@ constexpr std::size_t mostKept = 6;
 /// A charge that is less than this part of the largest one anywhere on its patch is left out.
 constexpr double noCharge = 1e-9;
 
+/// Where a body stands: as the first of its solids.
+Isometry3d PoseOf(const Body& body) {
+    const auto first = std::find_if(body.magnets.begin(), body.magnets.end(), HasField);
+    return first == body.magnets.end() ? Isometry3d::Identity() : first->pose;
+}
+
 std::vector<PermeableSolid> SolidsOf(const Body& body, const Isometry3d& pose) {
     std::vector<PermeableSolid> solids;
     for (const Magnet& magnet : body.magnets) {
+        if (!HasField(magnet)) {
+            continue;
+        }
         PermeableSolid solid;
         solid.solid.label = LabelOf(body, magnet);
         solid.solid.mesh = magnet.mesh;
@@ -78,7 +89,7 @@ std::vector<PermeableStore::Placed> PermeableStore::Prepare(const std::vector<Bo
     std::vector<Placed> placed;
     std::vector<std::shared_ptr<Entry>> used;
     for (const Body& body : bodies) {
-        Isometry3d pose = body.magnets.empty() ? Isometry3d::Identity() : body.magnets.front().pose;
+        Isometry3d pose = PoseOf(body);
         std::vector<PermeableSolid> solids = SolidsOf(body, pose);
         pose.translation() -= origin;
         auto entry =
@@ -98,18 +109,20 @@ PermeableSum::PermeableSum(const std::vector<PreparedMagnet>& magnets, std::vect
 Pass PermeableSum::Evaluate() {
     Pass pass;
     pass.number = ++m_pass;
-    for (int i = 0; i < (pass.number == 1 ? scalesOfFirstPass : 1); ++i) {
-        pass.evaluations += SolveNextScale();
+    const int scales = pass.number == 1 ? scalesOfFirstPass : 1;
+    for (int i = 0; i < scales && (i == 0 || Refine()); ++i) {
+        pass.evaluations += SolveCharges();
+        pass.evaluations += SumUp();
     }
     pass.percentError = m_percentError;
     return pass;
 }
 
-std::size_t PermeableSum::SolveNextScale() {
+std::size_t PermeableSum::SolveCharges() {
     std::size_t evaluations = SetPatches();
-    m_scale *= finer;
     evaluations += SetCharges();
-    return evaluations + SumUp();
+    m_scale *= finer;
+    return evaluations;
 }
 
 bool PermeableSum::Refine() {
@@ -271,7 +284,7 @@ std::vector<PreparedMagnet> PermeableSum::Charged() const {
 std::size_t PermeableSum::SumUp() {
     const std::vector<PreparedMagnet> charged = Charged();
     Options options = m_options;
-    options.percentError *= partOfSum;
+    options.percentError *= partOfSum / errorOfSum;
     ClusterSum sum(charged, m_bodies.size(), options, leastLever);
     Pass pass = sum.Evaluate();
     std::size_t evaluations = pass.evaluations;
@@ -280,7 +293,8 @@ std::size_t PermeableSum::SumUp() {
         evaluations += pass.evaluations;
     }
     const double change = m_loads.empty() ? infinite : sum.Judged().PercentChange(m_loads);
-    m_percentError = std::hypot(pass.percentError, errorOfChange * std::max(change, lastingChange * m_change));
+    m_percentError =
+        std::hypot(errorOfSum * pass.percentError, errorOfChange * std::max(change, lastingChange * m_change));
     m_change = change;
     m_loads = sum.Loads();
     return evaluations;

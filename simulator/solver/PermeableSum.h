@@ -37,6 +37,9 @@ public:
                  const Options& options);
 
     Pass Evaluate();
+    /// Solves for the charges alone, with patches finer than the last ones.
+    /// @return flux moments evaluated
+    std::size_t SolveCharges();
     /// @return false when finer patches would be too many
     bool Refine();
     const std::vector<Load>& Loads() const { return m_loads; }
@@ -51,7 +54,6 @@ private:
         Eigen::VectorXd charges;
     };
 
-    std::size_t SolveNextScale();
     std::size_t SetPatches();
     PatchSet PatchesOfBody(std::size_t body) const;
     std::size_t SetCharges();

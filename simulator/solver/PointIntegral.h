@@ -18,5 +18,6 @@ Eigen::Vector3d ChargeField(const ChargedFace& face, const Eigen::Vector3d& x);
 /// Load on charges from a face, without mu0/(4 pi); the torque about the origin.
 /// @param target  charges (A m) as weights
 Wrench PointWrench(const ChargedFace& source, const std::vector<WeightedPoint>& target);
+Wrench PointWrench(const std::vector<WeightedPoint>& source, const std::vector<WeightedPoint>& target);
 
 } // namespace vantor::solver

@@ -3,6 +3,7 @@
 #include "simulator/solver/Parallel.h"
 
 #include <algorithm>
+#include <cmath>
 #include <exception>
 
 namespace vantor::solver {
@@ -10,8 +11,14 @@ namespace {
 
 using Eigen::Vector3d;
 
-bool HasField(const Magnet& magnet) {
-    return magnet.mesh && !magnet.mesh->triangles.empty() && (!magnet.magnetisation.isZero(0) || IsPermeable(magnet));
+void CheckPermeability(const Body& body, const Magnet& magnet) {
+    // Superconductors are below; everything that is called non-magnetic is close to 1.
+    constexpr double leastPermeability = 0.9;
+    if (!std::isfinite(magnet.permeability) || magnet.permeability < leastPermeability) {
+        throw SolveError("The relative permeability of " + LabelOf(body, magnet) + " is " +
+                         std::to_string(magnet.permeability) +
+                         "; give its material a finite one of at least 0.9 (1 for what is not magnetic).");
+    }
 }
 
 template <class Visit>
@@ -34,6 +41,10 @@ Eigen::AlignedBox3d PosedBox(const Eigen::Isometry3d& pose, const Eigen::Aligned
 
 bool IsPermeable(const Magnet& magnet) {
     return magnet.permeability != 1 || magnet.curve;
+}
+
+bool HasField(const Magnet& magnet) {
+    return magnet.mesh && !magnet.mesh->triangles.empty() && (!magnet.magnetisation.isZero(0) || IsPermeable(magnet));
 }
 
 std::string LabelOf(const Body& body, const Magnet& magnet) {
@@ -128,6 +139,7 @@ void ShapeStore::MakeMissing(const std::vector<Body>& bodies, int threads) {
 std::vector<PreparedMagnet> ShapeStore::Prepare(const std::vector<Body>& bodies, int threads, Vector3d& origin) {
     Eigen::AlignedBox3d all;
     ForMagnetsWithField(bodies, [&](std::size_t body, const Magnet& magnet) {
+        CheckPermeability(bodies[body], magnet);
         if (!magnet.pose.matrix().allFinite()) {
             throw SolveError("The pose of " + LabelOf(bodies[body], magnet) +
                              " is not finite; check the placement of the body.");
