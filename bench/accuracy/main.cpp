@@ -1,5 +1,7 @@
-// vantor-accuracy table | speed: the solver beside closed forms and other models of magnets, and beside the clock.
-// Both print comma-separated values; scripts/accuracy puts them into docs/simulator-accuracy.md.
+// vantor-accuracy table | iron | speed: the solver beside closed forms and other models of magnets, the same with iron
+// and permeable magnets, and beside the clock.
+// All print comma-separated values; scripts/accuracy puts them into docs/simulator-accuracy.md.
+#include "tests/simulator/solver/IronCases.h"
 #include "tests/simulator/solver/References.h"
 
 #include <Eigen/Geometry>
@@ -187,6 +189,43 @@ int Table() {
     return 0;
 }
 
+// ---- iron
+
+/// The deviation in percent of the expected vector; the estimate is left out of what is not a load.
+void PrintIron(const std::vector<iron::FieldCase>& cases) {
+    for (const iron::FieldCase& one : cases) {
+        const Vector3d measured = one.measure(vantor::solver::FieldEvaluator(one.bodies));
+        std::printf("%s,%s,%g,%s,%.6g,%.6g,%.1e,,\n", one.name.c_str(), one.parameter.c_str(), one.value,
+                    one.quantity.c_str(), measured.norm(), one.expected.norm(),
+                    100 * (measured - one.expected).norm() / one.expected.norm());
+    }
+}
+
+void PrintIron(const std::vector<iron::LoadCase>& cases) {
+    for (const iron::LoadCase& one : cases) {
+        const iron::Solved solved = iron::SolveCase(one);
+        const Vector3d &force = solved.load.force, &expected = one.load.force;
+        const std::vector<vantor::solver::Pass>& passes = solved.solution.passes;
+        std::printf("%s,%s,%g,force (N),%.6g,%.6g,%.1e,%.1e,%zu\n", one.name.c_str(), one.parameter.c_str(), one.value,
+                    force.norm(), expected.norm(), 100 * (force - expected).norm() / expected.norm(),
+                    passes.back().percentError, passes.size());
+    }
+}
+
+int Iron() {
+    std::puts("case,parameter,value,quantity,solved,reference,deviation (%),estimate (%),passes");
+    PrintIron(iron::SpheresInAField());
+    PrintIron(iron::CubeInAField());
+    PrintIron(iron::ShellsInAField());
+    PrintIron(iron::MagnetSpheres());
+    PrintIron(iron::MagnetsOverAPlate());
+    PrintIron(iron::MagnetAndIronSpheres());
+    PrintIron(iron::RoundYokes());
+    PrintIron(iron::BlockYokes());
+    PrintIron(iron::MagnetsOverADisc());
+    return 0;
+}
+
 // ---- speed
 
 /// Shortest of several runs, seconds.
@@ -274,6 +313,9 @@ int main(int count, char** arguments) {
         if (count == 2 && std::strcmp(arguments[1], "table") == 0) {
             return Table();
         }
+        if (count == 2 && std::strcmp(arguments[1], "iron") == 0) {
+            return Iron();
+        }
         if (count == 2 && std::strcmp(arguments[1], "speed") == 0) {
             return Speed();
         }
@@ -281,6 +323,6 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;
     }
-    std::fputs("usage: vantor-accuracy table|speed\n", stderr);
+    std::fputs("usage: vantor-accuracy table|iron|speed\n", stderr);
     return 2;
 }

@@ -1,10 +1,121 @@
 // Iron, and magnets of a permeability other than 1, beside closed forms and another method's numbers.
-#include "tests/simulator/solver/IronReferences.h"
+#include "tests/simulator/solver/IronCases.h"
 
+#include <Eigen/Geometry>
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 
 using Eigen::Vector3d;
+using vantor::solver::Body;
+using vantor::solver::FieldEvaluator;
+using vantor::solver::Load;
+using vantor::solver::Solution;
+using vantor::solver::Solve;
+
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+/// Deviations may be as much of what is wanted.
+constexpr double tolerance = 2;
+/// Action and reaction may differ by as much of the largest load, and the work around a loop by as much of the sum of
+/// its sides' without signs.
+constexpr double wantedBalance = 1e-3, wantedLoop = 1e-2;
+
+void ExpectFields(const std::vector<iron::FieldCase>& cases) {
+    ASSERT_FALSE(cases.empty());
+    for (const iron::FieldCase& one : cases) {
+        const Vector3d measured = one.measure(FieldEvaluator(one.bodies));
+        EXPECT_LE((measured - one.expected).norm(), tolerance * one.wanted * one.expected.norm())
+            << one.name << ", " << one.parameter << ' ' << one.value << ": " << one.quantity << ' '
+            << measured.transpose() << " instead of " << one.expected.transpose();
+    }
+}
+
+void ExpectBalance(const Solution& solution) {
+    Vector3d force = Vector3d::Zero(), torque = Vector3d::Zero();
+    double largestForce = 0, largestTorque = 0;
+    for (const Load& load : solution.loads) {
+        force += load.force;
+        torque += load.torque;
+        largestForce = std::max(largestForce, load.force.norm());
+        largestTorque = std::max(largestTorque, load.torque.norm());
+    }
+    // A torque that vanishes by symmetry is compared to that of the force on an arm of a millimetre.
+    EXPECT_LE(force.norm(), tolerance * wantedBalance * largestForce);
+    EXPECT_LE(torque.norm(), tolerance * wantedBalance * std::max(largestTorque, 1e-3 * largestForce));
+}
+
+/// Torques that vanish by symmetry are compared to a twentieth of the force times `size`.
+void ExpectLoads(const std::vector<iron::LoadCase>& cases) {
+    constexpr double size = 0.01;
+    ASSERT_FALSE(cases.empty());
+    for (const iron::LoadCase& one : cases) {
+        SCOPED_TRACE(one.name + ", " + one.parameter + ' ' + std::to_string(one.value));
+        const iron::Solved solved = iron::SolveCase(one);
+        const references::Load& load = solved.load;
+        const double allowed = tolerance * one.wanted;
+        EXPECT_TRUE(solved.solution.converged);
+        EXPECT_LE((load.force - one.load.force).norm(), allowed * one.load.force.norm())
+            << "force " << load.force.transpose() << " instead of " << one.load.force.transpose();
+        const Vector3d torque = load.torque - one.centre.cross(load.force);
+        const Vector3d expected = one.load.torque - one.centre.cross(one.load.force);
+        EXPECT_LE((torque - expected).norm(), allowed * std::max(expected.norm(), 0.05 * size * one.load.force.norm()))
+            << "torque " << torque.transpose() << " instead of " << expected.transpose();
+        ExpectBalance(solved.solution);
+    }
+}
+
+/// A magnet magnetised aslant, moved and turned over an iron block.
+std::vector<Body> MagnetOverIron(const Vector3d& place, double angle) {
+    shapes::Block block, magnet;
+    block.size = {0.03, 0.02, 0.01};
+    block.centre.z() = -0.005;
+    magnet.size = {0.01, 0.008, 0.006};
+    magnet.magnetisation = {6e5, 0, 8e5};
+    Body iron = BodyOf("iron", block), moved = BodyOf("magnet", magnet);
+    iron.magnets[0].magnetisation.setZero();
+    iron.magnets[0].permeability = 200;
+    moved.magnets[0].pose = Eigen::Translation3d(place) * Eigen::AngleAxisd(angle, Vector3d::UnitY());
+    return {iron, moved};
+}
+
+struct Place {
+    Vector3d at;
+    double angle;
+};
+
+/// The work that the magnet does from one place to another on a straight way, by Gauss's rule of three points.
+double Work(const Place& from, const Place& to) {
+    struct Point {
+        double at, weight;
+    };
+    const std::array<Point, 3> rule{
+        {{0.5 - std::sqrt(0.15), 5.0 / 18}, {0.5, 8.0 / 18}, {0.5 + std::sqrt(0.15), 5.0 / 18}}};
+    const Vector3d way = to.at - from.at;
+    const double turn = to.angle - from.angle;
+    double work = 0;
+    for (const Point& point : rule) {
+        const Vector3d at = from.at + point.at * way;
+        const Load load = Solve(MagnetOverIron(at, from.angle + point.at * turn)).loads[1];
+        work += point.weight * (load.force.dot(way) + (load.torque - at.cross(load.force)).y() * turn);
+    }
+    return work;
+}
+
+void ExpectNoWorkAround(const std::array<Place, 4>& corners) {
+    double sum = 0, sides = 0;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const double work = Work(corners[i], corners[(i + 1) % corners.size()]);
+        sum += work;
+        sides += std::abs(work);
+    }
+    EXPECT_GT(sides, 1e-4) << "J; nothing pulls";
+    EXPECT_LE(std::abs(sum), tolerance * wantedLoop * sides);
+}
+
+} // namespace
 
 /// Two charges near one another are the dipole; the force is the energy's slope.
 TEST(IronReferences, AttractionBySpheresIsTheSlopeOfTheEnergyOfTwoCharges) {
@@ -43,4 +154,50 @@ TEST(IronReferences, MomentsAreFoundFromTheFieldAroundThem) {
     const Vector3d moment = references::MomentWithin(
         [&](const Vector3d& point) { return references::FieldOf(sheets, point); }, block.centre, 12);
     EXPECT_LE((moment - block.magnetisation).norm(), 1e-4 * moment.norm());
+}
+
+TEST(IronFields, OfSpheresAreThoseOfDipoles) {
+    ExpectFields(iron::SpheresInAField());
+}
+
+TEST(IronFields, OfACubeAreThoseOfItsPublishedMoment) {
+    ExpectFields(iron::CubeInAField());
+}
+
+TEST(IronFields, AreShieldedByShells) {
+    ExpectFields(iron::ShellsInAField());
+}
+
+TEST(IronFields, OfMagnetSpheresAreUniformWithin) {
+    ExpectFields(iron::MagnetSpheres());
+}
+
+TEST(IronLoads, OfPlatesAreThoseOfMirrorImages) {
+    ExpectLoads(iron::MagnetsOverAPlate());
+}
+
+TEST(IronLoads, OfSpheresAreThoseOfTheirMultipoles) {
+    ExpectLoads(iron::MagnetAndIronSpheres());
+}
+
+TEST(IronLoads, OfRoundYokesAreThoseOfFiniteElements) {
+    ExpectLoads(iron::RoundYokes());
+}
+
+TEST(IronLoads, OfBlockYokesAreThoseOfFiniteElements) {
+    ExpectLoads(iron::BlockYokes());
+}
+
+TEST(IronLoads, OfThinDiscsAreThoseOfFiniteElements) {
+    ExpectLoads(iron::MagnetsOverADisc());
+}
+
+TEST(IronLoads, DoNoWorkAroundALoopOfPlaces) {
+    ExpectNoWorkAround(
+        {{{{0, 0.002, 0.006}, 0}, {{0.008, 0.002, 0.006}, 0}, {{0.008, 0.002, 0.012}, 0}, {{0, 0.002, 0.012}, 0}}});
+}
+
+TEST(IronLoads, DoNoWorkAroundALoopOfPlacesAndAngles) {
+    ExpectNoWorkAround(
+        {{{{0.003, 0, 0.010}, 0}, {{0.003, 0, 0.014}, 0}, {{0.003, 0, 0.014}, pi / 6}, {{0.003, 0, 0.010}, pi / 6}}});
 }
