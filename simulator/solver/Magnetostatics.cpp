@@ -73,7 +73,7 @@ bool ArePermeable(const std::vector<Body>& bodies) {
 
 /// Passes until the wanted error is met, or nothing can be improved, or the maximum is reached.
 template <class Sum>
-Solution RunPasses(Sum sum, const Options& options) {
+Solution RunPasses(Sum&& sum, const Options& options) {
     Solution solution;
     bool more = true;
     while (more) {
@@ -93,6 +93,9 @@ Solution RunPasses(Sum sum, const Options& options) {
 struct Solver::Implementation {
     ShapeStore shapes;
     PermeableStore permeable;
+
+    Solution SolveFor(const std::vector<PreparedMagnet>& magnets, const std::vector<Body>& bodies,
+                      const Eigen::Vector3d& origin, const Options& options);
 };
 
 Solver::Solver() : m_implementation(new Implementation) {}
@@ -100,16 +103,24 @@ Solver::~Solver() = default;
 Solver::Solver(Solver&&) noexcept = default;
 Solver& Solver::operator=(Solver&&) noexcept = default;
 
+Solution Solver::Implementation::SolveFor(const std::vector<PreparedMagnet>& magnets, const std::vector<Body>& bodies,
+                                          const Eigen::Vector3d& origin, const Options& options) {
+    if (ArePermeable(bodies)) {
+        PermeableSum sum(magnets, permeable.Prepare(bodies, origin), options);
+        Solution solution = RunPasses(sum, options);
+        solution.warnings = sum.Warnings();
+        return solution;
+    }
+    return HaveFewFaces(magnets) ? RunPasses(FaceSum(magnets, bodies.size(), options), options)
+                                 : RunPasses(ClusterSum(magnets, bodies.size(), options), options);
+}
+
 Solution Solver::Solve(const std::vector<Body>& bodies, const Options& options) {
     CheckOptions(options);
     Eigen::Vector3d origin;
     const std::vector<PreparedMagnet> magnets = m_implementation->shapes.Prepare(bodies, options.threads, origin);
     CheckSeparation(magnets);
-    Solution solution =
-        ArePermeable(bodies)
-            ? RunPasses(PermeableSum(magnets, m_implementation->permeable.Prepare(bodies, origin), options), options)
-        : HaveFewFaces(magnets) ? RunPasses(FaceSum(magnets, bodies.size(), options), options)
-                                : RunPasses(ClusterSum(magnets, bodies.size(), options), options);
+    Solution solution = m_implementation->SolveFor(magnets, bodies, origin, options);
     for (Load& load : solution.loads) {
         load.torque += origin.cross(load.force);
         load.torqueError += origin.norm() * load.forceError;
@@ -140,7 +151,7 @@ namespace {
 std::vector<PreparedMagnet> ChargesOf(const std::vector<PreparedMagnet>& magnets, const std::vector<Body>& bodies,
                                       const Eigen::Vector3d& origin) {
     constexpr double asGoodAsItGets = 1e-9;
-    constexpr int passes = 6;
+    constexpr int passes = 5;
     Options options;
     options.percentError = asGoodAsItGets;
     options.maximumPasses = passes;
@@ -160,7 +171,7 @@ FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementati
     for (const Body& body : bodies) {
         for (const Magnet& magnet : body.magnets) {
             if (HasField(magnet)) {
-                all.permeabilities.push_back(magnet.permeability);
+                all.permeabilities.push_back(PermeabilityOf(magnet));
             }
         }
     }

@@ -266,6 +266,31 @@ void PatchedBody::MakeSourceFree(Eigen::Ref<MatrixXd> fluxes) const {
     }
 }
 
+/// M averages to the integral of r (M.n) over the surface, over the volume, for M is without sources inside.
+Vector3d PatchedBody::MeanFluxDensity(std::size_t solid, const VectorXd& charges) const {
+    const PermeableSolid& material = m_body.Solids()[solid];
+    const double susceptibility = material.permeability - 1;
+    Vector3d moment = Vector3d::Zero();
+    double volume = 0;
+    for (const ChargePoint& point : m_set.points) {
+        const Sheet& sheet = m_body.Sheets()[m_set.sheets[point.patch]];
+        const double side = sheet.surface.inside == solid ? 1 : sheet.surface.outside == solid ? -1 : 0;
+        if (side == 0) {
+            continue;
+        }
+        const Vector3d& normal = m_set.patches[point.patch].polygons[point.polygon].normal;
+        const double area = point.weights[0];
+        const double charge =
+            charges.segment<3>(patchFunctions * static_cast<Index>(point.patch)).dot(point.weights) / area;
+        const double mean = (charge - sheet.jump.dot(normal)) / (2 * sheet.contrast);
+        const double inside = mean - side * charge / 2;
+        moment += side * area * (material.magnetisation.dot(normal) + susceptibility * inside) * point.at;
+        volume += side * area * normal.dot(point.at) / 3;
+    }
+    const Vector3d magnetisation = moment / volume;
+    return vacuumPermeability * (magnetisation + (magnetisation - material.magnetisation) / susceptibility);
+}
+
 VectorXd PatchedBody::RightHandSide(const VectorXd& fluxes) const {
     VectorXd result = fluxes;
     for (std::size_t i = 0; i < m_set.patches.size(); ++i) {

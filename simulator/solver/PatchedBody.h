@@ -61,6 +61,9 @@ public:
     const Eigen::VectorXd& OwnRightHandSide() const { return m_ownRightHandSide; }
     /// The charges for a right-hand side.
     Eigen::VectorXd Solved(const Eigen::VectorXd& rightHandSide) const { return m_factored.solve(rightHandSide); }
+    /// The mean flux density of a solid, T.
+    /// @param charges  factors of the patches' functions, A/m
+    Eigen::Vector3d MeanFluxDensity(std::size_t solid, const Eigen::VectorXd& charges) const;
     /// Flux moments evaluated to make this.
     std::size_t Evaluations() const { return m_evaluations; }
 

@@ -5,7 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iomanip>
 #include <limits>
+#include <numeric>
+#include <sstream>
 
 namespace vantor::solver {
 namespace {
@@ -20,6 +23,9 @@ constexpr double infinite = std::numeric_limits<double>::infinity();
 /// Scale of the patches that the first pass compares its own with, and by what each pass makes them finer.
 constexpr double coarsestScale = 4;
 constexpr double finer = 0.7;
+/// By how much the number of patches grows at least, and how often they are made finer for that.
+constexpr double leastGrowth = 1.5;
+constexpr int mostFiner = 8;
 /// As many as it takes to know how much changes from one to the next.
 constexpr int scalesOfFirstPass = 3;
 /// Part of the change from one scale to the next that is left as an error.
@@ -31,16 +37,23 @@ constexpr double lastingChange = 0.4;
 constexpr double partOfSum = 0.5;
 constexpr double errorOfSum = 0.01;
 /// Torques are judged by the force times this part of the body's radius at least.
-constexpr double leastLever = 0.2;
+constexpr double leastLever = 0.1;
 /// Of the flux that bodies send through each other.
 constexpr double wantedResidual = 1e-8;
 constexpr int mostSteps = 100;
 /// Patches of a body, and of all: factors take 8 bytes for every pair of their functions, and fluxes as much.
-constexpr std::size_t mostPatches = 1200, mostPatchesOfAll = 2400;
+constexpr std::size_t mostPatches = 1600, mostPatchesOfAll = 3200;
 /// Divisions of a body's patches that are kept.
 constexpr std::size_t mostKept = 6;
 /// A charge that is less than this part of the largest one anywhere on its patch is left out.
 constexpr double noCharge = 1e-9;
+
+/// Two digits after the point.
+std::string Tesla(double fluxDensity) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(2) << fluxDensity << " T";
+    return text.str();
+}
 
 /// Where a body stands: as the first of its solids.
 Isometry3d PoseOf(const Body& body) {
@@ -60,7 +73,8 @@ std::vector<PermeableSolid> SolidsOf(const Body& body, const Isometry3d& pose) {
         // Solids of one frame have no rounding between them.
         solid.solid.pose =
             magnet.pose.matrix() == pose.matrix() ? Isometry3d::Identity() : pose.inverse() * magnet.pose;
-        solid.permeability = magnet.permeability;
+        solid.permeability = PermeabilityOf(magnet);
+        solid.curve = magnet.curve;
         solid.magnetisation = solid.solid.pose.linear() * magnet.magnetisation;
         solids.push_back(std::move(solid));
     }
@@ -121,7 +135,6 @@ Pass PermeableSum::Evaluate() {
 std::size_t PermeableSum::SolveCharges() {
     std::size_t evaluations = SetPatches();
     evaluations += SetCharges();
-    m_scale *= finer;
     return evaluations;
 }
 
@@ -131,7 +144,7 @@ bool PermeableSum::Refine() {
         all += part.patched->Set().patches.size();
         largest = std::max(largest, part.patched->Set().patches.size());
     }
-    return 2 * all <= mostPatchesOfAll && 2 * largest <= mostPatches;
+    return all <= mostPatchesOfAll / 2 && largest <= mostPatches / 2;
 }
 
 PatchSet PermeableSum::PatchesOfBody(std::size_t body) const {
@@ -153,9 +166,25 @@ PatchSet PermeableSum::PatchesOfBody(std::size_t body) const {
     return PatchesOf(m_bodies[body].entry->body, division);
 }
 
-std::size_t PermeableSum::SetPatches() {
+/// The patches of all bodies, clearly more than the last ones: else what changes would not tell what is missing.
+std::vector<PatchSet> PermeableSum::MorePatches() {
+    std::size_t before = 0, now = 0;
+    for (const Part& part : m_parts) {
+        before += part.patched ? part.patched->Set().patches.size() : 0;
+    }
     std::vector<PatchSet> sets(m_bodies.size());
-    ForEach(m_bodies.size(), m_threads, [&](std::size_t i) { sets[i] = PatchesOfBody(i); });
+    for (int i = 0; i < mostFiner && (i == 0 || static_cast<double>(now) < leastGrowth * static_cast<double>(before));
+         ++i) {
+        ForEach(m_bodies.size(), m_threads, [&](std::size_t k) { sets[k] = PatchesOfBody(k); });
+        m_scale *= finer;
+        now = std::accumulate(sets.begin(), sets.end(), std::size_t{0},
+                              [](std::size_t sum, const PatchSet& set) { return sum + set.patches.size(); });
+    }
+    return sets;
+}
+
+std::size_t PermeableSum::SetPatches() {
+    std::vector<PatchSet> sets = MorePatches();
     std::vector<std::size_t> missing;
     for (std::size_t i = 0; i < m_bodies.size(); ++i) {
         auto& kept = m_bodies[i].entry->patched;
@@ -266,6 +295,27 @@ std::vector<ChargedFace> PermeableSum::FacesOf(const Part& part) {
         }
     }
     return faces;
+}
+
+std::vector<std::string> PermeableSum::Warnings() const {
+    std::vector<std::string> warnings;
+    for (std::size_t i = 0; i < m_bodies.size(); ++i) {
+        const std::vector<PermeableSolid>& solids = m_bodies[i].entry->body.Solids();
+        for (std::size_t k = 0; k < solids.size(); ++k) {
+            if (!solids[k].curve) {
+                continue;
+            }
+            const double fluxDensity = m_parts[i].patched->MeanFluxDensity(k, m_parts[i].charges).norm();
+            const double straight = solids[k].curve->points[1].b;
+            if (fluxDensity > straight) {
+                warnings.push_back(solids[k].solid.label + " carries " + Tesla(fluxDensity) +
+                                   " on average, and its B-H curve bends at " + Tesla(straight) +
+                                   "; it is solved with the permeability of weak fields, so the loads are too large. "
+                                   "Give it more iron, or take the loads as an upper bound.");
+            }
+        }
+    }
+    return warnings;
 }
 
 std::vector<PreparedMagnet> PermeableSum::Charged() const {

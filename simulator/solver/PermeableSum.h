@@ -43,6 +43,8 @@ public:
     /// @return false when finer patches would be too many
     bool Refine();
     const std::vector<Load>& Loads() const { return m_loads; }
+    /// What the loads leave out: solids that carry more flux than their permeability holds for.
+    std::vector<std::string> Warnings() const;
     /// The bodies' charges at the last pass, as magnets of given charges.
     std::vector<PreparedMagnet> Charged() const;
 
@@ -54,6 +56,7 @@ private:
         Eigen::VectorXd charges;
     };
 
+    std::vector<PatchSet> MorePatches();
     std::size_t SetPatches();
     PatchSet PatchesOfBody(std::size_t body) const;
     std::size_t SetCharges();

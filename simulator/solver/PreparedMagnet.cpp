@@ -14,9 +14,13 @@ using Eigen::Vector3d;
 void CheckPermeability(const Body& body, const Magnet& magnet) {
     // Superconductors are below; everything that is called non-magnetic is close to 1.
     constexpr double leastPermeability = 0.9;
-    if (!std::isfinite(magnet.permeability) || magnet.permeability < leastPermeability) {
+    if (magnet.curve && magnet.curve->points.size() < 2) {
+        throw SolveError("The B-H curve of " + LabelOf(body, magnet) + " has no second point; give it two or more.");
+    }
+    const double permeability = PermeabilityOf(magnet);
+    if (!std::isfinite(permeability) || permeability < leastPermeability) {
         throw SolveError("The relative permeability of " + LabelOf(body, magnet) + " is " +
-                         std::to_string(magnet.permeability) +
+                         std::to_string(permeability) +
                          "; give its material a finite one of at least 0.9 (1 for what is not magnetic).");
     }
 }
@@ -41,6 +45,14 @@ Eigen::AlignedBox3d PosedBox(const Eigen::Isometry3d& pose, const Eigen::Aligned
 
 bool IsPermeable(const Magnet& magnet) {
     return magnet.permeability != 1 || magnet.curve;
+}
+
+double PermeabilityOf(const Magnet& magnet) {
+    if (!magnet.curve) {
+        return magnet.permeability;
+    }
+    const MagnetizationCurve::Point& first = magnet.curve->points[1];
+    return first.b / (vacuumPermeability * first.h);
 }
 
 bool HasField(const Magnet& magnet) {

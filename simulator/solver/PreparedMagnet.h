@@ -28,6 +28,8 @@ PreparedMagnet Placed(std::size_t body, std::string label, std::shared_ptr<const
 
 /// Whether a field changes the magnetisation.
 bool IsPermeable(const Magnet& magnet);
+/// The relative permeability; of a curve that of weak fields.
+double PermeabilityOf(const Magnet& magnet);
 /// Whether it has a mesh and may have a field.
 bool HasField(const Magnet& magnet);
 

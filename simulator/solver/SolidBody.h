@@ -19,6 +19,8 @@ struct PermeableSolid {
     double permeability = 1;
     /// A/m, where H is 0.
     Eigen::Vector3d magnetisation = Eigen::Vector3d::Zero();
+    /// What the permeability is the slope of, in weak fields; null for a linear material.
+    std::shared_ptr<const MagnetizationCurve> curve;
 };
 
 /// A surface of a body, with the charge's equation: sigma = contrast 2 Hn + 2 jump.n / (mu1 + mu2).
