@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -149,6 +150,8 @@ struct Scenario {
     std::string units;
     /// Modeler object to material.
     std::map<std::string, IKinoraVeltrixInterface::Material> materials;
+    /// Modeler objects whose material is named without a direction: of iron and air, and magnets along x.
+    std::set<std::string> undirected;
     std::vector<Body> bodies;
     std::vector<Joint> joints;
     std::vector<SpringElement> springs;

@@ -14,25 +14,27 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
-#include <map>
 #include <nlohmann/json.hpp>
 
 namespace kinora::scenario {
 namespace {
 
-std::map<std::string, IKinoraVeltrixInterface::Material> ReadMaterials(const Node& node) {
-    std::map<std::string, IKinoraVeltrixInterface::Material> materials;
+void ReadMaterials(const Node& node, Scenario& scenario) {
     for (const std::string& object : node.Keys()) {
         const Node item = node.At(object);
         IKinoraVeltrixInterface::Material material;
         material.name = item.At("name").Text();
-        const Vector direction = item.Has("direction") ? item.At("direction").NonZero() : Vector(Vector::UnitX());
+        Vector direction = Vector::UnitX();
+        if (item.Has("direction")) {
+            direction = item.At("direction").NonZero();
+        } else {
+            scenario.undirected.insert(object);
+        }
         for (int i = 0; i < 3; ++i) {
             material.coercivityDirection[i] = direction[i];
         }
-        materials.emplace(object, material);
+        scenario.materials.emplace(object, material);
     }
-    return materials;
 }
 
 Stepping ReadStepping(const Node& node) {
@@ -129,7 +131,7 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, co
     }
     ReadFiles(root, folder, scenario);
     if (root.Has("materials")) {
-        scenario.materials = ReadMaterials(root.At("materials"));
+        ReadMaterials(root.At("materials"), scenario);
     }
     UniqueNames names;
     scenario.bodies = ReadBodies(root.At("bodies"), names);

@@ -342,8 +342,9 @@ std::string ModelText(const Scenario& scenario) {
     text += "materials\n";
     for (const auto& [object, material] : scenario.materials) {
         const double* direction = material.coercivityDirection;
-        text += fmt::format("  {}: {} along {}\n", object, material.name,
-                            Triple({direction[0], direction[1], direction[2]}));
+        text += fmt::format("  {}: {} along {}{}\n", object, material.name,
+                            Triple({direction[0], direction[1], direction[2]}),
+                            scenario.undirected.count(object) == 0 ? "" : " if it is a magnet");
     }
     text += scenario.joints.empty() ? "" : "joints\n";
     for (const Joint& joint : scenario.joints) {

@@ -91,6 +91,7 @@ TEST_F(ScenarioReader, ReadsPrescribedTablesAndMaterials) {
     EXPECT_DOUBLE_EQ(std::get<PrescribedMotion>(scenario.joints[0].coordinates.at(0).motion).Evaluate(0.5), 0.005);
     EXPECT_EQ(scenario.materials.at("magnet").coercivityDirection[2], 1.0);
     EXPECT_EQ(scenario.materials.at("other").coercivityDirection[0], 1.0);
+    EXPECT_THAT(scenario.undirected, ElementsAre("other"));
 }
 
 // Slips that a run does not stop at.

@@ -140,6 +140,14 @@ TEST_F(SixDegreesText, ModelNamesJointsSpringsAndLoads) {
     EXPECT_THAT(model, HasSubstr("loads\n  on rotor in its own axes: force (-5*x, 0, 0) N, torque (0, 0, 0) N m\n"));
 }
 
+TEST_F(RunTextTest, ModelTellsDirectionsThatWereGivenFromTheUsualOne) {
+    m_scenario.materials = {{"block", {"magnet_1T", {0, 0, -1}}}, {"yoke", {"steel_soft", {1, 0, 0}}}};
+    m_scenario.undirected = {"yoke"};
+    EXPECT_THAT(ModelText(m_scenario), HasSubstr("materials\n"
+                                                 "  block: magnet_1T along (0, 0, -1)\n"
+                                                 "  yoke: steel_soft along (1, 0, 0) if it is a magnet\n"));
+}
+
 TEST_F(RunTextTest, FailureListsMessagesAndAdvice) {
     OperationFailed failure("Analyze failed: step 1 at 0.05 s.", {"Look at the poses."});
     failure.messages = {{Severity::Error, "bodies overlap"}, {Severity::Info, "pass 1"}};
