@@ -2,12 +2,13 @@
 
 #include "report/core/Base64.h"
 #include "report/core/LogHeader.h"
+#include "report/core/MaterialKind.h"
 #include "report/core/ToUtf8.h"
 #include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
+#include "scenario/UniqueNames.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <fmt/format.h>
@@ -116,11 +117,7 @@ json BodyData(const LogBody& body, const PageContext& context) {
 }
 
 bool HasExtension(const std::filesystem::path& file, const std::string& extension) {
-    std::string own = scenario::Utf8FromPath(file.extension());
-    for (char& character : own) {
-        character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    }
-    return own == extension;
+    return scenario::LowerCase(scenario::Utf8FromPath(file.extension())) == extension;
 }
 
 json GeometryData(const PageContext& context) {
@@ -135,6 +132,10 @@ json GeometryData(const PageContext& context) {
     return data;
 }
 
+json KindData(MaterialKind kind) {
+    return kind == MaterialKind::Magnet ? "magnet" : kind == MaterialKind::Iron ? "iron" : "other";
+}
+
 /// The objects of the model, with the body that each belongs to.
 json ObjectData(const CouplingLog& log, const scenario::Scenario& scenario) {
     json objects = json::array();
@@ -143,8 +144,12 @@ json ObjectData(const CouplingLog& log, const scenario::Scenario& scenario) {
         const auto material = scenario.materials.find(name);
         if (material != scenario.materials.end()) {
             const double* direction = material->second.coercivityDirection;
+            const MaterialKind kind = KindOf(scenario, name);
             object["material"] = material->second.name;
-            object["direction"] = {direction[0], direction[1], direction[2]};
+            object["kind"] = KindData(kind);
+            if (kind == MaterialKind::Magnet) {
+                object["direction"] = {direction[0], direction[1], direction[2]};
+            }
         }
         objects.push_back(object);
     };

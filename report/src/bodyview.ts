@@ -13,6 +13,7 @@ import {
   Mesh,
   MeshBasicMaterial,
   MeshLambertMaterial,
+  MeshPhongMaterial,
   NearestFilter,
   SRGBColorSpace,
   Vector3,
@@ -27,12 +28,17 @@ export type Colouring = 'poles' | 'bodies';
 /** A part of the model as it is drawn; `body` is null for what stands still. */
 export interface ModelPart {
   body: number | null;
-  mesh: Mesh<BufferGeometry, MeshLambertMaterial>;
+  mesh: Mesh<BufferGeometry, MeshLambertMaterial | MeshPhongMaterial>;
   edges: LineSegments<EdgesGeometry, LineBasicMaterial>;
   hasPoles: boolean;
+  isIron: boolean;
 }
 
 const FEATURE_ANGLE_DEGREES = 25;
+/** Faces lie a little behind their edges, which else come and go along them. */
+const FACES = { flatShading: true, polygonOffset: true, polygonOffsetFactor: 1, polygonOffsetUnits: 1 };
+/** Shines a little where it mirrors the light. */
+const METAL = { specular: '#3c4046', shininess: 18 };
 
 /** The model of a run; what cannot be shown is told in `problems`. */
 export function makeModel(run: Run, problems: string[]): ModelPart[] {
@@ -67,12 +73,14 @@ function makePart(source: MeshObject, object: ModelObject | undefined, bodies: B
   geometry.setAttribute('position', new Float32BufferAttribute(corners, 3));
   geometry.computeVertexNormals();
   const hasPoles = addPoles(geometry, object?.direction);
-  const mesh = new Mesh(geometry, new MeshLambertMaterial({ flatShading: true }));
+  const isIron = object?.kind === 'iron';
+  const material = isIron ? new MeshPhongMaterial({ ...FACES, ...METAL }) : new MeshLambertMaterial(FACES);
+  const mesh = new Mesh(geometry, material);
   const edges = new LineSegments(
     new EdgesGeometry(geometry, FEATURE_ANGLE_DEGREES),
     new LineBasicMaterial({ transparent: true }),
   );
-  return { body, mesh, edges, hasPoles };
+  return { body, mesh, edges, hasPoles, isIron };
 }
 
 /** Texture coordinates that run from the south end to the north end of a magnet. */
@@ -106,16 +114,22 @@ function poleTexture(): DataTexture {
 
 export function paintModel(parts: ModelPart[], colouring: Colouring): void {
   const poles = poleTexture();
-  for (const { body, mesh, edges, hasPoles } of parts) {
+  for (const { body, mesh, edges, hasPoles, isIron } of parts) {
     const isPolar = colouring === 'poles' && hasPoles;
     mesh.material.map?.dispose();
     mesh.material.map = isPolar ? poles : null;
-    const plain = body === null || colouring === 'poles' ? look().muted : bodyColour(body);
-    mesh.material.color = new Color(isPolar ? '#ffffff' : plain);
+    mesh.material.color = isPolar ? new Color('#ffffff') : plainColour(body, isIron, colouring);
     mesh.material.needsUpdate = true;
     edges.material.color = new Color(look().ink);
     edges.material.opacity = 0.55;
   }
+}
+
+function plainColour(body: number | null, isIron: boolean, colouring: Colouring): Color {
+  const isOfBody = body !== null && colouring === 'bodies';
+  const colour = new Color(isOfBody ? bodyColour(body) : isIron ? look().iron : look().muted);
+  // Iron is told from the magnets of its body.
+  return isOfBody && isIron ? colour.lerp(new Color(look().iron), 0.6) : colour;
 }
 
 /**

@@ -1,11 +1,11 @@
 // The controls of the page: look, toolbar, and those of the replay.
 
-import type { Run } from './data.ts';
+import type { MaterialKind, Run } from './data.ts';
 import { choice, el, tick } from './dom.ts';
 import { angleBetween, bodyRows, desktopRows, tripleAt, type Frame } from './pose.ts';
 import type { Replay, View } from './replay.ts';
 import type { AngleKind, Axis, LoadAxes, Store } from './store.ts';
-import { bodyColour, chooseTheme, onThemeChange, type Choice } from './theme.ts';
+import { bodyColour, chooseTheme, look, onThemeChange, type Choice } from './theme.ts';
 
 /** Frames closer than this are one and the same to six digits, radians. */
 const SAME_FRAME = 1e-4;
@@ -114,6 +114,7 @@ export function viewControls(store: Store, replay: Replay): HTMLElement[] {
     ...ticks,
   ];
   if (replay.hasPoles) {
+    const key = materialKey(store.run);
     controls.push(
       choice(
         'Colour',
@@ -125,8 +126,10 @@ export function viewControls(store: Store, replay: Replay): HTMLElement[] {
         (value) => {
           replay.colouring = value as 'poles' | 'bodies';
           replay.restyle();
+          key.hidden = replay.colouring === 'bodies';
         },
       ),
+      key,
     );
   }
   if (framesDiffer(store.run)) {
@@ -143,6 +146,24 @@ export function viewControls(store: Store, replay: Replay): HTMLElement[] {
     );
   }
   return controls;
+}
+
+/** What the colours by pole stand for; empty where all is magnets. */
+function materialKey(run: Run): HTMLElement {
+  const entry = (kind: MaterialKind, title: string) => {
+    const names = new Set(run.objects.flatMap((object) => (object.kind === kind && object.material) || []));
+    const text = `${title}: ${[...names].join(', ')}`;
+    return names.size > 0 && el('div', { class: kind }, el('span', { class: 'swatch' }), text);
+  };
+  const others = [entry('iron', 'Iron'), entry('other', 'Not magnetic')];
+  const magnets = others.some(Boolean) && entry('magnet', 'Magnets, south and north');
+  const key = el('div', { class: 'material-key' }, magnets, ...others);
+  const paint = () => {
+    for (const name of ['south', 'north', 'iron'] as const) key.style.setProperty(`--${name}`, look()[name]);
+  };
+  paint();
+  onThemeChange(paint);
+  return key;
 }
 
 function framesDiffer(run: Run): boolean {

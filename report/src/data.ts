@@ -61,11 +61,17 @@ export interface Geometry {
   stl?: string;
 }
 
-/** An object of the geometry file; `body` is an index, or null for what stands still. */
+export type MaterialKind = 'magnet' | 'iron' | 'other';
+
+/**
+ * An object of the geometry file; `body` is an index, or null for what stands still. Of earlier versions there is no
+ * `kind`, and all materials have a direction.
+ */
 export interface ModelObject {
   name: string;
   body: number | null;
   material?: string;
+  kind?: MaterialKind;
   direction?: Triple<number>;
 }
 

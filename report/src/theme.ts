@@ -11,6 +11,7 @@ export interface Look {
   bodies: string[];
   north: string;
   south: string;
+  iron: string;
   force: string;
   torque: string;
 }
@@ -24,6 +25,7 @@ const LIGHT: Look = {
   bodies: ['#0072b2', '#d55e00', '#008a65', '#b0588a', '#8a6d00', '#3a87b8', '#5b6570'],
   north: '#d55e00',
   south: '#0072b2',
+  iron: '#8b939c',
   force: '#1b1f24',
   torque: '#a3437c',
 };
@@ -37,6 +39,7 @@ const DARK: Look = {
   bodies: ['#56b4e9', '#e8782a', '#1bb68b', '#cc79a7', '#f0e442', '#8ecaf0', '#9aa5b1'],
   north: '#e8782a',
   south: '#3f9fd8',
+  iron: '#7d8792',
   force: '#f2f4f6',
   torque: '#e59ac4',
 };

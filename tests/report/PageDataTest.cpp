@@ -90,9 +90,26 @@ TEST(PageData, HoldsTheModel) {
     EXPECT_EQ(data["title"], "A title");
     EXPECT_EQ(data["geometry"]["obj"], "o magnet\n");
     EXPECT_EQ(data["geometry"]["metresPerUnit"], 1e-3);
-    EXPECT_EQ(data["objects"][0],
-              (json{{"name", "magnet"}, {"body", 0}, {"material", "magnet_1T"}, {"direction", {0, 0, 1}}}));
+    EXPECT_EQ(
+        data["objects"][0],
+        (json{
+            {"name", "magnet"}, {"body", 0}, {"material", "magnet_1T"}, {"kind", "magnet"}, {"direction", {0, 0, 1}}}));
     EXPECT_EQ(data["bodies"][0]["drawn"]["position"], (json{0.0, 0.0, 0.012}));
+}
+
+TEST(PageData, GivesOnlyMagnetsADirection) {
+    scenario::Scenario scenario = ScenarioOf({});
+    scenario.bodies[0].objects = {"yoke", "sleeve", "bare"};
+    scenario.materials["yoke"] = {"steel_soft", {1, 0, 0}};
+    scenario.materials["sleeve"] = {"copper", {1, 0, 0}};
+    scenario.undirected = {"yoke", "sleeve"};
+    PageContext context;
+    context.scenario = &scenario;
+    context.geometry = "o yoke\n";
+    const json objects = json::parse(MakePageData(LogOf("a", 2), {}, context))["objects"];
+    EXPECT_EQ(objects, json::array({{{"name", "yoke"}, {"body", 0}, {"material", "steel_soft"}, {"kind", "iron"}},
+                                    {{"name", "sleeve"}, {"body", 0}, {"material", "copper"}, {"kind", "other"}},
+                                    {{"name", "bare"}, {"body", 0}}}));
 }
 
 /// The "drawn" entry of a body that is drawn turned.

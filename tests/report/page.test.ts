@@ -261,7 +261,7 @@ test('the replay plays to the end of the run and begins anew', async () => {
   await close(page);
 });
 
-/** How many pixels of the 3D view are of a strong colour. */
+/** How many pixels of the 3D view are of a strong colour, and of a middling grey. */
 const coloured = (page: Page) =>
   page.locator('#view canvas').evaluate((canvas) => {
     const copy = document.createElement('canvas');
@@ -269,7 +269,7 @@ const coloured = (page: Page) =>
     const context = copy.getContext('2d')!;
     context.drawImage(canvas as HTMLCanvasElement, 0, 0);
     const { data } = context.getImageData(0, 0, copy.width, copy.height);
-    const counts = { red: 0, blue: 0, top: copy.height, redAt: 0, blueAt: 0 };
+    const counts = { red: 0, blue: 0, grey: 0, top: copy.height, redAt: 0, blueAt: 0 };
     for (let i = 0; i < data.length; i += 4) {
       const [r, b] = [data[i], data[i + 2]];
       if (r > b + 80) {
@@ -279,6 +279,8 @@ const coloured = (page: Page) =>
       } else if (b > r + 60) {
         ++counts.blue;
         counts.blueAt += (i / 4) % copy.width;
+      } else if (data[i + 3] === 255 && Math.abs(r - b) < 30 && r > 70 && r < 200) {
+        ++counts.grey;
       }
     }
     // Where they are in the mean, from the left.
@@ -653,6 +655,49 @@ test('a body drawn at an angle stands with its poles as it is drawn', async () =
   const { red, blue, redAt, blueAt } = await coloured(page);
   assert.ok(red > 1000 && blue > 1000 && redAt < blueAt - 20, `north at ${redAt}, south at ${blueAt}`);
   await close(page);
+});
+
+test('iron is grey and has no poles, and a key names the materials', async () => {
+  const scenario = {
+    ...topScenario,
+    geometry: { file: join(examples, 'cube-magnets/cube-magnets.obj'), units: 'mm' },
+    materials: { lower_magnet: { name: 'magnet_1T', direction: [0, 0, 1] }, upper_magnet: { name: 'steel_soft' } },
+    bodies: [
+      { name: 'lower', objects: ['lower_magnet'] },
+      { name: 'upper', objects: ['upper_magnet'], mass: 0.1, position: [0, 0, '12*mm'] },
+    ],
+    joints: [{ ...topScenario.joints[0], bodies: ['upper'] }],
+  };
+  const file = join(folder, 'iron.json');
+  for (const colorScheme of ['light', 'dark'] as const) {
+    // The upper cube is in the picture's upper half: of iron, where the magnet's poles are not, and of a magnet.
+    writeFileSync(file, JSON.stringify(scenario));
+    const page = await open(write(pulledApart(), ['--scenario', file]), { colorScheme });
+    await ready(page);
+    assert.deepEqual(await page.locator('.material-key div').allTextContents(), [
+      'Magnets, south and north: magnet_1T',
+      'Iron: steel_soft',
+    ]);
+    await page.getByLabel('Forces').uncheck();
+    await page.waitForTimeout(200);
+    const iron = await coloured(page);
+    assert.ok(iron.grey > 2000 && iron.red > 1000 && iron.blue > 1000, JSON.stringify(iron));
+    await page.locator('#view-controls .choice', { hasText: 'Colour' }).locator('select').selectOption('by body');
+    await page.waitForTimeout(200);
+    assert.ok(!(await page.locator('.material-key').isVisible()));
+    await close(page);
+
+    const materials = { ...scenario.materials, upper_magnet: { name: 'magnet_1T' } };
+    writeFileSync(file, JSON.stringify({ ...scenario, materials }));
+    const twoMagnets = await open(write(pulledApart(), ['--scenario', file]), { colorScheme });
+    await ready(twoMagnets);
+    assert.equal(await twoMagnets.locator('.material-key div').count(), 0);
+    await twoMagnets.getByLabel('Forces').uncheck();
+    await twoMagnets.waitForTimeout(200);
+    const magnets = await coloured(twoMagnets);
+    assert.ok(magnets.grey < iron.grey / 4 && magnets.red > 1.5 * iron.red, JSON.stringify([magnets, iron]));
+    await close(twoMagnets);
+  }
 });
 
 test('a free body flies, spins and nods in charts and replay', async () => {
