@@ -35,6 +35,13 @@ set xtics 15
 plot expected("axial-coupling", "torque") using (90 * $1 / 0.24):($2 / 1000) with lines smooth csplines lw 2 lc rgb blue title "Coulomb's law between the faces", \
      states("axial-coupling", "torque.states.csv") using (90 * column("Time [s]") / 0.24):(column("driven.Torque_x [mN m]") / 1000) \
      with points pt 7 ps 0.7 lc rgb dark title "run"
+
+set output picture("axial-coupling-yoked")
+set title "Axial coupling with and without yokes: torque over the angle between the discs"
+plot expected("axial-coupling", "yoked") using (90 * $1 / 0.24):($2 / 1000) with lines smooth csplines lw 2 lc rgb red title "with yokes of ideal iron, Fourier series", \
+     expected("axial-coupling", "torque") using (90 * $1 / 0.24):($2 / 1000) with lines smooth csplines lw 2 lc rgb blue title "without, Coulomb's law between the faces", \
+     states("axial-coupling", "yoked.states.csv") using (90 * column("Time [s]") / 0.24):(column("driven.Torque_x [mN m]") / 1000) \
+     with points pt 7 ps 0.7 lc rgb dark title "run with yokes of steel"
 set xtics autofreq
 
 set output picture("axial-coupling-motion")

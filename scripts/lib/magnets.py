@@ -197,6 +197,17 @@ class AxialField:
         return force, torque
 
 
+def solved(rows):
+    """The unknowns of linear equations (each a row: coefficients, right side) whose pivots are never zero as they stand."""
+    rows = list(rows)
+    for i, pivot in enumerate(rows):
+        rows[i] = pivot = [value / pivot[i] for value in pivot]
+        for j, row in enumerate(rows):
+            if j != i:
+                rows[j] = [value - row[i] * other for value, other in zip(row, pivot)]
+    return [row[-1] for row in rows]
+
+
 def on_axis(charges, count, reach):
     """Charges on the z axis, `count` on each side of the origin and none farther than `reach`, that have the same first
     odd axial moments (the integrals of r^n P_n for n = 1, 3 ... 2 count - 1) as the given ones, whose even ones vanish.
@@ -209,10 +220,4 @@ def on_axis(charges, count, reach):
         values = solid_legendre(place, 2 * count - 1)[0]
         for k, row in enumerate(rows):
             row[-1] += charge * values[2 * k + 1]
-    # Gauss and Jordan's elimination; the pivots of such rows are never zero.
-    for i, pivot in enumerate(rows):
-        rows[i] = pivot = [value / pivot[i] for value in pivot]
-        for j, row in enumerate(rows):
-            if j != i:
-                rows[j] = [value - row[i] * other for value, other in zip(row, pivot)]
-    return [([0.0, 0.0, side * place], side * row[-1]) for place, row in zip(places, rows) for side in (-1, 1)]
+    return [([0.0, 0.0, side * place], side * value) for place, value in zip(places, solved(rows)) for side in (-1, 1)]
