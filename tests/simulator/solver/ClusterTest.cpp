@@ -177,8 +177,8 @@ TEST(FieldAtPoints, KeepsToItsEstimates) {
         }
         std::vector<WeightedPoint> points;
         solver::SetPoints(target[0].polygon, points);
-        const Wrench deviation =
-            solver::PointWrench({source, 1.0}, points) - AllPairs({{source, 1.0}}, target, Eigen::Isometry3d::Identity());
+        const Wrench deviation = solver::PointWrench({source, 1.0}, points) -
+                                 AllPairs({{source, 1.0}}, target, Eigen::Isometry3d::Identity());
         EXPECT_LE(deviation.force.norm(), sizes.force) << "pair " << compared;
         EXPECT_LE(deviation.TorqueAbout(cluster.centre).norm(), sizes.torque) << "pair " << compared;
         ++compared;
