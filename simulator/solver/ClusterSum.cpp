@@ -242,7 +242,7 @@ bool ClusterSum::AddByPoints(const View& view, const ChargedFace& field, const C
 /// Without errors.
 /// @param bothByPoints  whether the field is that of points, too
 Interaction ClusterSum::ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                                 bool bothByPoints, std::size_t& evaluations) const {
+                                 bool bothByPoints, std::size_t& evaluations) {
     const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
     const Eigen::Isometry3d toField = fieldPose.inverse() * (onSource ? view.sourceMagnet : view.targetMagnet).pose;
     std::vector<WeightedPoint> points;

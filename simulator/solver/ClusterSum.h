@@ -94,8 +94,8 @@ private:
                      Interaction& interaction, std::size_t& evaluations) const;
     bool AddByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
                      double allowedShare, Interaction& interaction, std::size_t& evaluations) const;
-    Interaction ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                         bool bothByPoints, std::size_t& evaluations) const;
+    static Interaction ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
+                                bool bothByPoints, std::size_t& evaluations);
     void AddByParts(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource, int cuts,
                     Interaction& interaction, std::size_t& evaluations) const;
     Interaction ByEdges(const View& view, const ChargedFace& source, const ChargedFace& target,

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace vantor::solver {
 namespace {
@@ -157,10 +158,7 @@ private:
     void Divide(Piece piece) {
         Patch patch = PatchOf(std::move(piece));
         const std::optional<Plane> cut = CutOf(patch);
-        Piece below, above;
-        if (cut) {
-            Separate(patch.polygons, *cut, below, above);
-        }
+        auto [below, above] = cut ? Separated(patch.polygons, *cut) : std::pair<Piece, Piece>();
         if (below.empty() || above.empty()) {
             m_patches.push_back(std::move(patch));
             return;
@@ -170,7 +168,7 @@ private:
     }
 
     std::optional<Plane> CutOf(const Patch& patch) const {
-        if (const std::optional<Plane> cut = CutAlongEdge(patch)) {
+        if (std::optional<Plane> cut = CutAlongEdge(patch)) {
             return cut;
         }
         const Vector3d along = patch.u.normalized();
@@ -232,22 +230,24 @@ private:
                            [&](const Polygon& polygon) { return polygon.normal.dot(mean) < patchBend; });
     }
 
-    static void Separate(const Piece& piece, const Plane& cut, Piece& below, Piece& above) {
+    static std::pair<Piece, Piece> Separated(const Piece& piece, const Plane& cut) {
+        std::pair<Piece, Piece> parts;
         const double width = RangeOf(piece, cut.normal).Width();
         for (const Polygon& polygon : piece) {
             const Range range = RangeOf(polygon, cut.normal);
             const bool isCut = range.low < cut.at - smallest * width && range.high > cut.at + smallest * width &&
                                range.Width() > smallPart * width;
             if (!isCut) {
-                (polygon.centre.dot(cut.normal) < cut.at ? below : above).push_back(polygon);
+                (polygon.centre.dot(cut.normal) < cut.at ? parts.first : parts.second).push_back(polygon);
                 continue;
             }
             const Eigen::Vector2d across(cut.normal.dot(polygon.xAxis), cut.normal.dot(polygon.yAxis));
             const double height = (cut.at - polygon.centre.dot(cut.normal)) / across.norm();
             for (Polygon& part : CutAcross(polygon, across.normalized(), height)) {
-                (part.centre.dot(cut.normal) < cut.at ? below : above).push_back(std::move(part));
+                (part.centre.dot(cut.normal) < cut.at ? parts.first : parts.second).push_back(std::move(part));
             }
         }
+        return parts;
     }
 
     /// Of a width: less is nothing.

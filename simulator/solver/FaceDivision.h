@@ -17,7 +17,8 @@ struct Fineness {
     double nearness = 0, least = 0;
 };
 
-/// Faces that are together one smooth surface between the same two solids, and the edges where it ends or bends sharply.
+/// Faces that are together one smooth surface between the same two solids, and the edges where it ends or bends
+/// sharply.
 struct Surface {
     std::size_t inside = 0;
     std::optional<std::size_t> outside;

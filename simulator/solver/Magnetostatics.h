@@ -51,7 +51,8 @@ struct Magnet {
     Eigen::Isometry3d pose = Eigen::Isometry3d::Identity();
     /// Relative permeability mu, 0.9 or more: M = magnetisation + (mu - 1) H.
     double permeability = 1;
-    /// Takes the permeability's place; null for a linear material. Only without magnetisation.
+    /// Gives the permeability, by its second point, and warnings of what lies beyond; null for a linear material. Only
+    /// without magnetisation.
     std::shared_ptr<const MagnetizationCurve> curve = nullptr;
 };
 
@@ -105,7 +106,8 @@ struct Solution {
     std::vector<Load> loads;
     std::vector<Pass> passes;
     bool converged = false;
-    /// What the loads leave out or cannot know, one line each, with the magnets' names: iron beyond its curve.
+    /// What the loads leave out, one line each, with the magnets' names: iron that carries more than its
+    /// permeability holds for.
     std::vector<std::string> warnings;
 };
 

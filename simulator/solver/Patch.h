@@ -15,8 +15,8 @@ namespace vantor::solver {
 /// Number of the functions that a patch has: 1 and two linear ones.
 constexpr int patchFunctions = 3;
 
-/// One polygon, or neighbouring ones of a bent surface. The functions are 1, (r - centre).u and (r - centre).v; each has
-/// the mean square 1 over the patch, and they are orthogonal.
+/// One polygon, or neighbouring ones of a bent surface. The functions are 1, (r - centre).u and (r - centre).v; each
+/// has the mean square 1 over the patch, and they are orthogonal.
 struct Patch {
     std::vector<Polygon> polygons;
     /// Centroid of the area.
@@ -44,8 +44,8 @@ struct PatchPoint {
 /// Three points with the area and all moments up to the second order of a polygon, inside of it if it is convex.
 std::array<PatchPoint, 3> PointsOf(const Polygon& polygon);
 
-/// What a unit charge sends through a polygon of a patch along its normal, times each of the patch's functions; a charge
-/// sends 4 pi in all directions together, and nothing through a polygon in whose plane it is.
+/// What a unit charge sends through a polygon of a patch along its normal, times each of the patch's functions; a
+/// charge sends 4 pi in all directions together, and nothing through a polygon in whose plane it is.
 Eigen::Vector3d FluxMoments(const Patch& patch, const Polygon& polygon, const Eigen::Vector3d& charge);
 
 /// The same for a charge that is far from the polygon, by the field in three points.

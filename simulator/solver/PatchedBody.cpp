@@ -203,8 +203,9 @@ Fluxes FluxesBetween(const PatchSet& source, const PatchSet& target, const Eigen
     return fluxes;
 }
 
-PatchedBody::PatchedBody(const SolidBody& body, PatchSet set, unsigned threads) : m_body(body), m_set(std::move(set)) {
-    m_evaluations = PolygonCount(m_set) * (m_set.points.size() + m_set.known.size());
+PatchedBody::PatchedBody(const SolidBody& body, PatchSet set, unsigned threads)
+    : m_body(body), m_set(std::move(set)),
+      m_evaluations(PolygonCount(m_set) * (m_set.points.size() + m_set.known.size())) {
     MatrixXd matrix = OwnFluxes(m_set, threads);
     for (std::size_t i = 0; i < m_set.patches.size(); ++i) {
         const double factor = -ContrastOf(i) / (twoPi * m_set.patches[i].area);

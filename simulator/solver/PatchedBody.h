@@ -75,7 +75,7 @@ private:
     PatchSet m_set;
     Eigen::PartialPivLU<Eigen::MatrixXd> m_factored;
     Eigen::VectorXd m_ownRightHandSide;
-    std::size_t m_evaluations = 0;
+    std::size_t m_evaluations;
 };
 
 /// 4 pi times the fluxes that charges send through patches, times the patches' functions: rows by patch and function.

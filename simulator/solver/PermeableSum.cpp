@@ -212,61 +212,72 @@ std::size_t PermeableSum::SetPatches() {
     return evaluations;
 }
 
+/// What the bodies' charges send through a body, and the right-hand side that the known ones of all leave there.
+/// @return flux moments evaluated
+std::size_t PermeableSum::Couple(std::size_t target, std::vector<Coupling>& couplings, VectorXd& right) const {
+    const PatchedBody& to = *m_parts[target].patched;
+    right = to.OwnRightHandSide();
+    std::size_t evaluations = 0;
+    for (std::size_t source = 0; source < m_parts.size(); ++source) {
+        if (source == target || to.Size() == 0) {
+            continue;
+        }
+        const PatchedBody& from = *m_parts[source].patched;
+        Fluxes fluxes =
+            FluxesBetween(from.Set(), to.Set(), m_bodies[target].pose.inverse() * m_bodies[source].pose, m_threads);
+        evaluations += fluxes.evaluations;
+        to.MakeSourceFree(fluxes.ofPatches);
+        to.MakeSourceFree(fluxes.ofKnown);
+        right += to.RightHandSide(fluxes.ofKnown);
+        if (from.Size() > 0) {
+            couplings.push_back({source, target, std::move(fluxes.ofPatches)});
+        }
+    }
+    return evaluations;
+}
+
+/// The charges that those of all bodies make on the others.
+VectorXd PermeableSum::MadeByOthers(const std::vector<Coupling>& couplings, const std::vector<Index>& starts,
+                                    const VectorXd& charges) const {
+    VectorXd result = VectorXd::Zero(charges.size());
+    for (std::size_t target = 0; target < m_parts.size(); ++target) {
+        const PatchedBody& to = *m_parts[target].patched;
+        VectorXd fluxes = VectorXd::Zero(to.Size());
+        for (const Coupling& coupling : couplings) {
+            if (coupling.target == target) {
+                fluxes += coupling.matrix *
+                          charges.segment(starts[coupling.source], m_parts[coupling.source].patched->Size());
+            }
+        }
+        if (to.Size() > 0) {
+            result.segment(starts[target], to.Size()) = to.Solved(to.RightHandSide(fluxes));
+        }
+    }
+    return result;
+}
+
 /// @return flux moments evaluated
 std::size_t PermeableSum::SetCharges() {
-    std::vector<Index> starts{0};
+    std::vector<Index> starts(1, 0);
     for (const Part& part : m_parts) {
         starts.push_back(starts.back() + part.patched->Size());
     }
-    struct Coupling {
-        std::size_t source, target;
-        MatrixXd matrix;
-    };
     std::vector<Coupling> couplings;
     std::size_t evaluations = 0;
     VectorXd right(starts.back());
-    for (std::size_t target = 0; target < m_parts.size(); ++target) {
-        const PatchedBody& to = *m_parts[target].patched;
-        VectorXd known = to.OwnRightHandSide();
-        for (std::size_t source = 0; source < m_parts.size(); ++source) {
-            if (source == target || to.Size() == 0) {
-                continue;
-            }
-            const PatchedBody& from = *m_parts[source].patched;
-            Fluxes fluxes =
-                FluxesBetween(from.Set(), to.Set(), m_bodies[target].pose.inverse() * m_bodies[source].pose, m_threads);
-            evaluations += fluxes.evaluations;
-            to.MakeSourceFree(fluxes.ofPatches);
-            to.MakeSourceFree(fluxes.ofKnown);
-            known += to.RightHandSide(fluxes.ofKnown);
-            if (from.Size() > 0) {
-                couplings.push_back({source, target, std::move(fluxes.ofPatches)});
-            }
-        }
-        right.segment(starts[target], to.Size()) = to.Size() > 0 ? to.Solved(known) : known;
-    }
-    const auto fromOthers = [&](const VectorXd& charges) {
-        VectorXd result = VectorXd::Zero(charges.size());
-        for (std::size_t target = 0; target < m_parts.size(); ++target) {
-            const PatchedBody& to = *m_parts[target].patched;
-            VectorXd fluxes = VectorXd::Zero(to.Size());
-            for (const Coupling& coupling : couplings) {
-                if (coupling.target == target) {
-                    fluxes += coupling.matrix *
-                              charges.segment(starts[coupling.source], m_parts[coupling.source].patched->Size());
-                }
-            }
-            if (to.Size() > 0) {
-                result.segment(starts[target], to.Size()) = to.Solved(to.RightHandSide(fluxes));
-            }
-        }
-        return result;
-    };
-    const LinearSolution solution = couplings.empty()
-                                        ? LinearSolution{right, 0, 0}
-                                        : SolvedByLeastResidual(fromOthers, right, wantedResidual, mostSteps);
     for (std::size_t i = 0; i < m_parts.size(); ++i) {
-        m_parts[i].charges = solution.x.segment(starts[i], m_parts[i].patched->Size());
+        const PatchedBody& patched = *m_parts[i].patched;
+        VectorXd part;
+        evaluations += Couple(i, couplings, part);
+        if (patched.Size() > 0) {
+            right.segment(starts[i], patched.Size()) = patched.Solved(part);
+        }
+    }
+    const auto madeByOthers = [&](const VectorXd& charges) { return MadeByOthers(couplings, starts, charges); };
+    const VectorXd charges =
+        couplings.empty() ? right : SolvedByLeastResidual(madeByOthers, right, wantedResidual, mostSteps).x;
+    for (std::size_t i = 0; i < m_parts.size(); ++i) {
+        m_parts[i].charges = charges.segment(starts[i], m_parts[i].patched->Size());
     }
     return evaluations;
 }

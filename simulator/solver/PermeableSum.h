@@ -56,10 +56,19 @@ private:
         Eigen::VectorXd charges;
     };
 
+    /// What a body's charges send through another one's patches.
+    struct Coupling {
+        std::size_t source, target;
+        Eigen::MatrixXd matrix;
+    };
+
     std::vector<PatchSet> MorePatches();
     std::size_t SetPatches();
     PatchSet PatchesOfBody(std::size_t body) const;
     std::size_t SetCharges();
+    std::size_t Couple(std::size_t target, std::vector<Coupling>& couplings, Eigen::VectorXd& right) const;
+    Eigen::VectorXd MadeByOthers(const std::vector<Coupling>& couplings, const std::vector<Eigen::Index>& starts,
+                                 const Eigen::VectorXd& charges) const;
     static std::vector<ChargedFace> FacesOf(const Part& part);
     std::size_t SumUp();
 

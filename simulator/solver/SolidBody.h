@@ -4,9 +4,7 @@
 // Where n points from a solid 1 to what is outside of it, 2, the charge per area sigma on the surface between them
 // makes the flux continuous:
 //     (mu1 + mu2)/2 sigma - (mu1 - mu2) Hn = (M01 - M02).n
-// with Hn the mean of the normal field of both sides (for iron in air: W. F. Brown, Magnetostatic Principles in
-// Ferromagnetism, 1962; as surface charges J. H. McWhirter, J. J. Oravec, R. W. Haack, IEEE Transactions on Magnetics 18
-// (1982) 373-378). Where mu1 and mu2 are equal the charge is known.
+// with Hn the mean of the normal field of both sides. Where mu1 and mu2 are equal the charge is known.
 #include "simulator/solver/FaceDivision.h"
 
 #include <cmath>
