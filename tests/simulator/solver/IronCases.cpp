@@ -280,11 +280,13 @@ std::vector<FieldCase> MagnetSpheres() {
 
 std::vector<LoadCase> MagnetsOverAPlate() {
     constexpr double edge = 0.01;
-    // Finite elements over (x, y, z) say that its size changes the upright cube's forces by less than 0.1 %.
+    // Finite elements over (x, y, z) say that its size changes the upright cube's forces by less than 0.1 %. The tilted
+    // one's torques it changes by 0.4 and 0.8 %, which fall with the 2.5th power of its width; they are not compared at
+    // the largest gap, where it is 2.6 %.
     const Block plate = BlockAt(edge * Vector3d(16, 16, 3), -3 * edge);
     std::vector<LoadCase> cases;
     for (const bool tilted : {false, true}) {
-        for (const double gap : {0.2, 0.5, 1.0}) {
+        for (const double gap : tilted ? std::vector<double>{0.2, 0.5} : std::vector<double>{0.2, 0.5, 1.0}) {
             Block magnet = BlockAt(Vector3d::Constant(edge), 0);
             magnet.magnetisation = {0, 0, magnetisation};
             if (tilted) {
