@@ -332,9 +332,12 @@ std::vector<std::string> PermeableSum::Warnings() const {
 std::vector<PreparedMagnet> PermeableSum::Charged() const {
     std::vector<PreparedMagnet> charged;
     for (std::size_t i = 0; i < m_bodies.size(); ++i) {
-        if (m_bodies[i].entry->body.IsPermeable()) {
+        // Where there is no field iron has no charge.
+        std::vector<ChargedFace> faces =
+            m_bodies[i].entry->body.IsPermeable() ? FacesOf(m_parts[i]) : std::vector<ChargedFace>();
+        if (!faces.empty()) {
             charged.push_back(
-                Placed(i, std::string(), std::make_shared<const MagnetShape>(FacesOf(m_parts[i])), m_bodies[i].pose));
+                Placed(i, std::string(), std::make_shared<const MagnetShape>(std::move(faces)), m_bodies[i].pose));
         }
     }
     std::copy_if(m_magnets.begin(), m_magnets.end(), std::back_inserter(charged),

@@ -76,6 +76,19 @@ TEST(Permeable, BalancesAndPullsMoreThanWithoutIron) {
     EXPECT_GT(solution.loads[0].force.z(), 1.2 * vantor::solver::Solve(bodies).loads[0].force.z());
 }
 
+TEST(Permeable, LeavesIronAloneWithoutAField) {
+    std::vector<Body> bodies = TwoYokedMagnets(0.02, 0.001);
+    for (Body& body : bodies) {
+        body.magnets.erase(body.magnets.begin());
+    }
+    const Solution solution = vantor::solver::Solve(bodies);
+    EXPECT_TRUE(solution.converged);
+    for (const Load& load : solution.loads) {
+        EXPECT_EQ(load.force.norm(), 0);
+        EXPECT_EQ(load.torque.norm(), 0);
+    }
+}
+
 TEST(Permeable, GivesTheSameBitsWithAnyNumberOfThreads) {
     const std::vector<Body> bodies = TwoYokedMagnets(0.013, 0.002);
     Options options;
