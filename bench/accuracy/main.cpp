@@ -223,6 +223,8 @@ int Iron() {
     PrintIron(iron::RoundYokes());
     PrintIron(iron::BlockYokes());
     PrintIron(iron::MagnetsOverADisc());
+    PrintIron(iron::SaturatedYokes());
+    PrintIron(iron::SaturatedDiscs());
     return 0;
 }
 

@@ -4,6 +4,7 @@ namespace vantor::analysis {
 namespace {
 
 static_assert(model::vacuumPermeability == solver::vacuumPermeability, "curves are checked as they are solved");
+static_assert(model::leastRelativePermeability == solver::leastRelativePermeability, "and so are permeabilities");
 
 template <typename Copies>
 void DropExpiredOf(Copies& copies) {

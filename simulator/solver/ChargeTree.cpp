@@ -67,8 +67,8 @@ HigherMoments MomentsOfFace(const ChargedFace& face, const Vector3d& centre, con
     return moments;
 }
 
-} // namespace
-
+/// A face as a cluster, without its multipoles.
+/// @param points  gets its points
 Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& points) {
     Cluster cluster;
     cluster.centre = face.polygon.centre;
@@ -83,6 +83,8 @@ Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& point
     cluster.extent.spread = spread.Value();
     return cluster;
 }
+
+} // namespace
 
 void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points) {
     points.clear();

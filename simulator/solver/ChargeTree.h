@@ -28,10 +28,6 @@ struct WeightedPoint {
 /// @param points  gets them, instead of what it held
 void SetPoints(const Polygon& polygon, std::vector<WeightedPoint>& points);
 
-/// A face as a cluster, without its multipoles.
-/// @param points  gets its points
-Cluster ClusterOfFace(const ChargedFace& face, std::vector<WeightedPoint>& points);
-
 /// Binary. Leaves are faces, or parts of faces that have many edges, which are nodes, too, or of slender ones.
 class ChargeTree {
 public:

@@ -2,7 +2,6 @@
 
 #include "simulator/solver/EdgeIntegral.h"
 #include "simulator/solver/Parallel.h"
-#include "simulator/solver/PolygonParts.h"
 
 #include <algorithm>
 #include <limits>
@@ -25,41 +24,10 @@ constexpr std::size_t mostPairsOfEdges = 128 * 128;
 constexpr double similarSizes = 3;
 /// What replaces a term may each have this part of the smallest error that was too large: it is several terms.
 constexpr double shareOfReplacements = 0.25;
-/// Parts of faces that may each have this part of the wanted error, and are halved so many times at most.
-constexpr double partOfHalf = 0.125;
-constexpr int mostCuts = 10;
-/// Faces farther apart than the sum of their radii times this are points to each other.
-constexpr double apart = 1.5;
-/// A part whose radius is this part of its distance or less is small; its points leave less than this of the load.
-constexpr double smallOfDistance = 0.5;
-constexpr double missedBySmall = 0.0005;
 /// Pairs that are looked at together.
 constexpr std::size_t batchSize = 16384;
 /// Pairs from which a second thread earns its start.
 constexpr std::size_t sizeForThreads = 512;
-
-/// A wrench in a magnet's axes and about their origin, here and now.
-Wrench InSpace(const Wrench& wrench, const Eigen::Isometry3d& pose) {
-    Wrench inSpace{pose.linear() * wrench.force, pose.linear() * wrench.torque};
-    inSpace.torque += pose.translation().cross(inSpace.force);
-    return inSpace;
-}
-
-/// Charges of which only the size is known.
-struct ChargeSize {
-    explicit ChargeSize(const Cluster& cluster)
-        : charge(cluster.extent.charge), density(cluster.density), radius(cluster.extent.radius) {}
-    explicit ChargeSize(const ChargedFace& face)
-        : charge(face.Density() * face.polygon.area), density(face.Density()), radius(face.polygon.radius) {}
-
-    double charge, density, radius;
-};
-
-/// What they can do to each other at most, wherever they are.
-ErrorSizes MostOf(const ChargeSize& a, const ChargeSize& b) {
-    const double force = closeField * std::min(a.charge * b.density, b.charge * a.density);
-    return {force, force * std::max(a.radius, b.radius)};
-}
 
 } // namespace
 
@@ -73,27 +41,10 @@ Interaction ClusterSum::Term::Whole() const {
     return whole;
 }
 
-ClusterSum::ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options,
-                       double leastLever)
-    : m_magnets(magnets), m_options(options), m_threads(ThreadsFor(options.threads)),
-      m_judgement(magnets, bodies, leastLever), m_allowedShare(firstShare * options.percentError / 100) {
-    PoseTrees();
-    for (std::uint32_t i = 0; i < magnets.size(); ++i) {
-        for (std::uint32_t j = i + 1; j < magnets.size(); ++j) {
-            if (magnets[i].body != magnets[j].body) {
-                m_open.push_back({{i, m_trees[i].Tree().Root()}, {j, m_trees[j].Tree().Root()}});
-            }
-        }
-    }
-}
-
-void ClusterSum::PoseTrees() {
-    std::vector<const ChargeTree*> trees(m_magnets.size());
-    ForEach(m_magnets.size(), m_threads, [&](std::size_t i) { trees[i] = &m_magnets[i].shape->Charges(); });
-    for (std::size_t i = 0; i < m_magnets.size(); ++i) {
-        m_trees.emplace_back(*trees[i], m_magnets[i].pose.linear());
-    }
-}
+ClusterSum::ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options)
+    : m_magnets(magnets), m_options(options), m_threads(ThreadsFor(options.threads)), m_judgement(magnets, bodies),
+      m_trees(PosedTrees(magnets, m_threads)), m_open(PairsOfRoots(magnets, m_trees)),
+      m_allowedShare(firstShare * options.percentError / 100) {}
 
 ClusterSum::View ClusterSum::ViewOf(const Pair& pair) const {
     const PreparedMagnet& sourceMagnet = MagnetOf(pair.source);
@@ -128,22 +79,6 @@ ClusterSum::Term ClusterSum::TermOf(const Pair& pair, const Interaction& interac
     return term;
 }
 
-std::array<ClusterSum::Pair, 2> ClusterSum::Split(const Pair& pair) const {
-    const ChargeTree& sourceTree = TreeOf(pair.source);
-    const ChargeTree& targetTree = TreeOf(pair.target);
-    const bool sourceIsLarger =
-        sourceTree.ClusterOf(pair.source.node).extent.radius >= targetTree.ClusterOf(pair.target.node).extent.radius;
-    const bool splitsSource =
-        !sourceTree.IsLeaf(pair.source.node) && (sourceIsLarger || targetTree.IsLeaf(pair.target.node));
-    const auto& children =
-        splitsSource ? sourceTree.ChildrenOf(pair.source.node) : targetTree.ChildrenOf(pair.target.node);
-    std::array<Pair, 2> parts{pair, pair};
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        (splitsSource ? parts[i].source : parts[i].target).node = children[i];
-    }
-    return parts;
-}
-
 bool ClusterSum::AreToBeIntegrated(const Pair& pair, double distance) const {
     if (TreeOf(pair.source).IsLeaf(pair.source.node) && TreeOf(pair.target).IsLeaf(pair.target.node)) {
         return true;
@@ -162,7 +97,9 @@ ClusterSum::Outcome ClusterSum::Examined(const Pair& pair) const {
     const Cluster& source = view.source;
     const Cluster& target = view.target;
     Outcome outcome;
-    Interaction interaction = ErrorOf(view, MostOf(ChargeSize(source), ChargeSize(target)));
+    const double close =
+        closeField * std::min(source.extent.charge * target.density, target.extent.charge * source.density);
+    Interaction interaction = ErrorOf(view, {close, close * std::max(source.extent.radius, target.extent.radius)});
     if (IsGoodEnough(view, interaction)) {
         outcome.term = TermOf(pair, interaction);
         return outcome;
@@ -180,121 +117,55 @@ ClusterSum::Outcome ClusterSum::Examined(const Pair& pair) const {
         outcome.kind = Outcome::Kind::Faces;
     } else {
         outcome.kind = Outcome::Kind::Split;
-        outcome.parts = Split(pair);
+        outcome.parts = Split(pair, TreeOf(pair.source), TreeOf(pair.target));
     }
     return outcome;
 }
 
 ClusterSum::Outcome ClusterSum::Integrated(const Pair& pair) const {
     const View view = ViewOf(pair);
-    const ChargedFace& source = *FaceOf(pair.source);
-    const ChargedFace& target = *FaceOf(pair.target);
     Outcome outcome;
-    Interaction interaction;
-    if (!source.IsUniform() || !target.IsUniform()) {
-        const bool onSource = source.polygon.radius < target.polygon.radius;
-        AddByParts(view, onSource ? target : source, onSource ? source : target, onSource, mostCuts, interaction,
-                   outcome.evaluations);
-    } else if (!AddByPoints(view, source, target, m_allowedShare, interaction, outcome.evaluations)) {
-        interaction = ByEdges(view, source, target, outcome.evaluations);
+    if (!AddByPoints(pair, view, outcome)) {
+        AddByEdges(pair, view, outcome);
     }
-    outcome.term = TermOf(pair, interaction);
     return outcome;
 }
 
-/// @return false where neither face's points are good enough for an error of that share
-bool ClusterSum::AddByPoints(const View& view, const ChargedFace& source, const ChargedFace& target,
-                             double allowedShare, Interaction& interaction, std::size_t& evaluations) const {
+bool ClusterSum::AddByPoints(const Pair& pair, const View& view, Outcome& outcome) const {
     // The face with more edges has more points, too, and its field is the same work from wherever it is seen.
-    const bool sourceHasMore = source.polygon.edges.size() >= target.polygon.edges.size();
-    for (const bool onSource : {!sourceHasMore, sourceHasMore}) {
-        if (AddByPoints(view, onSource ? target : source, onSource ? source : target, onSource, allowedShare,
-                        interaction, evaluations)) {
-            return true;
-        }
-    }
-    return false;
+    const bool sourceHasMore = FaceOf(pair.source)->polygon.edges.size() >= FaceOf(pair.target)->polygon.edges.size();
+    return AddByPoints(pair, view, !sourceHasMore, outcome) || AddByPoints(pair, view, sourceHasMore, outcome);
 }
 
-/// @param onSource  whether the charged face is the source's, so that the load is the opposite one
-bool ClusterSum::AddByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                             double allowedShare, Interaction& interaction, std::size_t& evaluations) const {
+bool ClusterSum::AddByPoints(const Pair& pair, const View& view, bool onSource, Outcome& outcome) const {
+    const ChargedFace& field = *FaceOf(onSource ? pair.target : pair.source);
+    const ChargedFace& charged = *FaceOf(onSource ? pair.source : pair.target);
     const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
     const Eigen::Isometry3d& chargedPose = (onSource ? view.sourceMagnet : view.targetMagnet).pose;
     const Eigen::Isometry3d toField = fieldPose.inverse() * chargedPose;
-    const double densities = field.Density() * charged.Density();
-    std::vector<WeightedPoint> points;
-    const Cluster cluster = ClusterOfFace(charged, points);
-    ErrorSizes sizes = PointErrors(field.polygon, cluster, toField * charged.polygon.centre);
-    sizes.force *= densities;
+    ErrorSizes sizes =
+        PointErrors(field.polygon, onSource ? view.source : view.target, toField * charged.polygon.centre);
+    sizes.force *= std::abs(field.charge * charged.charge);
     // Known about the centre of the charged face; the other one is farther from it by no more than their distance.
-    const double distance = (fieldPose * field.polygon.centre - chargedPose * charged.polygon.centre).norm();
-    sizes.torque = sizes.torque * densities + distance * sizes.force;
-    Interaction part = ErrorOf(view, sizes);
-    if (!(ShareOf(view, part) <= allowedShare)) {
+    sizes.torque = sizes.torque * std::abs(field.charge * charged.charge) + (view.to - view.from).norm() * sizes.force;
+    Interaction interaction = ErrorOf(view, sizes);
+    if (!IsGoodEnough(view, interaction)) {
         return false;
     }
-    part.wrench = ByPoints(view, field, charged, onSource, false, evaluations).wrench;
-    interaction += part;
-    return true;
-}
-
-/// Without errors.
-/// @param bothByPoints  whether the field is that of points, too
-Interaction ClusterSum::ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                                 bool bothByPoints, std::size_t& evaluations) {
-    const Eigen::Isometry3d& fieldPose = (onSource ? view.targetMagnet : view.sourceMagnet).pose;
-    const Eigen::Isometry3d toField = fieldPose.inverse() * (onSource ? view.sourceMagnet : view.targetMagnet).pose;
     std::vector<WeightedPoint> points;
     SetPoints(charged.polygon, points);
     for (WeightedPoint& point : points) {
-        point = {toField * point.at, charged.ChargeAt(point.at) * point.weight};
+        point = {toField * point.at, charged.charge * point.weight};
     }
-    evaluations += points.size();
-    Wrench wrench;
-    if (bothByPoints) {
-        std::vector<WeightedPoint> sources;
-        SetPoints(field.polygon, sources);
-        for (WeightedPoint& point : sources) {
-            point.weight *= field.ChargeAt(point.at);
-        }
-        wrench = PointWrench(sources, points);
-    } else {
-        wrench = PointWrench(field, points);
-    }
-    Interaction interaction;
-    interaction.wrench = InSpace((onSource ? -fieldConstant : fieldConstant) * wrench, fieldPose);
-    return interaction;
+    interaction.wrench = InSpace((onSource ? -fieldConstant : fieldConstant) * PointWrench(field, points), fieldPose);
+    outcome.term = TermOf(pair, interaction);
+    outcome.evaluations = points.size();
+    return true;
 }
 
-/// The load on the halves of a face, and theirs, until they are small against their distance: points are good enough
-/// then. It is for charges that are not uniform, and so are not known to the last digit.
-void ClusterSum::AddByParts(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                            int cuts, Interaction& interaction, std::size_t& evaluations) const {
-    Interaction error = ErrorOf(view, MostOf(ChargeSize(field), ChargeSize(charged)));
-    if (ShareOf(view, error) <= partOfHalf * m_allowedShare) {
-        interaction += error;
-        return;
-    }
-    const Eigen::Isometry3d toField = (onSource ? view.targetMagnet : view.sourceMagnet).pose.inverse() *
-                                      (onSource ? view.sourceMagnet : view.targetMagnet).pose;
-    const Vector3d centre = toField * charged.polygon.centre;
-    const bool areApart =
-        (centre - field.polygon.centre).norm() > apart * (charged.polygon.radius + field.polygon.radius);
-    const bool isSmall = areApart || charged.polygon.radius <= smallOfDistance * DistanceFrom(field.polygon, centre);
-    if (isSmall || cuts == 0) {
-        Interaction part = ByPoints(view, field, charged, onSource, areApart, evaluations);
-        SetErrors(part, missedBySmall * part.wrench, view.centres);
-        interaction += part;
-        return;
-    }
-    for (Polygon& half : CutInMiddle(charged.polygon)) {
-        AddByParts(view, field, PartOf(charged, std::move(half)), onSource, cuts - 1, interaction, evaluations);
-    }
-}
-
-Interaction ClusterSum::ByEdges(const View& view, const ChargedFace& source, const ChargedFace& target,
-                                std::size_t& evaluations) const {
+void ClusterSum::AddByEdges(const Pair& pair, const View& view, Outcome& outcome) const {
+    const ChargedFace& source = *FaceOf(pair.source);
+    const ChargedFace& target = *FaceOf(pair.target);
     const Eigen::Isometry3d& pose = view.sourceMagnet.pose;
     const Eigen::Isometry3d toSource = pose.inverse();
     const BodyCentres centres{toSource * view.centres.source, toSource * view.centres.target};
@@ -302,10 +173,10 @@ Interaction ClusterSum::ByEdges(const View& view, const ChargedFace& source, con
     const FaceIntegral integral = IntegrateFaces(
         source.polygon, Posed(toSource * view.targetMagnet.pose, target.polygon), centres,
         [&](const Interaction& part) { return ShareOf(view, scale * part); }, m_allowedShare);
-    evaluations += integral.evaluations;
     Interaction interaction = scale * integral.interaction;
     interaction.wrench = InSpace(interaction.wrench, pose);
-    return interaction;
+    outcome.term = TermOf(pair, interaction);
+    outcome.evaluations = integral.evaluations;
 }
 
 Pass ClusterSum::Evaluate() {

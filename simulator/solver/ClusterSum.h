@@ -10,18 +10,14 @@
 // out. So the cost of a solve follows what is near and matters for the wanted error, not the number of triangles.
 #include "simulator/solver/Judgement.h"
 #include "simulator/solver/PointIntegral.h"
-#include "simulator/solver/PosedTree.h"
-
-#include <deque>
+#include "simulator/solver/TreePair.h"
 
 namespace vantor::solver {
 
 class ClusterSum {
 public:
     /// @param magnets  must outlive this object
-    /// @param leastLever  as for a Judgement
-    ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options,
-               double leastLever = 0);
+    ClusterSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodies, const Options& options);
 
     /// Evaluates what is new since the last pass.
     Pass Evaluate();
@@ -30,17 +26,10 @@ public:
     bool Refine();
     /// Loads about the origin of coordinates, as far as evaluated.
     const std::vector<Load>& Loads() const { return m_judgement.Loads(); }
-    const Judgement& Judged() const { return m_judgement; }
 
 private:
-    /// A node of a magnet's tree where the magnet is.
-    struct Place {
-        std::uint32_t magnet = 0;
-        ChargeTree::Node node = 0;
-    };
-    struct Pair {
-        Place source, target;
-    };
+    using Place = TreePlace;
+    using Pair = TreePair;
     /// A pair's clusters where they are.
     struct View {
         const PreparedMagnet& sourceMagnet;
@@ -68,7 +57,6 @@ private:
         Term term;
         std::size_t evaluations = 0;
     };
-    void PoseTrees();
     const ChargeTree& TreeOf(const Place& place) const { return m_trees[place.magnet].Tree(); }
     const PreparedMagnet& MagnetOf(const Place& place) const { return m_magnets[place.magnet]; }
     const Moments& MomentsOf(const Place& place) const { return m_trees[place.magnet].MomentsOf(place.node); }
@@ -81,7 +69,6 @@ private:
     std::size_t IntegrateAll(const std::vector<Pair>& faces);
     /// Whether a pair that its moments do not describe is not to be split any more.
     bool AreToBeIntegrated(const Pair& pair, double distance) const;
-    std::array<Pair, 2> Split(const Pair& pair) const;
     static Interaction ErrorOf(const View& view, const ErrorSizes& sizes);
     double ShareOf(const View& view, const Interaction& interaction) const {
         return m_judgement.Share(view.sourceMagnet, view.targetMagnet, interaction);
@@ -90,16 +77,9 @@ private:
         return ShareOf(view, interaction) <= m_allowedShare;
     }
     static Term TermOf(const Pair& pair, const Interaction& interaction);
-    bool AddByPoints(const View& view, const ChargedFace& source, const ChargedFace& target, double allowedShare,
-                     Interaction& interaction, std::size_t& evaluations) const;
-    bool AddByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                     double allowedShare, Interaction& interaction, std::size_t& evaluations) const;
-    static Interaction ByPoints(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource,
-                                bool bothByPoints, std::size_t& evaluations);
-    void AddByParts(const View& view, const ChargedFace& field, const ChargedFace& charged, bool onSource, int cuts,
-                    Interaction& interaction, std::size_t& evaluations) const;
-    Interaction ByEdges(const View& view, const ChargedFace& source, const ChargedFace& target,
-                        std::size_t& evaluations) const;
+    bool AddByPoints(const Pair& pair, const View& view, Outcome& outcome) const;
+    bool AddByPoints(const Pair& pair, const View& view, bool onSource, Outcome& outcome) const;
+    void AddByEdges(const Pair& pair, const View& view, Outcome& outcome) const;
     void SumUp();
 
     const std::vector<PreparedMagnet>& m_magnets;

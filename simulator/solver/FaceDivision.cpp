@@ -1,5 +1,6 @@
 #include "simulator/solver/FaceDivision.h"
 
+#include "simulator/solver/Groups.h"
 #include "simulator/solver/PolygonParts.h"
 
 #include <algorithm>
@@ -90,27 +91,6 @@ bool ContinueEachOther(const SolidFace& a, const SolidFace& b) {
     return a.inside == b.inside && a.outside == b.outside && a.polygon.normal.dot(b.polygon.normal) > smoothBend;
 }
 
-/// Numbers in groups that grow together.
-class Groups {
-public:
-    explicit Groups(std::size_t count) : m_parents(count) {
-        std::iota(m_parents.begin(), m_parents.end(), std::size_t{0});
-    }
-    std::size_t Find(std::size_t i) {
-        while (m_parents[i] != i) {
-            i = m_parents[i] = m_parents[m_parents[i]];
-        }
-        return i;
-    }
-    void Join(std::size_t a, std::size_t b) {
-        const std::size_t first = std::min(Find(a), Find(b));
-        m_parents[Find(a)] = m_parents[Find(b)] = first;
-    }
-
-private:
-    std::vector<std::size_t> m_parents;
-};
-
 /// A part of a surface, and where it is to be cut, if it is.
 using Piece = std::vector<Polygon>;
 struct Plane {
@@ -187,8 +167,7 @@ private:
         std::optional<Plane> cut;
         for (const Surface::Segment& edge : m_surface.sharpEdges) {
             const Vector3d along = edge.end - edge.start;
-            const double at = std::clamp((patch.centre - edge.start).dot(along) / along.squaredNorm(), 0.0, 1.0);
-            const Vector3d foot = edge.start + at * along, offset = patch.centre - foot;
+            const Vector3d foot = edge.NearestTo(patch.centre), offset = patch.centre - foot;
             const double distance = offset.norm();
             const Vector3d across = offset.cross(along).cross(along).normalized();
             if (!across.allFinite() || across.isZero(0.5)) {
@@ -214,9 +193,7 @@ private:
     bool HasEdgeAt(double height, const Vector3d& across, const Range& range, const Vector3d& foot) const {
         const Vector3d point = foot + (height - foot.dot(across)) * across;
         return std::any_of(m_surface.sharpEdges.begin(), m_surface.sharpEdges.end(), [&](const auto& edge) {
-            const Vector3d along = edge.end - edge.start;
-            const double at = std::clamp((point - edge.start).dot(along) / along.squaredNorm(), 0.0, 1.0);
-            return (edge.start + at * along - point).norm() <= layerCut * range.Width() / 2;
+            return (edge.NearestTo(point) - point).norm() <= layerCut * range.Width() / 2;
         });
     }
 

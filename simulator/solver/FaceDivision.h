@@ -3,6 +3,7 @@
 #include "simulator/solver/Patch.h"
 #include "simulator/solver/SolidFaces.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace vantor::solver {
@@ -25,6 +26,11 @@ struct Surface {
     std::vector<Polygon> polygons;
     struct Segment {
         Eigen::Vector3d start, end;
+
+        Eigen::Vector3d NearestTo(const Eigen::Vector3d& point) const {
+            const Eigen::Vector3d along = end - start;
+            return start + std::clamp((point - start).dot(along) / along.squaredNorm(), 0.0, 1.0) * along;
+        }
     };
     std::vector<Segment> sharpEdges;
 };

@@ -27,6 +27,13 @@ struct Wrench {
     friend Wrench operator*(double factor, const Wrench& a) { return {factor * a.force, factor * a.torque}; }
 };
 
+/// A wrench in a magnet's axes and about their origin, here and now.
+inline Wrench InSpace(const Wrench& wrench, const Eigen::Isometry3d& pose) {
+    Wrench inSpace{pose.linear() * wrench.force, pose.linear() * wrench.torque};
+    inSpace.torque += pose.translation().cross(inSpace.force);
+    return inSpace;
+}
+
 /// A wrench on a target from a source (which feels the opposite one), and estimates of its error's norms.
 struct Interaction {
     Wrench wrench;

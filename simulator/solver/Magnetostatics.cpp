@@ -6,6 +6,7 @@
 #include "simulator/solver/PermeableSum.h"
 #include "simulator/solver/PointIntegral.h"
 #include "simulator/solver/PreparedMagnet.h"
+#include "simulator/solver/Saturation.h"
 #include "simulator/solver/Separation.h"
 
 #include <algorithm>
@@ -106,9 +107,10 @@ Solver& Solver::operator=(Solver&&) noexcept = default;
 Solution Solver::Implementation::SolveFor(const std::vector<PreparedMagnet>& magnets, const std::vector<Body>& bodies,
                                           const Eigen::Vector3d& origin, const Options& options) {
     if (ArePermeable(bodies)) {
-        PermeableSum sum(magnets, permeable.Prepare(bodies, origin), options);
-        Solution solution = RunPasses(sum, options);
-        solution.warnings = sum.Warnings();
+        std::vector<PermeableStore::Placed> placed = permeable.Prepare(bodies, origin);
+        std::vector<std::string> warnings = Saturate(magnets, placed, options);
+        Solution solution = RunPasses(PermeableSum(magnets, std::move(placed), options), options);
+        solution.warnings = std::move(warnings);
         return solution;
     }
     return HaveFewFaces(magnets) ? RunPasses(FaceSum(magnets, bodies.size(), options), options)
@@ -148,15 +150,11 @@ namespace {
 
 /// The charges of all bodies. The field has no error of its own to be refined by, so the passes' number says how far to
 /// go.
-std::vector<PreparedMagnet> ChargesOf(const std::vector<PreparedMagnet>& magnets, const std::vector<Body>& bodies,
-                                      const Eigen::Vector3d& origin) {
-    constexpr double asGoodAsItGets = 1e-9;
+std::vector<PreparedMagnet> ChargesOf(const std::vector<PreparedMagnet>& magnets,
+                                      const std::vector<PermeableStore::Placed>& bodies) {
     constexpr int passes = 5;
-    Options options;
-    options.percentError = asGoodAsItGets;
-    options.maximumPasses = passes;
-    PermeableStore store;
-    PermeableSum sum(magnets, store.Prepare(bodies, origin), options);
+    const Options options;
+    PermeableSum sum(magnets, bodies, options);
     for (int i = 0; i < passes && (i == 0 || sum.Refine()); ++i) {
         sum.SolveCharges();
     }
@@ -168,15 +166,15 @@ std::vector<PreparedMagnet> ChargesOf(const std::vector<PreparedMagnet>& magnets
 FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementation(new Implementation) {
     Implementation& all = *m_implementation;
     all.magnets = ShapeStore().Prepare(bodies, 0, all.origin);
-    for (const Body& body : bodies) {
-        for (const Magnet& magnet : body.magnets) {
-            if (HasField(magnet)) {
-                all.permeabilities.push_back(PermeabilityOf(magnet));
-            }
+    PermeableStore store;
+    std::vector<PermeableStore::Placed> placed = store.Prepare(bodies, all.origin);
+    Saturate(all.magnets, placed, Options());
+    for (const PermeableStore::Placed& body : placed) {
+        for (const PermeableSolid& solid : body.entry->body.Solids()) {
+            all.permeabilities.push_back(solid.permeability);
         }
     }
-    for (const PreparedMagnet& charged :
-         ArePermeable(bodies) ? ChargesOf(all.magnets, bodies, all.origin) : all.magnets) {
+    for (const PreparedMagnet& charged : ArePermeable(bodies) ? ChargesOf(all.magnets, placed) : all.magnets) {
         const std::vector<ChargedFace> faces = PosedFaces(charged);
         all.faces.insert(all.faces.end(), faces.begin(), faces.end());
     }

@@ -19,6 +19,9 @@ namespace vantor::solver {
 /// Vacuum permeability, V s/(A m): the value that was exact until 2019 and is within 1e-9 of the measured one.
 constexpr double vacuumPermeability = 1.25663706143591729539e-6;
 
+/// Of what a solve takes: superconductors are below, and everything that is called non-magnetic is close to 1.
+constexpr double leastRelativePermeability = 0.9;
+
 /// A closed surface: corners in metres, and three corner indices per triangle, counter-clockwise seen from outside.
 /// Corners may be repeated (every triangle its own three). Triangles without area are ignored.
 struct TriangleMesh {
@@ -51,8 +54,8 @@ struct Magnet {
     Eigen::Isometry3d pose = Eigen::Isometry3d::Identity();
     /// Relative permeability mu, 0.9 or more: M = magnetisation + (mu - 1) H.
     double permeability = 1;
-    /// Gives the permeability, by its second point, and warnings of what lies beyond; null for a linear material. Only
-    /// without magnetisation.
+    /// Gives the permeability, by its second point, and where the solid saturates one that fits its field; null for a
+    /// linear material. Only without magnetisation.
     std::shared_ptr<const MagnetizationCurve> curve = nullptr;
 };
 
@@ -106,8 +109,7 @@ struct Solution {
     std::vector<Load> loads;
     std::vector<Pass> passes;
     bool converged = false;
-    /// What the loads leave out, one line each, with the magnets' names: iron that carries more than its
-    /// permeability holds for.
+    /// By what the loads may be off, one line each, with the magnets' names: iron that saturates.
     std::vector<std::string> warnings;
 };
 

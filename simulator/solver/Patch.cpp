@@ -19,12 +19,13 @@ Matrix2d MeanSquares(const Polygon& polygon) {
     Matrix2d second = Matrix2d::Zero();
     for (const PlaneEdge& edge : polygon.planeEdges) {
         const Vector2d a(edge.x, edge.y), b = a + edge.length * Vector2d(edge.tx, edge.ty), sum = a + b;
-        const double doubled = a.x() * b.y() - a.y() * b.x();
-        second += doubled / 24 * (a * a.transpose() + b * b.transpose() + sum * sum.transpose());
+        second += Cross(a, b) / 24 * (a * a.transpose() + b * b.transpose() + sum * sum.transpose());
     }
     return second / polygon.area;
 }
 
+/// A charge that is this part of its distance away from a plane is in it but for rounding.
+constexpr double inThePlane = 1e-9;
 /// What is thinner than this part of its size has no linear function across.
 constexpr double thinnest = 1e-10;
 
@@ -86,21 +87,15 @@ std::array<PatchPoint, 3> PointsOf(const Polygon& polygon) {
 }
 
 Vector3d FluxMoments(const Patch& patch, const Polygon& polygon, const Vector3d& charge) {
+    const Vector3d offset = charge - polygon.centre;
+    const double height = offset.dot(polygon.normal);
+    if (std::abs(height) <= inThePlane * (polygon.radius + offset.norm())) {
+        return Vector3d::Zero();
+    }
     // Integral of (charge - r)/R^3.
     const Vector3d field = ChargeField(polygon, charge);
-    const double height = (charge - polygon.centre).dot(polygon.normal);
     return -field.dot(polygon.normal) * patch.FunctionsAt(charge) +
            height * Vector3d(0, field.dot(patch.u), field.dot(patch.v));
-}
-
-Vector3d FarFluxMoments(const Patch& patch, const Polygon& polygon, const std::array<PatchPoint, 3>& points,
-                        const Vector3d& charge) {
-    Vector3d moments = Vector3d::Zero();
-    for (const PatchPoint& point : points) {
-        const double distance = (point.at - charge).norm();
-        moments += point.weight / (distance * distance * distance) * patch.FunctionsAt(point.at);
-    }
-    return (polygon.centre - charge).dot(polygon.normal) * moments;
 }
 
 } // namespace vantor::solver

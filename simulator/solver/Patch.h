@@ -48,9 +48,4 @@ std::array<PatchPoint, 3> PointsOf(const Polygon& polygon);
 /// charge sends 4 pi in all directions together, and nothing through a polygon in whose plane it is.
 Eigen::Vector3d FluxMoments(const Patch& patch, const Polygon& polygon, const Eigen::Vector3d& charge);
 
-/// The same for a charge that is far from the polygon, by the field in three points.
-/// @param points  of the polygon
-Eigen::Vector3d FarFluxMoments(const Patch& patch, const Polygon& polygon, const std::array<PatchPoint, 3>& points,
-                               const Eigen::Vector3d& charge);
-
 } // namespace vantor::solver

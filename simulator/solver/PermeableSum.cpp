@@ -5,10 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iomanip>
 #include <limits>
 #include <numeric>
-#include <sstream>
 
 namespace vantor::solver {
 namespace {
@@ -32,28 +30,17 @@ constexpr int scalesOfFirstPass = 3;
 constexpr double errorOfChange = 0.6;
 /// Part of the change before that counts at least: two scales may agree by chance.
 constexpr double lastingChange = 0.4;
-/// Part of the wanted error that the sum of the loads may have, and the part of its estimate that is left as an error:
-/// estimates are sums of sizes, and hundreds of times above what errors of all signs and directions add up to.
-constexpr double partOfSum = 0.5;
-constexpr double errorOfSum = 0.01;
 /// Torques are judged by the force times this part of the body's radius at least.
 constexpr double leastLever = 0.1;
 /// Of the flux that bodies send through each other.
-constexpr double wantedResidual = 1e-8;
+constexpr double wantedResidual = 1e-6;
 constexpr int mostSteps = 100;
 /// Patches of a body, and of all: factors take 8 bytes for every pair of their functions, and fluxes as much.
-constexpr std::size_t mostPatches = 1600, mostPatchesOfAll = 3200;
+constexpr std::size_t mostPatches = 2000, mostPatchesOfAll = 4000;
 /// Divisions of a body's patches that are kept.
 constexpr std::size_t mostKept = 6;
 /// A charge that is less than this part of the largest one anywhere on its patch is left out.
 constexpr double noCharge = 1e-9;
-
-/// Two digits after the point.
-std::string Tesla(double fluxDensity) {
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(2) << fluxDensity << " T";
-    return text.str();
-}
 
 /// Where a body stands: as the first of its solids.
 Isometry3d PoseOf(const Body& body) {
@@ -82,12 +69,9 @@ std::vector<PermeableSolid> SolidsOf(const Body& body, const Isometry3d& pose) {
 }
 
 /// Distance of a point from sheets.
-double DistanceFrom(const SolidBody& body, const Vector3d& point, bool fromKnown) {
+double DistanceFrom(const SolidBody& body, const Vector3d& point) {
     double nearest = infinite;
     for (const Sheet& sheet : body.Sheets()) {
-        if (sheet.IsKnown() && !fromKnown) {
-            continue;
-        }
         for (const Polygon& polygon : sheet.surface.polygons) {
             if (sheet.IsCharged(polygon) && (point - polygon.centre).norm() - polygon.radius < nearest) {
                 nearest = std::min(nearest, DistanceFrom(polygon, point));
@@ -117,8 +101,8 @@ std::vector<PermeableStore::Placed> PermeableStore::Prepare(const std::vector<Bo
 
 PermeableSum::PermeableSum(const std::vector<PreparedMagnet>& magnets, std::vector<PermeableStore::Placed> bodies,
                            const Options& options)
-    : m_magnets(magnets), m_bodies(std::move(bodies)), m_options(options), m_threads(ThreadsFor(options.threads)),
-      m_parts(m_bodies.size()), m_scale(coarsestScale), m_change(infinite) {}
+    : m_magnets(magnets), m_bodies(std::move(bodies)), m_threads(ThreadsFor(options.threads)), m_parts(m_bodies.size()),
+      m_scale(coarsestScale), m_change(infinite) {}
 
 Pass PermeableSum::Evaluate() {
     Pass pass;
@@ -148,21 +132,19 @@ bool PermeableSum::Refine() {
 }
 
 PatchSet PermeableSum::PatchesOfBody(std::size_t body) const {
-    const auto distance = [&](const Vector3d& point, bool fromKnown, bool fromItself) {
+    Division division;
+    division.scale = m_scale;
+    division.toCharged = [&](const Vector3d& point) {
         const Vector3d inSpace = m_bodies[body].pose * point;
         double nearest = infinite;
         for (std::size_t i = 0; i < m_bodies.size(); ++i) {
-            if (i != body || fromItself) {
-                nearest = std::min(
-                    nearest, DistanceFrom(m_bodies[i].entry->body, m_bodies[i].pose.inverse() * inSpace, fromKnown));
+            if (i != body) {
+                nearest =
+                    std::min(nearest, DistanceFrom(m_bodies[i].entry->body, m_bodies[i].pose.inverse() * inSpace));
             }
         }
         return nearest;
     };
-    Division division;
-    division.scale = m_scale;
-    division.toCharged = [&](const Vector3d& point) { return distance(point, true, false); };
-    division.toPermeable = [&](const Vector3d& point) { return distance(point, false, true); };
     return PatchesOf(m_bodies[body].entry->body, division);
 }
 
@@ -223,8 +205,7 @@ std::size_t PermeableSum::Couple(std::size_t target, std::vector<Coupling>& coup
             continue;
         }
         const PatchedBody& from = *m_parts[source].patched;
-        Fluxes fluxes =
-            FluxesBetween(from.Set(), to.Set(), m_bodies[target].pose.inverse() * m_bodies[source].pose, m_threads);
+        Fluxes fluxes = FluxesBetween(from, to, m_bodies[target].pose.inverse() * m_bodies[source].pose, m_threads);
         evaluations += fluxes.evaluations;
         to.MakeSourceFree(fluxes.ofPatches);
         to.MakeSourceFree(fluxes.ofKnown);
@@ -240,8 +221,11 @@ std::size_t PermeableSum::Couple(std::size_t target, std::vector<Coupling>& coup
 VectorXd PermeableSum::MadeByOthers(const std::vector<Coupling>& couplings, const std::vector<Index>& starts,
                                     const VectorXd& charges) const {
     VectorXd result = VectorXd::Zero(charges.size());
-    for (std::size_t target = 0; target < m_parts.size(); ++target) {
+    ForEach(m_parts.size(), m_threads, [&](std::size_t target) {
         const PatchedBody& to = *m_parts[target].patched;
+        if (to.Size() == 0) {
+            return;
+        }
         VectorXd fluxes = VectorXd::Zero(to.Size());
         for (const Coupling& coupling : couplings) {
             if (coupling.target == target) {
@@ -249,10 +233,8 @@ VectorXd PermeableSum::MadeByOthers(const std::vector<Coupling>& couplings, cons
                           charges.segment(starts[coupling.source], m_parts[coupling.source].patched->Size());
             }
         }
-        if (to.Size() > 0) {
-            result.segment(starts[target], to.Size()) = to.Solved(to.RightHandSide(fluxes));
-        }
-    }
+        result.segment(starts[target], to.Size()) = to.Solved(to.RightHandSide(fluxes));
+    });
     return result;
 }
 
@@ -298,35 +280,25 @@ std::vector<ChargedFace> PermeableSum::FacesOf(const Part& part) {
             }
         }
     }
-    for (const Sheet& sheet : patched.Body().Sheets()) {
-        for (const Polygon& polygon : sheet.surface.polygons) {
-            if (sheet.IsKnown() && sheet.IsCharged(polygon)) {
-                faces.push_back({polygon, sheet.jump.dot(polygon.normal)});
-            }
-        }
+    for (const KnownPolygon& known : patched.Body().Known()) {
+        faces.push_back({known.polygon, known.charge});
     }
     return faces;
 }
 
-std::vector<std::string> PermeableSum::Warnings() const {
-    std::vector<std::string> warnings;
-    for (std::size_t i = 0; i < m_bodies.size(); ++i) {
-        const std::vector<PermeableSolid>& solids = m_bodies[i].entry->body.Solids();
-        for (std::size_t k = 0; k < solids.size(); ++k) {
-            if (!solids[k].curve) {
-                continue;
-            }
-            const double fluxDensity = m_parts[i].patched->MeanFluxDensity(k, m_parts[i].charges).norm();
-            const double straight = solids[k].curve->points[1].b;
-            if (fluxDensity > straight) {
-                warnings.push_back(solids[k].solid.label + " carries " + Tesla(fluxDensity) +
-                                   " on average, and its B-H curve bends at " + Tesla(straight) +
-                                   "; it is solved with the permeability of weak fields, so the loads are too large. "
-                                   "Give it more iron, or take the loads as an upper bound.");
-            }
+std::vector<InnerPoint> PermeableSum::PointsWithin(std::size_t body, std::size_t solid) const {
+    std::vector<InnerPoint> points;
+    const PatchedBody& patched = *m_parts[body].patched;
+    for (const PatchPolygon& charged : patched.Polygons()) {
+        const Surface& surface = patched.SheetOf(charged.patch).surface;
+        const double side = surface.inside == solid ? 1 : surface.outside == solid ? -1 : 0;
+        if (side != 0) {
+            const Polygon& polygon = patched.Set().patches[charged.patch].polygons[charged.polygon];
+            const double depth = patched.Body().ThicknessOf(solid) / 2;
+            points.push_back({m_bodies[body].pose * (polygon.centre - side * depth * polygon.normal), polygon.area});
         }
     }
-    return warnings;
+    return points;
 }
 
 std::vector<PreparedMagnet> PermeableSum::Charged() const {
@@ -347,21 +319,12 @@ std::vector<PreparedMagnet> PermeableSum::Charged() const {
 
 std::size_t PermeableSum::SumUp() {
     const std::vector<PreparedMagnet> charged = Charged();
-    Options options = m_options;
-    options.percentError *= partOfSum / errorOfSum;
-    ClusterSum sum(charged, m_bodies.size(), options, leastLever);
-    Pass pass = sum.Evaluate();
-    std::size_t evaluations = pass.evaluations;
-    while (pass.percentError > options.percentError && pass.number < options.maximumPasses && sum.Refine()) {
-        pass = sum.Evaluate();
-        evaluations += pass.evaluations;
-    }
+    const PatchSum sum(charged, m_bodies.size(), m_threads, leastLever);
     const double change = m_loads.empty() ? infinite : sum.Judged().PercentChange(m_loads);
-    m_percentError =
-        std::hypot(errorOfSum * pass.percentError, errorOfChange * std::max(change, lastingChange * m_change));
+    m_percentError = errorOfChange * std::max(change, lastingChange * m_change);
     m_change = change;
-    m_loads = sum.Loads();
-    return evaluations;
+    m_loads = sum.Judged().Loads();
+    return sum.Evaluations();
 }
 
 } // namespace vantor::solver

@@ -1,7 +1,7 @@
 #pragma once
 // Loads on bodies of which some have solids of permeabilities other than 1: for finer and finer patches the charges are
 // solved for, and the loads summed up as those of magnets whose charges are known.
-#include "simulator/solver/ClusterSum.h"
+#include "simulator/solver/PatchSum.h"
 #include "simulator/solver/PatchedBody.h"
 
 namespace vantor::solver {
@@ -11,6 +11,7 @@ class PermeableStore {
 public:
     struct Entry {
         explicit Entry(std::vector<PermeableSolid> solids) : body(std::move(solids)) {}
+        explicit Entry(SolidBody solids) : body(std::move(solids)) {}
 
         SolidBody body;
         /// The last ones, newest first.
@@ -30,6 +31,12 @@ private:
     std::vector<std::shared_ptr<Entry>> m_entries;
 };
 
+/// A point within a solid that stands for a part of it.
+struct InnerPoint {
+    Eigen::Vector3d at;
+    double weight = 0;
+};
+
 class PermeableSum {
 public:
     /// @param magnets  all solids as magnets, by the same origin; must outlive this object as the others must
@@ -43,8 +50,8 @@ public:
     /// @return false when finer patches would be too many
     bool Refine();
     const std::vector<Load>& Loads() const { return m_loads; }
-    /// What the loads leave out: solids that carry more flux than their permeability holds for.
-    std::vector<std::string> Warnings() const;
+    /// Points below a solid's patches, here and now.
+    std::vector<InnerPoint> PointsWithin(std::size_t body, std::size_t solid) const;
     /// The bodies' charges at the last pass, as magnets of given charges.
     std::vector<PreparedMagnet> Charged() const;
 
@@ -74,7 +81,6 @@ private:
 
     const std::vector<PreparedMagnet>& m_magnets;
     std::vector<PermeableStore::Placed> m_bodies;
-    const Options& m_options;
     unsigned m_threads;
     std::vector<Part> m_parts;
     std::vector<Load> m_loads;

@@ -57,18 +57,4 @@ Wrench PointWrench(const ChargedFace& source, const std::vector<WeightedPoint>& 
     return wrench;
 }
 
-Wrench PointWrench(const std::vector<WeightedPoint>& source, const std::vector<WeightedPoint>& target) {
-    Wrench wrench;
-    for (const WeightedPoint& point : target) {
-        Eigen::Vector3d field = Eigen::Vector3d::Zero();
-        for (const WeightedPoint& charge : source) {
-            const Eigen::Vector3d offset = point.at - charge.at;
-            const double square = offset.squaredNorm();
-            field += charge.weight / (square * std::sqrt(square)) * offset;
-        }
-        wrench += Wrench::At(point.at, point.weight * field);
-    }
-    return wrench;
-}
-
 } // namespace vantor::solver

@@ -18,6 +18,22 @@ Eigen::Vector3d ChargeField(const ChargedFace& face, const Eigen::Vector3d& x);
 /// Load on charges from a face, without mu0/(4 pi); the torque about the origin.
 /// @param target  charges (A m) as weights
 Wrench PointWrench(const ChargedFace& source, const std::vector<WeightedPoint>& target);
-Wrench PointWrench(const std::vector<WeightedPoint>& source, const std::vector<WeightedPoint>& target);
+
+/// The same from charges in points.
+/// @param source,target  ranges of WeightedPoint
+template <class Points>
+Wrench PointWrench(const Points& source, const Points& target) {
+    Wrench wrench;
+    for (const WeightedPoint& point : target) {
+        Eigen::Vector3d field = Eigen::Vector3d::Zero();
+        for (const WeightedPoint& charge : source) {
+            const Eigen::Vector3d offset = point.at - charge.at;
+            const double square = offset.squaredNorm();
+            field += charge.weight / (square * std::sqrt(square)) * offset;
+        }
+        wrench += Wrench::At(point.at, point.weight * field);
+    }
+    return wrench;
+}
 
 } // namespace vantor::solver

@@ -12,13 +12,11 @@ namespace {
 using Eigen::Vector3d;
 
 void CheckPermeability(const Body& body, const Magnet& magnet) {
-    // Superconductors are below; everything that is called non-magnetic is close to 1.
-    constexpr double leastPermeability = 0.9;
     if (magnet.curve && magnet.curve->points.size() < 2) {
         throw SolveError("The B-H curve of " + LabelOf(body, magnet) + " has no second point; give it two or more.");
     }
     const double permeability = PermeabilityOf(magnet);
-    if (!std::isfinite(permeability) || permeability < leastPermeability) {
+    if (!std::isfinite(permeability) || permeability < leastRelativePermeability) {
         throw SolveError("The relative permeability of " + LabelOf(body, magnet) + " is " +
                          std::to_string(permeability) +
                          "; give its material a finite one of at least 0.9 (1 for what is not magnetic).");

@@ -1,5 +1,7 @@
 #include "simulator/solver/SolidBody.h"
 
+#include "simulator/solver/Groups.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -11,8 +13,7 @@ using Eigen::Vector3d;
 /// Poses and permeabilities that differ less are the same but for rounding.
 constexpr double sameTolerance = 1e-10;
 
-/// Twice the volume over the area: the thickness of a plate, a third of the edge of a cube.
-double ThicknessOf(const std::vector<SolidFace>& faces, std::size_t solid) {
+double ThicknessFrom(const std::vector<SolidFace>& faces, std::size_t solid) {
     double area = 0, volume = 0;
     for (const SolidFace& face : faces) {
         const double side = face.inside == solid ? 1 : face.outside == solid ? -1 : 0;
@@ -39,15 +40,14 @@ SolidBody::SolidBody(std::vector<PermeableSolid> solids) : m_solids(std::move(so
         shapes.push_back(solid.solid);
     }
     const std::vector<SolidFace> faces = FacesOf(shapes);
-    std::vector<double> thicknesses;
     for (std::size_t i = 0; i < m_solids.size(); ++i) {
-        thicknesses.push_back(ThicknessOf(faces, i));
+        m_thicknesses.push_back(ThicknessFrom(faces, i));
     }
     for (Surface& surface : SurfacesOf(faces)) {
         Sheet sheet;
-        sheet.thickness = thicknesses[surface.inside];
+        sheet.thickness = m_thicknesses[surface.inside];
         if (surface.outside) {
-            sheet.thickness = std::min(sheet.thickness, thicknesses[*surface.outside]);
+            sheet.thickness = std::min(sheet.thickness, m_thicknesses[*surface.outside]);
         }
         sheet.surface = std::move(surface);
         m_sheets.push_back(std::move(sheet));
@@ -69,6 +69,42 @@ void SolidBody::SetMaterials() {
         sheet.contrast = (inside.permeability - outside.permeability) / sum;
         sheet.jump = 2 / sum * (inside.magnetisation - outside.magnetisation);
     }
+    SetKnown();
+    SetRegions();
+}
+
+void SolidBody::SetKnown() {
+    m_known.clear();
+    for (std::size_t i = 0; i < m_sheets.size(); ++i) {
+        for (const Polygon& polygon : m_sheets[i].surface.polygons) {
+            if (m_sheets[i].IsKnown() && m_sheets[i].IsCharged(polygon)) {
+                m_known.push_back({polygon, m_sheets[i].jump.dot(polygon.normal), i, PointsOf(polygon)});
+            }
+        }
+    }
+}
+
+void SolidBody::SetRegions() {
+    Groups groups(m_solids.size());
+    for (const Sheet& sheet : m_sheets) {
+        if (sheet.IsKnown() && sheet.surface.outside) {
+            groups.Join(sheet.surface.inside, *sheet.surface.outside);
+        }
+    }
+    m_regions.clear();
+    for (std::size_t i = 0; i < m_solids.size(); ++i) {
+        m_regions.push_back(groups.Find(i));
+    }
+}
+
+std::vector<std::size_t> SolidBody::RegionsFrom(double permeability) const {
+    std::vector<std::size_t> regions;
+    for (std::size_t i = 0; i < m_solids.size(); ++i) {
+        if (m_regions[i] == i && m_solids[i].permeability >= permeability) {
+            regions.push_back(i);
+        }
+    }
+    return regions;
 }
 
 bool SolidBody::IsPermeable() const {

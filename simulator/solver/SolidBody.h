@@ -6,6 +6,7 @@
 //     (mu1 + mu2)/2 sigma - (mu1 - mu2) Hn = (M01 - M02).n
 // with Hn the mean of the normal field of both sides. Where mu1 and mu2 are equal the charge is known.
 #include "simulator/solver/FaceDivision.h"
+#include "simulator/solver/Patch.h"
 
 #include <cmath>
 
@@ -39,6 +40,16 @@ struct Sheet {
     }
 };
 
+/// A polygon whose charge is known.
+struct KnownPolygon {
+    Polygon polygon;
+    /// A/m.
+    double charge = 0;
+    std::size_t sheet = 0;
+    /// The whole as points.
+    std::array<PatchPoint, 3> points;
+};
+
 class SolidBody {
 public:
     /// @throws SolveError  as FacesOf
@@ -46,17 +57,32 @@ public:
 
     const std::vector<PermeableSolid>& Solids() const { return m_solids; }
     const std::vector<Sheet>& Sheets() const { return m_sheets; }
+    /// All of those that have a charge.
+    const std::vector<KnownPolygon>& Known() const { return m_known; }
     /// Whether any charge is to be solved for.
     bool IsPermeable() const;
     /// Whether these solids are the same ones at the same places, but for rounding.
     bool Is(const std::vector<PermeableSolid>& solids) const;
+    /// Of everything where the solid has its curve's.
     void SetPermeability(std::size_t solid, double permeability);
+    /// Twice the volume over the area, m: the thickness of a plate, a third of the edge of a cube.
+    double ThicknessOf(std::size_t solid) const { return m_thicknesses[solid]; }
+    /// Solids that touch and have the same permeability are of one region.
+    std::size_t RegionOf(std::size_t solid) const { return m_regions[solid]; }
+    /// The regions of that permeability or more.
+    std::vector<std::size_t> RegionsFrom(double permeability) const;
 
 private:
     void SetMaterials();
+    void SetKnown();
+    void SetRegions();
 
     std::vector<PermeableSolid> m_solids;
+    std::vector<double> m_thicknesses;
     std::vector<Sheet> m_sheets;
+    std::vector<KnownPolygon> m_known;
+    /// For each solid the first one of its region.
+    std::vector<std::size_t> m_regions;
 };
 
 } // namespace vantor::solver

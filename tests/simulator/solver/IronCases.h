@@ -62,5 +62,8 @@ std::vector<LoadCase> RoundYokes();
 std::vector<LoadCase> BlockYokes();
 /// A cylinder magnet over a thin disc of iron.
 std::vector<LoadCase> MagnetsOverADisc();
+/// Iron of a curve, so thin that it saturates.
+std::vector<LoadCase> SaturatedYokes();
+std::vector<LoadCase> SaturatedDiscs();
 
 } // namespace iron

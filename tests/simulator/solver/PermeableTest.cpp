@@ -76,6 +76,28 @@ TEST(Permeable, BalancesAndPullsMoreThanWithoutIron) {
     EXPECT_GT(solution.loads[0].force.z(), 1.2 * vantor::solver::Solve(bodies).loads[0].force.z());
 }
 
+/// What is between them is no surface of the iron.
+TEST(Permeable, TakesIronInTwoPiecesAsOne) {
+    std::vector<Body> bodies = TwoYokedMagnets(0.016, 0.001);
+    const Load whole = vantor::solver::Solve(bodies).loads[0];
+    for (Body& body : bodies) {
+        shapes::Block half;
+        half.size = {0.014, 0.006, 0.004};
+        for (const double side : {-1.0, 1.0}) {
+            half.centre = {0, side * half.size.y() / 2, -0.005};
+            half.magnetisation.setZero();
+            vantor::solver::Magnet piece = shapes::BodyOf("half", half).magnets[0];
+            piece.permeability = 800;
+            piece.pose = body.magnets[1].pose * piece.pose;
+            body.magnets.push_back(piece);
+        }
+        body.magnets.erase(body.magnets.begin() + 1);
+    }
+    const Load pieces = vantor::solver::Solve(bodies).loads[0];
+    EXPECT_LE((pieces.force - whole.force).norm(), 0.01 * whole.force.norm());
+    EXPECT_LE((pieces.torque - whole.torque).norm(), 0.01 * 0.005 * whole.force.norm());
+}
+
 TEST(Permeable, LeavesIronAloneWithoutAField) {
     std::vector<Body> bodies = TwoYokedMagnets(0.02, 0.001);
     for (Body& body : bodies) {
@@ -136,9 +158,11 @@ TEST(Permeable, WarnsOfIronBeyondTheStraightPartOfItsCurve) {
         return std::make_shared<const MagnetizationCurve>(MagnetizationCurve{{{0, 0}, {bend / 1e-3, bend}, {1e6, 3}}});
     };
     bodies[0].magnets[1].curve = curve(1.8);
-    EXPECT_TRUE(vantor::solver::Solve(bodies).warnings.empty());
+    const Solution linear = vantor::solver::Solve(bodies);
+    EXPECT_TRUE(linear.warnings.empty());
     bodies[0].magnets[1].curve = curve(0.05);
     const Solution solution = vantor::solver::Solve(bodies);
+    EXPECT_LT(solution.loads[0].force.z(), 0.95 * linear.loads[0].force.z());
     ASSERT_EQ(solution.warnings.size(), 1U);
     EXPECT_EQ(solution.warnings[0].find("iron \"yoke\" of body \"lower\" carries "), 0U) << solution.warnings[0];
 }

@@ -385,10 +385,9 @@ def block_half(mesh, gap, mu=1000.0, magnet_mu=1.0, yoke=(0.016, 0.012, 0.004), 
     return Space([mesh.line(x), mesh.line(y), mesh.line(z)], pieces, attracting, 4.0)
 
 
-def disc_pair(mesh, gap, mu=1000.0, magnet_mu=1.0, curve=None):
-    """A cylinder magnet of 10 mm radius and height over a disc of iron of 15 mm radius and 1 mm height, which ends at
-    z = 0."""
-    z = [-mesh.far * mesh.unit, -0.001, 0.0, gap / 2, gap, gap + 0.010]
+def disc_pair(mesh, gap, mu=1000.0, magnet_mu=1.0, height=0.001, curve=None):
+    """A cylinder magnet of 10 mm radius and height over a disc of iron of 15 mm radius, which ends at z = 0."""
+    z = [-mesh.far * mesh.unit, -height, 0.0, gap / 2, gap, gap + 0.010]
     pieces = [Piece(((0.0, 0.010), (z[4], z[5])), magnet_mu, M), Piece(((0.0, 0.015), (z[1], z[2])), mu, curve=curve)]
     return Plane([mesh.radius([0.010, 0.015]), mesh.line(z, smooth=(gap / 2,))], pieces, True, 2 * pi)
 
@@ -507,8 +506,10 @@ def main(what):
     elif what == "disc":
         tabulate("magnet over a disc", disc_pair, grids, (0.001, 0.003), [dict(magnet_mu=1.0)], halves=1)
     elif what == "saturated":
-        saturated(round_half, 0.0015, (0.0075, 0.00075 + 0.005 + 0.00075), yoke=(0.0125, 0.0015))
-        saturated(disc_pair, 0.001, (0.0075, -0.0005))
+        for height in (0.0008, 0.0015, 0.003):
+            saturated(round_half, 0.0015, (0.0075, 0.00075 + 0.005 + height / 2), yoke=(0.0125, height))
+        for height in (0.0005, 0.001, 0.002):
+            saturated(disc_pair, 0.001, (0.0075, -height / 2), height=height)
     else:
         sys.exit(__doc__)
 
