@@ -1,5 +1,5 @@
-// vantor-accuracy table | iron | speed: the solver beside closed forms and other models of magnets, the same with iron
-// and permeable magnets, and beside the clock.
+// vantor-accuracy table | iron | growth | speed: the solver beside closed forms and other models of magnets, the same with
+// iron and permeable magnets, and beside the clock, with more and more panels of iron and without iron.
 // All print comma-separated values; scripts/accuracy puts them into docs/simulator-accuracy.md.
 #include "tests/simulator/solver/IronCases.h"
 #include "tests/simulator/solver/References.h"
@@ -21,6 +21,7 @@ using Eigen::Vector3d;
 using shapes::Block;
 using shapes::Prism;
 using vantor::solver::Body;
+using vantor::solver::Magnet;
 using vantor::solver::Options;
 using vantor::solver::Solution;
 using vantor::solver::Solve;
@@ -308,6 +309,77 @@ int Speed() {
     return 0;
 }
 
+// ---- growth with iron
+
+Magnet Steel(const Body& shape) {
+    Magnet steel = shape.magnets[0];
+    steel.magnetisation.setZero();
+    steel.permeability = 2000;
+    return steel;
+}
+
+/// Half a coupling on a steel ring.
+Body Yoked(const std::string& name, double side) {
+    Body body = BodyOf(name, shapes::CouplingHalf(couplingBlocks, 0, side * (0.005 + couplingGap / 2)));
+    Prism ring;
+    ring.sides = 64;
+    ring.radius = 0.040;
+    ring.innerRadius = 0.020;
+    ring.height = 0.005;
+    ring.centre.z() = side * (0.010 + (couplingGap + ring.height) / 2);
+    body.magnets.push_back(Steel(BodyOf(name + "_yoke", ring)));
+    return body;
+}
+
+/// Magnets on steel blocks, side by side.
+std::vector<Body> Row(int count) {
+    std::vector<Body> bodies;
+    for (int i = 0; i < count; ++i) {
+        const double x = 2 * edge * i;
+        Block block = Cube({x, 0, 0}, alongZ);
+        Body body = BodyOf("body_" + std::to_string(i), block);
+        block.size.z() = edge / 2;
+        block.centre.z() = -0.75 * edge;
+        body.magnets.push_back(Steel(BodyOf("steel", block)));
+        bodies.push_back(std::move(body));
+    }
+    return bodies;
+}
+
+void Turn(Body& body, double angle) {
+    for (Magnet& magnet : body.magnets) {
+        magnet.pose.prerotate(Eigen::AngleAxisd(angle, Vector3d::UnitZ()));
+    }
+}
+
+/// A Solver keeps what does not change from step to step.
+void PrintSteps(const std::string& name, std::vector<Body> bodies) {
+    constexpr int steps = 5;
+    vantor::solver::Solver solver;
+    std::size_t fluxes = 0;
+    const double first = SecondsOf([&] { fluxes = solver.Solve(bodies).passes.back().evaluations; }, 1);
+    const double further = SecondsOf(
+        [&] {
+            Turn(bodies[1], 0.01);
+            solver.Solve(bodies);
+        },
+        steps);
+    std::printf("%s,%zu,%.3g,%.3g,%.2f,%.2f\n", name.c_str(), fluxes, first, further, further / first,
+                1e6 * first / static_cast<double>(fluxes));
+}
+
+int Growth() {
+    std::puts("bodies,fluxes of the first solve,first solve (s),further step (s),further / first,"
+              "first per flux (us)");
+    for (const int count : {2, 4, 8, 12}) {
+        PrintSteps(std::to_string(count) + " cubes on steel blocks", Row(count));
+    }
+    std::vector<Body> coupling{Yoked("lower", -1), Yoked("upper", 1)};
+    Turn(coupling[1], pi / couplingBlocks / 2);
+    PrintSteps("coupling of 8 and 8 blocks on steel rings", coupling);
+    return 0;
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
@@ -318,6 +390,9 @@ int main(int count, char** arguments) {
         if (count == 2 && std::strcmp(arguments[1], "iron") == 0) {
             return Iron();
         }
+        if (count == 2 && std::strcmp(arguments[1], "growth") == 0) {
+            return Growth();
+        }
         if (count == 2 && std::strcmp(arguments[1], "speed") == 0) {
             return Speed();
         }
@@ -325,6 +400,6 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "error: %s\n", error.what());
         return 1;
     }
-    std::fputs("usage: vantor-accuracy table|iron|speed\n", stderr);
+    std::fputs("usage: vantor-accuracy table|iron|growth|speed\n", stderr);
     return 2;
 }

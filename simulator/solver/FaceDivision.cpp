@@ -128,14 +128,18 @@ Range RangeOf(const Piece& piece, const Vector3d& along) {
 
 class Division {
 public:
-    Division(const Surface& surface, const Fineness& fineness, const std::function<double(const Vector3d&)>& distance)
-        : m_surface(surface), m_fineness(fineness), m_distance(distance) {
+    Division(const Surface& surface, const Fineness& fineness, const std::function<double(const Vector3d&)>& distance,
+             std::size_t most)
+        : m_surface(surface), m_fineness(fineness), m_distance(distance), m_most(most) {
         Divide(surface.polygons);
     }
     std::vector<Patch> TakePatches() { return std::move(m_patches); }
 
 private:
     void Divide(Piece piece) {
+        if (m_patches.size() > m_most) {
+            return;
+        }
         Patch patch = PatchOf(std::move(piece));
         const std::optional<Plane> cut = CutOf(patch);
         auto [below, above] = cut ? Separated(patch.polygons, *cut) : std::pair<Piece, Piece>();
@@ -233,6 +237,7 @@ private:
     const Surface& m_surface;
     const Fineness& m_fineness;
     const std::function<double(const Vector3d&)>& m_distance;
+    std::size_t m_most;
     std::vector<Patch> m_patches;
 };
 
@@ -269,8 +274,8 @@ std::vector<Surface> SurfacesOf(const std::vector<SolidFace>& faces) {
 }
 
 std::vector<Patch> Divided(const Surface& surface, const Fineness& fineness,
-                           const std::function<double(const Vector3d&)>& distance) {
-    return Division(surface, fineness, distance).TakePatches();
+                           const std::function<double(const Vector3d&)>& distance, std::size_t most) {
+    return Division(surface, fineness, distance, most).TakePatches();
 }
 
 } // namespace vantor::solver

@@ -38,7 +38,9 @@ struct Surface {
 std::vector<Surface> SurfacesOf(const std::vector<SolidFace>& faces);
 
 /// @param distance  of a point from others that are near; may be less than it is, and infinite without others
+/// @param most  after how many patches to stop
+/// @return more than `most`, and not all, where there would be more
 std::vector<Patch> Divided(const Surface& surface, const Fineness& fineness,
-                           const std::function<double(const Eigen::Vector3d&)>& distance);
+                           const std::function<double(const Eigen::Vector3d&)>& distance, std::size_t most);
 
 } // namespace vantor::solver

@@ -35,7 +35,7 @@ Fineness FinenessOf(const Sheet& sheet, double scale) {
 }
 
 void AddPatches(const Sheet& sheet, std::size_t number, const Division& division, PatchSet& set) {
-    for (Patch& patch : Divided(sheet.surface, FinenessOf(sheet, division.scale), division.toCharged)) {
+    for (Patch& patch : Divided(sheet.surface, FinenessOf(sheet, division.scale), division.toCharged, division.most)) {
         set.patches.push_back(std::move(patch));
         set.sheets.push_back(number);
     }
@@ -60,7 +60,7 @@ bool PatchSet::operator==(const PatchSet& other) const {
 
 PatchSet PatchesOf(const SolidBody& body, const Division& division) {
     PatchSet set;
-    for (std::size_t i = 0; i < body.Sheets().size(); ++i) {
+    for (std::size_t i = 0; i < body.Sheets().size() && set.patches.size() <= division.most; ++i) {
         if (!body.Sheets()[i].IsKnown()) {
             AddPatches(body.Sheets()[i], i, division, set);
         }
@@ -142,7 +142,7 @@ void PatchedBody::SetClosedSurfaces() {
 /// Makes what goes out of each closed surface what it has to be, by way of its faces to air.
 /// @param enclosed  4 pi times it; one row for each closed surface, one column for each source
 void PatchedBody::Balance(Eigen::Ref<MatrixXd> fluxes, const MatrixXd& enclosed) const {
-    for (std::size_t k = 0; k < m_closed.size(); ++k) {
+    for (std::size_t k = 0; k < m_closed.size() && fluxes.cols() > 0; ++k) {
         const ClosedSurface& closed = m_closed[k];
         const double area = closed.areas.sum();
         Eigen::RowVectorXd excess = -enclosed.row(static_cast<Index>(k));

@@ -23,8 +23,11 @@ struct Division {
     /// Distance of a point from the nearest surface of another body that has a charge; may be less than it is, infinite
     /// without others.
     std::function<double(const Eigen::Vector3d&)> toCharged;
+    /// After how many patches to stop.
+    std::size_t most = 0;
 };
 
+/// @return more than division.most, and not all, where there would be more
 PatchSet PatchesOf(const SolidBody& body, const Division& division);
 
 /// The charges of one body, as answers to the flux that others send through it.

@@ -37,6 +37,8 @@ constexpr double wantedResidual = 1e-6;
 constexpr int mostSteps = 100;
 /// Patches of a body, and of all: factors take 8 bytes for every pair of their functions, and fluxes as much.
 constexpr std::size_t mostPatches = 2000, mostPatchesOfAll = 4000;
+/// By how much the first patches may be coarser where they would be too many, at once and in all.
+constexpr double coarser = 2, mostCoarser = 64;
 /// Divisions of a body's patches that are kept.
 constexpr std::size_t mostKept = 6;
 /// A charge that is less than this part of the largest one anywhere on its patch is left out.
@@ -79,6 +81,11 @@ double DistanceFrom(const SolidBody& body, const Vector3d& point) {
         }
     }
     return nearest;
+}
+
+std::size_t CountOf(const std::vector<PatchSet>& sets) {
+    return std::accumulate(sets.begin(), sets.end(), std::size_t{0},
+                           [](std::size_t sum, const PatchSet& set) { return sum + set.patches.size(); });
 }
 
 } // namespace
@@ -131,9 +138,10 @@ bool PermeableSum::Refine() {
     return all <= mostPatchesOfAll / 2 && largest <= mostPatches / 2;
 }
 
-PatchSet PermeableSum::PatchesOfBody(std::size_t body) const {
+PatchSet PermeableSum::PatchesOfBody(std::size_t body, std::size_t most) const {
     Division division;
     division.scale = m_scale;
+    division.most = most;
     division.toCharged = [&](const Vector3d& point) {
         const Vector3d inSpace = m_bodies[body].pose * point;
         double nearest = infinite;
@@ -148,25 +156,50 @@ PatchSet PermeableSum::PatchesOfBody(std::size_t body) const {
     return PatchesOf(m_bodies[body].entry->body, division);
 }
 
-/// The patches of all bodies, clearly more than the last ones: else what changes would not tell what is missing.
-std::vector<PatchSet> PermeableSum::MorePatches() {
-    std::size_t before = 0, now = 0;
-    for (const Part& part : m_parts) {
-        before += part.patched ? part.patched->Set().patches.size() : 0;
-    }
+std::vector<PatchSet> PermeableSum::PatchesOfBodies(std::size_t most) {
     std::vector<PatchSet> sets(m_bodies.size());
-    for (int i = 0; i < mostFiner && (i == 0 || static_cast<double>(now) < leastGrowth * static_cast<double>(before));
-         ++i) {
-        ForEach(m_bodies.size(), m_threads, [&](std::size_t k) { sets[k] = PatchesOfBody(k); });
-        m_scale *= finer;
-        now = std::accumulate(sets.begin(), sets.end(), std::size_t{0},
-                              [](std::size_t sum, const PatchSet& set) { return sum + set.patches.size(); });
+    ForEach(m_bodies.size(), m_threads, [&](std::size_t i) { sets[i] = PatchesOfBody(i, most); });
+    m_scale *= finer;
+    return sets;
+}
+
+/// As coarse ones as it takes to have room for all: thin solids have many.
+std::vector<PatchSet> PermeableSum::FirstPatches() {
+    while (true) {
+        std::vector<PatchSet> sets = PatchesOfBodies(mostPatches / 2);
+        const auto largest = std::max_element(sets.begin(), sets.end(), [](const PatchSet& a, const PatchSet& b) {
+            return a.patches.size() < b.patches.size();
+        });
+        if (largest->patches.size() <= mostPatches / 2 && CountOf(sets) <= mostPatchesOfAll / 2) {
+            return sets;
+        }
+        m_scale *= coarser;
+        if (m_scale > coarsestScale * mostCoarser) {
+            const SolidBody& body = m_bodies[static_cast<std::size_t>(largest - sets.begin())].entry->body;
+            throw SolveError(body.Thinnest().label +
+                             " is too thin for its size, or its body has too many faces: they " +
+                             "would take too many patches to solve for their charges; make it thicker, or of fewer " +
+                             "and smaller parts.");
+        }
+    }
+}
+
+/// Clearly more than the last ones: else what changes would not tell what is missing.
+std::vector<PatchSet> PermeableSum::MorePatches() {
+    double before = 0;
+    for (const Part& part : m_parts) {
+        before += static_cast<double>(part.patched->Set().patches.size());
+    }
+    constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
+    std::vector<PatchSet> sets = PatchesOfBodies(any);
+    for (int i = 1; i < mostFiner && static_cast<double>(CountOf(sets)) < leastGrowth * before; ++i) {
+        sets = PatchesOfBodies(any);
     }
     return sets;
 }
 
 std::size_t PermeableSum::SetPatches() {
-    std::vector<PatchSet> sets = MorePatches();
+    std::vector<PatchSet> sets = m_parts.front().patched ? MorePatches() : FirstPatches();
     std::vector<std::size_t> missing;
     for (std::size_t i = 0; i < m_bodies.size(); ++i) {
         auto& kept = m_bodies[i].entry->patched;

@@ -69,9 +69,11 @@ private:
         Eigen::MatrixXd matrix;
     };
 
+    std::vector<PatchSet> PatchesOfBodies(std::size_t most);
+    std::vector<PatchSet> FirstPatches();
     std::vector<PatchSet> MorePatches();
     std::size_t SetPatches();
-    PatchSet PatchesOfBody(std::size_t body) const;
+    PatchSet PatchesOfBody(std::size_t body, std::size_t most) const;
     std::size_t SetCharges();
     std::size_t Couple(std::size_t target, std::vector<Coupling>& couplings, Eigen::VectorXd& right) const;
     Eigen::VectorXd MadeByOthers(const std::vector<Coupling>& couplings, const std::vector<Eigen::Index>& starts,

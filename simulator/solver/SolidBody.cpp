@@ -60,6 +60,11 @@ void SolidBody::SetPermeability(std::size_t solid, double permeability) {
     SetMaterials();
 }
 
+const Solid& SolidBody::Thinnest() const {
+    const auto least = std::min_element(m_thicknesses.begin(), m_thicknesses.end());
+    return m_solids[static_cast<std::size_t>(least - m_thicknesses.begin())].solid;
+}
+
 void SolidBody::SetMaterials() {
     const PermeableSolid air;
     for (Sheet& sheet : m_sheets) {

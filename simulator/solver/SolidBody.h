@@ -67,6 +67,8 @@ public:
     void SetPermeability(std::size_t solid, double permeability);
     /// Twice the volume over the area, m: the thickness of a plate, a third of the edge of a cube.
     double ThicknessOf(std::size_t solid) const { return m_thicknesses[solid]; }
+    /// The solid of the least thickness; of a body that has one.
+    const Solid& Thinnest() const;
     /// Solids that touch and have the same permeability are of one region.
     std::size_t RegionOf(std::size_t solid) const { return m_regions[solid]; }
     /// The regions of that permeability or more.

@@ -152,6 +152,18 @@ TEST(Permeable, RefusesIronThatFillsAMagnet) {
     EXPECT_NE(RefusalOf(bodies).find("overlap"), std::string::npos) << RefusalOf(bodies);
 }
 
+TEST(Permeable, RefusesIronThatIsAFilm) {
+    std::vector<Body> bodies = TwoYokedMagnets(0.02, 0);
+    shapes::Block film;
+    film.size = {0.1, 0.1, 1e-8};
+    film.centre.z() = -0.1;
+    film.magnetisation.setZero();
+    bodies.push_back(shapes::BodyOf("film", film));
+    bodies[2].magnets[0].permeability = 800;
+    const std::string refusal = RefusalOf(bodies);
+    EXPECT_EQ(refusal.find("iron \"film_magnet\" of body \"film\" is too thin for its size"), 0U) << refusal;
+}
+
 TEST(Permeable, WarnsOfIronBeyondTheStraightPartOfItsCurve) {
     std::vector<Body> bodies = TwoYokedMagnets(0.02, 0);
     const auto curve = [](double bend) {
