@@ -1,5 +1,5 @@
-// vantor-accuracy table | iron | growth | speed: the solver beside closed forms and other models of magnets, the same with
-// iron and permeable magnets, and beside the clock, with more and more panels of iron and without iron.
+// vantor-accuracy table | iron | growth | speed: the solver beside closed forms and other models of magnets, the same
+// with iron and permeable magnets, and beside the clock, with more and more patches of iron and without iron.
 // All print comma-separated values; scripts/accuracy puts them into docs/simulator-accuracy.md.
 #include "tests/simulator/solver/IronCases.h"
 #include "tests/simulator/solver/References.h"

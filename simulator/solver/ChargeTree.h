@@ -20,7 +20,7 @@ struct Cluster {
 struct WeightedPoint {
     Eigen::Vector3d at;
     /// m^2.
-    double weight;
+    double weight = 0;
 };
 
 /// Points with the area, and all moments up to the fifth order, of a polygon: seven in each of the triangles between

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace vantor::solver {
 namespace {
@@ -155,8 +154,10 @@ void PatchedBody::Balance(Eigen::Ref<MatrixXd> fluxes, const MatrixXd& enclosed)
     }
 }
 
-void PatchedBody::MakeSourceFree(Eigen::Ref<MatrixXd> fluxes) const {
-    Balance(fluxes, MatrixXd::Zero(static_cast<Index>(m_closed.size()), fluxes.cols()));
+void PatchedBody::MakeSourceFree(Fluxes& fluxes) const {
+    const auto count = static_cast<Index>(m_closed.size());
+    Balance(fluxes.ofPatches, MatrixXd::Zero(count, fluxes.ofPatches.cols()));
+    Balance(fluxes.ofKnown, MatrixXd::Zero(count, 1));
 }
 
 /// Half of what a charge on the surface sends goes to the inside; all of what one within does, to the outside.

@@ -30,6 +30,16 @@ struct Division {
 /// @return more than division.most, and not all, where there would be more
 PatchSet PatchesOf(const SolidBody& body, const Division& division);
 
+/// 4 pi times the fluxes that charges send through patches, times the patches' functions: rows by patch and function.
+struct Fluxes {
+    /// For each function of each patch of the source a column.
+    Eigen::MatrixXd ofPatches;
+    /// Of the known charges.
+    Eigen::VectorXd ofKnown;
+    /// Flux moments evaluated.
+    std::size_t evaluations = 0;
+};
+
 /// The charges of one body, as answers to the flux that others send through it.
 class PatchedBody {
 public:
@@ -44,8 +54,7 @@ public:
 
     const std::vector<PatchPolygon>& Polygons() const { return m_polygons; }
     /// Removes from fluxes of others what makes those through closed surfaces differ from 0.
-    /// @param fluxes  one column for each source; 4 pi times the flux through patches, times their functions
-    void MakeSourceFree(Eigen::Ref<Eigen::MatrixXd> fluxes) const;
+    void MakeSourceFree(Fluxes& fluxes) const;
     /// The right-hand side for fluxes of others, without the body's own magnetisation.
     Eigen::VectorXd RightHandSide(const Eigen::VectorXd& fluxes) const;
     /// That of the body's own magnetisation.
@@ -77,16 +86,6 @@ private:
     Eigen::PartialPivLU<Eigen::MatrixXd> m_factored;
     Eigen::VectorXd m_ownRightHandSide;
     std::size_t m_evaluations;
-};
-
-/// 4 pi times the fluxes that charges send through patches, times the patches' functions: rows by patch and function.
-struct Fluxes {
-    /// For each function of each patch of the source a column.
-    Eigen::MatrixXd ofPatches;
-    /// Of the known charges.
-    Eigen::VectorXd ofKnown;
-    /// Flux moments evaluated.
-    std::size_t evaluations = 0;
 };
 
 /// @param toTarget  of the source's axes in the target's

@@ -28,8 +28,8 @@ constexpr int mostFiner = 8;
 constexpr int scalesOfFirstPass = 3;
 /// Part of the change from one scale to the next that is left as an error.
 constexpr double errorOfChange = 0.6;
-/// Part of the change before that counts at least: two scales may agree by chance.
-constexpr double lastingChange = 0.4;
+/// Part of the change before that counts at least, and how often the first one counts: two scales may agree by chance.
+constexpr double lastingChange = 0.4, chanceOfChange = 2;
 /// Torques are judged by the force times this part of the body's radius at least.
 constexpr double leastLever = 0.1;
 /// Of the flux that bodies send through each other.
@@ -37,10 +37,12 @@ constexpr double wantedResidual = 1e-6;
 constexpr int mostSteps = 100;
 /// Patches of a body, and of all: factors take 8 bytes for every pair of their functions, and fluxes as much.
 constexpr std::size_t mostPatches = 2000, mostPatchesOfAll = 4000;
-/// By how much the first patches may be coarser where they would be too many, at once and in all.
+/// Of the first division, to leave room for another two: by how much it may be coarser for that, at once and in all.
+constexpr std::size_t mostFirstPatches = mostPatches / 4;
 constexpr double coarser = 2, mostCoarser = 64;
-/// Divisions of a body's patches that are kept.
+/// Divisions of a body's patches that are kept, and numbers in their factors beside those of the last one: 512 MB.
 constexpr std::size_t mostKept = 6;
+constexpr Index mostKeptNumbers = 64'000'000;
 /// A charge that is less than this part of the largest one anywhere on its patch is left out.
 constexpr double noCharge = 1e-9;
 
@@ -81,6 +83,16 @@ double DistanceFrom(const SolidBody& body, const Vector3d& point) {
         }
     }
     return nearest;
+}
+
+void Forget(std::vector<std::shared_ptr<const PatchedBody>>& kept) {
+    kept.resize(std::min(kept.size(), mostKept));
+    Index numbers = 0;
+    const auto tooMany = std::find_if(std::next(kept.begin()), kept.end(), [&](const auto& patched) {
+        numbers += patched->Size() * patched->Size();
+        return numbers > mostKeptNumbers;
+    });
+    kept.erase(tooMany, kept.end());
 }
 
 std::size_t CountOf(const std::vector<PatchSet>& sets) {
@@ -166,11 +178,11 @@ std::vector<PatchSet> PermeableSum::PatchesOfBodies(std::size_t most) {
 /// As coarse ones as it takes to have room for all: thin solids have many.
 std::vector<PatchSet> PermeableSum::FirstPatches() {
     while (true) {
-        std::vector<PatchSet> sets = PatchesOfBodies(mostPatches / 2);
+        std::vector<PatchSet> sets = PatchesOfBodies(mostFirstPatches);
         const auto largest = std::max_element(sets.begin(), sets.end(), [](const PatchSet& a, const PatchSet& b) {
             return a.patches.size() < b.patches.size();
         });
-        if (largest->patches.size() <= mostPatches / 2 && CountOf(sets) <= mostPatchesOfAll / 2) {
+        if (largest->patches.size() <= mostFirstPatches && CountOf(sets) <= mostPatchesOfAll / 4) {
             return sets;
         }
         m_scale *= coarser;
@@ -221,7 +233,7 @@ std::size_t PermeableSum::SetPatches() {
     for (const std::size_t i : missing) {
         auto& kept = m_bodies[i].entry->patched;
         kept.insert(kept.begin(), m_parts[i].patched);
-        kept.resize(std::min(kept.size(), mostKept));
+        Forget(kept);
         evaluations += m_parts[i].patched->Evaluations();
     }
     return evaluations;
@@ -240,8 +252,7 @@ std::size_t PermeableSum::Couple(std::size_t target, std::vector<Coupling>& coup
         const PatchedBody& from = *m_parts[source].patched;
         Fluxes fluxes = FluxesBetween(from, to, m_bodies[target].pose.inverse() * m_bodies[source].pose, m_threads);
         evaluations += fluxes.evaluations;
-        to.MakeSourceFree(fluxes.ofPatches);
-        to.MakeSourceFree(fluxes.ofKnown);
+        to.MakeSourceFree(fluxes);
         right += to.RightHandSide(fluxes.ofKnown);
         if (from.Size() > 0) {
             couplings.push_back({source, target, std::move(fluxes.ofPatches)});
@@ -354,7 +365,8 @@ std::size_t PermeableSum::SumUp() {
     const std::vector<PreparedMagnet> charged = Charged();
     const PatchSum sum(charged, m_bodies.size(), m_threads, leastLever);
     const double change = m_loads.empty() ? infinite : sum.Judged().PercentChange(m_loads);
-    m_percentError = errorOfChange * std::max(change, lastingChange * m_change);
+    const double lasting = std::isfinite(m_change) ? lastingChange * m_change : chanceOfChange * change;
+    m_percentError = errorOfChange * std::max(change, lasting);
     m_change = change;
     m_loads = sum.Judged().Loads();
     return sum.Evaluations();

@@ -394,9 +394,8 @@ std::vector<LoadCase> MagnetsOverADisc() {
     return cases;
 }
 
-// yoke_reference.py saturated: stress and coenergy agree to 1e-5, two grids to 3e-5. Of a permeability of 1000 the forces
-// would be 68.5, 70.4 and 73.3 N, and 59.0, 59.8 and 60.8 N.
 std::vector<LoadCase> SaturatedYokes() {
+    // yoke_reference.py saturated: stress and coenergy agree to 1e-5, two grids to 3e-5.
     struct Row {
         double height, force;
     };

@@ -205,27 +205,6 @@ TEST(IronLoads, OfSaturatedIronAreThoseOfFiniteElements) {
     ExpectLoads(From(1.0, iron::SaturatedDiscs()));
 }
 
-/// What is a hundred times as wide as it is thick begins with patches wider than that.
-TEST(IronLoads, OfThinSheetsAreLessThanThoseOfThickOnes) {
-    const auto attraction = [](double thickness) {
-        shapes::Block sheet, magnet;
-        sheet.size = {0.1, 0.1, thickness};
-        sheet.centre.z() = -thickness / 2;
-        magnet.size = {0.01, 0.01, 0.01};
-        magnet.centre.z() = 0.007;
-        magnet.magnetisation = {0, 0, 8e5};
-        std::vector<Body> bodies{BodyOf("sheet", sheet), BodyOf("magnet", magnet)};
-        bodies[0].magnets[0].magnetisation.setZero();
-        bodies[0].magnets[0].permeability = 800;
-        vantor::solver::Options options;
-        options.maximumPasses = 1;
-        return -Solve(bodies, options).loads[1].force.z();
-    };
-    const double thin = attraction(0.0005), thick = attraction(0.01);
-    EXPECT_LT(thin, thick);
-    EXPECT_GT(thin, 0.8 * thick);
-}
-
 TEST(IronLoads, DoNoWorkAroundALoopOfPlacesAndAngles) {
     ExpectNoWorkAround(
         {{{{0.003, 0, 0.010}, 0}, {{0.003, 0, 0.014}, 0}, {{0.003, 0, 0.014}, pi / 6}, {{0.003, 0, 0.010}, pi / 6}}});
