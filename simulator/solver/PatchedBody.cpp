@@ -134,16 +134,29 @@ void PatchedBody::SetClosedSurfaces() {
             closed.sides[i] = isInside ? 1 : isOutside ? -1 : 0;
             closed.areas[i] = isInside && !surface.outside ? m_set.patches[patch].area : 0;
         }
-        m_closed.push_back(std::move(closed));
+        if (closed.areas.isZero(0)) {
+            SetAllAreas(closed);
+            // First, so that what it changes of others' faces is balanced with theirs.
+            m_closed.insert(m_closed.begin(), std::move(closed));
+        } else {
+            m_closed.push_back(std::move(closed));
+        }
     }
 }
 
-/// Makes what goes out of each closed surface what it has to be, by way of its faces to air.
+/// For what no air touches.
+void PatchedBody::SetAllAreas(ClosedSurface& closed) const {
+    for (Index i = 0; i < closed.sides.size(); ++i) {
+        closed.areas[i] = closed.sides[i] * m_set.patches[static_cast<std::size_t>(i)].area;
+    }
+}
+
+/// Makes what goes out of each closed surface what it has to be, by way of its faces to air, or of all.
 /// @param enclosed  4 pi times it; one row for each closed surface, one column for each source
 void PatchedBody::Balance(Eigen::Ref<MatrixXd> fluxes, const MatrixXd& enclosed) const {
     for (std::size_t k = 0; k < m_closed.size() && fluxes.cols() > 0; ++k) {
         const ClosedSurface& closed = m_closed[k];
-        const double area = closed.areas.sum();
+        const double area = closed.areas.dot(closed.sides);
         Eigen::RowVectorXd excess = -enclosed.row(static_cast<Index>(k));
         for (Index i = 0; i < closed.sides.size(); ++i) {
             excess += closed.sides[i] * fluxes.row(patchFunctions * i);

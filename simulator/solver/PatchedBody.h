@@ -70,11 +70,13 @@ private:
         std::size_t region = 0;
         /// For each patch 1 where its normal points to the outside, -1 where it points to the inside, or 0.
         Eigen::VectorXd sides;
-        /// For each patch its area, if it is between a solid and air.
+        /// For each patch its area if it is between a solid and air, else 0; without such patches all areas, with the
+        /// signs of the sides.
         Eigen::VectorXd areas;
     };
 
     void SetClosedSurfaces();
+    void SetAllAreas(ClosedSurface& closed) const;
     void Balance(Eigen::Ref<Eigen::MatrixXd> fluxes, const Eigen::MatrixXd& enclosed) const;
     void BalanceOwn(Eigen::MatrixXd& ofPatches, Eigen::VectorXd& ofKnown) const;
     void SetOwnRightHandSide(const Eigen::VectorXd& fluxesOfKnown);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iomanip>
 #include <limits>
+#include <optional>
 #include <sstream>
 
 namespace vantor::solver {
@@ -62,18 +63,20 @@ std::vector<Curved> CurvedSolids(const PlacedBodies& bodies) {
 }
 
 PlacedBodies WithPermeabilities(PlacedBodies bodies, const std::vector<Curved>& curved, double most) {
-    for (std::size_t i = 0; i < bodies.size(); ++i) {
-        SolidBody body = bodies[i].entry->body;
-        bool isOther = false;
-        for (const Curved& one : curved) {
-            const double permeability = std::min(one.permeability, most);
-            if (one.body == i && permeability != one.initial) {
-                body.SetPermeability(one.solid, permeability);
-                isOther = true;
-            }
+    std::vector<std::optional<SolidBody>> changed(bodies.size());
+    for (const Curved& one : curved) {
+        const double permeability = std::min(one.permeability, most);
+        if (permeability == one.initial) {
+            continue;
         }
-        if (isOther) {
-            bodies[i].entry = std::make_shared<PermeableStore::Entry>(std::move(body));
+        if (!changed[one.body]) {
+            changed[one.body] = bodies[one.body].entry->body;
+        }
+        changed[one.body]->SetPermeability(one.solid, permeability);
+    }
+    for (std::size_t i = 0; i < bodies.size(); ++i) {
+        if (changed[i]) {
+            bodies[i].entry = std::make_shared<PermeableStore::Entry>(std::move(*changed[i]));
         }
     }
     return bodies;

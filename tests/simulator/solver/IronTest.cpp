@@ -205,6 +205,37 @@ TEST(IronLoads, OfSaturatedIronAreThoseOfFiniteElements) {
     ExpectLoads(From(1.0, iron::SaturatedDiscs()));
 }
 
+/// Iron in a hole of iron that hardly differs is as if the hole were not there.
+TEST(IronLoads, OfIronWithinIronAreThoseOfOnePiece) {
+    shapes::Block outer, hole, magnet;
+    outer.size = {0.02, 0.016, 0.012};
+    hole.size = {0.012, 0.01, 0.006};
+    magnet.size = {0.01, 0.01, 0.006};
+    magnet.centre = {0.002, 0, 0.012};
+    magnet.magnetisation = {0, 0, 8e5};
+    const auto bodies = [&](bool isHollow) {
+        std::vector<Body> all{BodyOf("iron", outer), BodyOf("magnet", magnet)};
+        if (isHollow) {
+            vantor::solver::TriangleMesh mesh = MeshOf(outer);
+            const vantor::solver::TriangleMesh inner = MeshOf(hole);
+            const int first = static_cast<int>(mesh.vertices.size());
+            mesh.vertices.insert(mesh.vertices.end(), inner.vertices.begin(), inner.vertices.end());
+            for (const auto& [a, b, c] : inner.triangles) {
+                mesh.triangles.push_back({first + a, first + c, first + b});
+            }
+            all[0].magnets[0].mesh = shapes::Shared(std::move(mesh));
+            all[0].magnets.push_back(BodyOf("core", hole).magnets[0]);
+            all[0].magnets[1].permeability = 990;
+            all[0].magnets[1].magnetisation.setZero();
+        }
+        all[0].magnets[0].permeability = 1000;
+        all[0].magnets[0].magnetisation.setZero();
+        return all;
+    };
+    const Load whole = Solve(bodies(false)).loads[1], cored = Solve(bodies(true)).loads[1];
+    EXPECT_LE((cored.force - whole.force).norm(), 0.01 * whole.force.norm());
+}
+
 TEST(IronLoads, DoNoWorkAroundALoopOfPlacesAndAngles) {
     ExpectNoWorkAround(
         {{{{0.003, 0, 0.010}, 0}, {{0.003, 0, 0.014}, 0}, {{0.003, 0, 0.014}, pi / 6}, {{0.003, 0, 0.010}, pi / 6}}});
