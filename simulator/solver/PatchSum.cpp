@@ -12,7 +12,7 @@ using Eigen::Vector3d;
 
 /// Distances over the sum of the radii from which on clusters are their moments, and faces three points, or seven for
 /// each of their triangles.
-constexpr double apartForMoments = 2, apartForFewPoints = 3, apartForManyPoints = 1.5;
+constexpr double apartForMoments = 3, apartForFewPoints = 3, apartForManyPoints = 1.5;
 /// A part of a face whose radius is this part of its distance or less is small, and how often faces are halved at most.
 constexpr double smallOfDistance = 0.5;
 constexpr int mostCuts = 10;

@@ -37,9 +37,10 @@ constexpr double wantedResidual = 1e-6;
 constexpr int mostSteps = 100;
 /// Patches of a body, and of all: factors take 8 bytes for every pair of their functions, and fluxes as much.
 constexpr std::size_t mostPatches = 2000, mostPatchesOfAll = 4000;
-/// Of the first division, to leave room for another two: by how much it may be coarser for that, at once and in all.
-constexpr std::size_t mostFirstPatches = mostPatches / 4;
+/// By how much the first division may be coarser to leave room for another two, at once and in all.
 constexpr double coarser = 2, mostCoarser = 64;
+/// Of a first division nothing is known but the loads themselves.
+constexpr double unknownError = 100;
 /// Divisions of a body's patches that are kept, and numbers in their factors beside those of the last one: 512 MB.
 constexpr std::size_t mostKept = 6;
 constexpr Index mostKeptNumbers = 64'000'000;
@@ -93,6 +94,11 @@ void Forget(std::vector<std::shared_ptr<const PatchedBody>>& kept) {
         return numbers > mostKeptNumbers;
     });
     kept.erase(tooMany, kept.end());
+}
+
+std::vector<PatchSet>::const_iterator LargestOf(const std::vector<PatchSet>& sets) {
+    return std::max_element(sets.begin(), sets.end(),
+                            [](const PatchSet& a, const PatchSet& b) { return a.patches.size() < b.patches.size(); });
 }
 
 std::size_t CountOf(const std::vector<PatchSet>& sets) {
@@ -175,25 +181,25 @@ std::vector<PatchSet> PermeableSum::PatchesOfBodies(std::size_t most) {
     return sets;
 }
 
-/// As coarse ones as it takes to have room for all: thin solids have many.
+/// As coarse ones as it takes to have room for finer ones: thin solids have many. Those of many faces have as many
+/// patches at least, and no more room than there is.
 std::vector<PatchSet> PermeableSum::FirstPatches() {
-    while (true) {
-        std::vector<PatchSet> sets = PatchesOfBodies(mostFirstPatches);
-        const auto largest = std::max_element(sets.begin(), sets.end(), [](const PatchSet& a, const PatchSet& b) {
-            return a.patches.size() < b.patches.size();
-        });
-        if (largest->patches.size() <= mostFirstPatches && CountOf(sets) <= mostPatchesOfAll / 4) {
+    std::vector<PatchSet> sets;
+    for (; m_scale <= coarsestScale * mostCoarser; m_scale *= coarser) {
+        sets = PatchesOfBodies(mostPatches / 4);
+        if (LargestOf(sets)->patches.size() <= mostPatches / 4 && CountOf(sets) <= mostPatchesOfAll / 4) {
             return sets;
         }
-        m_scale *= coarser;
-        if (m_scale > coarsestScale * mostCoarser) {
-            const SolidBody& body = m_bodies[static_cast<std::size_t>(largest - sets.begin())].entry->body;
-            throw SolveError(body.Thinnest().label +
-                             " is too thin for its size, or its body has too many faces: they " +
-                             "would take too many patches to solve for their charges; make it thicker, or of fewer " +
-                             "and smaller parts.");
-        }
     }
+    sets = PatchesOfBodies(mostPatches);
+    const auto largest = LargestOf(sets);
+    if (largest->patches.size() > mostPatches || CountOf(sets) > mostPatchesOfAll) {
+        const SolidBody& body = m_bodies[static_cast<std::size_t>(largest - sets.begin())].entry->body;
+        throw SolveError(body.Thinnest().label + " is too thin for its size, or its body has too many faces: they " +
+                         "would take too many patches to solve for their charges; make it thicker, or of fewer " +
+                         "and smaller parts.");
+    }
+    return sets;
 }
 
 /// Clearly more than the last ones: else what changes would not tell what is missing.
@@ -366,7 +372,7 @@ std::size_t PermeableSum::SumUp() {
     const PatchSum sum(charged, m_bodies.size(), m_threads, leastLever);
     const double change = m_loads.empty() ? infinite : sum.Judged().PercentChange(m_loads);
     const double lasting = std::isfinite(m_change) ? lastingChange * m_change : chanceOfChange * change;
-    m_percentError = errorOfChange * std::max(change, lasting);
+    m_percentError = std::isfinite(change) ? errorOfChange * std::max(change, lasting) : unknownError;
     m_change = change;
     m_loads = sum.Judged().Loads();
     return sum.Evaluations();

@@ -236,6 +236,32 @@ TEST(IronLoads, OfIronWithinIronAreThoseOfOnePiece) {
     EXPECT_LE((cored.force - whole.force).norm(), 0.01 * whole.force.norm());
 }
 
+/// A comb of many blocks has more faces than a first division has patches otherwise.
+TEST(IronLoads, OfManyMagnetsAreThoseOfAll) {
+    const auto comb = [](double permeability) {
+        Body body{"comb", {}};
+        for (int i = 0; i < 120; ++i) {
+            const int column = i % 12, row = i / 12;
+            shapes::Block block;
+            block.size = {0.002, 0.003, 0.002};
+            block.centre = {0.003 * column, 0.004 * row, 0};
+            block.magnetisation = {0, 0, 1e6};
+            body.magnets.push_back(BodyOf("block", block).magnets[0]);
+            body.magnets.back().permeability = permeability;
+        }
+        return body;
+    };
+    shapes::Block magnet;
+    magnet.size = {0.01, 0.01, 0.006};
+    magnet.centre = {0.016, 0.018, 0.006};
+    magnet.magnetisation = {0, 0, 8e5};
+    vantor::solver::Options options;
+    options.maximumPasses = 1;
+    const double rigid = Solve({comb(1), BodyOf("magnet", magnet)}, options).loads[1].force.z();
+    const double permeable = Solve({comb(1.001), BodyOf("magnet", magnet)}, options).loads[1].force.z();
+    EXPECT_LE(std::abs(permeable - rigid), 0.005 * std::abs(rigid));
+}
+
 TEST(IronLoads, DoNoWorkAroundALoopOfPlacesAndAngles) {
     ExpectNoWorkAround(
         {{{{0.003, 0, 0.010}, 0}, {{0.003, 0, 0.014}, 0}, {{0.003, 0, 0.014}, pi / 6}, {{0.003, 0, 0.010}, pi / 6}}});
