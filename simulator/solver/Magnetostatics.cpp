@@ -166,6 +166,11 @@ std::vector<PreparedMagnet> ChargesOf(const std::vector<PreparedMagnet>& magnets
 FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementation(new Implementation) {
     Implementation& all = *m_implementation;
     all.magnets = ShapeStore().Prepare(bodies, 0, all.origin);
+    if (!ArePermeable(bodies)) {
+        all.permeabilities.assign(all.magnets.size(), 1);
+        all.faces = AllPosedFaces(all.magnets);
+        return;
+    }
     PermeableStore store;
     std::vector<PermeableStore::Placed> placed = store.Prepare(bodies, all.origin);
     Saturate(all.magnets, placed, Options());
@@ -174,10 +179,7 @@ FieldEvaluator::FieldEvaluator(const std::vector<Body>& bodies) : m_implementati
             all.permeabilities.push_back(solid.permeability);
         }
     }
-    for (const PreparedMagnet& charged : ArePermeable(bodies) ? ChargesOf(all.magnets, placed) : all.magnets) {
-        const std::vector<ChargedFace> faces = PosedFaces(charged);
-        all.faces.insert(all.faces.end(), faces.begin(), faces.end());
-    }
+    all.faces = AllPosedFaces(ChargesOf(all.magnets, placed));
 }
 
 FieldEvaluator::~FieldEvaluator() = default;

@@ -3,9 +3,8 @@
 //
 // The equation of the surface, of the flux through it, is asked for on the average over each patch and for its first
 // moments. A charge at y sends n.(r - y)/R^3 through the point r of a patch; its integral is the solid angle, and
-// those with a linear factor follow from the field of a uniform charge on the patch (PolygonIntegrals.h). So charges
-// stand in a few points of each patch, and what they send through the patches is exact: the flux through a closed
-// surface is that of the charges inside of it to the last digit, which a high permeability asks for.
+// those with a linear factor follow from the field of a uniform charge on the patch (PolygonIntegrals.h). So what
+// charges in points send through a patch is exact; PatchFlux.h says in which points they stand.
 #include "simulator/solver/Polygon.h"
 
 #include <vector>

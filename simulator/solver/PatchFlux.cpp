@@ -29,8 +29,10 @@ std::vector<Polygon> Quarters(const Polygon& polygon) {
     return quarters;
 }
 
-PatchPolygon PatchPolygonOf(const Patch& patch, const Polygon& polygon) {
-    PatchPolygon result;
+/// @param result  has its patch and polygon, and gets the rest
+void SetPoints(const std::vector<Patch>& patches, PatchPolygon& result) {
+    const Patch& patch = patches[result.patch];
+    const Polygon& polygon = patch.polygons[result.polygon];
     result.centre = polygon.centre;
     result.radius = polygon.radius;
     const auto add = [&](const auto& points, std::vector<ChargePoint>& to) {
@@ -46,7 +48,6 @@ PatchPolygon PatchPolygonOf(const Patch& patch, const Polygon& polygon) {
         SetPoints(quarter, points);
         add(points, result.points[2]);
     }
-    return result;
 }
 
 /// The points of a polygon that are good enough at a distance.
@@ -79,11 +80,7 @@ std::vector<PatchPolygon> PolygonsOf(const std::vector<Patch>& patches, unsigned
     }
     ForRanges(all.size(), threads, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
-            const Patch& patch = patches[all[i].patch];
-            PatchPolygon polygon = PatchPolygonOf(patch, patch.polygons[all[i].polygon]);
-            polygon.patch = all[i].patch;
-            polygon.polygon = all[i].polygon;
-            all[i] = std::move(polygon);
+            SetPoints(patches, all[i]);
         }
     });
     return all;

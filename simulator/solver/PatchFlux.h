@@ -17,7 +17,7 @@ struct PatchPolygon {
     std::size_t patch = 0, polygon = 0;
     Eigen::Vector3d centre;
     double radius = 0;
-    /// Of the whole, of its quarters, and of their quarters.
+    /// Three of the whole, seven in each of its triangles, and seven in each triangle of its quarters.
     std::array<std::vector<ChargePoint>, 3> points;
 };
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <iterator>
 
 namespace vantor::solver {
 namespace {
@@ -102,6 +103,15 @@ std::vector<ChargedFace> PosedFaces(const PreparedMagnet& magnet) {
         faces.push_back({Posed(magnet.pose, face.polygon), face.charge, magnet.pose.linear() * face.gradient});
     }
     return faces;
+}
+
+std::vector<ChargedFace> AllPosedFaces(const std::vector<PreparedMagnet>& magnets) {
+    std::vector<ChargedFace> all;
+    for (const PreparedMagnet& magnet : magnets) {
+        std::vector<ChargedFace> faces = PosedFaces(magnet);
+        std::move(faces.begin(), faces.end(), std::back_inserter(all));
+    }
+    return all;
 }
 
 std::shared_ptr<const MagnetShape> ShapeStore::Find(const Magnet& magnet) const {

@@ -38,6 +38,7 @@ std::string LabelOf(const Body& body, const Magnet& magnet);
 
 /// The faces of a magnet where they are.
 std::vector<ChargedFace> PosedFaces(const PreparedMagnet& magnet);
+std::vector<ChargedFace> AllPosedFaces(const std::vector<PreparedMagnet>& magnets);
 
 /// The polygon where a pose puts it.
 Polygon Posed(const Eigen::Isometry3d& pose, const Polygon& polygon);

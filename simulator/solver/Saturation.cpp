@@ -84,11 +84,7 @@ PlacedBodies WithPermeabilities(PlacedBodies bodies, const std::vector<Curved>& 
 
 /// From the fields in points within each solid.
 void Fit(const PermeableSum& sum, const PlacedBodies& bodies, std::vector<Curved>& curved, unsigned threads) {
-    std::vector<ChargedFace> faces;
-    for (const PreparedMagnet& charged : sum.Charged()) {
-        const std::vector<ChargedFace> posed = PosedFaces(charged);
-        faces.insert(faces.end(), posed.begin(), posed.end());
-    }
+    const std::vector<ChargedFace> faces = AllPosedFaces(sum.Charged());
     for (Curved& one : curved) {
         const PermeableSolid& solid = bodies[one.body].entry->body.Solids()[one.solid];
         const std::vector<InnerPoint> points = sum.PointsWithin(one.body, one.solid);

@@ -63,7 +63,7 @@ public:
     bool IsPermeable() const;
     /// Whether these solids are the same ones at the same places, but for rounding.
     bool Is(const std::vector<PermeableSolid>& solids) const;
-    /// Of everything where the solid has its curve's.
+    /// In place of what the solid had.
     void SetPermeability(std::size_t solid, double permeability);
     /// Twice the volume over the area, m: the thickness of a plate, a third of the edge of a cube.
     double ThicknessOf(std::size_t solid) const { return m_thicknesses[solid]; }
