@@ -92,7 +92,7 @@ endfunction()
 # kinora_export_only(target definition): a shared library elsewhere than on Windows shows the functions of a module definition
 # file, and stays loaded once it is.
 function(kinora_export_only target definition)
-    file(STRINGS "${definition}" names REGEX "^ +[A-Za-z_]+$")
+    file(STRINGS "${definition}" names REGEX "^ +[A-Za-z0-9_]+$")
     list(TRANSFORM names STRIP)
     list(JOIN names "; " names)
     set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.version")

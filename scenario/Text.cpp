@@ -6,8 +6,8 @@
 #include <chrono>
 #include <fmt/format.h>
 #include <fstream>
-#include <iterator>
 #include <numeric>
+#include <sstream>
 #include <thread>
 
 namespace kinora::scenario {
@@ -59,11 +59,13 @@ std::string Alternatives(const std::vector<std::string>& texts) {
 
 std::string ReadFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
-    std::string content((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    if (!stream.is_open() || stream.bad()) {
+    std::ostringstream content;
+    content << stream.rdbuf(); // nothing of an empty file, which is no error
+    std::error_code ignored;
+    if (!stream.is_open() || content.bad() || std::filesystem::is_directory(file, ignored)) {
         throw InputError(fmt::format("{}: cannot be read; check that the file exists.", Utf8FromPath(file)));
     }
-    return content;
+    return content.str();
 }
 
 void ReplaceFile(const std::filesystem::path& file, const std::string& content) {

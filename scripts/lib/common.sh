@@ -33,7 +33,8 @@ need() {
 # The packages that the build and its tests use; docs/dependencies.md gives the reasons.
 need_build_tools() {
     need g++ g++-mingw-w64-x86-64-posix wine wine64 cmake ninja-build ccache googletest nlohmann-json3-dev libcli11-dev \
-         libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev python3 git
+         libfmt-dev libtinyobjloader-dev libeigen3-dev libvalijson-dev libstb-dev bzip2 xz-utils python3 git
+    need_sources zlib pugixml
     need_node
 }
 
@@ -54,6 +55,44 @@ need_headers() {
         dpkg-deb --extract "$package" "$folder"
     done
     rm -rf "$archives"
+}
+
+# need_sources PACKAGE...: puts the sources of Debian's packages in build/sources/PACKAGE: of those that Debian has compiled for
+# this machine only. Where the archive has no sources, what needs them is not built.
+need_sources() {
+    local missing=() package folder=build/sources
+    for package in "$@"; do
+        [ -e "$folder/$package" ] || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    say "Fetching the sources of ${missing[*]}"
+    local work; work=$(mktemp -d)
+    if ! (cd "$work" && fetch_sources "${missing[@]}") >"$work/log" 2>&1; then
+        tail -n 5 "$work/log" >&2
+        printf 'warning: the archive gives no sources of %s: built without kinora-fmu\n' "${missing[*]}" >&2
+    else
+        for package in "${missing[@]}"; do
+            mkdir -p "$folder/$package.part"
+            tar --extract --file "$work/$package"_*.orig.tar.* --directory "$folder/$package.part" --strip-components 1
+            mv "$folder/$package.part" "$folder/$package"
+        done
+        touch cmake/ThirdParty.cmake # what is configured already is so again
+    fi
+    rm -rf "$work"
+}
+
+# fetch_sources PACKAGE...: into the current folder, from the archives that the machine installs from, with lists of its own.
+fetch_sources() {
+    mkdir -p parts lists/partial
+    local file
+    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*; do
+        case $file in
+        *.sources) sed 's/^Types:.*/Types: deb-src/' "$file" >"parts/${file##*/}" ;;
+        *.list) [ -e "$file" ] && sed -n 's/^deb /deb-src /p' "$file" >"parts/${file##*/}" ;;
+        esac
+    done
+    local own=(-o Dir::Etc::sourcelist=/dev/null -o "Dir::Etc::sourceparts=$PWD/parts" -o "Dir::State::lists=$PWD/lists")
+    apt-get "${own[@]}" update && apt-get "${own[@]}" source --download-only "$@"
 }
 
 # What the preset native-release uses of it, but for the report page: no cross compiler, no Wine.
