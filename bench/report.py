@@ -31,6 +31,12 @@ def c_interface_table(calls):
     return table(["call", "C++ interface, microseconds", "C interface, microseconds more", "C / C++"], rows)
 
 
+def fmu_table(rows):
+    return table(["bodies", "C interface, microseconds", "FMU, microseconds more", "FMU / C interface"],
+                 [[str(row["bodies"]), f"{row['microseconds']:.1f}", f"{row['microsecondsMore']:.1f}",
+                   f"{row['ratio']:.2f}"] for row in rows])
+
+
 def growth(steps, bodies):
     """Least squares through the times and bytes of one number of bodies, per recorded step."""
     rows = [row for row in steps if row["bodies"] == bodies and row["reports"] == "Never"]
@@ -74,8 +80,8 @@ def plot(steps, target):
 def main():
     folder, page, target = map(pathlib.Path, sys.argv[1:])
     read = lambda name: json.loads((folder / f"{name}.json").read_text())
-    names = ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native", "capi")
-    step, without_files, memory, peers, share, in_process, native, c_interface = (
+    names = ("step", "step_without_files", "memory", "peers", "share", "inprocess", "native", "capi", "fmu")
+    step, without_files, memory, peers, share, in_process, native, c_interface, fmu = (
         read(f"bench_{name}") for name in names)
     history = step["history"]
     figures = {
@@ -97,6 +103,7 @@ def main():
                   f"**{100 * native['libraryShare']:.0f} %** ({native['bodies']} bodies, {native['recordedSteps']} recorded "
                   f"steps).",
         "c-interface": c_interface_table(c_interface),
+        "fmu": fmu_table(fmu),
         "growth": growth_table(step["step"]),
     }
     fill(page, figures)

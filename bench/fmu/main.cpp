@@ -125,7 +125,7 @@ public:
         static const fmi2CallbackFunctions callbacks = {Print, nullptr, nullptr, nullptr, nullptr};
         m_instance = fmi2Instantiate("bench", fmi2CoSimulation, "bench", ("file://" + folder.Path().string()).c_str(),
                                      &callbacks, fmi2False, fmi2False);
-        Require(m_instance != nullptr, "fmi2Instantiate");
+        Require(m_instance, "fmi2Instantiate");
         const std::string runs = folder.Path().string();
         const fmi2ValueReference references[] = {fmu::outputFolderReference, fmu::desktopVersionReference};
         const fmi2String texts[] = {runs.c_str(), desktopVersion};

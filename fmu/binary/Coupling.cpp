@@ -40,7 +40,7 @@ std::filesystem::path MakeNewFolder(const std::filesystem::path& parent, const s
     std::error_code error;
     std::filesystem::create_directories(parent, error);
     for (int run = 1; !error && run < mostRuns; ++run) {
-        const std::filesystem::path folder =
+        std::filesystem::path folder =
             parent / PathFromUtf8(run == 1 ? Plain(name) : fmt::format("{}-{}", Plain(name), run));
         if (std::filesystem::create_directory(folder, error)) {
             return folder;

@@ -10,7 +10,7 @@ namespace {
 
 /// What the library takes for a file: bytes in memory.
 struct Memory {
-    std::string* bytes;
+    std::string* bytes = nullptr;
     std::size_t place = 0;
 };
 

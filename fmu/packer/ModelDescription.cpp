@@ -1,6 +1,8 @@
 #include "fmu/packer/ModelDescription.h"
 
+#include <algorithm>
 #include <fmt/format.h>
+#include <iterator>
 
 namespace kinora::fmu {
 namespace {
@@ -166,25 +168,37 @@ void AddVariables(pugi::xml_node root, const Model& model, Fmi version) {
     }
 }
 
+/// An output as it is listed: by its place in the list of all variables, which begins with 1 and has the references'
+/// order, or by its reference.
+/// @param element  of the list
+void AddUnknowns(pugi::xml_node list, const char* element, const Variable& variable, Fmi version,
+                 bool dependsOnInputs) {
+    const bool isTwo = version == Fmi::Two;
+    const std::size_t size = isTwo ? variable.start.size() : 1;
+    for (std::size_t i = 0; i < size; ++i) {
+        pugi::xml_node node = list.append_child(element);
+        Set(node, isTwo ? "index" : "valueReference", std::to_string(variable.reference + i + (isTwo ? 1 : 0)));
+        if (!dependsOnInputs) {
+            Set(node, "dependencies", "");
+        }
+    }
+}
+
 /// Outputs change with steps only, so no tool has to look for loops; at the start they follow from the inputs.
 void AddStructure(pugi::xml_node root, const Model& model, Fmi version) {
     const bool isTwo = version == Fmi::Two;
     pugi::xml_node structure = root.append_child("ModelStructure");
-    const auto add = [&](pugi::xml_node list, const char* element, bool isStart) {
-        for (const Variable& variable : model.Variables()) {
-            const std::size_t size = variable.causality != Causality::Output ? 0 : isTwo ? variable.start.size() : 1;
-            for (std::size_t i = 0; i < size; ++i) {
-                pugi::xml_node node = list.append_child(element);
-                // By the place in the list of all, which begins with 1; references begin with 0 and have no gap.
-                Set(node, isTwo ? "index" : "valueReference", std::to_string(variable.reference + i + (isTwo ? 1 : 0)));
-                if (!isStart || !variable.port) {
-                    Set(node, "dependencies", "");
-                }
-            }
-        }
-    };
-    add(isTwo ? structure.append_child("Outputs") : structure, isTwo ? "Unknown" : "Output", false);
-    add(isTwo ? structure.append_child("InitialUnknowns") : structure, isTwo ? "Unknown" : "InitialUnknown", true);
+    std::vector<Variable> outputs;
+    std::copy_if(model.Variables().begin(), model.Variables().end(), std::back_inserter(outputs),
+                 [](const Variable& variable) { return variable.causality == Causality::Output; });
+    pugi::xml_node list = isTwo ? structure.append_child("Outputs") : structure;
+    for (const Variable& output : outputs) {
+        AddUnknowns(list, isTwo ? "Unknown" : "Output", output, version, false);
+    }
+    list = isTwo ? structure.append_child("InitialUnknowns") : structure;
+    for (const Variable& output : outputs) {
+        AddUnknowns(list, isTwo ? "Unknown" : "InitialUnknown", output, version, output.port.has_value());
+    }
 }
 
 } // namespace

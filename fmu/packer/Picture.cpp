@@ -35,7 +35,7 @@ constexpr Colour ofNoBody = {0.62, 0.64, 0.66};
 /// A triangle seen from the front: x to the right, y upwards, z towards the eye.
 struct Facet {
     std::array<Vector, 3> corners;
-    Colour colour;
+    Colour colour = {};
 };
 
 /// x to the left and forward, y to the right and forward, z upwards.
