@@ -17,8 +17,8 @@ Status Do(void* instance, const char* function, const Action& action) noexcept {
     if (!instance) {
         return Status::Error;
     }
-    auto& called = *static_cast<Instance*>(instance);
     try {
+        auto& called = *static_cast<Instance*>(instance);
         try {
             action(called);
             return Status::Ok;

@@ -56,8 +56,9 @@ std::filesystem::path MakeNewFolder(const std::filesystem::path& parent, const s
 
 } // namespace
 
-Coupling::Coupling(const Scenario& scenario, const CouplingSettings& settings) : m_scenario(scenario) {
-    m_folder = MakeNewFolder(std::filesystem::absolute(settings.outputFolder), settings.instanceName);
+Coupling::Coupling(const Scenario& scenario, const CouplingSettings& settings)
+    : m_scenario(scenario),
+      m_folder(MakeNewFolder(std::filesystem::absolute(settings.outputFolder), settings.instanceName)) {
     try {
         Connect(settings);
         BuildModel();

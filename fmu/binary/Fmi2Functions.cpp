@@ -35,7 +35,7 @@ void RequireValues(const Instance& instance) {
 
 template <class Value, class Get>
 fmi2Status GetEach(fmi2Component c, const char* function, const fmi2ValueReference* vr, size_t nvr, Value* value,
-                   Type type, const Get& get) noexcept {
+                   Type type, const Get& get) {
     return On(c, function, [&](Instance& instance) {
         RequirePointer(vr, nvr);
         RequirePointer(value, nvr);
@@ -51,7 +51,7 @@ fmi2Status GetEach(fmi2Component c, const char* function, const fmi2ValueReferen
 
 template <class Set>
 fmi2Status SetEach(fmi2Component c, const char* function, const fmi2ValueReference* vr, size_t nvr, const void* value,
-                   Type type, const Set& set) noexcept {
+                   Type type, const Set& set) {
     return On(c, function, [&](Instance& instance) {
         RequirePointer(vr, nvr);
         RequirePointer(value, nvr);
@@ -208,8 +208,8 @@ fmi2Status fmi2DeSerializeFMUstate(fmi2Component c, const fmi2Byte /*serialized*
     return Without(c, __func__, noStates);
 }
 
-fmi2Status fmi2GetDirectionalDerivative(fmi2Component c, const fmi2ValueReference /*unknowns*/[], size_t /*nUnknown*/,
-                                        const fmi2ValueReference /*knowns*/[], size_t /*nKnown*/,
+fmi2Status fmi2GetDirectionalDerivative(fmi2Component c, const fmi2ValueReference /*unknowns*/[], size_t /*nUnknowns*/,
+                                        const fmi2ValueReference /*knowns*/[], size_t /*nKnowns*/,
                                         const fmi2Real /*seed*/[], fmi2Real /*sensitivity*/[]) {
     return Without(c, __func__, "directional derivatives");
 }

@@ -61,7 +61,7 @@ size_t ElementsOf(const Instance& instance, const fmi3ValueReference* references
 /// Does something for every element: the reference that it has, and its index among the values.
 template <class Each>
 fmi3Status ForEach(fmi3Instance instance, const char* function, const fmi3ValueReference* references, size_t count,
-                   const void* values, size_t valueCount, Type type, const Each& each) noexcept {
+                   const void* values, size_t valueCount, Type type, const Each& each) {
     return On(instance, function, [&](Instance& called) {
         RequirePointer(references, count);
         RequirePointer(values, count);

@@ -85,8 +85,8 @@ fmi2Status fmi2FreeFMUstate(fmi2Component c, fmi2FMUstate* state);
 fmi2Status fmi2SerializedFMUstateSize(fmi2Component c, fmi2FMUstate state, size_t* size);
 fmi2Status fmi2SerializeFMUstate(fmi2Component c, fmi2FMUstate state, fmi2Byte serialized[], size_t size);
 fmi2Status fmi2DeSerializeFMUstate(fmi2Component c, const fmi2Byte serialized[], size_t size, fmi2FMUstate* state);
-fmi2Status fmi2GetDirectionalDerivative(fmi2Component c, const fmi2ValueReference unknowns[], size_t nUnknown,
-                                        const fmi2ValueReference knowns[], size_t nKnown, const fmi2Real seed[],
+fmi2Status fmi2GetDirectionalDerivative(fmi2Component c, const fmi2ValueReference unknowns[], size_t nUnknowns,
+                                        const fmi2ValueReference knowns[], size_t nKnowns, const fmi2Real seed[],
                                         fmi2Real sensitivity[]);
 /** @} */
 

@@ -97,10 +97,10 @@ public:
             name.c_str(), fmi2CoSimulation, fmu.Token().c_str(), fmu.ResourceLocation().c_str(), &m_callbacks,
             fmi2False, fmi2True);
         if (m_component && !output.empty()) {
-            SetText("outputFolder", output.u8string());
+            Instance2::SetText("outputFolder", output.u8string());
         }
     }
-    ~Instance2() override { Free(); }
+    ~Instance2() override { Instance2::Free(); }
 
     bool Exists() const override { return m_component != nullptr; }
     int EnterInitialization(double startTime, double stopTime) override {
@@ -166,10 +166,10 @@ public:
             name.c_str(), fmu.Token().c_str(), fmu.ResourcePath().c_str(), false, true, false, false, nullptr, 0, this,
             Log3, nullptr);
         if (m_instance && !output.empty()) {
-            SetText("outputFolder", output.u8string());
+            Instance3::SetText("outputFolder", output.u8string());
         }
     }
-    ~Instance3() override { Free(); }
+    ~Instance3() override { Instance3::Free(); }
 
     bool Exists() const override { return m_instance != nullptr; }
     int EnterInitialization(double startTime, double stopTime) override {

@@ -62,8 +62,7 @@ const Fmu& Packed(const std::filesystem::path& scenario, int version, const std:
     if (!fmu) {
         const std::string name = "fmu " + std::to_string(packed.size()); // a blank in its path
         const std::filesystem::path file = Workshop() / (name + ".fmu");
-        std::vector<std::string> all = {scenario.u8string(),     "-o",         file.u8string(), "--fmi",
-                                        std::to_string(version), "--simulator"};
+        std::vector<std::string> all = {scenario.u8string(), "-o", file.u8string(), "--fmi", std::to_string(version)};
         all.insert(all.end(), words.begin(), words.end());
         const endtoend::Outcome outcome = endtoend::RunProgram(endtoend::ProgramBeside("kinora-fmu"), all);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.output;

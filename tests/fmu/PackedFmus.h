@@ -8,9 +8,10 @@
 
 namespace importer {
 
-/// An FMU of a scenario, with the simulator; packed by kinora-fmu when it is first asked for. It stays to the end.
+/// An FMU of a scenario, packed by kinora-fmu when it is first asked for. It stays to the end.
 /// @param words  further arguments of kinora-fmu
-const Fmu& Packed(const std::filesystem::path& scenario, int version, const std::vector<std::string>& words = {});
+const Fmu& Packed(const std::filesystem::path& scenario, int version,
+                  const std::vector<std::string>& words = {"--simulator"});
 
 /// The folder of this test program's run, where FMUs are unpacked.
 const endtoend::ScratchFolder& Workshop();

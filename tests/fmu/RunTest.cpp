@@ -81,7 +81,8 @@ INSTANTIATE_TEST_SUITE_P(Fmi, Run, testing::Values(2, 3));
 TEST_P(Run, OfPosesGivesWhatTheHostGives) {
     const std::filesystem::path states = HostStates(Tilted().file, "tilted.csv");
     const std::size_t rows = Column(states, "Time [s]").size();
-    const auto instance = Make(Packed(Tilted().file, GetParam(), {"--interface", "poses", "--axes", "body"}));
+    const auto instance =
+        Make(Packed(Tilted().file, GetParam(), {"--simulator", "--interface", "poses", "--axes", "body"}));
     ASSERT_TRUE(instance->Exists()) << instance->LogText();
     // The start values are where the scenario begins.
     std::vector<std::vector<double>> forces, torques;
@@ -189,6 +190,20 @@ TEST(InputDerivatives, LeadFurtherThanSpeeds) {
     ASSERT_EQ(instance->SetNumbers("driven_hinge.angularVelocity", {0.0}), 0);
     ASSERT_EQ(instance->DoStep(0.1, 0.1), 0);
     EXPECT_NEAR(instance->Number("driven_hinge.torque"), placed->Number("driven_hinge.torque"), tolerance);
+}
+
+TEST_P(Run, UsesTheMachinesDesktopWhereItBringsNone) {
+    std::vector<double> torques;
+    for (const std::vector<std::string>& words : {std::vector<std::string>{}, {"--simulator"}}) {
+        const auto instance = Make(Packed(Coupling(), GetParam(), words));
+        instance->Start(0.0, 1.0);
+        EXPECT_EQ(instance->SetNumbers("driven_hinge.angle", {0.3}), 0);
+        EXPECT_EQ(instance->DoStep(0.0, 0.1), 0) << instance->LogText();
+        torques.push_back(instance->Number("driven_hinge.torque"));
+        EXPECT_EQ(instance->Terminate(), 0);
+    }
+    EXPECT_NE(torques[0], 0.0);
+    EXPECT_NEAR(torques[0], torques[1], tolerance);
 }
 
 TEST_P(Run, BeginsAtAnyTime) {
