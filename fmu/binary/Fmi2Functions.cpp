@@ -57,6 +57,7 @@ fmi2Status SetEach(fmi2Component c, const char* function, const fmi2ValueReferen
         RequirePointer(value, nvr);
         for (size_t i = 0; i < nvr; ++i) {
             instance.Find(vr[i], type);
+            instance.Settable(vr[i]);
         }
         for (size_t i = 0; i < nvr; ++i) {
             set(instance, i);

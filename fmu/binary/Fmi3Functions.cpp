@@ -58,10 +58,12 @@ size_t ElementsOf(const Instance& instance, const fmi3ValueReference* references
     return elements;
 }
 
+enum class Access { Get, Set };
+
 /// Does something for every element: the reference that it has, and its index among the values.
 template <class Each>
-fmi3Status ForEach(fmi3Instance instance, const char* function, const fmi3ValueReference* references, size_t count,
-                   const void* values, size_t valueCount, Type type, const Each& each) {
+fmi3Status ForEach(fmi3Instance instance, const char* function, Access access, const fmi3ValueReference* references,
+                   size_t count, const void* values, size_t valueCount, Type type, const Each& each) {
     return On(instance, function, [&](Instance& called) {
         RequirePointer(references, count);
         RequirePointer(values, count);
@@ -69,6 +71,9 @@ fmi3Status ForEach(fmi3Instance instance, const char* function, const fmi3ValueR
         if (elements != valueCount) {
             throw CallError("there are " + std::to_string(elements) + " values of these variables, not " +
                             std::to_string(valueCount) + ".");
+        }
+        for (size_t i = 0; access == Access::Set && i < count; ++i) {
+            called.Settable(references[i]);
         }
         size_t index = 0;
         for (size_t i = 0; i < count; ++i) {
@@ -177,19 +182,19 @@ fmi3Status fmi3Reset(fmi3Instance instance) {
 
 fmi3Status fmi3GetFloat64(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
                           fmi3Float64 values[], size_t nValues) {
-    return ForEach(instance, __func__, valueReferences, nValueReferences, values, nValues, Type::Real,
+    return ForEach(instance, __func__, Access::Get, valueReferences, nValueReferences, values, nValues, Type::Real,
                    [&](Instance& called, Reference reference, size_t i) { values[i] = called.Number(reference); });
 }
 
 fmi3Status fmi3SetFloat64(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
                           const fmi3Float64 values[], size_t nValues) {
-    return ForEach(instance, __func__, valueReferences, nValueReferences, values, nValues, Type::Real,
+    return ForEach(instance, __func__, Access::Set, valueReferences, nValueReferences, values, nValues, Type::Real,
                    [&](Instance& called, Reference reference, size_t i) { called.SetNumber(reference, values[i]); });
 }
 
 fmi3Status fmi3GetInt32(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
                         fmi3Int32 values[], size_t nValues) {
-    return ForEach(instance, __func__, valueReferences, nValueReferences, values, nValues, Type::Integer,
+    return ForEach(instance, __func__, Access::Get, valueReferences, nValueReferences, values, nValues, Type::Integer,
                    [&](Instance& called, Reference reference, size_t i) {
                        values[i] = static_cast<fmi3Int32>(called.Number(reference));
                    });
@@ -197,20 +202,20 @@ fmi3Status fmi3GetInt32(fmi3Instance instance, const fmi3ValueReference valueRef
 
 fmi3Status fmi3SetInt32(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
                         const fmi3Int32 values[], size_t nValues) {
-    return ForEach(instance, __func__, valueReferences, nValueReferences, values, nValues, Type::Integer,
+    return ForEach(instance, __func__, Access::Set, valueReferences, nValueReferences, values, nValues, Type::Integer,
                    [&](Instance& called, Reference reference, size_t i) { called.SetNumber(reference, values[i]); });
 }
 
 fmi3Status fmi3GetString(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
                          fmi3String values[], size_t nValues) {
     return ForEach(
-        instance, __func__, valueReferences, nValueReferences, values, nValues, Type::Text,
+        instance, __func__, Access::Get, valueReferences, nValueReferences, values, nValues, Type::Text,
         [&](Instance& called, Reference reference, size_t i) { values[i] = called.Text(reference).c_str(); });
 }
 
 fmi3Status fmi3SetString(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
                          const fmi3String values[], size_t nValues) {
-    return ForEach(instance, __func__, valueReferences, nValueReferences, values, nValues, Type::Text,
+    return ForEach(instance, __func__, Access::Set, valueReferences, nValueReferences, values, nValues, Type::Text,
                    [&](Instance& called, Reference reference, size_t i) {
                        RequirePointer(values[i], 1);
                        called.SetText(reference, values[i]);

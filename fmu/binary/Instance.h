@@ -68,6 +68,8 @@ public:
     double Number(Reference reference);
     /// Valid until it is set.
     const std::string& Text(Reference reference) const;
+    /// @throws CallError  the variable cannot be set now
+    const Variable& Settable(Reference reference) const;
     void SetNumber(Reference reference, double value);
     void SetText(Reference reference, std::string value);
     void SetDerivative(Reference reference, int order, double value);
@@ -75,7 +77,6 @@ public:
 private:
     void Tell(Status status, const char* category, const std::string& text) const;
     void RequireState(State state, const char* what) const;
-    const Variable& Settable(Reference reference) const;
     template <class Work>
     void Attempt(const Work& work);
     CouplingSettings Settings() const;

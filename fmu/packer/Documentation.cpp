@@ -100,10 +100,10 @@ std::string DocumentationPage(const Model& model, const Packing& packing, Fmi ve
         fmt::format("A magnetostatic model as a co-simulation FMU of FMI {}.0: motion in, force and torque of the "
                     "magnetic field out. The field is solved by {}.",
                     static_cast<int>(version), DesktopName(model, packing)));
-    Add(body, "h2", "Variables");
-    AddTable(body, model, version);
     AddFrames(body, packing);
     AddTime(body);
+    Add(body, "h2", "Variables");
+    AddTable(body, model, version);
     Add(body, "h2", "Files");
     Add(body, "p",
         "Every run makes a new folder, named after the instance, in the folder that the parameter outputFolder names, "

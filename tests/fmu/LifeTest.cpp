@@ -287,6 +287,26 @@ TEST(Functions2, RefuseWhatTheFmuDoesNotHave) {
     fmu.Binary().Find<decltype(fmi2FreeInstance)>("fmi2FreeInstance")(c);
 }
 
+TEST(Functions2, SetAllOrNothing) {
+    const Fmu& fmu = Coupling(2);
+    const auto make = fmu.Binary().Find<decltype(fmi2Instantiate)>("fmi2Instantiate");
+    const fmi2CallbackFunctions silent = {};
+    const fmi2Component c = make("one", fmi2CoSimulation, fmu.Token().c_str(), fmu.ResourceLocation().c_str(), &silent,
+                                 fmi2False, fmi2False);
+    ASSERT_NE(c, nullptr);
+    EXPECT_EQ(
+        fmu.Binary().Find<decltype(fmi2SetupExperiment)>("fmi2SetupExperiment")(c, fmi2False, 0.0, 0.0, fmi2False, 0.0),
+        fmi2OK);
+    EXPECT_EQ(fmu.Binary().Find<decltype(fmi2EnterInitializationMode)>("fmi2EnterInitializationMode")(c), fmi2OK);
+    const fmi2ValueReference both[] = {fmu.Reference("driven_hinge.angle"), fmu.Reference("driven_hinge.torque")};
+    const fmi2Real values[] = {0.5, 0.5};
+    EXPECT_EQ(fmu.Binary().Find<decltype(fmi2SetReal)>("fmi2SetReal")(c, both, 2, values), fmi2Error);
+    fmi2Real angle = -1.0;
+    EXPECT_EQ(fmu.Binary().Find<decltype(fmi2GetReal)>("fmi2GetReal")(c, both, 1, &angle), fmi2OK);
+    EXPECT_EQ(angle, 0.0);
+    fmu.Binary().Find<decltype(fmi2FreeInstance)>("fmi2FreeInstance")(c);
+}
+
 TEST(Functions3, RefuseWhatTheFmuDoesNotHave) {
     const Fmu& fmu = Coupling(3);
     const Library& binary = fmu.Binary();

@@ -29,6 +29,15 @@ std::filesystem::path HostStates(const std::filesystem::path& scenario, const st
 
 class Run : public testing::TestWithParam<int> {
 protected:
+    /// FMUs leave the machine's desktop running, which under Wine holds this program's streams open. A run of the host
+    /// ends it.
+    static void TearDownTestSuite() {
+        const endtoend::ScratchFolder folder;
+        const endtoend::Outcome outcome = endtoend::RunHost({Coupling().u8string(), "--out", folder.Path().u8string(),
+                                                             "--desktop", "Simulator", "--steps", "1", "--quiet"});
+        EXPECT_EQ(outcome.exitCode, 1) << outcome.output; // stopped before its end
+    }
+
     std::unique_ptr<Instance> Make(const Fmu& fmu, const std::string& name = "run") const {
         return Instance::Of(fmu, name, m_output.Path());
     }
