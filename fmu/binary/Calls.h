@@ -40,6 +40,11 @@ void* Make(const char* function, Instantiation instantiation) noexcept;
 /// @param instance  may be null
 void Free(void* instance) noexcept;
 
+/// What an FMU does not have, in both versions.
+constexpr const char* noVariables = "variables of this type";
+constexpr const char* noStates = "states that can be saved: every solve is recorded";
+constexpr const char* noModelExchange = "model exchange";
+
 /// Throws what a function says that this kind of FMU does not have.
 [[noreturn]] void Refuse(const std::string& what);
 

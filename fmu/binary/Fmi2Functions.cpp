@@ -8,13 +8,13 @@ namespace {
 using namespace kinora::fmu;
 
 template <class Action>
-fmi2Status On(fmi2Component c, const char* function, const Action& action) noexcept {
+fmi2Status On2(fmi2Component c, const char* function, const Action& action) noexcept {
     return static_cast<fmi2Status>(Do(c, function, action));
 }
 
 /// A function that this FMU does not have.
-fmi2Status Without(fmi2Component c, const char* function, const char* what) noexcept {
-    return On(c, function, [&](Instance&) { Refuse(what); });
+fmi2Status Without2(fmi2Component c, const char* function, const char* what) noexcept {
+    return On2(c, function, [&](Instance&) { Refuse(what); });
 }
 
 Log LogOf(const fmi2CallbackFunctions& functions, std::string name) {
@@ -36,7 +36,7 @@ void RequireValues(const Instance& instance) {
 template <class Value, class Get>
 fmi2Status GetEach(fmi2Component c, const char* function, const fmi2ValueReference* vr, size_t nvr, Value* value,
                    Type type, const Get& get) {
-    return On(c, function, [&](Instance& instance) {
+    return On2(c, function, [&](Instance& instance) {
         RequirePointer(vr, nvr);
         RequirePointer(value, nvr);
         RequireValues(instance);
@@ -52,7 +52,7 @@ fmi2Status GetEach(fmi2Component c, const char* function, const fmi2ValueReferen
 template <class Set>
 fmi2Status SetEach(fmi2Component c, const char* function, const fmi2ValueReference* vr, size_t nvr, const void* value,
                    Type type, const Set& set) {
-    return On(c, function, [&](Instance& instance) {
+    return On2(c, function, [&](Instance& instance) {
         RequirePointer(vr, nvr);
         RequirePointer(value, nvr);
         for (size_t i = 0; i < nvr; ++i) {
@@ -64,10 +64,6 @@ fmi2Status SetEach(fmi2Component c, const char* function, const fmi2ValueReferen
         }
     });
 }
-
-constexpr const char* noBooleans = "variables of this type";
-constexpr const char* noStates = "states that can be saved: every solve is recorded";
-constexpr const char* noModelExchange = "model exchange";
 
 } // namespace
 
@@ -81,7 +77,7 @@ const char* fmi2GetVersion(void) {
 
 fmi2Status fmi2SetDebugLogging(fmi2Component c, fmi2Boolean loggingOn, size_t nCategories,
                                const fmi2String categories[]) {
-    return On(c, __func__, [&](Instance& instance) {
+    return On2(c, __func__, [&](Instance& instance) {
         RequirePointer(categories, nCategories);
         instance.SetLogging(loggingOn != fmi2False, {categories, categories + nCategories});
     });
@@ -120,26 +116,26 @@ void fmi2FreeInstance(fmi2Component c) {
 
 fmi2Status fmi2SetupExperiment(fmi2Component c, fmi2Boolean /*toleranceDefined*/, fmi2Real /*tolerance*/,
                                fmi2Real startTime, fmi2Boolean stopTimeDefined, fmi2Real stopTime) {
-    return On(c, __func__, [&](Instance& instance) {
+    return On2(c, __func__, [&](Instance& instance) {
         instance.SetUpExperiment(startTime,
                                  stopTimeDefined != fmi2False ? std::optional<double>(stopTime) : std::nullopt);
     });
 }
 
 fmi2Status fmi2EnterInitializationMode(fmi2Component c) {
-    return On(c, __func__, [](Instance& instance) { instance.EnterInitialization(); });
+    return On2(c, __func__, [](Instance& instance) { instance.EnterInitialization(); });
 }
 
 fmi2Status fmi2ExitInitializationMode(fmi2Component c) {
-    return On(c, __func__, [](Instance& instance) { instance.ExitInitialization(); });
+    return On2(c, __func__, [](Instance& instance) { instance.ExitInitialization(); });
 }
 
 fmi2Status fmi2Terminate(fmi2Component c) {
-    return On(c, __func__, [](Instance& instance) { instance.Terminate(); });
+    return On2(c, __func__, [](Instance& instance) { instance.Terminate(); });
 }
 
 fmi2Status fmi2Reset(fmi2Component c) {
-    return On(c, __func__, [](Instance& instance) { instance.Reset(); });
+    return On2(c, __func__, [](Instance& instance) { instance.Reset(); });
 }
 
 fmi2Status fmi2GetReal(fmi2Component c, const fmi2ValueReference vr[], size_t nvr, fmi2Real value[]) {
@@ -154,7 +150,7 @@ fmi2Status fmi2GetInteger(fmi2Component c, const fmi2ValueReference vr[], size_t
 }
 
 fmi2Status fmi2GetBoolean(fmi2Component c, const fmi2ValueReference /*vr*/[], size_t nvr, fmi2Boolean /*value*/[]) {
-    return nvr == 0 && c ? fmi2OK : Without(c, __func__, noBooleans);
+    return nvr == 0 && c ? fmi2OK : Without2(c, __func__, noVariables);
 }
 
 fmi2Status fmi2GetString(fmi2Component c, const fmi2ValueReference vr[], size_t nvr, fmi2String value[]) {
@@ -174,7 +170,7 @@ fmi2Status fmi2SetInteger(fmi2Component c, const fmi2ValueReference vr[], size_t
 
 fmi2Status fmi2SetBoolean(fmi2Component c, const fmi2ValueReference /*vr*/[], size_t nvr,
                           const fmi2Boolean /*value*/[]) {
-    return nvr == 0 && c ? fmi2OK : Without(c, __func__, noBooleans);
+    return nvr == 0 && c ? fmi2OK : Without2(c, __func__, noVariables);
 }
 
 fmi2Status fmi2SetString(fmi2Component c, const fmi2ValueReference vr[], size_t nvr, const fmi2String value[]) {
@@ -185,34 +181,34 @@ fmi2Status fmi2SetString(fmi2Component c, const fmi2ValueReference vr[], size_t 
 }
 
 fmi2Status fmi2GetFMUstate(fmi2Component c, fmi2FMUstate* /*state*/) {
-    return Without(c, __func__, noStates);
+    return Without2(c, __func__, noStates);
 }
 
 fmi2Status fmi2SetFMUstate(fmi2Component c, fmi2FMUstate /*state*/) {
-    return Without(c, __func__, noStates);
+    return Without2(c, __func__, noStates);
 }
 
 fmi2Status fmi2FreeFMUstate(fmi2Component c, fmi2FMUstate* /*state*/) {
-    return Without(c, __func__, noStates);
+    return Without2(c, __func__, noStates);
 }
 
 fmi2Status fmi2SerializedFMUstateSize(fmi2Component c, fmi2FMUstate /*state*/, size_t* /*size*/) {
-    return Without(c, __func__, noStates);
+    return Without2(c, __func__, noStates);
 }
 
 fmi2Status fmi2SerializeFMUstate(fmi2Component c, fmi2FMUstate /*state*/, fmi2Byte /*serialized*/[], size_t /*size*/) {
-    return Without(c, __func__, noStates);
+    return Without2(c, __func__, noStates);
 }
 
 fmi2Status fmi2DeSerializeFMUstate(fmi2Component c, const fmi2Byte /*serialized*/[], size_t /*size*/,
                                    fmi2FMUstate* /*state*/) {
-    return Without(c, __func__, noStates);
+    return Without2(c, __func__, noStates);
 }
 
 fmi2Status fmi2GetDirectionalDerivative(fmi2Component c, const fmi2ValueReference /*unknowns*/[], size_t /*nUnknowns*/,
                                         const fmi2ValueReference /*knowns*/[], size_t /*nKnowns*/,
                                         const fmi2Real /*seed*/[], fmi2Real /*sensitivity*/[]) {
-    return Without(c, __func__, "directional derivatives");
+    return Without2(c, __func__, "directional derivatives");
 }
 
 fmi2Status fmi2SetRealInputDerivatives(fmi2Component c, const fmi2ValueReference vr[], size_t nvr,
@@ -225,25 +221,25 @@ fmi2Status fmi2SetRealInputDerivatives(fmi2Component c, const fmi2ValueReference
 
 fmi2Status fmi2GetRealOutputDerivatives(fmi2Component c, const fmi2ValueReference /*vr*/[], size_t /*nvr*/,
                                         const fmi2Integer /*order*/[], fmi2Real /*value*/[]) {
-    return Without(c, __func__, "derivatives of outputs");
+    return Without2(c, __func__, "derivatives of outputs");
 }
 
 fmi2Status fmi2DoStep(fmi2Component c, fmi2Real currentCommunicationPoint, fmi2Real communicationStepSize,
                       fmi2Boolean /*noSetFMUStatePriorToCurrentPoint*/) {
-    return On(c, __func__,
-              [&](Instance& instance) { instance.DoStep(currentCommunicationPoint, communicationStepSize); });
+    return On2(c, __func__,
+               [&](Instance& instance) { instance.DoStep(currentCommunicationPoint, communicationStepSize); });
 }
 
 fmi2Status fmi2CancelStep(fmi2Component c) {
-    return Without(c, __func__, "steps that go on after the call");
+    return Without2(c, __func__, "steps that go on after the call");
 }
 
 fmi2Status fmi2GetStatus(fmi2Component c, fmi2StatusKind /*kind*/, fmi2Status* /*value*/) {
-    return Without(c, __func__, "steps that go on after the call");
+    return Without2(c, __func__, "steps that go on after the call");
 }
 
 fmi2Status fmi2GetRealStatus(fmi2Component c, fmi2StatusKind kind, fmi2Real* value) {
-    return On(c, __func__, [&](Instance& instance) {
+    return On2(c, __func__, [&](Instance& instance) {
         RequirePointer(value, 1);
         if (kind != fmi2LastSuccessfulTime) {
             Refuse("such status");
@@ -253,11 +249,11 @@ fmi2Status fmi2GetRealStatus(fmi2Component c, fmi2StatusKind kind, fmi2Real* val
 }
 
 fmi2Status fmi2GetIntegerStatus(fmi2Component c, fmi2StatusKind /*kind*/, fmi2Integer* /*value*/) {
-    return Without(c, __func__, "such status");
+    return Without2(c, __func__, "such status");
 }
 
 fmi2Status fmi2GetBooleanStatus(fmi2Component c, fmi2StatusKind kind, fmi2Boolean* value) {
-    return On(c, __func__, [&](Instance&) {
+    return On2(c, __func__, [&](Instance&) {
         RequirePointer(value, 1);
         if (kind != fmi2Terminated) {
             Refuse("such status");
@@ -267,46 +263,46 @@ fmi2Status fmi2GetBooleanStatus(fmi2Component c, fmi2StatusKind kind, fmi2Boolea
 }
 
 fmi2Status fmi2GetStringStatus(fmi2Component c, fmi2StatusKind /*kind*/, fmi2String* /*value*/) {
-    return Without(c, __func__, "such status");
+    return Without2(c, __func__, "such status");
 }
 
 fmi2Status fmi2EnterEventMode(fmi2Component c) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2NewDiscreteStates(fmi2Component c, fmi2EventInfo* /*info*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2EnterContinuousTimeMode(fmi2Component c) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2CompletedIntegratorStep(fmi2Component c, fmi2Boolean /*noSetFMUStatePriorToCurrentPoint*/,
                                        fmi2Boolean* /*enterEventMode*/, fmi2Boolean* /*terminateSimulation*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2SetTime(fmi2Component c, fmi2Real /*time*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2SetContinuousStates(fmi2Component c, const fmi2Real /*x*/[], size_t /*nx*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2GetDerivatives(fmi2Component c, fmi2Real /*derivatives*/[], size_t /*nx*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2GetEventIndicators(fmi2Component c, fmi2Real /*indicators*/[], size_t /*ni*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2GetContinuousStates(fmi2Component c, fmi2Real /*x*/[], size_t /*nx*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }
 
 fmi2Status fmi2GetNominalsOfContinuousStates(fmi2Component c, fmi2Real /*nominals*/[], size_t /*nx*/) {
-    return Without(c, __func__, noModelExchange);
+    return Without2(c, __func__, noModelExchange);
 }

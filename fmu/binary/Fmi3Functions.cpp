@@ -9,20 +9,20 @@ namespace {
 using namespace kinora::fmu;
 
 template <class Action>
-fmi3Status On(fmi3Instance instance, const char* function, const Action& action) noexcept {
+fmi3Status On3(fmi3Instance instance, const char* function, const Action& action) noexcept {
     return static_cast<fmi3Status>(Do(instance, function, action));
 }
 
 /// A function that this FMU does not have.
-fmi3Status Without(fmi3Instance instance, const char* function, const char* what) noexcept {
-    return On(instance, function, [&](Instance&) { Refuse(what); });
+fmi3Status Without3(fmi3Instance instance, const char* function, const char* what) noexcept {
+    return On3(instance, function, [&](Instance&) { Refuse(what); });
 }
 
 /// A function of a type that no variable has: right for no variables.
 fmi3Status WithoutType(fmi3Instance instance, const char* function, size_t count) noexcept {
-    return On(instance, function, [&](Instance&) {
+    return On3(instance, function, [&](Instance&) {
         if (count > 0) {
-            Refuse("variables of this type");
+            Refuse(noVariables);
         }
     });
 }
@@ -64,7 +64,7 @@ enum class Access { Get, Set };
 template <class Each>
 fmi3Status ForEach(fmi3Instance instance, const char* function, Access access, const fmi3ValueReference* references,
                    size_t count, const void* values, size_t valueCount, Type type, const Each& each) {
-    return On(instance, function, [&](Instance& called) {
+    return On3(instance, function, [&](Instance& called) {
         RequirePointer(references, count);
         RequirePointer(values, count);
         const size_t elements = ElementsOf(called, references, count, type);
@@ -85,8 +85,6 @@ fmi3Status ForEach(fmi3Instance instance, const char* function, Access access, c
     });
 }
 
-constexpr const char* noStates = "states that can be saved: every solve is recorded";
-constexpr const char* noModelExchange = "model exchange";
 constexpr const char* noClocks = "clocks";
 constexpr const char* noEvents = "event mode";
 constexpr const char* noConfiguration = "structural parameters";
@@ -99,7 +97,7 @@ const char* fmi3GetVersion(void) {
 
 fmi3Status fmi3SetDebugLogging(fmi3Instance instance, fmi3Boolean loggingOn, size_t nCategories,
                                const fmi3String categories[]) {
-    return On(instance, __func__, [&](Instance& called) {
+    return On3(instance, __func__, [&](Instance& called) {
         RequirePointer(categories, nCategories);
         called.SetLogging(loggingOn, {categories, categories + nCategories});
     });
@@ -158,26 +156,26 @@ void fmi3FreeInstance(fmi3Instance instance) {
 fmi3Status fmi3EnterInitializationMode(fmi3Instance instance, fmi3Boolean /*toleranceDefined*/,
                                        fmi3Float64 /*tolerance*/, fmi3Float64 startTime, fmi3Boolean stopTimeDefined,
                                        fmi3Float64 stopTime) {
-    return On(instance, __func__, [&](Instance& called) {
+    return On3(instance, __func__, [&](Instance& called) {
         called.SetUpExperiment(startTime, stopTimeDefined ? std::optional<double>(stopTime) : std::nullopt);
         called.EnterInitialization();
     });
 }
 
 fmi3Status fmi3ExitInitializationMode(fmi3Instance instance) {
-    return On(instance, __func__, [](Instance& called) { called.ExitInitialization(); });
+    return On3(instance, __func__, [](Instance& called) { called.ExitInitialization(); });
 }
 
 fmi3Status fmi3EnterEventMode(fmi3Instance instance) {
-    return Without(instance, __func__, noEvents);
+    return Without3(instance, __func__, noEvents);
 }
 
 fmi3Status fmi3Terminate(fmi3Instance instance) {
-    return On(instance, __func__, [](Instance& called) { called.Terminate(); });
+    return On3(instance, __func__, [](Instance& called) { called.Terminate(); });
 }
 
 fmi3Status fmi3Reset(fmi3Instance instance) {
-    return On(instance, __func__, [](Instance& called) { called.Reset(); });
+    return On3(instance, __func__, [](Instance& called) { called.Reset(); });
 }
 
 fmi3Status fmi3GetFloat64(fmi3Instance instance, const fmi3ValueReference valueReferences[], size_t nValueReferences,
@@ -265,110 +263,110 @@ fmi3Status fmi3SetClock(fmi3Instance instance, const fmi3ValueReference /*valueR
 
 fmi3Status fmi3GetNumberOfVariableDependencies(fmi3Instance instance, fmi3ValueReference /*valueReference*/,
                                                size_t* /*nDependencies*/) {
-    return Without(instance, __func__, "dependencies of single elements");
+    return Without3(instance, __func__, "dependencies of single elements");
 }
 
 fmi3Status fmi3GetVariableDependencies(fmi3Instance instance, fmi3ValueReference /*dependent*/,
                                        size_t /*elementIndicesOfDependent*/[], fmi3ValueReference /*independents*/[],
                                        size_t /*elementIndicesOfIndependents*/[],
                                        fmi3DependencyKind /*dependencyKinds*/[], size_t /*nDependencies*/) {
-    return Without(instance, __func__, "dependencies of single elements");
+    return Without3(instance, __func__, "dependencies of single elements");
 }
 
 fmi3Status fmi3GetFMUState(fmi3Instance instance, fmi3FMUState* /*state*/) {
-    return Without(instance, __func__, noStates);
+    return Without3(instance, __func__, noStates);
 }
 
 fmi3Status fmi3SetFMUState(fmi3Instance instance, fmi3FMUState /*state*/) {
-    return Without(instance, __func__, noStates);
+    return Without3(instance, __func__, noStates);
 }
 
 fmi3Status fmi3FreeFMUState(fmi3Instance instance, fmi3FMUState* /*state*/) {
-    return Without(instance, __func__, noStates);
+    return Without3(instance, __func__, noStates);
 }
 
 fmi3Status fmi3SerializedFMUStateSize(fmi3Instance instance, fmi3FMUState /*state*/, size_t* /*size*/) {
-    return Without(instance, __func__, noStates);
+    return Without3(instance, __func__, noStates);
 }
 
 fmi3Status fmi3SerializeFMUState(fmi3Instance instance, fmi3FMUState /*state*/, fmi3Byte /*serializedState*/[],
                                  size_t /*size*/) {
-    return Without(instance, __func__, noStates);
+    return Without3(instance, __func__, noStates);
 }
 
 fmi3Status fmi3DeserializeFMUState(fmi3Instance instance, const fmi3Byte /*serializedState*/[], size_t /*size*/,
                                    fmi3FMUState* /*state*/) {
-    return Without(instance, __func__, noStates);
+    return Without3(instance, __func__, noStates);
 }
 
 fmi3Status fmi3GetDirectionalDerivative(fmi3Instance instance, const fmi3ValueReference /*unknowns*/[],
                                         size_t /*nUnknowns*/, const fmi3ValueReference /*knowns*/[], size_t /*nKnowns*/,
                                         const fmi3Float64 /*seed*/[], size_t /*nSeed*/, fmi3Float64 /*sensitivity*/[],
                                         size_t /*nSensitivity*/) {
-    return Without(instance, __func__, "directional derivatives");
+    return Without3(instance, __func__, "directional derivatives");
 }
 
 fmi3Status fmi3GetAdjointDerivative(fmi3Instance instance, const fmi3ValueReference /*unknowns*/[],
                                     size_t /*nUnknowns*/, const fmi3ValueReference /*knowns*/[], size_t /*nKnowns*/,
                                     const fmi3Float64 /*seed*/[], size_t /*nSeed*/, fmi3Float64 /*sensitivity*/[],
                                     size_t /*nSensitivity*/) {
-    return Without(instance, __func__, "adjoint derivatives");
+    return Without3(instance, __func__, "adjoint derivatives");
 }
 
 fmi3Status fmi3EnterConfigurationMode(fmi3Instance instance) {
-    return Without(instance, __func__, noConfiguration);
+    return Without3(instance, __func__, noConfiguration);
 }
 
 fmi3Status fmi3ExitConfigurationMode(fmi3Instance instance) {
-    return Without(instance, __func__, noConfiguration);
+    return Without3(instance, __func__, noConfiguration);
 }
 
 fmi3Status fmi3GetIntervalDecimal(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                   size_t /*nValueReferences*/, fmi3Float64 /*intervals*/[],
                                   fmi3IntervalQualifier /*qualifiers*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3GetIntervalFraction(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                    size_t /*nValueReferences*/, fmi3UInt64 /*counters*/[], fmi3UInt64 /*resolutions*/[],
                                    fmi3IntervalQualifier /*qualifiers*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3GetShiftDecimal(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                size_t /*nValueReferences*/, fmi3Float64 /*shifts*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3GetShiftFraction(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                 size_t /*nValueReferences*/, fmi3UInt64 /*counters*/[], fmi3UInt64 /*resolutions*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3SetIntervalDecimal(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                   size_t /*nValueReferences*/, const fmi3Float64 /*intervals*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3SetIntervalFraction(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                    size_t /*nValueReferences*/, const fmi3UInt64 /*counters*/[],
                                    const fmi3UInt64 /*resolutions*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3SetShiftDecimal(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                size_t /*nValueReferences*/, const fmi3Float64 /*shifts*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3SetShiftFraction(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                 size_t /*nValueReferences*/, const fmi3UInt64 /*counters*/[],
                                 const fmi3UInt64 /*resolutions*/[]) {
-    return Without(instance, __func__, noClocks);
+    return Without3(instance, __func__, noClocks);
 }
 
 fmi3Status fmi3EvaluateDiscreteStates(fmi3Instance instance) {
-    return Without(instance, __func__, noEvents);
+    return Without3(instance, __func__, noEvents);
 }
 
 fmi3Status fmi3UpdateDiscreteStates(fmi3Instance instance, fmi3Boolean* /*discreteStatesNeedUpdate*/,
@@ -376,23 +374,23 @@ fmi3Status fmi3UpdateDiscreteStates(fmi3Instance instance, fmi3Boolean* /*discre
                                     fmi3Boolean* /*nominalsOfContinuousStatesChanged*/,
                                     fmi3Boolean* /*valuesOfContinuousStatesChanged*/,
                                     fmi3Boolean* /*nextEventTimeDefined*/, fmi3Float64* /*nextEventTime*/) {
-    return Without(instance, __func__, noEvents);
+    return Without3(instance, __func__, noEvents);
 }
 
 fmi3Status fmi3EnterStepMode(fmi3Instance instance) {
-    return Without(instance, __func__, noEvents);
+    return Without3(instance, __func__, noEvents);
 }
 
 fmi3Status fmi3GetOutputDerivatives(fmi3Instance instance, const fmi3ValueReference /*valueReferences*/[],
                                     size_t /*nValueReferences*/, const fmi3Int32 /*orders*/[], fmi3Float64 /*values*/[],
                                     size_t /*nValues*/) {
-    return Without(instance, __func__, "derivatives of outputs");
+    return Without3(instance, __func__, "derivatives of outputs");
 }
 
 fmi3Status fmi3DoStep(fmi3Instance instance, fmi3Float64 currentCommunicationPoint, fmi3Float64 communicationStepSize,
                       fmi3Boolean /*noSetFMUStatePriorToCurrentPoint*/, fmi3Boolean* eventHandlingNeeded,
                       fmi3Boolean* terminateSimulation, fmi3Boolean* earlyReturn, fmi3Float64* lastSuccessfulTime) {
-    return On(instance, __func__, [&](Instance& called) {
+    return On3(instance, __func__, [&](Instance& called) {
         RequirePointer(eventHandlingNeeded, 1);
         RequirePointer(terminateSimulation, 1);
         RequirePointer(earlyReturn, 1);
@@ -405,52 +403,52 @@ fmi3Status fmi3DoStep(fmi3Instance instance, fmi3Float64 currentCommunicationPoi
 }
 
 fmi3Status fmi3EnterContinuousTimeMode(fmi3Instance instance) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3CompletedIntegratorStep(fmi3Instance instance, fmi3Boolean /*noSetFMUStatePriorToCurrentPoint*/,
                                        fmi3Boolean* /*enterEventMode*/, fmi3Boolean* /*terminateSimulation*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3SetTime(fmi3Instance instance, fmi3Float64 /*time*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3SetContinuousStates(fmi3Instance instance, const fmi3Float64 /*continuousStates*/[],
                                    size_t /*nContinuousStates*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3GetContinuousStateDerivatives(fmi3Instance instance, fmi3Float64 /*derivatives*/[],
                                              size_t /*nContinuousStates*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3GetEventIndicators(fmi3Instance instance, fmi3Float64 /*eventIndicators*/[],
                                   size_t /*nEventIndicators*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3GetContinuousStates(fmi3Instance instance, fmi3Float64 /*continuousStates*/[],
                                    size_t /*nContinuousStates*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3GetNominalsOfContinuousStates(fmi3Instance instance, fmi3Float64 /*nominals*/[],
                                              size_t /*nContinuousStates*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3GetNumberOfEventIndicators(fmi3Instance instance, size_t* /*nEventIndicators*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3GetNumberOfContinuousStates(fmi3Instance instance, size_t* /*nContinuousStates*/) {
-    return Without(instance, __func__, noModelExchange);
+    return Without3(instance, __func__, noModelExchange);
 }
 
 fmi3Status fmi3ActivateModelPartition(fmi3Instance instance, fmi3ValueReference /*clockReference*/,
                                       fmi3Float64 /*activationTime*/) {
-    return Without(instance, __func__, "scheduled execution");
+    return Without3(instance, __func__, "scheduled execution");
 }
