@@ -188,7 +188,7 @@ TEST(KeptSolver, GivesTheSolverTheSameMagnetisationAtEveryStep) {
     }
 }
 
-/// Passes are told of when they are done, not when all of them are. Each takes longer than those before it.
+/// Passes are told of when they are done, not when all of them are: calculating goes on between the first one and the last.
 TEST(Analysis, TellsOfAPassWhenItIsDone) {
     using Clock = std::chrono::steady_clock;
     Desk desk;
@@ -208,5 +208,5 @@ TEST(Analysis, TellsOfAPassWhenItIsDone) {
     ASSERT_EQ(passes.size(), 5U);
     EXPECT_EQ(passes[0].first.substr(0, 22), "Setup1, pass 1: error ");
     EXPECT_EQ(passes[4].first, "Setup1 did not reach an error of 1e-12 % within 4 passes");
-    EXPECT_LT(passes[0].second, passes[3].second / 2);
+    EXPECT_GT(passes[3].second - passes[0].second, passes[0].second / 50);
 }
