@@ -10,7 +10,7 @@ constexpr int derivativeOrder = momentOrder + 1;
 constexpr auto powersOfDerivatives = PowersUpTo<derivativeOrder>();
 using Derivatives = std::array<double, MomentCount(derivativeOrder)>;
 
-constexpr std::array<double, MomentCount(derivativeOrder)> Factorials() {
+constexpr std::array<double, MomentCount(derivativeOrder)> FactorialsOfDerivatives() {
     std::array<double, MomentCount(derivativeOrder)> factorials{};
     for (std::size_t i = 0; i < factorials.size(); ++i) {
         factorials[i] = 1;
@@ -55,7 +55,7 @@ double NextCoefficient(const Eigen::Vector3d& r, double inverseSquare, const Der
 /// Which numbers meet is known when this is compiled; written out like this it takes a fifth of the time of loops.
 template <std::size_t... places>
 Derivatives DerivativesOfInverse(const Eigen::Vector3d& r, std::index_sequence<places...> /*places*/) {
-    constexpr auto factorials = Factorials();
+    constexpr auto factorials = FactorialsOfDerivatives();
     const double inverseSquare = 1 / r.squaredNorm();
     Derivatives d;
     d[0] = std::sqrt(inverseSquare);

@@ -14,7 +14,7 @@ using Eigen::Vector3d;
 /// In the first pass each term may have this part of the wanted error.
 constexpr double firstShare = 1.0 / 200;
 /// Part of the wanted error that terms may keep together without being refined.
-constexpr double keptError = 0.5;
+constexpr double keptByClusters = 0.5;
 /// What the integral of 1/R^2 over charged faces that others are near to is at most, in units of their charge per area:
 /// 2 pi and a logarithm for each of the few sheets that may lie over one another.
 constexpr double closeField = 30;
@@ -26,8 +26,6 @@ constexpr double similarSizes = 3;
 constexpr double shareOfReplacements = 0.25;
 /// Pairs that are looked at together.
 constexpr std::size_t batchSize = 16384;
-/// Pairs from which a second thread earns its start.
-constexpr std::size_t sizeForThreads = 512;
 
 } // namespace
 
@@ -202,7 +200,7 @@ std::size_t ClusterSum::WalkTrees(std::vector<Pair>& faces) {
         batch.assign(m_open.end() - static_cast<std::ptrdiff_t>(size), m_open.end());
         m_open.resize(m_open.size() - size);
         outcomes.resize(size);
-        ForRanges(size, size < sizeForThreads ? 1 : m_threads, [&](std::size_t begin, std::size_t end) {
+        ForRanges(size, size < pairsForThreads ? 1 : m_threads, [&](std::size_t begin, std::size_t end) {
             for (std::size_t i = begin; i < end; ++i) {
                 outcomes[i] = Examined(batch[i]);
             }
@@ -258,7 +256,7 @@ bool ClusterSum::Refine() {
         return std::array<std::size_t, 2>{MagnetOf(m_terms[i].pair.source).body, MagnetOf(m_terms[i].pair.target).body};
     };
     const std::vector<bool> refined =
-        TermsToRefine(shares, bodiesOf, m_judgement.BodyCount(), keptError * m_options.percentError / 100);
+        TermsToRefine(shares, bodiesOf, m_judgement.BodyCount(), keptByClusters * m_options.percentError / 100);
     m_allowedShare = std::numeric_limits<double>::infinity();
     std::size_t kept = 0;
     for (std::size_t i = 0; i < m_terms.size(); ++i) {

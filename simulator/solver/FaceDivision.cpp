@@ -126,10 +126,10 @@ Range RangeOf(const Piece& piece, const Vector3d& along) {
     return range;
 }
 
-class Division {
+class Divider {
 public:
-    Division(const Surface& surface, const Fineness& fineness, const std::function<double(const Vector3d&)>& distance,
-             std::size_t most)
+    Divider(const Surface& surface, const Fineness& fineness, const std::function<double(const Vector3d&)>& distance,
+            std::size_t most)
         : m_surface(surface), m_fineness(fineness), m_distance(distance), m_most(most) {
         Divide(surface.polygons);
     }
@@ -275,7 +275,7 @@ std::vector<Surface> SurfacesOf(const std::vector<SolidFace>& faces) {
 
 std::vector<Patch> Divided(const Surface& surface, const Fineness& fineness,
                            const std::function<double(const Vector3d&)>& distance, std::size_t most) {
-    return Division(surface, fineness, distance, most).TakePatches();
+    return Divider(surface, fineness, distance, most).TakePatches();
 }
 
 } // namespace vantor::solver

@@ -12,7 +12,7 @@ namespace {
 /// side of rule 0, says nothing about the error.
 constexpr unsigned char leastRuleOfFarFaces = 1;
 /// Part of the wanted error that terms may keep together without being refined.
-constexpr double keptError = 0.25;
+constexpr double keptByFaces = 0.25;
 /// Edges to evaluate from which a second thread earns its start.
 constexpr std::size_t workForThreads = 40000;
 
@@ -158,7 +158,7 @@ bool FaceSum::Refine() {
         return std::array<std::size_t, 2>{m_magnets[m_terms[i].source].body, m_magnets[m_terms[i].target].body};
     };
     const std::vector<bool> leaves =
-        TermsToRefine(share, bodiesOf, m_judgement.BodyCount(), keptError * m_options.percentError / 100);
+        TermsToRefine(share, bodiesOf, m_judgement.BodyCount(), keptByFaces * m_options.percentError / 100);
     if (std::find(leaves.begin(), leaves.end(), true) == leaves.end()) {
         return false;
     }

@@ -14,7 +14,7 @@ constexpr double farMagnets = 10;
 /// Bound of what the points miss, from the third order on, as a multiple of the leading order times the third power of
 /// radii over distance. It holds for blocks, tetrahedra and triangles with a margin.
 constexpr double missedByMagnets = 0.2;
-constexpr double rounding = 8 * std::numeric_limits<double>::epsilon();
+constexpr double farRounding = 8 * std::numeric_limits<double>::epsilon();
 
 /// Load on a dipole from another one: J. D. Jackson, "Classical Electrodynamics" (1999), 5.56 and 5.69.
 Wrench DipoleWrench(const Vector3d& from, const Vector3d& fromMoment, const Vector3d& to, const Vector3d& toMoment) {
@@ -40,7 +40,8 @@ void AddError(Interaction& interaction, double force, double torque, const Vecto
 
 /// Integrals along edges of distant magnets nearly cancel; whether their rounding is worse than the error at hand.
 bool EdgesLoseMore(const PreparedMagnet& source, const PreparedMagnet& target, const Interaction& interaction) {
-    const double force = 8 * rounding * fieldConstant * source.shape->OutlineCharge() * target.shape->OutlineCharge();
+    const double force =
+        8 * farRounding * fieldConstant * source.shape->OutlineCharge() * target.shape->OutlineCharge();
     const double torque = force * (source.centre - target.centre).norm();
     return interaction.forceError <= force ||
            std::max(interaction.sourceTorqueError, interaction.targetTorqueError) <= torque;
@@ -70,7 +71,7 @@ Interaction FarInteraction(const PreparedMagnet& source, const PreparedMagnet& t
     const Wrench leading = DipoleWrench(source.centre, source.moment, target.centre, target.moment);
     SetErrors(result, closeness * (result.wrench - leading), centres);
     const DipoleScale scale = ScaleOf(source, target);
-    const double missed = missedByMagnets * std::pow(closeness, 3) + rounding;
+    const double missed = missedByMagnets * std::pow(closeness, 3) + farRounding;
     AddError(result, missed * scale.force, missed * scale.torque, source.centre, target.centre, centres);
     result.exhausted = EdgesLoseMore(source, target, result);
     return result;

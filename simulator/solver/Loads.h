@@ -6,6 +6,7 @@
 
 namespace vantor::solver {
 
+constexpr double pi = 3.14159265358979323846;
 /// mu0 / (4 pi), V s/(A m).
 constexpr double fieldConstant = 1e-7;
 

@@ -16,8 +16,6 @@ constexpr double apartForMoments = 3, apartForFewPoints = 3, apartForManyPoints 
 /// A part of a face whose radius is this part of its distance or less is small, and how often faces are halved at most.
 constexpr double smallOfDistance = 0.5;
 constexpr int mostCuts = 10;
-/// Pairs from which a second thread earns its start.
-constexpr std::size_t sizeForThreads = 512;
 
 std::vector<WeightedPoint> ChargePoints(const ChargedFace& face, const Isometry3d& pose) {
     std::vector<WeightedPoint> points;
@@ -52,7 +50,7 @@ PatchSum::PatchSum(const std::vector<PreparedMagnet>& magnets, std::size_t bodie
     SetPointsOfFaces();
     const std::vector<TreePair> pairs = Walk();
     std::vector<Sum> sums(pairs.size());
-    ForRanges(pairs.size(), pairs.size() < sizeForThreads ? 1 : m_threads, [&](std::size_t begin, std::size_t end) {
+    ForRanges(pairs.size(), pairs.size() < pairsForThreads ? 1 : m_threads, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
             sums[i] = Of(pairs[i]);
         }

@@ -1,5 +1,6 @@
 #include "simulator/solver/PatchedBody.h"
 
+#include "simulator/solver/Loads.h"
 #include "simulator/solver/Parallel.h"
 
 #include <algorithm>
@@ -8,12 +9,10 @@
 namespace vantor::solver {
 namespace {
 
-using Eigen::Index;
 using Eigen::MatrixXd;
 using Eigen::Vector3d;
 using Eigen::VectorXd;
 
-constexpr double pi = 3.14159265358979323846;
 /// Widths of patches over the thickness of their solid, at scale 1: along sharp edges, and at most.
 constexpr double layerOfThickness = 0.4;
 constexpr double widthOfThickness = 1.2;
@@ -40,8 +39,8 @@ void AddPatches(const Sheet& sheet, std::size_t number, const Division& division
     }
 }
 
-Index RowOf(std::size_t patch) {
-    return patchFunctions * static_cast<Index>(patch);
+Eigen::Index RowOf(std::size_t patch) {
+    return patchFunctions * static_cast<Eigen::Index>(patch);
 }
 
 } // namespace
@@ -123,10 +122,10 @@ void PatchedBody::SetOwnRightHandSide(const VectorXd& fluxesOfKnown) {
 }
 
 void PatchedBody::SetClosedSurfaces() {
-    const auto count = static_cast<Index>(m_set.patches.size());
+    const auto count = static_cast<Eigen::Index>(m_set.patches.size());
     for (const std::size_t region : m_body.RegionsFrom(conservedFrom)) {
         ClosedSurface closed{region, VectorXd::Zero(count), VectorXd::Zero(count)};
-        for (Index i = 0; i < count; ++i) {
+        for (Eigen::Index i = 0; i < count; ++i) {
             const auto patch = static_cast<std::size_t>(i);
             const Surface& surface = SheetOf(patch).surface;
             const bool isInside = m_body.RegionOf(surface.inside) == region;
@@ -146,7 +145,7 @@ void PatchedBody::SetClosedSurfaces() {
 
 /// For what no air touches.
 void PatchedBody::SetAllAreas(ClosedSurface& closed) const {
-    for (Index i = 0; i < closed.sides.size(); ++i) {
+    for (Eigen::Index i = 0; i < closed.sides.size(); ++i) {
         closed.areas[i] = closed.sides[i] * m_set.patches[static_cast<std::size_t>(i)].area;
     }
 }
@@ -157,31 +156,32 @@ void PatchedBody::Balance(Eigen::Ref<MatrixXd> fluxes, const MatrixXd& enclosed)
     for (std::size_t k = 0; k < m_closed.size() && fluxes.cols() > 0; ++k) {
         const ClosedSurface& closed = m_closed[k];
         const double area = closed.areas.dot(closed.sides);
-        Eigen::RowVectorXd excess = -enclosed.row(static_cast<Index>(k));
-        for (Index i = 0; i < closed.sides.size(); ++i) {
+        Eigen::RowVectorXd excess = -enclosed.row(static_cast<Eigen::Index>(k));
+        for (Eigen::Index i = 0; i < closed.sides.size(); ++i) {
             excess += closed.sides[i] * fluxes.row(patchFunctions * i);
         }
-        for (Index i = 0; i < closed.sides.size() && area > 0; ++i) {
+        for (Eigen::Index i = 0; i < closed.sides.size() && area > 0; ++i) {
             fluxes.row(patchFunctions * i) -= closed.areas[i] / area * excess;
         }
     }
 }
 
 void PatchedBody::MakeSourceFree(Fluxes& fluxes) const {
-    const auto count = static_cast<Index>(m_closed.size());
+    const auto count = static_cast<Eigen::Index>(m_closed.size());
     Balance(fluxes.ofPatches, MatrixXd::Zero(count, fluxes.ofPatches.cols()));
     Balance(fluxes.ofKnown, MatrixXd::Zero(count, 1));
 }
 
 /// Half of what a charge on the surface sends goes to the inside; all of what one within does, to the outside.
 void PatchedBody::BalanceOwn(MatrixXd& ofPatches, VectorXd& ofKnown) const {
-    const auto count = static_cast<Index>(m_closed.size());
+    const auto count = static_cast<Eigen::Index>(m_closed.size());
     MatrixXd enclosed = MatrixXd::Zero(count, ofPatches.cols());
     VectorXd enclosedKnown = VectorXd::Zero(count);
-    for (Index k = 0; k < count; ++k) {
+    for (Eigen::Index k = 0; k < count; ++k) {
         const ClosedSurface& closed = m_closed[static_cast<std::size_t>(k)];
         for (std::size_t i = 0; i < m_set.patches.size(); ++i) {
-            enclosed(k, RowOf(i)) = closed.sides[static_cast<Index>(i)] != 0 ? 2 * pi * m_set.patches[i].area : 0;
+            enclosed(k, RowOf(i)) =
+                closed.sides[static_cast<Eigen::Index>(i)] != 0 ? 2 * pi * m_set.patches[i].area : 0;
         }
         for (const KnownPolygon& known : m_body.Known()) {
             const bool isWithin = m_body.RegionOf(m_body.Sheets()[known.sheet].surface.inside) == closed.region;

@@ -11,7 +11,6 @@
 namespace vantor::solver {
 namespace {
 
-using Eigen::Index;
 using Eigen::Isometry3d;
 using Eigen::MatrixXd;
 using Eigen::Vector3d;
@@ -43,7 +42,7 @@ constexpr double coarser = 2, mostCoarser = 64;
 constexpr double unknownError = 100;
 /// Divisions of a body's patches that are kept, and numbers in their factors beside those of the last one: 512 MB.
 constexpr std::size_t mostKept = 6;
-constexpr Index mostKeptNumbers = 64'000'000;
+constexpr Eigen::Index mostKeptNumbers = 64'000'000;
 /// A charge that is less than this part of the largest one anywhere on its patch is left out.
 constexpr double noCharge = 1e-9;
 
@@ -88,7 +87,7 @@ double DistanceFrom(const SolidBody& body, const Vector3d& point) {
 
 void Forget(std::vector<std::shared_ptr<const PatchedBody>>& kept) {
     kept.resize(std::min(kept.size(), mostKept));
-    Index numbers = 0;
+    Eigen::Index numbers = 0;
     const auto tooMany = std::find_if(std::next(kept.begin()), kept.end(), [&](const auto& patched) {
         numbers += patched->Size() * patched->Size();
         return numbers > mostKeptNumbers;
@@ -268,7 +267,7 @@ std::size_t PermeableSum::Couple(std::size_t target, std::vector<Coupling>& coup
 }
 
 /// The charges that those of all bodies make on the others.
-VectorXd PermeableSum::MadeByOthers(const std::vector<Coupling>& couplings, const std::vector<Index>& starts,
+VectorXd PermeableSum::MadeByOthers(const std::vector<Coupling>& couplings, const std::vector<Eigen::Index>& starts,
                                     const VectorXd& charges) const {
     VectorXd result = VectorXd::Zero(charges.size());
     ForEach(m_parts.size(), m_threads, [&](std::size_t target) {
@@ -290,7 +289,7 @@ VectorXd PermeableSum::MadeByOthers(const std::vector<Coupling>& couplings, cons
 
 /// @return flux moments evaluated
 std::size_t PermeableSum::SetCharges() {
-    std::vector<Index> starts(1, 0);
+    std::vector<Eigen::Index> starts(1, 0);
     for (const Part& part : m_parts) {
         starts.push_back(starts.back() + part.patched->Size());
     }
@@ -320,7 +319,7 @@ std::vector<ChargedFace> PermeableSum::FacesOf(const Part& part) {
     const double least = noCharge * (part.charges.size() > 0 ? part.charges.cwiseAbs().maxCoeff() : 0);
     for (std::size_t i = 0; i < patched.Set().patches.size(); ++i) {
         const Patch& patch = patched.Set().patches[i];
-        const Vector3d charges = part.charges.segment<3>(patchFunctions * static_cast<Index>(i));
+        const Vector3d charges = part.charges.segment<3>(patchFunctions * static_cast<Eigen::Index>(i));
         const Vector3d gradient = charges[1] * patch.u + charges[2] * patch.v;
         for (const Polygon& polygon : patch.polygons) {
             const ChargedFace face{polygon, charges.dot(patch.FunctionsAt(polygon.centre)),

@@ -59,7 +59,7 @@ std::vector<Index> Weld(const std::vector<Vector2d>& points, double distance) {
 }
 
 /// A piece of an edge.
-struct Piece {
+struct PieceOfEdge {
     Index from, to;
     /// The polygon, and its edge.
     std::size_t polygon;
@@ -90,7 +90,7 @@ public:
         }
     }
     const std::vector<Vector2d>& Corners() const { return m_corners; }
-    const std::vector<Piece>& Pieces() const { return m_pieces; }
+    const std::vector<PieceOfEdge>& Pieces() const { return m_pieces; }
 
 private:
     struct Cut {
@@ -104,7 +104,7 @@ private:
         double atA, atB;
     };
 
-    void AddPiece(const Piece& piece) {
+    void AddPiece(const PieceOfEdge& piece) {
         if (piece.from != piece.to) {
             m_pieces.push_back(piece);
         }
@@ -150,7 +150,7 @@ private:
             LookForCrossing(a, b);
         }
     }
-    static bool ShareCorner(const Piece& a, const Piece& b) {
+    static bool ShareCorner(const PieceOfEdge& a, const PieceOfEdge& b) {
         return a.from == b.from || a.from == b.to || a.to == b.from || a.to == b.to;
     }
     void LookAtCorner(Index piece, Index corner) {
@@ -190,11 +190,11 @@ private:
         std::sort(m_cuts.begin(), m_cuts.end(), [](const Cut& a, const Cut& b) {
             return std::tie(a.piece, a.at, a.corner) < std::tie(b.piece, b.at, b.corner);
         });
-        const std::vector<Piece> whole = std::move(m_pieces);
+        const std::vector<PieceOfEdge> whole = std::move(m_pieces);
         m_pieces.clear();
         auto cut = m_cuts.begin();
         for (Index i = 0; i < whole.size(); ++i) {
-            Piece rest = whole[i];
+            PieceOfEdge rest = whole[i];
             for (; cut != m_cuts.end() && cut->piece == i; ++cut) {
                 AddPiece({rest.from, cut->corner, rest.polygon, rest.source});
                 rest.from = cut->corner;
@@ -205,13 +205,13 @@ private:
 
     double m_tolerance;
     std::vector<Vector2d> m_corners;
-    std::vector<Piece> m_pieces;
+    std::vector<PieceOfEdge> m_pieces;
     std::vector<Cut> m_cuts;
     std::vector<Crossing> m_crossings;
 };
 
 /// The pieces between the same two corners as one edge.
-std::vector<GraphEdge> Merged(const std::vector<Piece>& pieces) {
+std::vector<GraphEdge> Merged(const std::vector<PieceOfEdge>& pieces) {
     std::vector<GraphEdge> edges(pieces.size());
     for (std::size_t i = 0; i < pieces.size(); ++i) {
         const auto [from, to, polygon, source] = pieces[i];

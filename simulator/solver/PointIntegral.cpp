@@ -1,5 +1,6 @@
 #include "simulator/solver/PointIntegral.h"
 
+#include "simulator/solver/Loads.h"
 #include "simulator/solver/PolygonIntegrals.h"
 
 #include <algorithm>
@@ -9,12 +10,11 @@
 namespace vantor::solver {
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 /// Order of the field's Taylor series from which on the points' rule leaves an error.
 constexpr int missedOrder = 6;
 /// Part of the bound by sizes alone that the rule leaves of that order at most; the orders that follow count as much.
-constexpr double partOfBound = 0.12;
-constexpr double rounding = 16 * std::numeric_limits<double>::epsilon();
+constexpr double partOfFieldBound = 0.12;
+constexpr double fieldRounding = 16 * std::numeric_limits<double>::epsilon();
 
 } // namespace
 
@@ -35,8 +35,8 @@ ErrorSizes PointErrors(const Polygon& source, const Cluster& target, const Eigen
     const double strength = std::min(source.area / (distance * distance), pi / 3);
     // Of a far field the closed form is the small sum of what the edges contribute.
     const double edges = static_cast<double>(source.edges.size()) * source.radius / distance;
-    const double lost = rounding * edges * target.extent.charge / target.density;
-    const double force = partOfBound * power * strength * series + lost;
+    const double lost = fieldRounding * edges * target.extent.charge / target.density;
+    const double force = partOfFieldBound * power * strength * series + lost;
     // As above with one order less of the field and one more of the arm, where the plane gives 2 pi / 5.
     return {force, 1.2 * distance * force};
 }

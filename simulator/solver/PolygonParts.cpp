@@ -1,5 +1,7 @@
 #include "simulator/solver/PolygonParts.h"
 
+#include "simulator/solver/Loads.h"
+
 #include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <algorithm>
@@ -122,7 +124,7 @@ std::vector<Vector2d> Normals(const Outline& outline) {
     std::vector<Vector2d> normals{longest, longest.unitOrthogonal(), LargestAxis(directions).unitOrthogonal()};
     constexpr int turns = 16;
     for (int i = 0; i < turns; ++i) {
-        const double angle = 3.14159265358979323846 * (i + 0.5) / turns;
+        const double angle = pi * (i + 0.5) / turns;
         normals.push_back(std::cos(angle) * longest + std::sin(angle) * longest.unitOrthogonal());
     }
     return normals;

@@ -24,7 +24,7 @@ constexpr double stillWeak = 0.5;
 /// Permeabilities go this part of the way, in their logarithm, to what fits, until they are as near to it.
 constexpr double partOfWay = 0.35;
 constexpr double standsStill = 0.015;
-constexpr int mostSteps = 20;
+constexpr int mostFittingSteps = 20;
 
 /// H of a curve, A/m.
 double FieldAt(const MagnetizationCurve& curve, double fluxDensity) {
@@ -139,7 +139,7 @@ std::vector<std::string> Saturate(const std::vector<PreparedMagnet>& magnets,
                                   std::vector<PermeableStore::Placed>& bodies, const Options& options) {
     std::vector<Curved> curved = CurvedSolids(bodies);
     bool stands = curved.empty();
-    for (int i = 0; i < mostSteps && !stands; ++i) {
+    for (int i = 0; i < mostFittingSteps && !stands; ++i) {
         const PlacedBodies tried = WithPermeabilities(bodies, curved, mostForFields);
         PermeableSum sum(magnets, tried, options);
         sum.SolveCharges();

@@ -6,7 +6,7 @@ namespace vantor::solver {
 namespace {
 
 /// Gaps below this fraction of the magnets' size are rounding of a contact.
-constexpr double contactTolerance = 1e-9;
+constexpr double magnetContactTolerance = 1e-9;
 
 /// For magnets whose surfaces keep apart: one point decides.
 bool Inside(const PreparedMagnet& inner, const PreparedMagnet& outer) {
@@ -14,7 +14,7 @@ bool Inside(const PreparedMagnet& inner, const PreparedMagnet& outer) {
 }
 
 void CheckPair(const PreparedMagnet& a, const PreparedMagnet& b) {
-    const double tolerance = contactTolerance * (a.Radius() + b.Radius());
+    const double tolerance = magnetContactTolerance * (a.Radius() + b.Radius());
     // Surfaces of magnets that stand far apart need not be looked at.
     if (a.box.exteriorDistance(b.box) > tolerance) {
         return;

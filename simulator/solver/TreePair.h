@@ -16,6 +16,9 @@ struct TreePair {
     TreePlace source, target;
 };
 
+/// Pairs from which a second thread earns its start.
+constexpr std::size_t pairsForThreads = 512;
+
 /// The trees of magnets that outlive them, where the magnets are.
 std::deque<PosedTree> PosedTrees(const std::vector<PreparedMagnet>& magnets, unsigned threads);
 

@@ -1,3 +1,4 @@
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/References.h"
 
 #include <cmath>
@@ -116,8 +117,7 @@ TEST(Field, OfATetrahedronIsThatOfItsCharges) {
                 Vector3d(a.y() * b.z() - a.z() * b.y(), a.z() * b.x() - a.x() * b.z(), a.x() * b.y() - a.y() * b.x()) /
                 2;
         }
-        expected +=
-            area.dot(body.magnets[0].magnetisation) / (4 * 3.14159265358979323846) * away / std::pow(away.norm(), 3);
+        expected += area.dot(body.magnets[0].magnetisation) / (4 * references::pi) * away / std::pow(away.norm(), 3);
     }
     EXPECT_LE((FieldH({body}, point) - expected).norm(), 1e-4 * expected.norm());
 }

@@ -1,5 +1,7 @@
 #include "tests/simulator/solver/IronCases.h"
 
+#include "tests/simulator/solver/Constants.h"
+
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <array>
@@ -17,7 +19,7 @@ using vantor::solver::TriangleMesh;
 namespace iron {
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 constexpr double mu0 = 4e-7 * pi;
 constexpr double magnetisation = 1e6;
 constexpr double ironPermeability = 1000;

@@ -1,5 +1,7 @@
 #include "tests/simulator/solver/IronReferences.h"
 
+#include "tests/simulator/solver/Constants.h"
+
 #include <Eigen/Geometry>
 #include <cmath>
 
@@ -7,9 +9,6 @@ using Eigen::Vector3d;
 
 namespace references {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
-constexpr double mu0 = 4e-7 * pi;
 /// Of multipoles; the last ones count for nothing where the distance is 1.2 radii or more.
 constexpr int orders = 200;
 

@@ -1,4 +1,5 @@
 // Iron, and magnets of a permeability other than 1, beside closed forms and another method's numbers.
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/IronCases.h"
 
 #include <Eigen/Geometry>
@@ -16,7 +17,7 @@ using vantor::solver::Solve;
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 /// Deviations may be as much of what is wanted.
 constexpr double tolerance = 2;
 /// Action and reaction may differ by as much of the largest load, and the work around a loop by as much of the sum of

@@ -1,6 +1,7 @@
 #include "tests/simulator/solver/MeshCases.h"
 
 #include "simulator/model/GeometryFile.h"
+#include "tests/simulator/solver/Constants.h"
 
 #include <algorithm>
 #include <map>
@@ -13,7 +14,7 @@ namespace meshes {
 namespace {
 
 constexpr double millimetre = 1e-3;
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 const Vector3d alongX(1.2, 0, 0), alongZ(0, 0, 1.2);
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tests/simulator/solver/Outlines.h"
 
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/Shapes.h"
 
 #include <cmath>
@@ -12,7 +13,7 @@ using vantor::solver::Polygon;
 namespace outlines {
 
 Corners Circle(int corners, double radius, const Vector2d& centre) {
-    constexpr double pi = 3.14159265358979323846;
+    using references::pi;
     Corners result;
     for (int i = 0; i < corners; ++i) {
         const double angle = 2 * pi * i / corners;

@@ -2,6 +2,7 @@
 #include "simulator/solver/PolygonOverlay.h"
 
 #include "simulator/solver/PolygonIntegrals.h"
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/Outlines.h"
 
 #include <cmath>
@@ -21,7 +22,7 @@ using vantor::solver::PolygonOverlay;
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 constexpr double tolerance = 1e-7;
 
 Corners Rectangle(double left, double bottom, double right, double top) {

@@ -2,6 +2,7 @@
 #include "simulator/solver/PolygonParts.h"
 
 #include "simulator/solver/PolygonIntegrals.h"
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/Outlines.h"
 #include "tests/simulator/solver/Shapes.h"
 
@@ -22,7 +23,7 @@ using vantor::solver::SolidAngle;
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 
 /// Teeth of the given length, a tenth of a unit wide, on a back of a tenth.
 Corners Comb(int teeth, double length) {

@@ -1,6 +1,7 @@
 // How meshes become flat polygons.
 #include "simulator/solver/Polygon.h"
 
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/Shapes.h"
 
 #include <algorithm>
@@ -95,7 +96,7 @@ TEST(Polygons, OfAFanKeepItsOutline) {
     ASSERT_EQ(polygons.size(), 2U);
     for (const Polygon& cap : polygons) {
         EXPECT_EQ(cap.edges.size(), 20000U);
-        EXPECT_NEAR(cap.area, 10000 * std::sin(2 * 3.14159265358979323846 / 20000), 1e-12);
+        EXPECT_NEAR(cap.area, 10000 * std::sin(2 * references::pi / 20000), 1e-12);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "tests/simulator/solver/References.h"
 
+#include "tests/simulator/solver/Constants.h"
+
 #include <Eigen/Geometry>
 #include <array>
 #include <cmath>
@@ -8,9 +10,6 @@ using Eigen::Vector3d;
 
 namespace references {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
-constexpr double mu0 = 4e-7 * pi;
 
 /// coefficient * ln(r - a), where a^2 + rest = r^2; 0 where the coefficient vanishes.
 double LogTerm(double coefficient, double r, double a, double rest) {

@@ -1,5 +1,7 @@
 #include "tests/simulator/solver/Shapes.h"
 
+#include "tests/simulator/solver/Constants.h"
+
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
@@ -11,7 +13,7 @@ using vantor::solver::TriangleMesh;
 namespace shapes {
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 
 void AddQuad(TriangleMesh& mesh, int a, int b, int c, int d) {
     mesh.triangles.push_back({a, b, c});

@@ -2,6 +2,7 @@
 #include "simulator/solver/SolidFaces.h"
 
 #include "simulator/solver/PolygonIntegrals.h"
+#include "tests/simulator/solver/Constants.h"
 #include "tests/simulator/solver/Shapes.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ using vantor::solver::TriangleMesh;
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
+using references::pi;
 
 Solid SolidOf(TriangleMesh mesh, std::string label = "solid") {
     return {std::move(label), shapes::Shared(std::move(mesh)), Eigen::Isometry3d::Identity()};

@@ -1,5 +1,6 @@
 // More than two magnets: superposition, the axial coupling over its angle, action and reaction.
 #include "tests/simulator/solver/Comparison.h"
+#include "tests/simulator/solver/Constants.h"
 
 #include <array>
 #include <cmath>
@@ -9,6 +10,8 @@ using Eigen::Vector3d;
 using shapes::Block;
 
 namespace {
+
+using references::pi;
 
 Block Cube(const Vector3d& centre, const Vector3d& magnetisation) {
     Block block;
@@ -61,7 +64,7 @@ TEST(Systems, OfFiveStackedPlatesAreTheSumOfTheirPairs) {
 /// Turning the coupling by one block and swapping poles changes nothing, so one block stands for all eight.
 TEST(Systems, AxialCouplingOverItsAngle) {
     constexpr int blocks = 8;
-    constexpr double pi = 3.14159265358979323846, gap = 0.002;
+    constexpr double gap = 0.002;
     const std::vector<Block> lower = shapes::CouplingHalf(blocks, 0, -0.005 - gap / 2);
     for (int step = 0; step <= 8; ++step) {
         const double angle = step * pi / 32;
