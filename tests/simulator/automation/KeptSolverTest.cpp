@@ -188,7 +188,7 @@ TEST(KeptSolver, GivesTheSolverTheSameMagnetisationAtEveryStep) {
     }
 }
 
-/// Passes are told of when they are done, not when all of them are: calculating goes on between the first one and the last.
+/// Passes are told of when they are done, not when all of them are: calculating goes on between them.
 TEST(Analysis, TellsOfAPassWhenItIsDone) {
     using Clock = std::chrono::steady_clock;
     Desk desk;
