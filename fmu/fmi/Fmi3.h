@@ -5,8 +5,8 @@
  * The functions of an FMU of version 3.0 of the Functional Mock-up Interface, as an importing tool calls them: those of
  * co-simulation, and those of the other kinds, which are there and refuse.
  *
- * What each does is the standard's to say (https://fmi-standard.org, "Functional Mock-up Interface Specification",
- * version 3.0); names, types and values below are its own.
+ * What each does is the standard's to say (https://fmi-standard.org, version 3.0); names, types and values below are its
+ * own.
  */
 
 #include <stdbool.h>

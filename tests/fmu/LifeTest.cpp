@@ -252,12 +252,16 @@ TEST(Instantiation2, NeedsWhatBelongsTogether) {
     EXPECT_EQ(make("one", fmi2CoSimulation, token.c_str(), nullptr, &silent, fmi2False, fmi2False), nullptr);
 }
 
+/// An instance without a log; the caller frees it.
+fmi2Component MakeSilent(const Fmu& fmu) {
+    static const fmi2CallbackFunctions silent = {};
+    return fmu.Binary().Find<decltype(fmi2Instantiate)>("fmi2Instantiate")(
+        "one", fmi2CoSimulation, fmu.Token().c_str(), fmu.ResourceLocation().c_str(), &silent, fmi2False, fmi2False);
+}
+
 TEST(Functions2, RefuseWhatTheFmuDoesNotHave) {
     const Fmu& fmu = Coupling(2);
-    const auto make = fmu.Binary().Find<decltype(fmi2Instantiate)>("fmi2Instantiate");
-    const fmi2CallbackFunctions silent = {};
-    const fmi2Component c = make("one", fmi2CoSimulation, fmu.Token().c_str(), fmu.ResourceLocation().c_str(), &silent,
-                                 fmi2False, fmi2False);
+    const fmi2Component c = MakeSilent(fmu);
     ASSERT_NE(c, nullptr);
     EXPECT_STREQ(fmu.Binary().Find<decltype(fmi2GetVersion)>("fmi2GetVersion")(), "2.0");
     EXPECT_STREQ(fmu.Binary().Find<decltype(fmi2GetTypesPlatform)>("fmi2GetTypesPlatform")(), "default");
@@ -289,10 +293,7 @@ TEST(Functions2, RefuseWhatTheFmuDoesNotHave) {
 
 TEST(Functions2, SetAllOrNothing) {
     const Fmu& fmu = Coupling(2);
-    const auto make = fmu.Binary().Find<decltype(fmi2Instantiate)>("fmi2Instantiate");
-    const fmi2CallbackFunctions silent = {};
-    const fmi2Component c = make("one", fmi2CoSimulation, fmu.Token().c_str(), fmu.ResourceLocation().c_str(), &silent,
-                                 fmi2False, fmi2False);
+    const fmi2Component c = MakeSilent(fmu);
     ASSERT_NE(c, nullptr);
     EXPECT_EQ(
         fmu.Binary().Find<decltype(fmi2SetupExperiment)>("fmi2SetupExperiment")(c, fmi2False, 0.0, 0.0, fmi2False, 0.0),
