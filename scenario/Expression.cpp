@@ -1,5 +1,8 @@
 #include "scenario/Expression.h"
 
+#include "scenario/Text.h"
+
+#include <algorithm>
 #include <array>
 #include <cctype>
 #include <charconv>
@@ -71,6 +74,19 @@ AllowedVariables Allowed(Expression::Variables variables) {
 
 bool IsIn(std::string_view names, std::string_view name) {
     return name.size() == 1 && names.find(name) != std::string_view::npos;
+}
+
+/// Whether a character may stand in a name.
+bool IsOfName(char character) {
+    return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
+}
+
+std::string WithValues(std::string_view formula, const NamedValues& used) {
+    std::string values;
+    for (const auto& [name, value] : used) {
+        values += fmt::format("{}{} = {}", values.empty() ? " (" : ", ", name, value);
+    }
+    return std::string(formula).append(values).append(used.empty() ? "" : ")");
 }
 
 /// The chain rule. What does not change stays, even where the outer derivative is infinite: sqrt(0) is a constant.
@@ -175,8 +191,8 @@ const typename Table::value_type* Find(const Table& table, std::string_view name
 /// Recursive descent, one method per level of precedence; emits postfix.
 class ExpressionParser {
 public:
-    ExpressionParser(std::string_view formula, Expression::Variables variables)
-        : m_text(formula), m_variables(Allowed(variables)) {}
+    ExpressionParser(std::string_view formula, Expression::Variables variables, const NamedValues& parameters)
+        : m_text(formula), m_variables(Allowed(variables)), m_parameters(parameters) {}
 
     std::vector<Expression::Instruction> Parse() {
         Sum();
@@ -186,6 +202,9 @@ public:
         }
         return std::move(m_program);
     }
+
+    /// The parameters that it names.
+    const NamedValues& Used() const { return m_used; }
 
 private:
     using Operation = Expression::Operation;
@@ -331,7 +350,7 @@ private:
 
     void Name() {
         const std::size_t start = m_at;
-        while (m_at < m_text.size() && std::isalnum(static_cast<unsigned char>(m_text[m_at])) != 0) {
+        while (m_at < m_text.size() && IsOfName(m_text[m_at])) {
             ++m_at;
         }
         const std::string_view name = m_text.substr(start, m_at - start);
@@ -358,6 +377,10 @@ private:
             m_program.push_back({Operation::Binary, 0.0, nullptr, function});
             return;
         }
+        if (const auto parameter = m_parameters.find(name); parameter != m_parameters.end()) {
+            m_used.insert(*parameter);
+            return Emit(Operation::Number, parameter->second);
+        }
         m_at = start;
         if (name == "g") {
             Fail("\"g\" could mean grams or the acceleration of free fall; write gram or gn");
@@ -365,11 +388,22 @@ private:
         if (IsIn(variableNames, name)) {
             Fail(fmt::format("\"{}\" is not known here; {}", name, m_variables.text));
         }
-        Fail(fmt::format("\"{}\" is not known here", name));
+        Fail(fmt::format("\"{}\" is not known here{}", name, ParameterHint(name)));
+    }
+
+    std::string ParameterHint(std::string_view name) const {
+        std::vector<std::string> names;
+        for (const auto& parameter : m_parameters) {
+            names.push_back(parameter.first);
+        }
+        const std::string nearest = NearestName(name, names);
+        return nearest.empty() ? nearest : fmt::format("; did you mean the parameter \"{}\"?", nearest);
     }
 
     std::string_view m_text;
     AllowedVariables m_variables;
+    const NamedValues& m_parameters;
+    NamedValues m_used;
     std::size_t m_at = 0;
     int m_depth = 0;
     std::vector<Expression::Instruction> m_program;
@@ -378,11 +412,33 @@ private:
 Expression::Expression(double value)
     : m_formula(fmt::format("{}", value)), m_program{{Operation::Number, value, nullptr, nullptr}} {}
 
-Expression Expression::Parse(std::string_view formula, Variables variables) {
+Expression Expression::Parse(std::string_view formula, Variables variables, const NamedValues& parameters) {
+    ExpressionParser parser(formula, variables, parameters);
     Expression result;
-    result.m_formula = std::string(formula);
-    result.m_program = ExpressionParser(formula, variables).Parse();
+    result.m_program = parser.Parse();
+    result.m_formula = WithValues(formula, parser.Used());
     return result;
+}
+
+std::vector<std::string> Expression::NamesIn(std::string_view formula) {
+    std::vector<std::string> names;
+    for (std::size_t at = 0; at < formula.size();) {
+        std::size_t end = at;
+        while (end < formula.size() && IsOfName(formula[end])) {
+            ++end;
+        }
+        // What begins with a digit is a number, be it one with an exponent.
+        if (end > at && std::isalpha(static_cast<unsigned char>(formula[at])) != 0) {
+            names.emplace_back(formula.substr(at, end - at));
+        }
+        at = std::max(end, at + 1);
+    }
+    return names;
+}
+
+bool Expression::IsReserved(std::string_view name) {
+    return Find(constants, name) || Find(unaryFunctions, name) || Find(binaryFunctions, name) ||
+           IsIn(variableNames, name);
 }
 
 template <class Value>

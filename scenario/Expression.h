@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +12,9 @@ namespace kinora::scenario {
 
 struct UnaryFunction;
 struct BinaryFunction;
+
+/// Quantities that formulas may name, by their names: SI units.
+using NamedValues = std::map<std::string, double, std::less<>>;
 
 /// A formula of time and, where that makes sense, of a joint's coordinate or of a place.
 ///
@@ -37,8 +42,15 @@ public:
     /// A constant.
     explicit Expression(double value);
 
+    /// @param parameters  what it may name besides; their values are taken in
     /// @throws std::invalid_argument  one line that quotes the formula and says what is wrong at which column
-    static Expression Parse(std::string_view formula, Variables variables);
+    static Expression Parse(std::string_view formula, Variables variables, const NamedValues& parameters = {});
+
+    /// The names in a formula, right or wrong, in their order.
+    static std::vector<std::string> NamesIn(std::string_view formula);
+
+    /// Whether a name stands for a variable, constant or function already.
+    static bool IsReserved(std::string_view name);
 
     /// @return what the formula gives; not finite where the mathematics is not (1/0, sqrt(-1))
     double Evaluate(const Values& values) const;
@@ -55,7 +67,7 @@ public:
     /// @return not finite where the mathematics has no finite derivative (sqrt(t) at 0) or the formula no value
     double Slope(double time, double coordinate = 0.0) const;
 
-    /// The formula as it was written.
+    /// The formula as it was written, with the values of the parameters that it names: "2*gap (gap = 0.004)".
     const std::string& Formula() const { return m_formula; }
 
 private:

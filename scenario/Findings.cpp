@@ -8,8 +8,10 @@
 namespace kinora::scenario {
 
 std::string Findings::Line(const std::string& pointer, const std::string& text) const {
-    return fmt::format("{}:{}: {}: {}", m_fileName, m_locations.Of(pointer).line, pointer.empty() ? "/" : pointer,
-                       text);
+    const JsonLocation location = m_locations.Of(pointer);
+    const std::string place = location.origin.empty() ? fmt::format("{}:{}", m_fileName, location.line)
+                                                      : fmt::format("{}, {}", m_fileName, location.origin);
+    return fmt::format("{}: {}: {}", place, pointer.empty() ? "/" : pointer, text);
 }
 
 void Findings::Add(const std::string& pointer, const std::string& text) {

@@ -16,7 +16,7 @@ public:
     Findings(const JsonLocations& locations, const std::string& fileName)
         : m_locations(locations), m_fileName(fileName) {}
 
-    /// A line about the value at a JSON pointer: file, line, pointer and text.
+    /// A line about the value at a JSON pointer: file, line or what put it there, pointer and text.
     std::string Line(const std::string& pointer, const std::string& text) const;
 
     void Add(const std::string& pointer, const std::string& text);

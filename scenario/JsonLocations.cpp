@@ -115,7 +115,8 @@ private:
             pointer = PointerTo(level.pointer, level.isArray ? std::to_string(level.index++) : level.key);
             line = level.isArray ? line : level.keyLine;
         }
-        locations.places[pointer] = {line, locations.places.size()};
+        const std::size_t order = locations.places.size();
+        locations.places[pointer] = {line, order, {}};
         return pointer;
     }
     bool Value(int line) {
@@ -152,6 +153,16 @@ JsonLocation JsonLocations::Of(std::string pointer) const {
         }
         pointer.erase(pointer.rfind('/'));
     }
+}
+
+void JsonLocations::Replace(const std::string& pointer, const std::string& origin) {
+    JsonLocation place = Of(pointer);
+    place.origin = origin;
+    for (auto inside = places.lower_bound(pointer + "/");
+         inside != places.end() && inside->first.rfind(pointer + "/", 0) == 0;) {
+        inside = places.erase(inside);
+    }
+    places[pointer] = place;
 }
 
 std::string PointerTo(const std::string& parent, const std::string& key) {

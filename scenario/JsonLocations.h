@@ -12,6 +12,8 @@ struct JsonLocation {
     int line = 1;
     /// How many values begin before it.
     std::size_t order = 0;
+    /// What put it there from outside the text ("--set gap=5*mm"); empty for what stands in the text.
+    std::string origin;
 };
 
 /// Where the values of a JSON text stand.
@@ -21,6 +23,8 @@ struct JsonLocations {
 
     /// Location of a value, or of its closest parent that is known.
     JsonLocation Of(std::string pointer) const;
+    /// Notes that a value, and all that it holds, comes from outside the text.
+    void Replace(const std::string& pointer, const std::string& origin);
 };
 
 /// One more step of a JSON pointer, escaped as RFC 6901 asks.

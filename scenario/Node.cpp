@@ -28,11 +28,11 @@ bool Node::Has(const char* key) const {
 }
 
 Node Node::At(const std::string& key) const {
-    return {m_value->at(key), PointerTo(m_pointer, key), *m_findings};
+    return {m_value->at(key), PointerTo(m_pointer, key), *m_findings, m_parameters};
 }
 
 Node Node::At(std::size_t index) const {
-    return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_findings};
+    return {m_value->at(index), PointerTo(m_pointer, std::to_string(index)), *m_findings, m_parameters};
 }
 
 std::size_t Node::Size() const {
@@ -82,6 +82,14 @@ std::vector<Node> Node::Items() const {
     return items;
 }
 
+bool Node::IsText() const {
+    return m_value->is_string();
+}
+
+bool Node::IsObject() const {
+    return m_value->is_object();
+}
+
 std::string Node::Text() const {
     return m_value->get<std::string>();
 }
@@ -95,7 +103,7 @@ std::optional<Expression> Node::Formula(Expression::Variables variables) const {
         return Expression(m_value->get<double>());
     }
     try {
-        return Expression::Parse(Text(), variables);
+        return Expression::Parse(Text(), variables, m_parameters ? *m_parameters : NamedValues());
     } catch (const std::invalid_argument& error) {
         Report(error.what());
         return std::nullopt;

@@ -20,7 +20,14 @@ namespace kinora::scenario {
 class Node {
 public:
     /// The whole document. Document and findings must outlive every node.
-    Node(const nlohmann::json& document, Findings& findings) : Node(document, {}, findings) {}
+    Node(const nlohmann::json& document, Findings& findings) : Node(document, {}, findings, nullptr) {}
+
+    /// The same value, whose formulas may name these quantities; they must outlive every node that comes from it.
+    Node Knowing(const NamedValues& parameters) const {
+        Node node = *this;
+        node.m_parameters = &parameters;
+        return node;
+    }
 
     /// Notes what is wrong with this value.
     void Report(const std::string& text) const { m_findings->Add(m_pointer, text); }
@@ -43,7 +50,12 @@ public:
     /// The values of a list.
     std::vector<Node> Items() const;
 
+    bool IsText() const;
+    bool IsObject() const;
     std::string Text() const;
+    std::string TextOr(const char* key, const std::string& fallback) const {
+        return Has(key) ? At(key).Text() : fallback;
+    }
     bool Flag() const;
 
     /// Nothing when the formula is wrong.
@@ -71,12 +83,14 @@ public:
     Vector Direction() const { return NonZero().stableNormalized(); }
 
 private:
-    Node(const nlohmann::json& value, std::string pointer, Findings& findings)
-        : m_value(&value), m_pointer(std::move(pointer)), m_findings(&findings) {}
+    Node(const nlohmann::json& value, std::string pointer, Findings& findings, const NamedValues* parameters)
+        : m_value(&value), m_pointer(std::move(pointer)), m_findings(&findings), m_parameters(parameters) {}
 
     const nlohmann::json* m_value;
     std::string m_pointer;
     Findings* m_findings;
+    /// What formulas may name besides their variables; null for nothing.
+    const NamedValues* m_parameters;
 };
 
 /// What to say about a length beyond farthestMetres.

@@ -24,6 +24,22 @@ const char* NameOf(Coordinate::Kind kind) {
     return kind == Coordinate::Kind::Turn ? "turn" : "slide";
 }
 
+const char* NameOf(Take take) {
+    switch (take) {
+    case Take::Last:
+        return "last";
+    case Take::Least:
+        return "least";
+    case Take::Greatest:
+        return "greatest";
+    case Take::Mean:
+        return "mean";
+    case Take::At:
+        return "at";
+    }
+    return "last";
+}
+
 bool Joint::IsFree() const {
     return HasAxis() ? std::any_of(coordinates.begin(), coordinates.end(),
                                    [](const Coordinate& coordinate) { return coordinate.IsFree(); })

@@ -140,6 +140,35 @@ struct Stepping {
     double TimeOf(int step) const { return step * stepSeconds; }
 };
 
+/// A quantity under a name of its own, which the scenario's formulas may use.
+struct Parameter {
+    std::string name;
+    /// SI.
+    double value = 0.0;
+    /// As it was given.
+    std::string formula;
+    /// For people, as the description is; empty for none.
+    std::string unit;
+    std::string description;
+};
+
+/// Which number of a column's is taken.
+enum class Take { Last, Least, Greatest, Mean, At };
+
+/// As scenarios write it.
+const char* NameOf(Take take);
+
+/// A number that is wanted of a run: one of a column of the host's states or of the coupling log.
+struct WantedResult {
+    std::string name;
+    std::string column;
+    Take take = Take::Last;
+    /// With At: seconds, within the run.
+    double timeSeconds = 0.0;
+    /// For people; empty for none.
+    std::string description;
+};
+
 /// A coupled run, complete and checked. Texts are UTF-8; units are SI.
 struct Scenario {
     std::string title;
@@ -159,10 +188,14 @@ struct Scenario {
     std::vector<AppliedLoad> loads;
     Vector gravity_W = Vector::Zero();
     Stepping stepping;
+    std::vector<Parameter> parameters;
+    std::vector<WantedResult> results;
     /// Folder of everything that the run writes.
     std::filesystem::path outputFolder;
     /// The host's own states; none when absent.
     std::optional<std::filesystem::path> csvFile;
+    /// Where the results are to be; nowhere when absent.
+    std::optional<std::filesystem::path> resultFile;
     /// What can be run but looks like a slip: lines with file, line and JSON pointer.
     std::vector<std::string> warnings;
 

@@ -7,6 +7,8 @@
 #include "scenario/InertiaCheck.h"
 #include "scenario/JointReader.h"
 #include "scenario/Node.h"
+#include "scenario/Parameters.h"
+#include "scenario/ResultReader.h"
 #include "scenario/SchemaCheck.h"
 #include "scenario/Text.h"
 #include "scenario/UniqueNames.h"
@@ -120,9 +122,7 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
 Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, const std::string& desktopVersion,
                        Purpose purpose) {
     Scenario scenario;
-    if (root.Has("title")) {
-        scenario.title = root.At("title").Text();
-    }
+    scenario.title = root.TextOr("title", {});
     if (root.Has("desktop")) {
         scenario.desktop = ReadDesktop(root.At("desktop"));
     }
@@ -146,6 +146,9 @@ Scenario BuildScenario(const Node& root, const std::filesystem::path& folder, co
     CheckInertia(root, scenario);
     ReadElements(root, names, scenario);
     CheckGeometry(root, purpose, scenario);
+    if (root.Has("results")) {
+        scenario.results = ReadResults(root.At("results"), scenario.stepping);
+    }
     return scenario;
 }
 
@@ -159,22 +162,34 @@ void RequireUtf8(const std::string& text, const std::string& fileName) {
 } // namespace
 
 Scenario ParseScenario(const std::string& text, const std::filesystem::path& file, const std::string& desktopVersion,
-                       Purpose purpose) {
+                       Purpose purpose, const Overrides& overrides) {
     const std::string fileName = Utf8FromPath(file);
     RequireUtf8(text, fileName);
     // A byte order mark at the start is what some editors write.
     const std::string body = text.rfind("\xEF\xBB\xBF", 0) == 0 ? text.substr(3) : text;
-    const JsonLocations locations = ReadJsonLocations(body, fileName);
-    const auto document = nlohmann::json::parse(body, nullptr, true, true);
+    JsonLocations locations = ReadJsonLocations(body, fileName);
+    auto document = nlohmann::json::parse(body, nullptr, true, true);
+    if (document.is_object()) {
+        Apply(overrides, fileName, document, locations);
+    }
     CheckAgainstSchema(document, locations, fileName);
     Findings findings(locations, fileName);
-    Scenario scenario = BuildScenario(Node(document, findings), file.parent_path(), desktopVersion, purpose);
+    const Node root(document, findings);
+    std::vector<Parameter> parameters;
+    if (root.Has("parameters")) {
+        parameters = ReadParameters(root.At("parameters"));
+        findings.ThrowIfAny(); // every formula that names a wrong one would be wrong too
+    }
+    const NamedValues names = ValuesOf(parameters);
+    Scenario scenario = BuildScenario(root.Knowing(names), file.parent_path(), desktopVersion, purpose);
     findings.ThrowIfAny();
+    scenario.parameters = std::move(parameters);
     return scenario;
 }
 
-Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion, Purpose purpose) {
-    return ParseScenario(ReadFile(file), file, desktopVersion, purpose);
+Scenario ReadScenario(const std::filesystem::path& file, const std::string& desktopVersion, Purpose purpose,
+                      const Overrides& overrides) {
+    return ParseScenario(ReadFile(file), file, desktopVersion, purpose, overrides);
 }
 
 } // namespace kinora::scenario

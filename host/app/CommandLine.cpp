@@ -16,7 +16,7 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     parser.allow_windows_style_options(false);
     bool isQuiet = false;
     bool isVerbose = false;
-    parser.add_option("SCENARIO", line.scenarioFile, "Scenario file (JSON, comments allowed)")->required();
+    auto* scenario = parser.add_option("SCENARIO", line.scenarioFile, "Scenario file (JSON, comments allowed)");
     parser.add_option("--out", line.outputFolder, "Folder for everything that is written (default: the scenario's)");
     parser.add_option("--desktop", line.desktopVersion, "Version of the desktop to start, for example Simulator");
     parser.add_option("--csv", line.csvFile, "Write the host's own states to this file");
@@ -25,6 +25,21 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     parser.add_flag("--force", line.force, "With --resume: although the scenario has changed or files are missing")
         ->needs(resume);
     parser.add_flag("--report", line.report, "End with the report page: charts and a 3D replay in one HTML file");
+    parser
+        .add_option("--set", line.set,
+                    "PATH=VALUE: a value in place of the scenario's, or where it has none. PATH is the name of a "
+                    "parameter, names with dots (solver.end, bodies.rotor.mass) or a JSON pointer; VALUE is JSON, a "
+                    "formula or a text. May be given often; the last one counts")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    parser.add_option("--parameters", line.parametersFile, "File with a JSON object of such paths and values")
+        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+    parser.add_option("--result", line.resultFile,
+                      "Write the results to this file, last and at once: where it is, the run is complete");
+    auto* printParameters = parser.add_flag("--print-parameters", line.printParameters,
+                                            "Print the scenario's parameters and results as JSON, start nothing");
+    auto* printSchema = parser.add_flag("--print-schema", line.printSchema, "Print the JSON schema of scenarios")
+                            ->excludes(printParameters);
     parser.add_flag("--dry-run", line.dryRun, "Check the scenario, print the model, start nothing");
     parser.add_option("--steps", line.stepLimit, "Stop after so many steps, as Ctrl-C would")
         ->check(CLI::PositiveNumber);
@@ -33,6 +48,9 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     std::reverse(words.begin(), words.end());
     try {
         parser.parse(words);
+        if (scenario->empty() && printSchema->empty()) {
+            throw CLI::RequiredError("SCENARIO");
+        }
     } catch (const CLI::CallForHelp&) {
         line.helpText = parser.help();
     } catch (const CLI::ParseError& error) {

@@ -13,11 +13,17 @@ struct CommandLine {
     std::string outputFolder;
     std::string desktopVersion;
     std::string csvFile;
+    std::string resultFile;
+    /// As they stand: PATH=VALUE.
+    std::vector<std::string> set;
+    std::string parametersFile;
     bool overwrite = false;
     bool resume = false;
     bool force = false;
     bool dryRun = false;
     bool report = false;
+    bool printSchema = false;
+    bool printParameters = false;
     int stepLimit = -1;
     Talk talk = Talk::Normal;
     /// Not empty when help or the version was asked for: print it and end.

@@ -6,14 +6,17 @@
 #include "host/app/Console.h"
 #include "host/app/Desktop.h"
 #include "host/app/Terminal.h"
+#include "host/core/RunJson.h"
 #include "host/core/RunText.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
 #include "programs/Environment.h"
 #include "programs/Errors.h"
 #include "report/core/Report.h"
 #include "scenario/ScenarioReader.h"
+#include "scenario/ScenarioSchema.h"
 #include "scenario/Text.h"
 
+#include <chrono>
 #include <fmt/format.h>
 
 #ifdef _WIN32
@@ -39,14 +42,36 @@ std::vector<NamedFile> FurtherOutputs(const CommandLine& arguments, const Scenar
     return {{"the report page", PageFile(scenario)}};
 }
 
+std::vector<NamedFile> InputsOf(const CommandLine& arguments, const Scenario& scenario) {
+    std::vector<NamedFile> inputs = {{"the scenario", PathFromUtf8(arguments.scenarioFile)},
+                                     {"the geometry", scenario.geometryFile}};
+    if (!arguments.parametersFile.empty()) {
+        inputs.push_back({"the parameters", PathFromUtf8(arguments.parametersFile)});
+    }
+    return inputs;
+}
+
 /// The command line wins over the environment; empty when both leave the choice to the scenario.
 std::string ChosenDesktop(const CommandLine& arguments) {
     return arguments.desktopVersion.empty() ? kinora::programs::EnvironmentValue(versionVariable)
                                             : arguments.desktopVersion;
 }
 
-Scenario Prepare(const CommandLine& arguments) {
-    Scenario scenario = ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments));
+/// Those of the file first, so that those of the command line win.
+Overrides OverridesOf(const CommandLine& arguments) {
+    Overrides overrides;
+    if (!arguments.parametersFile.empty()) {
+        overrides = ReadOverrides(PathFromUtf8(arguments.parametersFile));
+    }
+    for (const std::string& text : arguments.set) {
+        overrides.push_back(ParseOverride(text));
+    }
+    return overrides;
+}
+
+Scenario Prepare(const CommandLine& arguments, const Overrides& overrides) {
+    Scenario scenario =
+        ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments), Purpose::Run, overrides);
     if (!scenario.desktop.version.empty()) {
         kinora::programs::SetEnvironmentValue(versionVariable, AnsiFromUtf8(scenario.desktop.version));
     }
@@ -56,11 +81,12 @@ Scenario Prepare(const CommandLine& arguments) {
     if (!arguments.csvFile.empty()) {
         scenario.csvFile = std::filesystem::absolute(PathFromUtf8(arguments.csvFile));
     }
+    if (!arguments.resultFile.empty()) {
+        scenario.resultFile = std::filesystem::absolute(PathFromUtf8(arguments.resultFile));
+    }
+    PrepareResults(scenario);
     scenario.overwrite = scenario.overwrite || arguments.overwrite;
-    RequireDistinctFiles(
-        FilesOf(scenario),
-        {{"the scenario", PathFromUtf8(arguments.scenarioFile)}, {"the geometry", scenario.geometryFile}},
-        FurtherOutputs(arguments, scenario));
+    RequireDistinctFiles(FilesOf(scenario), InputsOf(arguments, scenario), FurtherOutputs(arguments, scenario));
     return scenario;
 }
 
@@ -96,6 +122,22 @@ void PrintResults(const Scenario& scenario, const Console& console, Talk talk) {
     Print(FileList(scenario));
 }
 
+/// What ends a run that is complete. One that was so before is left as it is.
+void FinishResults(const CommandLine& arguments, const Scenario& scenario, const RunFacts& facts) {
+    if (scenario.results.empty() && !scenario.resultFile) {
+        return;
+    }
+    std::error_code ignored;
+    const std::vector<RunResult> results = TakeResults(scenario);
+    if (arguments.talk != Talk::Quiet) {
+        Print(ResultTable(results));
+    }
+    if (scenario.resultFile && !std::filesystem::exists(*scenario.resultFile, ignored)) {
+        ReplaceFile(*scenario.resultFile, ResultJson(scenario, facts, results));
+        Print(fmt::format("result        {}\n", Utf8FromPath(*scenario.resultFile)));
+    }
+}
+
 /// The page of a run, from what the coupling and this host have written.
 void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, const Console& console) {
     const RunFiles files = FilesOf(scenario);
@@ -123,7 +165,21 @@ void RequireLibraryOfThisCompiler() {
     }
 }
 
-ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
+RunFacts FactsOf(const CommandLine& arguments, const Scenario& scenario, const Overrides& overrides,
+                 std::chrono::steady_clock::time_point start) {
+    RunFacts facts;
+    facts.scenarioFile = PathFromUtf8(arguments.scenarioFile);
+    facts.overrides = overrides;
+    facts.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    facts.versions = {{"kinora-run", KINORA_VERSION}, {"desktop", scenario.desktop.version}};
+    if (arguments.report) {
+        facts.reportPage = PageFile(scenario);
+    }
+    return facts;
+}
+
+ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario, const Overrides& overrides) {
+    const auto start = std::chrono::steady_clock::now();
     RequireLibraryOfThisCompiler();
     const RunOptions options = OptionsFrom(arguments, scenario);
     const ComScope com;
@@ -137,10 +193,13 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
     const RunEnd end = run.Run();
     console.EndBar();
     PrintResults(scenario, console, arguments.talk);
-    if (arguments.report) {
+    std::error_code ignored;
+    const bool wasComplete = end == RunEnd::Complete && console.Records().empty();
+    if (arguments.report && !(wasComplete && std::filesystem::exists(PageFile(scenario), ignored))) {
         WriteReportPage(arguments, scenario, console);
     }
     if (end == RunEnd::Complete) {
+        FinishResults(arguments, scenario, FactsOf(arguments, scenario, overrides, start));
         if (!console.Warnings().empty()) {
             PrintError(fmt::format("The run is complete, with {} warning{} (above).\n", console.Warnings().size(),
                                    console.Warnings().size() == 1 ? "" : "s"));
@@ -152,9 +211,18 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario) {
 }
 
 ExitStatus Execute(const CommandLine& arguments) {
-    const Scenario scenario = Prepare(arguments);
+    if (arguments.printSchema) {
+        Print(std::string(ScenarioSchema()));
+        return ExitStatus::Done;
+    }
+    const Overrides overrides = OverridesOf(arguments);
+    const Scenario scenario = Prepare(arguments, overrides);
+    if (arguments.printParameters) {
+        Print(DeclarationsJson(scenario));
+        return ExitStatus::Done;
+    }
     if (!arguments.dryRun) {
-        return RunScenario(arguments, scenario);
+        return RunScenario(arguments, scenario, overrides);
     }
     for (const std::string& warning : scenario.warnings) {
         PrintError("warning: " + warning + "\n");

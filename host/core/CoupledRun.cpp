@@ -102,6 +102,9 @@ int CoupledRun::Prepare() {
         RequireWritableFiles(m_files, m_options.furtherOutputs);
         m_mechanism.Restore(m_scenario.stepping.TimeOf(m_resumed->step), m_resumed->mechanism);
         m_lastStep = m_resumed->step;
+        if (m_lastStep < m_scenario.stepping.steps) {
+            RemoveResult();
+        }
         return m_resumed->step + 1;
     }
     m_mechanism.Start();
@@ -186,7 +189,17 @@ void CoupledRun::MakeRoom() const {
     } else if (exists && !std::filesystem::remove(m_files.project, error)) {
         throw InputError(fmt::format("{}: cannot be replaced ({}); is it open elsewhere?", name, error.message()));
     }
+    RemoveResult();
     Save(-1);
+}
+
+/// What is there of an earlier run would tell that this one is complete.
+void CoupledRun::RemoveResult() const {
+    std::error_code error;
+    if (m_files.result && !std::filesystem::remove(*m_files.result, error) && error) {
+        throw InputError(fmt::format("{}: cannot be replaced ({}); is it open elsewhere?",
+                                     Utf8FromPath(*m_files.result), error.message()));
+    }
 }
 
 void CoupledRun::Save(int step) const {

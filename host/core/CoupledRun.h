@@ -107,6 +107,7 @@ private:
     SavedState RequireResumable() const;
     void RecoverEarlierRun();
     void MakeRoom() const;
+    void RemoveResult() const;
     void Save(int step) const;
     void OpenModel();
     void CreateProject();

@@ -33,6 +33,9 @@ void EarlierRun::SetAside() const {
     }
     // There is none when this program did not make the project.
     std::filesystem::rename(m_files.state, Aside(m_files.state), error);
+    if (m_files.result) {
+        std::filesystem::rename(*m_files.result, Aside(*m_files.result), error);
+    }
 }
 
 void EarlierRun::PutBack() const {
@@ -47,10 +50,16 @@ void EarlierRun::PutBack() const {
         std::filesystem::remove(m_files.state, error);
     }
     std::filesystem::rename(Aside(m_files.state), m_files.state, error);
+    if (m_files.result) {
+        std::filesystem::rename(Aside(*m_files.result), *m_files.result, error);
+    }
 }
 
 void EarlierRun::Discard() const {
     std::error_code ignored;
+    if (m_files.result) {
+        std::filesystem::remove(Aside(*m_files.result), ignored);
+    }
     std::filesystem::remove(Aside(m_files.state), ignored);
     std::filesystem::remove(Aside(m_files.project), ignored);
 }

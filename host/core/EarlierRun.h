@@ -4,7 +4,7 @@
 
 namespace kinora::host {
 
-/// The project and the state of an earlier run, set aside under other names while a new one is set up in their place. A
+/// The project, the state and the results of an earlier run, set aside under other names while a new one is set up in their place. A
 /// set-up that fails, or is killed, puts them back.
 class EarlierRun {
 public:

@@ -49,6 +49,9 @@ std::vector<NamedFile> WrittenBeside(const RunFiles& files, const std::vector<Na
     if (files.csv) {
         written.push_back({"the states (csv)", *files.csv});
     }
+    if (files.result) {
+        written.push_back({"the result file", *files.result});
+    }
     written.insert(written.end(), outputs.begin(), outputs.end());
     return written;
 }
@@ -150,6 +153,7 @@ RunFiles FilesOf(const Scenario& scenario) {
     if (scenario.csvFile) {
         files.csv = scenario.outputFolder / *scenario.csvFile;
     }
+    files.result = scenario.resultFile;
     return files;
 }
 

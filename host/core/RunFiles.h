@@ -20,6 +20,8 @@ struct RunFiles {
     /// What --resume needs.
     std::filesystem::path state;
     std::optional<std::filesystem::path> csv;
+    /// There when, and only when, the run is complete.
+    std::optional<std::filesystem::path> result;
     /// Held while a run works in the output folder.
     std::filesystem::path lock;
 };

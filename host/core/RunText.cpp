@@ -306,6 +306,19 @@ std::string EnergyTable(const Scenario& scenario, const StepRecord& last) {
         rows + element(ElementEnergies(last.mechanism)));
 }
 
+std::string ResultTable(const std::vector<RunResult>& results) {
+    std::size_t width = 0;
+    for (const RunResult& result : results) {
+        width = std::max(width, result.name.size());
+    }
+    std::string table = results.empty() ? "" : "Results\n";
+    for (const RunResult& result : results) {
+        table += fmt::format("  {:<{}}  {} {}\n", result.name, width,
+                             result.value ? fmt::format("{:.6g}", *result.value) : "none", result.unit);
+    }
+    return table;
+}
+
 std::string FileList(const Scenario& scenario) {
     const RunFiles files = FilesOf(scenario);
     std::string list;
@@ -321,6 +334,9 @@ std::string FileList(const Scenario& scenario) {
     if (files.csv) {
         add("states", *files.csv);
     }
+    if (files.result) {
+        add("result", *files.result);
+    }
     return list;
 }
 
@@ -330,6 +346,11 @@ std::string ModelText(const Scenario& scenario) {
                         Utf8FromPath(FilesOf(scenario).project.lexically_normal()),
                         scenario.desktop.version.empty() ? "(plain)" : scenario.desktop.version,
                         Utf8FromPath(scenario.geometryFile.lexically_normal()), scenario.units);
+    text += scenario.parameters.empty() ? "" : "parameters\n";
+    for (const Parameter& parameter : scenario.parameters) {
+        text += fmt::format("  {} = {:g}{}{}\n", parameter.name, parameter.value, parameter.unit.empty() ? "" : " ",
+                            parameter.unit);
+    }
     text += "bodies\n";
     for (const Body& body : scenario.bodies) {
         text +=
@@ -353,6 +374,9 @@ std::string ModelText(const Scenario& scenario) {
     text += ElementsText(scenario);
     if (!scenario.gravity_W.isZero()) {
         text += fmt::format("gravity {} m/s^2\n", Triple(scenario.gravity_W));
+    }
+    for (const WantedResult& result : scenario.results) {
+        text += fmt::format("result \"{}\": {} {}\n", result.name, NameOf(result.take), result.column);
     }
     return text + fmt::format("{} steps of {:g} s, 0 to {:g} s\n", scenario.stepping.steps,
                               scenario.stepping.stepSeconds, scenario.stepping.TimeOf(scenario.stepping.steps));

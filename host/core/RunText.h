@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/core/CoupledRun.h"
+#include "host/core/RunResults.h"
 
 #include <string>
 #include <vector>
@@ -27,6 +28,9 @@ std::string LoadTable(const scenario::Scenario& scenario, const std::vector<Step
 
 /// The energy books of every free joint; empty when there is none.
 std::string EnergyTable(const scenario::Scenario& scenario, const StepRecord& last);
+
+/// The results by name, with their units; empty when none are wanted.
+std::string ResultTable(const std::vector<RunResult>& results);
 
 /// Where the files are; only those that exist.
 std::string FileList(const scenario::Scenario& scenario);

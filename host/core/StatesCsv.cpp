@@ -169,17 +169,21 @@ Columns ColumnsOf(const Scenario& scenario) {
 
 } // namespace
 
+std::vector<std::string> StateHeads(const Scenario& scenario) {
+    std::vector<std::string> heads = {"Step", "Time [s]"};
+    for (const StateColumn& column : ColumnsOf(scenario)) {
+        heads.push_back(column.head);
+    }
+    return heads;
+}
+
 StatesCsv::StatesCsv(const std::filesystem::path& file, const Scenario& scenario, bool goesOn)
     : m_file(file), m_columns(ColumnsOf(scenario)) {
     std::error_code error;
     const bool hasHeader = goesOn && std::filesystem::file_size(file, error) > 0 && !error;
     m_stream.open(file, std::ios::binary | (hasHeader ? std::ios::app : std::ios::trunc));
     if (!hasHeader) {
-        m_stream << "Step,Time [s]";
-        for (const StateColumn& column : m_columns) {
-            m_stream << ',' << column.head;
-        }
-        m_stream << '\n';
+        m_stream << fmt::format("{}\n", fmt::join(StateHeads(scenario), ","));
     }
     m_stream << std::flush;
     if (!m_stream) {

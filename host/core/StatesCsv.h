@@ -15,6 +15,9 @@ struct StateColumn {
     std::function<std::optional<double>(const StepRecord&)> value;
 };
 
+/// The head line's cells: "Step", "Time [s]", and "name.Quantity [unit]" for each quantity.
+std::vector<std::string> StateHeads(const scenario::Scenario& scenario);
+
 /// The host's own states, one line per step: places of the bodies and loads on them; places, speeds, forces and
 /// energies of the joints; forces and energies of springs and bushings. Comma-separated with a header that names
 /// quantity and unit; numbers keep every bit.
