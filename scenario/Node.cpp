@@ -47,6 +47,18 @@ std::vector<std::string> Node::Keys() const {
     return keys;
 }
 
+void Node::RequireNames() const {
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto isOther = [](char c) { return (c >= '0' && c <= '9') || c == '_'; };
+    for (const std::string& key : Keys()) {
+        const bool isName = !key.empty() && isLetter(key.front()) &&
+                            std::all_of(key.begin(), key.end(), [&](char c) { return isLetter(c) || isOther(c); });
+        if (!isName) {
+            At(key).Report(fmt::format("\"{}\" is no name: use letters, digits and underscores, a letter first.", key));
+        }
+    }
+}
+
 std::optional<Node> Node::Required(const char* key) const {
     if (!Has(key)) {
         Report(fmt::format("the key \"{}\" is missing.", key));

@@ -40,6 +40,8 @@ public:
     Node At(std::size_t index) const;
     std::size_t Size() const;
     std::vector<std::string> Keys() const;
+    /// Reports every key that is no name: a letter, then letters, digits and underscores.
+    void RequireNames() const;
     /// The value of a key that must be there; nothing, and reported, where it is missing.
     std::optional<Node> Required(const char* key) const;
     /// The one key of these that is there; empty, and reported, where it is not exactly one.

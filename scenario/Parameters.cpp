@@ -15,6 +15,7 @@ public:
 
     std::vector<Parameter> Read() {
         std::vector<Parameter> parameters;
+        m_node.RequireNames();
         for (const std::string& name : m_names) {
             if (Expression::IsReserved(name)) {
                 m_node.At(name).Report(fmt::format("\"{}\" means something in formulas; choose another name.", name));

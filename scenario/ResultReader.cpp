@@ -38,6 +38,7 @@ WantedResult ReadResult(const Node& node, const std::string& name, const Steppin
 } // namespace
 
 std::vector<WantedResult> ReadResults(const Node& node, const Stepping& stepping) {
+    node.RequireNames();
     std::vector<WantedResult> results;
     for (const std::string& name : node.Keys()) {
         results.push_back(ReadResult(node.At(name), name, stepping));

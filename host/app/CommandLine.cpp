@@ -30,10 +30,8 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
                     "PATH=VALUE: a value in place of the scenario's, or where it has none. PATH is the name of a "
                     "parameter, names with dots (solver.end, bodies.rotor.mass) or a JSON pointer; VALUE is JSON, a "
                     "formula or a text. May be given often; the last one counts")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    parser.add_option("--parameters", line.parametersFile, "File with a JSON object of such paths and values")
-        ->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+        ->allow_extra_args(false); // what follows is the scenario
+    parser.add_option("--parameters", line.parametersFile, "File with a JSON object of such paths and values");
     parser.add_option("--result", line.resultFile,
                       "Write the results to this file, last and at once: where it is, the run is complete");
     auto* printParameters = parser.add_flag("--print-parameters", line.printParameters,

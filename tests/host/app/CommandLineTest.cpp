@@ -28,6 +28,22 @@ TEST(CommandLine, TakesEveryOption) {
     EXPECT_EQ(line.talk, Talk::Verbose);
 }
 
+TEST(CommandLine, TakesValuesFromOutsideInTheirOrder) {
+    const CommandLine line = ReadCommandLine({"--set", "gap=5*mm", "run.json", "--set", "joints.0.bodies=[\"a\"]",
+                                              "--parameters", "inputs.json", "--result", "there/result.json"});
+    EXPECT_EQ(line.scenarioFile, "run.json");
+    EXPECT_EQ(line.set, (std::vector<std::string>{"gap=5*mm", "joints.0.bodies=[\"a\"]"}));
+    EXPECT_EQ(line.parametersFile, "inputs.json");
+    EXPECT_EQ(line.resultFile, "there/result.json");
+}
+
+TEST(CommandLine, PrintsTheSchemaWithoutAScenario) {
+    EXPECT_TRUE(ReadCommandLine({"--print-schema"}).printSchema);
+    EXPECT_TRUE(ReadCommandLine({"run.json", "--print-parameters"}).printParameters);
+    EXPECT_THROW(ReadCommandLine({"--print-parameters"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--print-parameters", "--print-schema"}), scenario::InputError);
+}
+
 TEST(CommandLine, GivesHelpWithoutAScenario) {
     EXPECT_NE(ReadCommandLine({"--help"}).helpText.find("--resume"), std::string::npos);
 }

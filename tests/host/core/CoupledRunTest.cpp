@@ -439,6 +439,52 @@ TEST_F(CoupledRunTest, MayGoOnForLonger) {
     EXPECT_EQ(m_coupling.calls[m_coupling.calls.size() - 4].substr(0, 12), "Analyze 0.25");
 }
 
+/// A result file, whose presence means a complete run.
+class WithResult : public CoupledRunTest {
+protected:
+    void SetUp() override {
+        CoupledRunTest::SetUp();
+        m_scenario.resultFile = m_scenario.outputFolder / "result.json";
+        Run();
+        std::ofstream(*m_scenario.resultFile) << "earlier";
+    }
+
+    bool IsThere() const { return std::filesystem::exists(*m_scenario.resultFile); }
+};
+
+TEST_F(WithResult, IsKeptByACompleteRun) {
+    m_options.resume = true;
+    Run();
+    EXPECT_TRUE(IsThere());
+}
+
+TEST_F(WithResult, GoesBeforeTheRunIsReplaced) {
+    m_scenario.overwrite = true;
+    m_options.stepLimit = 1;
+    Run();
+    EXPECT_FALSE(IsThere());
+    EXPECT_THAT(FilesThere(), testing::Not(testing::Contains(HasSubstr("earlier"))));
+}
+
+TEST_F(WithResult, GoesBeforeTheRunGoesOnForLonger) {
+    m_scenario.stepping.steps = 5;
+    m_options.resume = true;
+    Run();
+    EXPECT_FALSE(IsThere());
+}
+
+TEST_F(WithResult, ComesBackWithTheEarlierRun) {
+    m_scenario.overwrite = true;
+    m_coupling.failing = "InitMagneticObjects";
+    FailureOf();
+    EXPECT_EQ(ReadFile(*m_scenario.resultFile), "earlier");
+}
+
+TEST_F(WithResult, IsNoOtherFile) {
+    m_scenario.resultFile = m_scenario.outputFolder / "states.csv";
+    EXPECT_THROW(RequireDistinctFiles(FilesOf(m_scenario), {}, {}), InputError);
+}
+
 TEST_F(CoupledRunTest, ResumingACompleteRunStartsNothing) {
     Run();
     m_options.resume = true;
