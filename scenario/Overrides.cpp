@@ -1,6 +1,7 @@
 #include "scenario/Overrides.h"
 
 #include "scenario/Errors.h"
+#include "scenario/OverrideJson.h"
 #include "scenario/ScenarioSchema.h"
 #include "scenario/Text.h"
 
@@ -146,6 +147,11 @@ Override ParseOverride(const std::string& text) {
     const std::size_t at = text.find('=');
     if (at == std::string::npos || at == 0) {
         throw InputError(fmt::format("--set {}: PATH=VALUE is wanted, for example gap=5*mm or solver.end=0.1.", text));
+    }
+    try {
+        (void)json(text).dump();
+    } catch (const json::type_error&) {
+        throw InputError("--set: what follows is not UTF-8 text.");
     }
     return {text.substr(0, at), text.substr(at + 1), "--set " + text};
 }

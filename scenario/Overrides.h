@@ -1,9 +1,6 @@
 #pragma once
 
-#include "scenario/JsonLocations.h"
-
 #include <filesystem>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -30,13 +27,5 @@ Override ParseOverride(const std::string& text);
 /// What a file asks for: a JSON object of paths and values, comments allowed; in its order.
 /// @throws InputError  it cannot be read, or is no such object
 Overrides ReadOverrides(const std::filesystem::path& file);
-
-/// The value as JSON.
-nlohmann::json ValueOf(const Override& change);
-
-/// Puts values into a document, one after the other. That they suit is for the schema to say.
-/// @param locations  of the document; names from now on where the values come from
-/// @throws InputError  one line for each path that leads nowhere
-void Apply(const Overrides& overrides, const std::string& fileName, nlohmann::json& document, JsonLocations& locations);
 
 } // namespace kinora::scenario

@@ -45,6 +45,11 @@ private:
             m_node.At(name).Report(fmt::format("it depends on itself: {} -> {}.", fmt::join(m_underWay, " -> "), name));
             return false;
         }
+        // A bound on the depth keeps hostile input from exhausting the stack.
+        if (m_underWay.size() > 100) {
+            m_node.At(name).Report("more than a hundred parameters depend on one another in a row.");
+            return false;
+        }
         m_underWay.push_back(name);
         const bool isKnown = EvaluateUsed(name) && EvaluateItself(name);
         m_underWay.pop_back();

@@ -7,6 +7,7 @@
 #include "scenario/InertiaCheck.h"
 #include "scenario/JointReader.h"
 #include "scenario/Node.h"
+#include "scenario/OverrideJson.h"
 #include "scenario/Parameters.h"
 #include "scenario/ResultReader.h"
 #include "scenario/SchemaCheck.h"

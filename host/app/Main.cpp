@@ -133,7 +133,7 @@ void FinishResults(const CommandLine& arguments, const Scenario& scenario, const
         Print(ResultTable(results));
     }
     if (scenario.resultFile && !std::filesystem::exists(*scenario.resultFile, ignored)) {
-        ReplaceFile(*scenario.resultFile, ResultJson(scenario, facts, results));
+        WriteResult(scenario, facts, results);
         Print(fmt::format("result        {}\n", Utf8FromPath(*scenario.resultFile)));
     }
 }

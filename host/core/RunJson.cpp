@@ -1,6 +1,7 @@
 #include "host/core/RunJson.h"
 
 #include "host/core/RunFiles.h"
+#include "scenario/OverrideJson.h"
 #include "scenario/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -51,6 +52,11 @@ ordered_json FilesJson(const Scenario& scenario, const RunFacts& facts) {
     return list;
 }
 
+/// Names of files need not be text.
+std::string Lines(const ordered_json& document) {
+    return document.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
 } // namespace
 
 std::string DeclarationsJson(const Scenario& scenario) {
@@ -67,7 +73,7 @@ std::string DeclarationsJson(const Scenario& scenario) {
         AddText(entry, "unit", known[i].unit);
         AddText(entry, "description", wanted.description);
     }
-    return ordered_json{{"parameters", ParametersJson(scenario)}, {"results", results}}.dump(2) + "\n";
+    return Lines({{"parameters", ParametersJson(scenario)}, {"results", results}});
 }
 
 std::string ResultJson(const Scenario& scenario, const RunFacts& facts, const std::vector<RunResult>& results) {
@@ -93,7 +99,11 @@ std::string ResultJson(const Scenario& scenario, const RunFacts& facts, const st
     document["wallSeconds"] = facts.wallSeconds;
     document["versions"] = facts.versions;
     document["files"] = FilesJson(scenario, facts);
-    return document.dump(2) + "\n";
+    return Lines(document);
+}
+
+void WriteResult(const Scenario& scenario, const RunFacts& facts, const std::vector<RunResult>& results) {
+    ReplaceFile(*scenario.resultFile, ResultJson(scenario, facts, results));
 }
 
 } // namespace kinora::host

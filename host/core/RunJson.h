@@ -25,10 +25,14 @@ struct RunFacts {
 /// The parameters with their values, and the results that a run will have.
 std::string DeclarationsJson(const scenario::Scenario& scenario);
 
-/// The result file of a complete run.
+/// What the result file of a complete run holds.
 /// @pre  the scenario names the file
-/// @throws RunError, InputError  as TakeResults does
 std::string ResultJson(const scenario::Scenario& scenario, const RunFacts& facts,
                        const std::vector<RunResult>& results);
+
+/// Writes the result file, whole or not at all.
+/// @pre  the scenario names the file
+/// @throws RunError  it cannot be written
+void WriteResult(const scenario::Scenario& scenario, const RunFacts& facts, const std::vector<RunResult>& results);
 
 } // namespace kinora::host

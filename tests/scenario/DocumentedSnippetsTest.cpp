@@ -41,7 +41,7 @@ protected:
 };
 
 TEST_F(DocumentedSnippets, AreRead) {
-    EXPECT_EQ(Parts().size(), 6u);
+    EXPECT_EQ(Parts().size(), 8u);
     for (const std::string& part : Parts()) {
         const json document = Around(part);
         EXPECT_EQ(FindingsOf(document), "no error") << part;

@@ -66,6 +66,15 @@ TEST_F(Parameters, MayUseOthersWhereverTheyStand) {
                 HasSubstr("/parameters/a: it depends on itself: a -> b -> c -> a."));
 }
 
+TEST_F(Parameters, MayNotDependOnOneAnotherForEver) {
+    json parameters = {{"p0", 1}};
+    for (int i = 1; i < 5000; ++i) {
+        parameters["p" + std::to_string(i)] = "p" + std::to_string(i - 1);
+    }
+    EXPECT_THAT(FindingsOf(With(parameters)),
+                HasSubstr("more than a hundred parameters depend on one another in a row."));
+}
+
 TEST_F(Parameters, AreToldWhatIsWrongOnce) {
     EXPECT_EQ(FindingsOf(With({{"gap", "4*m"}, {"half", "gap/2"}})),
               "/parameters/gap: formula \"4*m\", column 3: \"m\" is not known here");
@@ -132,6 +141,7 @@ TEST_F(Parameters, WhatIsSetIsCheckedAndNamed) {
                 HasSubstr("/bodies/0/objects/0"));
     EXPECT_THROW(ParseOverride("gap"), InputError);
     EXPECT_THROW(ParseOverride("=1"), InputError);
+    EXPECT_THROW(ParseOverride("title=\xFF"), InputError);
 }
 
 TEST_F(Parameters, PointersAreUnescaped) {
