@@ -4,8 +4,8 @@
 
 namespace kinora::host {
 
-/// The project, the state and the results of an earlier run, set aside under other names while a new one is set up in their place. A
-/// set-up that fails, or is killed, puts them back.
+/// The project, the state and the results of an earlier run, set aside under other names while a new one is set up in
+/// their place. A set-up that fails, or is killed, puts them back.
 class EarlierRun {
 public:
     /// @param files  must outlive this

@@ -76,10 +76,9 @@ std::optional<LogColumn> FindInLog(const Scenario& scenario, const std::string& 
 }
 
 std::string MissingText(const Scenario& scenario, const std::vector<std::string>& heads, const WantedResult& result) {
-    std::vector<std::string> names;
-    for (const std::string& head : heads) {
-        names.push_back(TakeApart(head).first);
-    }
+    std::vector<std::string> names(heads.size());
+    std::transform(heads.begin(), heads.end(), names.begin(),
+                   [](const std::string& head) { return TakeApart(head).first; });
     for (const LogColumn& column : LogColumnsOf(scenario)) {
         names.push_back(column.label);
     }
