@@ -1,0 +1,153 @@
+"""Studies that are run, interrupted, changed and repeated; the host is a stand-in."""
+
+from __future__ import annotations
+
+import json
+import os
+import signal
+import subprocess
+import time
+from pathlib import Path
+
+import pytest
+from conftest import LAUNCHER, StudyFolder
+
+LEVELS = {"gap": [1, 2, 3], "angle": [10, 20]}
+
+
+def test_every_run_gets_its_inputs_and_its_line(study: StudyFolder) -> None:
+    study.study(LEVELS)
+    assert "6 runs, 0 of them done" in study.good("expand")
+    assert [(row["gap"], row["angle"]) for row in study.table("runs.csv")][:2] == [("1.0", "10.0"), ("1.0", "20.0")]
+    study.good("run", "--cores", "2")
+    study.good("collect")
+    assert [float(row["sum"]) for row in study.table()] == [11, 21, 12, 22, 13, 23]
+    assert {row["status"] for row in study.table()} == {"done"}
+    assert [row["id"] for row in study.table()] == [row["id"] for row in study.table("runs.csv")]
+    assert study.calls() == 6
+
+
+def test_a_study_that_is_done_is_left_alone(study: StudyFolder) -> None:
+    study.study(LEVELS)
+    study.good("run", "--cores", "2")
+    assert "6 of them done already" in study.good("run")
+    assert study.calls() == 6
+
+
+def test_a_changed_range_runs_only_what_is_new(study: StudyFolder) -> None:
+    study.study(LEVELS)
+    study.good("run", "--cores", "2")
+    study.study({"gap": [2, 3, 4], "angle": [10, 20]})
+    assert "6 runs, 4 of them done already" in study.good("run", "--cores", "2")
+    assert study.calls() == 8
+    study.scenario("ok again")
+    assert "6 runs, 0 of them done" in study.good("expand"), "another scenario has other results"
+    study.scenario("ok")
+    (study.folder / "magnets.obj").write_text("o other\n", encoding="ascii")
+    assert "6 runs, 0 of them done" in study.good("expand"), "and so has another geometry"
+
+
+def test_failed_runs_are_repeated_as_told_and_do_not_stop_the_others(study: StudyFolder) -> None:
+    study.scenario("fail:1")
+    study.study(LEVELS, retries=1)
+    study.good("run", "--cores", "2", "--batch", "3")
+    assert study.calls() == 12
+    study.scenario("bad:gap=2")
+    ended = study.call("run", "--cores", "2", "--batch", "4")
+    assert ended.returncode == 1
+    assert ended.stderr.count("the discs overlap") == 2
+    assert "gap = 2, angle = 10" in ended.stderr and "tried 2 times" in ended.stderr
+    study.good("collect")
+    assert [row["status"] for row in study.table()] == ["done", "done", "failed", "failed", "done", "done"]
+    assert [row["sum"] for row in study.table()][2:4] == ["", ""]
+    assert study.call("run", "--cores", "2", "--retries", "0").stderr.count("the discs overlap") == 2
+
+
+def test_the_result_file_counts_and_no_exit_status(study: StudyFolder) -> None:
+    study.scenario("silent")
+    study.study({"gap": [1]})
+    ended = study.call("run", "--cores", "1")
+    assert ended.returncode == 1
+    assert "the desktop has ended" in ended.stderr
+
+
+def test_a_killed_study_goes_on_where_it_stopped(study: StudyFolder) -> None:
+    study.scenario("slow:0.5")
+    study.study({"gap": [1, 2, 3, 4, 5, 6]})
+    process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "2", "--batch", "1"],
+                               env=study.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                               start_new_session=True)
+    patience = time.monotonic() + 60
+    while len(list(study.runs.glob("*/result.json"))) < 2 and time.monotonic() < patience:
+        time.sleep(0.05)
+    os.killpg(process.pid, signal.SIGKILL)
+    process.wait()
+    done = len(list(study.runs.glob("*/result.json")))
+    assert 2 <= done < 6
+    before = study.calls()
+    study.scenario("slow:0.5")
+    assert f"{done} of them done already" in study.good("run", "--cores", "2")
+    assert len(list(study.runs.glob("*/result.json"))) == 6
+    assert study.calls() == before + 6 - done
+    resumed = [file for file in study.runs.glob("*/calls") if "resume" in file.read_text(encoding="ascii")]
+    assert len(resumed) == before - done, "what had begun goes on"
+
+
+def test_a_folder_has_one_study_and_one_process(study: StudyFolder, tmp_path: Path) -> None:
+    study.scenario("slow:1")
+    study.study({"gap": [1, 2]})
+    process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "1"], env=study.environment(),
+                               stdout=subprocess.DEVNULL)
+    patience = time.monotonic() + 60
+    while not list(study.runs.glob("*/calls")) and time.monotonic() < patience:
+        time.sleep(0.05)
+    assert f"another kinora-study (process {process.pid}) runs this study" in study.refusal("run")
+    assert process.wait() == 0
+    other = tmp_path / "other.study.json"
+    other.write_text(study.file.read_text(encoding="utf-8").replace("{", '{"folder": "gaps.study", ', 1), encoding="utf-8")
+    mine, study.file = study.file, other
+    assert f"the folder of another study, {mine}" in study.refusal()
+
+
+def test_texts_stand_for_values(study: StudyFolder) -> None:
+    study.study({"poles": {"values": [4, 6], "set": {"name": "rings-{poles}.obj", "gap": "{poles}"}},
+                 "br": {"values": [1.25], "set": {"angle": "{br}", "results.extra": {"column": "{br:.3f}", "take": "last"}}}},
+                set={"name": "unused"})
+    study.good("run", "--cores", "2")
+    inputs = [json.loads((study.runs / row["id"] / "inputs.json").read_text(encoding="utf-8"))
+              for row in study.table("runs.csv")]
+    assert [i["name"] for i in inputs] == ["rings-4.obj", "rings-6.obj"]
+    assert [i["gap"] for i in inputs] == [4.0, 6.0]
+    study.study({"gap": {"values": [1], "set": {"name": "{gapp}"}}})
+    assert 'the study has no parameter "gapp" for "{gapp}". Did you mean "gap"?' in study.refusal()
+
+
+def test_runs_see_the_environment_of_the_study(study: StudyFolder) -> None:
+    study.study({"gap": [1]}, environment={"STUDY_TEST": "{study}/magnets.json"})
+    study.good("run", "--cores", "1")
+    assert f"{study.folder}/magnets.json" in next(study.runs.glob("*/calls")).read_text(encoding="ascii")
+
+
+def test_the_page_has_the_data(study: StudyFolder, tmp_path: Path) -> None:
+    pytest.importorskip("kinora_study.collect")
+    from kinora_study import collect, table
+    from kinora_study.studyfile import read_study
+
+    study.scenario("bad:gap=2")
+    study.study(LEVELS, goals={"sum": "greatest"}, title="Gaps & <angles>")
+    study.call("run", "--cores", "2")
+    read = read_study(study.file)
+    outcomes = [collect.outcome_of(read, run) for run in table.make_runs(read)]
+    declared = table.check_against_scenario(read, outcomes[0].run, study.host)
+    text = collect.page_data(read, outcomes, declared, ["sum"], "kinora-study 1")
+    assert not set("<>&") & set(text) and text.isascii()
+    data = json.loads(text)
+    assert data["title"] == "Gaps & <angles>"
+    assert [p["name"] for p in data["parameters"]] == ["gap", "angle"]
+    assert data["parameters"][0]["values"] == [1, 1, 2, 2, 3, 3]
+    assert data["parameters"][0]["unit"] == "m" and data["results"][0]["unit"] == "N"
+    assert data["results"][0]["values"] == [11, 21, None, None, 13, 23]
+    assert [run["status"] for run in data["runs"]] == ["done", "done", "failed", "failed", "done", "done"]
+    assert data["runs"][2]["error"] == "the discs overlap\nerror: <b>by 1 mm</b>"
+    assert data["goals"] == [{"result": "sum", "sense": "greatest"}]
+    assert [o.results["sum"] for o in collect.best_runs(read, outcomes, ["sum"])] == [23, 21, 13, 11]
