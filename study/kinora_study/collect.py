@@ -17,12 +17,12 @@ from typing import Any
 from .document import read_json
 from .errors import InputError
 from .files import replacing
+from .places import TEMPLATE
 from .studyfile import Study
 from .table import Run, failure_file, result_file
 
 BEST = 10
 MARKER = "@KINORA_STUDY_DATA@"
-HERE = Path(__file__).resolve().parent
 
 
 @dataclass(frozen=True)
@@ -102,8 +102,8 @@ def write_reports(study: Study, outcomes: list[Outcome], host: Path) -> None:
     for outcome in outcomes:
         folder = outcome.run.folder(study.folder)
         if outcome.status == "done" and not report_of(folder):
-            command = [str(host), str(study.scenario), "--parameters", str(folder / "inputs.json"), "--out", str(folder),
-                       "--resume", "--report", "--quiet"]
+            command = [str(host), str(study.scenario), "--parameters", str(folder / "inputs.json"),
+                       "--out", str(folder), "--resume", "--report", "--quiet"]
             subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False,
                            env=os.environ | study.environment)
 
@@ -113,12 +113,18 @@ def report_of(folder: Path) -> Path | None:
     return next(iter(sorted(folder.glob("*.report.html"))), None)
 
 
-def page_data(study: Study, outcomes: list[Outcome], declared: dict[str, Any], names: list[str], generator: str) -> str:
+def page_data(
+    study: Study, outcomes: list[Outcome], declared: dict[str, Any], names: list[str], generator: str
+) -> str:
     """The data of the page: JSON in ASCII that no HTML can be made of."""
+
     def described(name: str) -> dict[str, str]:
         known = declared["parameters"].get(name, {})
         own = study.parameters[name]
-        return {"unit": own.unit or known.get("unit", ""), "description": own.description or known.get("description", "")}
+        return {
+            "unit": own.unit or known.get("unit", ""),
+            "description": own.description or known.get("description", ""),
+        }
 
     def link(outcome: Outcome) -> str | None:
         report = report_of(outcome.run.folder(study.folder))
@@ -152,22 +158,15 @@ def page_data(study: Study, outcomes: list[Outcome], declared: dict[str, Any], n
     return text
 
 
-def find_template() -> Path:
-    """The page's template: in the build tree or installation, or in a build of the sources. Raises InputError."""
-    places = [HERE.parents[1] / "study.html",
-              HERE.parents[1] / "build" / "native-release" / "share" / "kinora" / "study.html"]
-    for place in places:
-        if place.is_file():
-            return place
-    raise InputError(f"{places[0]}: the template of the study page is not there; build the project with Node.js.")
-
-
 def write_page(study: Study, data: str) -> Path:
     """Writes study.html. Raises InputError, StudyError."""
-    template = find_template()
-    before, marker, after = template.read_text(encoding="utf-8").partition(MARKER)
+    try:
+        before, marker, after = TEMPLATE.read_text(encoding="utf-8").partition(MARKER)
+    except OSError:
+        raise InputError(f"{TEMPLATE}: the template of the study page is not there; build the project with Node.js "
+                         "installed.") from None
     if not marker:
-        raise InputError(f"{template}: it has no place for data; is it the template of the study page?")
+        raise InputError(f"{TEMPLATE}: it has no place for data; is it the template of the study page?")
     page = study.folder / "study.html"
     with replacing(page) as stream:
         stream.write(before + data + after)

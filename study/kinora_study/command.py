@@ -9,10 +9,11 @@ from pathlib import Path
 from typing import Any
 
 from .collect import best_runs, outcome_of, page_data, wanted_results, write_page, write_reports, write_results
-from .engine import ROOM, Engine, locked, run_study
+from .engine import Engine, locked, run_study
 from .errors import InputError, StudyError
 from .host import find_host
 from .job import do_job
+from .places import ROOM
 from .progress import Progress
 from .studyfile import Study, read_study
 from .table import Run, check_against_scenario, make_runs, pending, require_count, take_folder, write_table
@@ -40,11 +41,11 @@ def _parser() -> argparse.ArgumentParser:
     parser.add_argument("--cores", type=_positive, default=os.cpu_count() or 1, metavar="N",
                         help="runs at once on this machine (default: its cores)")
     cluster = parser.add_mutually_exclusive_group()
-    cluster.add_argument("--profile", type=Path, metavar="DIR", help="hand the jobs over as this profile of Snakemake says")
+    cluster.add_argument("--profile", type=Path, metavar="DIR", help="hand jobs over as this profile of Snakemake says")
     cluster.add_argument("--slurm", action="store_true", help="hand them to Slurm, by the profile that comes along")
-    parser.add_argument("--jobs", type=_positive, metavar="N", help="jobs at once on a cluster (default: the profile's)")
+    parser.add_argument("--jobs", type=_positive, metavar="N", help="jobs at once on a cluster (default: as it says)")
     parser.add_argument("--batch", type=_positive, metavar="N", help="runs a job (default: some twenty jobs a core)")
-    parser.add_argument("--retries", type=int, metavar="N", help="tries again of a job with failed runs (default: the study's)")
+    parser.add_argument("--retries", type=int, metavar="N", help="further tries of failed runs (default: the study's)")
     parser.add_argument("--page", action="store_true", help="with collect: write study.html too")
     parser.add_argument("--yes", action="store_true", help="do it although there are more than 10,000 runs")
     parser.add_argument("--quiet", "-q", action="store_true", help="say only where the files are, and what failed")

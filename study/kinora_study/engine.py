@@ -17,13 +17,11 @@ from pathlib import Path
 from .document import read_json
 from .errors import InputError, StudyError
 from .files import make_folder, write_json
+from .places import LAUNCHER, ROOM
 from .progress import Progress
 from .studyfile import Study
 from .table import Run, failure_file, pending, result_file
 
-HERE = Path(__file__).resolve().parent
-# Where the Snakefile and the profiles lie, beside the package.
-ROOM = HERE.parent
 JOBS_PER_CORE = 20
 LARGEST_BATCH = 200
 
@@ -80,10 +78,7 @@ def _prepare(study: Study, engine: Engine, runs: list[Run]) -> int:
         (jobs / f"{number}.txt").write_text("".join(f"{run.id}\n" for run in batch), encoding="ascii")
     write_json(jobs / "plan.json", {"host": str(engine.host), "scenario": str(study.scenario.resolve()),
                                     "report": study.reports == "all", "environment": study.environment})
-    command = shlex.join([sys.executable, str(ROOM / "kinora-study")])
-    launcher = HERE.parents[3] / "bin" / "kinora-study"
-    if not (ROOM / "kinora-study").exists():
-        command = shlex.join([sys.executable, str(launcher)])
+    command = shlex.join([sys.executable, str(LAUNCHER)])
     write_json(jobs / "config.json", {"batches": len(batches), "command": command, "resources": engine.resources})
     return len(batches)
 
@@ -158,6 +153,7 @@ def _tell_failed(study: Study, failed: list[Run], log: Path) -> None:
         inputs = ", ".join(f"{name} = {value:g}" if isinstance(value, float) else f"{name} = {value}"
                            for name, value in run.values.items())
         tries = f", tried {failure['tries']} times" if failure["tries"] > 1 else ""
-        print(f"failed: {run.id} ({inputs}){tries}: {failure['message']}\n        {folder / 'run.log'}", file=sys.stderr)
+        print(f"failed: {run.id} ({inputs}){tries}: {failure['message']}", file=sys.stderr)
+        print(f"        {folder / 'run.log'}", file=sys.stderr)
     if len(failed) > most:
         print(f"        and {len(failed) - most} more", file=sys.stderr)

@@ -10,8 +10,7 @@ from pathlib import Path
 from typing import Any
 
 from .errors import InputError, StudyError
-
-HERE = Path(__file__).resolve().parent
+from .places import HOST
 
 
 def find_host(given: str | None) -> Path:
@@ -24,11 +23,8 @@ def find_host(given: str | None) -> Path:
         if not Path(named).is_file():
             raise InputError(f"{named}: there is no such program; --kinora-run or KINORA_RUN names kinora-run.")
         return Path(named).resolve()
-    # Of a build tree or an installation bin/, with this in share/kinora/study/; of the sources build/.
-    places = [HERE.parents[3] / "bin", HERE.parents[1] / "build" / "native-release" / "bin"]
-    for place in places:
-        if (place / "kinora-run").is_file():
-            return place / "kinora-run"
+    if HOST.is_file():
+        return HOST
     on_path = shutil.which("kinora-run")
     if not on_path:
         raise InputError("kinora-run is not found; build it (README.md), or name it with --kinora-run or KINORA_RUN.")

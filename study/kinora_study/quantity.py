@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import ast
 import math
+import operator
 from collections.abc import Callable
 
 CONSTANTS = {"pi": math.pi, "deg": math.pi / 180, "mm": 0.001, "gram": 0.001, "gn": 9.80665}
@@ -26,13 +27,13 @@ FUNCTIONS: dict[str, tuple[int, Callable[..., float]]] = {
 }
 
 OPERATORS: dict[type[ast.AST], Callable[..., float]] = {
-    ast.Add: lambda a, b: a + b,
-    ast.Sub: lambda a, b: a - b,
-    ast.Mult: lambda a, b: a * b,
-    ast.Div: lambda a, b: a / b,
+    ast.Add: operator.add,
+    ast.Sub: operator.sub,
+    ast.Mult: operator.mul,
+    ast.Div: operator.truediv,
     ast.Pow: math.pow,
-    ast.USub: lambda a: -a,
-    ast.UAdd: lambda a: +a,
+    ast.USub: operator.neg,
+    ast.UAdd: operator.pos,
 }
 
 
@@ -46,10 +47,10 @@ def _evaluate(node: ast.AST) -> float:
             return CONSTANTS[name]
         case ast.Name(id=name):
             raise ValueError(f'"{name}" is not known here')
-        case ast.BinOp(left=left, op=operator, right=right) if type(operator) in OPERATORS:
-            return OPERATORS[type(operator)](_evaluate(left), _evaluate(right))
-        case ast.UnaryOp(op=operator, operand=operand) if type(operator) in OPERATORS:
-            return OPERATORS[type(operator)](_evaluate(operand))
+        case ast.BinOp(left=left, op=sign, right=right) if type(sign) in OPERATORS:
+            return OPERATORS[type(sign)](_evaluate(left), _evaluate(right))
+        case ast.UnaryOp(op=sign, operand=operand) if type(sign) in OPERATORS:
+            return OPERATORS[type(sign)](_evaluate(operand))
         case ast.Call(func=ast.Name(id=name), args=arguments, keywords=[]) if name in FUNCTIONS:
             count, function = FUNCTIONS[name]
             if len(arguments) != count:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import math
+from collections.abc import Callable
 from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
@@ -115,15 +116,20 @@ class _Reader:
     def parameter(self, pointer: str, name: str, value: Any) -> Parameter:
         common = ("set", "unit", "description")
         members = {"values": value} if isinstance(value, list) else self.members(pointer, value)
-        kinds = {"values": (), "from": ("to", "count", "spacing", "end"), "normal": (), "uniform": ()}
+        kinds: dict[str, tuple[Callable[[str, dict[str, Any]], Source], tuple[str, ...]]] = {
+            "values": (self._values, ()),
+            "from": (self._range, ("to", "count", "spacing", "end")),
+            "normal": (self._normal, ()),
+            "uniform": (self._uniform, ()),
+        }
         given = [kind for kind in kinds if kind in members]
         source: Source = Levels((math.nan,))
         if len(given) != 1:
             self._findings.add(pointer, 'one of "values", "from", "normal" and "uniform" is wanted.')
         else:
-            self._findings.require_keys(pointer, members, (given[0], *kinds[given[0]], *common))
-            read = {"values": self._values, "from": self._range, "normal": self._normal, "uniform": self._uniform}
-            source = read[given[0]](pointer, members)
+            read, further = kinds[given[0]]
+            self._findings.require_keys(pointer, members, (given[0], *further, *common))
+            source = read(pointer, members)
         sets = self.members(f"{pointer}/set", members["set"]) if "set" in members else {name: f"{{{name}}}"}
         return Parameter(
             name,

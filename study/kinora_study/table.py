@@ -159,7 +159,8 @@ def take_folder(study: Study) -> None:
         other = read_json(mark)
         owner = other.get("study") if isinstance(other, dict) else None
         if owner != own and Path(str(owner)).exists():
-            raise InputError(f'{study.folder}: the folder of another study, {owner}; give one of them another "folder".')
+            raise InputError(f'{study.folder}: the folder of another study, {owner}; '
+                             'give one of them another "folder".')
     write_json(mark, {"study": own, "title": study.title})
 
 

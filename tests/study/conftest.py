@@ -31,8 +31,12 @@ class StudyFolder:
 
     def scenario(self, title: str = "ok", **more: Any) -> None:
         """Writes the scenario; its title tells the stand-in what to do."""
-        document = {"title": title, "geometry": {"file": "magnets.obj"}, "parameters": {"gap": 1, "angle": 0, "name": ""},
-                    "results": {"sum": {"column": "x", "take": "last"}}}
+        document = {
+            "title": title,
+            "geometry": {"file": "magnets.obj"},
+            "parameters": {"gap": 1, "angle": 0, "name": ""},
+            "results": {"sum": {"column": "x", "take": "last"}},
+        }
         (self.folder / "scenario.json").write_text(json.dumps(document | more), encoding="utf-8")
 
     def study(self, parameters: dict[str, Any], **more: Any) -> None:

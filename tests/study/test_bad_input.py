@@ -37,7 +37,9 @@ CASES: list[tuple[dict[str, Any], dict[str, Any], str]] = [
 
 
 @pytest.mark.parametrize(("parameters", "more", "message"), CASES)
-def test_a_wrong_study_is_refused(study: StudyFolder, parameters: dict[str, Any], more: dict[str, Any], message: str) -> None:
+def test_a_wrong_study_is_refused(
+    study: StudyFolder, parameters: dict[str, Any], more: dict[str, Any], message: str
+) -> None:
     study.study(parameters, **more)
     assert message in study.refusal()
     assert not study.runs.exists()
@@ -52,13 +54,15 @@ def test_everything_wrong_is_told_at_once(study: StudyFolder) -> None:
 def test_a_thousand_million_runs_are_a_slip(study: StudyFolder) -> None:
     many = {"from": 0, "to": 1, "count": 1000}
     study.study({"gap": many, "angle": many, "name": many})
-    assert "that would be 1,000,000,000 runs (gap: 1,000 x angle: 1,000 x name: 1,000)" in study.refusal("expand", "--yes")
+    told = study.refusal("expand", "--yes")
+    assert "that would be 1,000,000,000 runs (gap: 1,000 x angle: 1,000 x name: 1,000)" in told
     study.study({"gap": many, "angle": {"from": 0, "to": 1, "count": 11}})
     assert "11,000 runs" in study.refusal() and "--yes" in study.refusal()
 
 
 def test_no_json_is_told_with_its_line(study: StudyFolder) -> None:
-    study.file.write_text('{ // a comment with "quotes\n "scenario": "http://x", /* {\n */ "parameters": }', encoding="utf-8")
+    text = '{ // a comment with "quotes\n "scenario": "http://x", /* {\n */ "parameters": }'
+    study.file.write_text(text, encoding="utf-8")
     assert "gaps.study.json:3: not valid JSON" in study.refusal()
     study.file.write_text('{"title": "a", "title": "b"}', encoding="utf-8")
     assert 'the key "title" stands twice' in study.refusal()

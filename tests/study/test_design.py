@@ -42,7 +42,8 @@ def test_a_latin_hypercube_has_one_sample_in_every_part(source: Uniform | Levels
     assert sorted(int(NormalDist().cdf(float(row["b"])) * 30) for row in made) == list(range(30))
     assert sorted(row["c"] for row in made) == [1.0] * 10 + [2.0] * 10 + [3.0] * 10
     # In random order, and not in that of another parameter.
-    ranks = [[sorted(column).index(value) for value in column] for column in zip(*((row["a"], row["b"]) for row in made))]
+    first, second = ([row[name] for row in made] for name in "ab")
+    ranks = [[sorted(column).index(value) for value in column] for column in (first, second)]
     assert ranks[0] != sorted(ranks[0]) and ranks[0] != ranks[1]
 
 

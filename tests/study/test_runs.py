@@ -9,7 +9,6 @@ import subprocess
 import time
 from pathlib import Path
 
-import pytest
 from conftest import LAUNCHER, StudyFolder
 
 LEVELS = {"gap": [1, 2, 3], "angle": [10, 20]}
@@ -104,20 +103,22 @@ def test_a_folder_has_one_study_and_one_process(study: StudyFolder, tmp_path: Pa
     assert f"another kinora-study (process {process.pid}) runs this study" in study.refusal("run")
     assert process.wait() == 0
     other = tmp_path / "other.study.json"
-    other.write_text(study.file.read_text(encoding="utf-8").replace("{", '{"folder": "gaps.study", ', 1), encoding="utf-8")
+    text = study.file.read_text(encoding="utf-8").replace("{", '{"folder": "gaps.study", ', 1)
+    other.write_text(text, encoding="utf-8")
     mine, study.file = study.file, other
     assert f"the folder of another study, {mine}" in study.refusal()
 
 
 def test_texts_stand_for_values(study: StudyFolder) -> None:
     study.study({"poles": {"values": [4, 6], "set": {"name": "rings-{poles}.obj", "gap": "{poles}"}},
-                 "br": {"values": [1.25], "set": {"angle": "{br}", "results.extra": {"column": "{br:.3f}", "take": "last"}}}},
+                 "br": {"values": [1.25], "set": {"angle": "{br}"}}},
                 set={"name": "unused"})
     study.good("run", "--cores", "2")
     inputs = [json.loads((study.runs / row["id"] / "inputs.json").read_text(encoding="utf-8"))
               for row in study.table("runs.csv")]
     assert [i["name"] for i in inputs] == ["rings-4.obj", "rings-6.obj"]
     assert [i["gap"] for i in inputs] == [4.0, 6.0]
+    assert [i["angle"] for i in inputs] == [1.25, 1.25]
     study.study({"gap": {"values": [1], "set": {"name": "{gapp}"}}})
     assert 'the study has no parameter "gapp" for "{gapp}". Did you mean "gap"?' in study.refusal()
 
@@ -129,7 +130,6 @@ def test_runs_see_the_environment_of_the_study(study: StudyFolder) -> None:
 
 
 def test_the_page_has_the_data(study: StudyFolder, tmp_path: Path) -> None:
-    pytest.importorskip("kinora_study.collect")
     from kinora_study import collect, table
     from kinora_study.studyfile import read_study
 
