@@ -111,7 +111,8 @@ def run_study(study: Study, engine: Engine, runs: list[Run], progress: Progress)
         try:
             _watch(process, study, waiting, progress)
         except KeyboardInterrupt:
-            # The terminal has told the engine too: it ends its jobs, and these their runs.
+            # A terminal has told the engine too, and its jobs; otherwise it lets those end that have begun.
+            process.terminate()
             process.wait()
             progress.end()
             raise

@@ -9,6 +9,8 @@ import subprocess
 import time
 from pathlib import Path
 
+import pytest
+
 from conftest import LAUNCHER, StudyFolder
 
 LEVELS = {"gap": [1, 2, 3], "angle": [10, 20]}
@@ -68,6 +70,26 @@ def test_the_result_file_counts_and_no_exit_status(study: StudyFolder) -> None:
     ended = study.call("run", "--cores", "1")
     assert ended.returncode == 1
     assert "the desktop has ended" in ended.stderr
+
+
+def test_ctrl_c_ends_everything_and_says_how_to_go_on(study: StudyFolder) -> None:
+    study.scenario("slow:0.3")
+    study.study({"gap": [1, 2, 3, 4, 5, 6, 7, 8]})
+    process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "2", "--batch", "2"],
+                               env=study.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                               encoding="utf-8", start_new_session=True)
+    patience = time.monotonic() + 60
+    while not list(study.runs.glob("*/result.json")) and time.monotonic() < patience:
+        time.sleep(0.05)
+    # A terminal tells everybody in the group.
+    os.killpg(process.pid, signal.SIGINT)
+    told = process.communicate(timeout=60)[1]
+    assert process.returncode == 1
+    assert told == "Interrupted; the same command goes on where it stopped.\n"
+    with pytest.raises(ProcessLookupError):
+        os.killpg(process.pid, 0)
+    assert "8 runs, " in study.good("run", "--cores", "2")
+    assert len(list(study.runs.glob("*/result.json"))) == 8
 
 
 def test_a_killed_study_goes_on_where_it_stopped(study: StudyFolder) -> None:
