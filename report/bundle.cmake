@@ -1,4 +1,4 @@
-# cmake -DNODE=... -DNPM=... -DOUT=... -P bundle.cmake: installs the pinned packages when needed, then bundles the page.
+# cmake -DNODE=... -DNPM=... -DOUT=FOLDER -P bundle.cmake: installs the pinned packages when needed, then bundles the pages.
 # Several build folders share the packages, so one at a time.
 file(LOCK "${CMAKE_CURRENT_LIST_DIR}/.bundle.lock" GUARD PROCESS TIMEOUT 600)
 
