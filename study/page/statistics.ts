@@ -41,7 +41,7 @@ export function barsOf(values: readonly number[]): Bar[] {
   if (values.length === 0) return [];
   return bin()(values)
     .map((bar) => ({ from: bar.x0!, to: bar.x1!, count: bar.length }))
-    .filter((bar, i, all) => bar.to > bar.from || all.length === 1);
+    .filter((bar, _, all) => bar.to > bar.from || all.length === 1);
 }
 
 /** The mean of a result over the runs in which a parameter has a value, or lies about it. */
