@@ -1,4 +1,4 @@
-// Checks the types, bundles the tests of tests/report and runs them: npm test [-- FILTER]. The browser tests need
+// Checks the types, bundles the tests of tests/report and tests/study and runs them: npm test [-- FILTER]. The browser tests need
 // kinora-report (KINORA_REPORT_TOOL, by default the native build's) and Debian's chromium.
 import { execFileSync, spawnSync } from 'node:child_process';
 import { readdirSync, rmSync } from 'node:fs';
@@ -7,7 +7,7 @@ import { fileURLToPath } from 'node:url';
 import { build } from 'esbuild';
 
 const here = dirname(fileURLToPath(import.meta.url));
-const tests = join(here, '../tests/report');
+const folders = ['../tests/report', '../tests/study'].map((folder) => join(here, folder));
 // Among the packages, so that the tests find those that are not bundled.
 const bundled = join(here, 'node_modules/.tests');
 
@@ -16,9 +16,9 @@ execFileSync(process.execPath, [join(here, 'node_modules/typescript/bin/tsc'), '
 });
 rmSync(bundled, { recursive: true, force: true });
 await build({
-  entryPoints: readdirSync(tests)
-    .filter((name) => name.endsWith('.test.ts') && name.includes(process.argv[2] ?? ''))
-    .map((name) => join(tests, name)),
+  entryPoints: folders
+    .flatMap((folder) => readdirSync(folder).map((name) => join(folder, name)))
+    .filter((file) => file.endsWith('.test.ts') && file.includes(process.argv[2] ?? '')),
   bundle: true,
   outdir: bundled,
   outExtension: { '.js': '.mjs' },
@@ -30,7 +30,9 @@ await build({
   sourcemap: 'inline',
   logLevel: 'warning',
 });
-const files = readdirSync(bundled).map((name) => join(bundled, name));
+const files = readdirSync(bundled, { recursive: true })
+  .filter((name) => name.endsWith('.mjs'))
+  .map((name) => join(bundled, name));
 const { status } = spawnSync(process.execPath, ['--enable-source-maps', '--test', '--test-reporter=spec', ...files], {
   stdio: 'inherit',
 });

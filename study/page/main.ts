@@ -77,10 +77,8 @@ class Page {
   private overParameters(): HTMLElement {
     const { study, varying } = this;
     const named = (name: string) => varying.find((parameter) => parameter.name === name) ?? null;
-    const levelled = varying.filter(hasLevels);
-    let over = varying[varying.length - 1];
-    let by = levelled.find((parameter) => parameter !== over) ?? null;
-    let isMap = by !== null && hasLevels(over) && by.kind !== 'text';
+    let [over, by] = usualChoice(varying, this.result);
+    let isMap = by !== null && by.kind !== 'text' && over.kind !== 'text';
     const names = varying.map((parameter): [string, string] => [parameter.name, parameter.name]);
     const pickOver = choice('over', names, over.name, (name) => ((over = named(name)!), this.draw()));
     const pickBy = choice('and', [['', 'nothing'], ...names], by?.name ?? '', (name) => ((by = named(name)), this.draw()));
@@ -130,6 +128,16 @@ class Page {
       return [scatterMatrix(this.study, columns, width), ...note];
     });
   }
+}
+
+/** Of a grid its last two parameters; otherwise the one that does most. */
+function usualChoice(varying: Column[], result: Column): [over: Column, by: Column | null] {
+  const levelled = varying.filter(hasLevels).reverse();
+  const isGrid = levelled.length === varying.length;
+  const numbers = levelled.filter((parameter) => parameter.kind !== 'text');
+  if (isGrid && numbers.length > 0) return [numbers[0], levelled.find((parameter) => parameter !== numbers[0]) ?? null];
+  const [strongest] = varying.map((parameter) => effectOf(parameter, result)).sort((a, b) => b.size - a.size);
+  return [strongest.parameter, null];
 }
 
 function start(): void {

@@ -43,8 +43,14 @@ function textAxis(column: Column, pixels: [number, number]): Axis {
   return {
     label: column.name,
     at: (value) => place(String(value)) ?? NaN,
-    ticks: place.domain().map((text) => ({ at: place(text)!, text })),
+    ticks: place.domain().map((text) => ({ at: place(text)!, text: cut(text, place.step() / 7) })),
   };
+}
+
+/** A text of so many letters at most. */
+function cut(text: string, letters: number): string {
+  const most = Math.max(3, Math.floor(letters) - 1);
+  return text.length > most ? `${text.slice(0, most - 1)}…` : text;
 }
 
 function numberAxis(column: Column, pixels: [number, number]): Axis {
@@ -104,15 +110,14 @@ export function axes(x: Axis, y: Axis, width: number, height: number, margins = 
   return group;
 }
 
-/** Those of the ticks whose texts do not touch. */
+/** Every one of the ticks, every second one and so on, so that their texts do not touch. */
 function apart(ticks: Axis['ticks'], letterWidth: number): Axis['ticks'] {
-  let end = -Infinity;
-  return ticks.filter(({ at, text }) => {
-    const half = (text.length * letterWidth) / 2;
-    if (at - half < end) return false;
-    end = at + half + 6;
-    return true;
-  });
+  const longest = Math.max(0, ...ticks.map(({ text }) => text.length)) * letterWidth + 8;
+  const distance = ticks.length > 1 ? Math.abs(ticks[1].at - ticks[0].at) : Infinity;
+  const stride = Math.ceil(longest / distance);
+  // Round numbers stay: 0 rather than what is beside it.
+  const zero = Math.max(0, ticks.findIndex(({ text }) => text === '0'));
+  return ticks.filter((_, i) => (i - zero) % stride === 0);
 }
 
 const tip = el('div', { class: 'tip', hidden: true, role: 'status' });

@@ -2,42 +2,23 @@
 
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { existsSync, mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
+import { mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
-import { chromium, type Browser, type Page } from 'playwright-core';
+import type { Browser, Page } from 'playwright-core';
+import { close, launch, openIn, root, tool } from './browser.ts';
 import { head, line, logText, pulledApart, slipping } from './logs.ts';
 import { topGeometry, topLog, topScenario, topStates } from './top.ts';
 
-const root = process.cwd().replace(/\/report$/, '');
-const tool = process.env.KINORA_REPORT_TOOL ?? join(root, 'build/native/bin/kinora-report');
-const chromiumFile = process.env.KINORA_CHROMIUM ?? '/usr/bin/chromium';
 const examples = join(root, 'examples');
 let browser: Browser;
 let folder: string;
 let pages = 0;
 
 before(async () => {
-  for (const [what, file] of [
-    ['kinora-report (set KINORA_REPORT_TOOL)', tool],
-    ['chromium (set KINORA_CHROMIUM)', chromiumFile],
-  ])
-    assert.ok(existsSync(file), `${what} is not at ${file}`);
   folder = mkdtempSync(join(tmpdir(), 'kinora-report-page-'));
-  browser = await chromium.launch({
-    executablePath: chromiumFile,
-    args: [
-      '--no-sandbox',
-      '--disable-gpu',
-      '--enable-unsafe-swiftshader',
-      '--disable-quic',
-      '--no-first-run',
-      '--disable-background-networking',
-      '--disable-component-update',
-      '--disable-sync',
-    ],
-  });
+  browser = await launch();
 });
 
 after(async () => {
@@ -53,35 +34,7 @@ function write(log: string, options: string[] = []): string {
   return `${base}.report.html`;
 }
 
-/** Opens a page; whatever it complains of or asks the network for fails the test. */
-async function open(
-  file: string,
-  settings: Parameters<Browser['newPage']>[0] = {},
-): Promise<Page & { complaints: string[] }> {
-  const page = Object.assign(await browser.newPage({ viewport: { width: 1500, height: 950 }, ...settings }), {
-    complaints: [] as string[],
-  });
-  page.on('console', (message) => {
-    // Software rendering is slow to hand out its pictures, which only the tests ask for.
-    if (!message.text().includes('GPU stall due to ReadPixels'))
-      page.complaints.push(`${message.type()}: ${message.text()}`);
-  });
-  page.on('pageerror', (error) => page.complaints.push(error.message));
-  page.on('dialog', (dialog) => {
-    page.complaints.push(`dialog: ${dialog.message()}`);
-    void dialog.dismiss();
-  });
-  page.on('request', (request) => {
-    if (!request.url().startsWith('data:') && request.url() !== `file://${file}`) page.complaints.push(request.url());
-  });
-  await page.goto(`file://${file}`);
-  return page;
-}
-
-async function close(page: Page & { complaints: string[] }): Promise<void> {
-  assert.deepEqual(page.complaints, []);
-  await page.close();
-}
+const open = (file: string, settings?: Parameters<Browser['newPage']>[0]) => openIn(browser, file, settings);
 
 const ready = (page: Page) => page.locator('#view canvas').waitFor();
 const goTo = (page: Page, row: number) => page.locator('.player input[type=range]').fill(String(row));
