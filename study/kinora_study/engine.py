@@ -11,7 +11,7 @@ import subprocess
 import sys
 import time
 from collections.abc import Iterator
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 from pathlib import Path
 
 from .document import read_json
@@ -38,7 +38,6 @@ class Engine:
     # Runs a job; None for as many as suit.
     batch: int | None = None
     retries: int | None = None
-    resources: dict[str, str | int] = field(default_factory=dict)
 
 
 def batch_size(wanted: int | None, runs: int, workers: int) -> int:
@@ -79,7 +78,7 @@ def _prepare(study: Study, engine: Engine, runs: list[Run]) -> int:
     write_json(jobs / "plan.json", {"host": str(engine.host), "scenario": str(study.scenario.resolve()),
                                     "report": study.reports == "all", "environment": study.environment})
     command = shlex.join([sys.executable, str(LAUNCHER)])
-    write_json(jobs / "config.json", {"batches": len(batches), "command": command, "resources": engine.resources})
+    write_json(jobs / "config.json", {"batches": len(batches), "command": command})
     return len(batches)
 
 
