@@ -105,7 +105,7 @@ def write_reports(study: Study, outcomes: list[Outcome], host: Path) -> None:
             command = [str(host), str(study.scenario), "--parameters", str(folder / "inputs.json"),
                        "--out", str(folder), "--resume", "--report", "--quiet"]
             subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False,
-                           env=os.environ | study.environment)
+                           env=os.environ | study.variables)
 
 
 def report_of(folder: Path) -> Path | None:

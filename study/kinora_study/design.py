@@ -7,6 +7,7 @@ import math
 import random
 from collections.abc import Iterator
 from dataclasses import dataclass
+from functools import cached_property
 from statistics import NormalDist
 
 Value = float | str
@@ -14,19 +15,45 @@ Value = float | str
 
 @dataclass(frozen=True)
 class Levels:
-    """A list or a range: certain values, in their order."""
+    """A list: certain values, in their order."""
 
     values: tuple[Value, ...]
-    is_logarithmic: bool = False
-    # Of a range its two ends, between which samples are drawn; None for a list.
-    ends: tuple[float, float] | None = None
+
+    def __len__(self) -> int:
+        return len(self.values)
 
     def at(self, share: float) -> Value:
         """The value at a share, 0 to 1, of the way through it."""
-        if self.ends is None:
-            return self.values[min(int(share * len(self.values)), len(self.values) - 1)]
-        low, high = self.ends
-        return low * (high / low) ** share if self.is_logarithmic else low + share * (high - low)
+        return self.values[min(int(share * len(self.values)), len(self.values) - 1)]
+
+
+@dataclass(frozen=True)
+class Range:
+    """Values with even steps or even factors; samples are drawn between its ends."""
+
+    low: float
+    high: float
+    count: int
+    is_logarithmic: bool = False
+    is_open: bool = False
+
+    def __len__(self) -> int:
+        return self.count
+
+    @cached_property
+    def values(self) -> tuple[Value, ...]:
+        """Made when they are asked for: there may be more than memory holds."""
+        parts = self.count if self.is_open else max(self.count - 1, 1)
+        # The last one as it was written, not as rounding makes it.
+        return tuple(self.high if i == parts else self.at(i / parts) for i in range(self.count))
+
+    def at(self, share: float) -> Value:
+        """The value at a share, 0 to 1, of the way through it."""
+        if self.is_logarithmic:
+            return float(self.low * (self.high / self.low) ** share)
+        value = self.low + share * (self.high - self.low)
+        # What rounding leaves of a nought would make another run of it.
+        return 0.0 if abs(value) < 1e-14 * max(abs(self.low), abs(self.high)) else value
 
 
 @dataclass(frozen=True)
@@ -54,7 +81,9 @@ class Uniform:
         return self.low + share * (self.high - self.low)
 
 
-Source = Levels | Normal | Uniform
+Source = Levels | Range | Normal | Uniform
+# What has values of its own, rather than samples.
+CERTAIN = (Levels, Range)
 Row = dict[str, Value]
 
 
@@ -77,7 +106,7 @@ def strata(seed: int, name: str, count: int) -> Iterator[float]:
 
 def count_runs(design: str, sources: dict[str, Source], runs: int) -> int:
     """How many runs a design has, without making them."""
-    levels = [len(source.values) for source in sources.values() if isinstance(source, Levels)]
+    levels = [len(source) for source in sources.values() if isinstance(source, CERTAIN)]
     if design == "grid":
         return math.prod(levels) * (runs if len(levels) < len(sources) else 1)
     if design == "list":
@@ -88,8 +117,8 @@ def count_runs(design: str, sources: dict[str, Source], runs: int) -> int:
 def rows(design: str, sources: dict[str, Source], runs: int, seed: int) -> Iterator[Row]:
     """The values of every run, in the order of the table.
 
-    grid             every combination of lists and ranges, the first parameter slowest; each with `runs` samples of
-                     what is random, where anything is
+    grid             every combination of lists and ranges, the first parameter slowest; each with the same `runs`
+                     samples of what is random, where anything is
     list             all lists and ranges together, row by row
     random           `runs` samples of everything
     latin-hypercube  the same, each parameter's spread evenly over its range
@@ -97,25 +126,25 @@ def rows(design: str, sources: dict[str, Source], runs: int, seed: int) -> Itera
     if design == "grid":
         yield from _grid(sources, runs, seed)
         return
-    certain = {name: source.values for name, source in sources.items() if isinstance(source, Levels)}
+    together = design == "list"
+    certain = {name: source.values for name, source in sources.items() if together and isinstance(source, CERTAIN)}
     count = count_runs(design, sources, runs)
     draw = {
         name: strata(seed, name, count) if design == "latin-hypercube" else shares(seed, name) for name in sources
     }
     for i in range(count):
         yield {
-            name: certain[name][i] if design == "list" and name in certain else source.at(next(draw[name]))
+            name: certain[name][i] if name in certain else source.at(next(draw[name]))
             for name, source in sources.items()
         }
 
 
 def _grid(sources: dict[str, Source], runs: int, seed: int) -> Iterator[Row]:
-    certain = {name: source.values for name, source in sources.items() if isinstance(source, Levels)}
+    certain = {name: source.values for name, source in sources.items() if isinstance(source, CERTAIN)}
     draw = {name: shares(seed, name) for name in sources if name not in certain}
+    # The same at every point: points then differ by what was set, and a further point leaves the others as they are.
+    samples = [{name: sources[name].at(next(draw[name])) for name in draw} for _ in range(runs if draw else 1)]
     for combination in itertools.product(*certain.values()):
-        fixed = dict(zip(certain, combination))
-        for _ in range(runs if draw else 1):
-            yield {
-                name: fixed[name] if name in fixed else source.at(next(draw[name]))
-                for name, source in sources.items()
-            }
+        for sample in samples:
+            row = dict(zip(certain, combination)) | sample
+            yield {name: row[name] for name in sources}

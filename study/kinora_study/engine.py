@@ -76,7 +76,7 @@ def _prepare(study: Study, engine: Engine, runs: list[Run]) -> int:
     for number, batch in enumerate(batches):
         (jobs / f"{number}.txt").write_text("".join(f"{run.id}\n" for run in batch), encoding="ascii")
     write_json(jobs / "plan.json", {"host": str(engine.host), "scenario": str(study.scenario.resolve()),
-                                    "report": study.reports == "all", "environment": study.environment})
+                                    "report": study.reports == "all", "environment": study.variables})
     command = shlex.join([sys.executable, str(LAUNCHER)])
     write_json(jobs / "config.json", {"batches": len(batches), "command": command})
     return len(batches)

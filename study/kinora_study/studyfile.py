@@ -8,7 +8,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
 
-from .design import Levels, Normal, Source, Uniform, Value, count_runs
+from .design import CERTAIN, Levels, Normal, Range, Source, Uniform, Value, count_runs
 from .document import Findings, read_json, suggestion
 from .quantity import evaluate
 
@@ -32,11 +32,11 @@ class Parameter:
     @property
     def kind(self) -> str:
         """list, range, random or text."""
+        if isinstance(self.source, Range):
+            return "range"
         if not isinstance(self.source, Levels):
             return "random"
-        if any(isinstance(value, str) for value in self.source.values):
-            return "text"
-        return "range" if self.source.ends else "list"
+        return "text" if any(isinstance(value, str) for value in self.source.values) else "list"
 
 
 @dataclass(frozen=True)
@@ -57,7 +57,14 @@ class Study:
     goals: dict[str, str]
     retries: int
     reports: str
+    # As it is written; see variables.
     environment: dict[str, str] = field(default_factory=dict)
+
+    @property
+    def variables(self) -> dict[str, str]:
+        """The environment's variables for kinora-run."""
+        where = str(self.file.resolve().parent)
+        return {name: value.replace("{study}", where) for name, value in self.environment.items()}
 
     @property
     def sources(self) -> dict[str, Source]:
@@ -155,7 +162,7 @@ class _Reader:
             self._findings.add(f"{pointer}/values", "a value stands twice.")
         return Levels(numbers)
 
-    def _range(self, pointer: str, members: dict[str, Any]) -> Levels:
+    def _range(self, pointer: str, members: dict[str, Any]) -> Range:
         low, high = (self.quantity(pointer, members, key) for key in ("from", "to"))
         count = self.whole(f"{pointer}/count", members.get("count", 0), 1)
         spacing = self.choice(f"{pointer}/spacing", members.get("spacing", "linear"), ("linear", "log"))
@@ -164,12 +171,7 @@ class _Reader:
             self._findings.add(pointer, f"the range is empty: it goes from {low:g} to {high:g}.")
         if spacing == "log" and (low <= 0 or high <= 0):
             self._findings.add(pointer, "a logarithmic range lies above 0.")
-            return Levels((math.nan,))
-        parts = count if is_open else max(count - 1, 1)
-        whole = Levels((), spacing == "log", (low, high))
-        # The last one as it was written, not as rounding makes it.
-        values = tuple(high if i == parts else whole.at(i / parts) for i in range(min(count, 10**7)))
-        return Levels(values, spacing == "log", (low, high))
+        return Range(low, high, count, spacing == "log", is_open)
 
     def _normal(self, pointer: str, members: dict[str, Any]) -> Normal:
         inner = self.members(f"{pointer}/normal", members["normal"])
@@ -234,16 +236,16 @@ class _Reader:
             retries=self.whole("/retries", root.get("retries", 0), 0),
             reports=self.choice("/reports", root.get("reports", "best"), REPORTS),
             environment={
-                name: self.text(f"/environment/{name}", value).replace("{study}", str(where.resolve()))
+                name: self.text(f"/environment/{name}", value)
                 for name, value in self.members("/environment", root.get("environment", {})).items()
             },
         )
 
     def require_design(self, study: Study) -> None:
         levels = {
-            name: len(parameter.source.values)
+            name: len(parameter.source)
             for name, parameter in study.parameters.items()
-            if isinstance(parameter.source, Levels)
+            if isinstance(parameter.source, CERTAIN)
         }
         if study.design == "list" and len(set(levels.values())) > 1:
             lengths = ", ".join(f"{name} {count}" for name, count in levels.items())

@@ -10,7 +10,7 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
-from .design import Row, rows
+from .design import CERTAIN, Row, rows
 from .document import read_json, suggestion
 from .errors import InputError
 from .files import make_folder, replacing, write_json
@@ -49,8 +49,8 @@ def failure_file(folder: Path) -> Path:
 def require_count(study: Study, is_sure: bool) -> None:
     """Refuses a study that is larger than was meant. Raises InputError."""
     count = study.count
-    factors = " x ".join(f"{name}: {len(p.source.values):,}" for name, p in study.parameters.items()
-                         if hasattr(p.source, "values"))
+    factors = " x ".join([f"{name}: {len(parameter.source):,}" for name, parameter in study.parameters.items()
+                          if isinstance(parameter.source, CERTAIN)] + [f"samples: {study.runs:,}"] * (study.runs > 1))
     if count > MOST:
         raise InputError(f"{study.file}: that would be {count:,} runs ({factors}); a study has {MOST:,} at most.")
     if count > MANY and not is_sure:
@@ -105,6 +105,11 @@ class _Digests:
         geometry = str(inputs.get("geometry.file", inputs.get("/geometry/file", self._geometry)))
         return [self._digest(self._scenario), self._digest(self._scenario.parent / geometry)]
 
+    def of_environment(self, study: Study) -> list[Any]:
+        """The variables as they are written, since a study may move, and what is in the files that they name."""
+        files = [Path(value) for _, value in sorted(study.variables.items())]
+        return [study.environment, *(self._digest(file) for file in files if file.is_file())]
+
     def _digest(self, file: Path) -> str:
         if file not in self._known:
             try:
@@ -114,16 +119,26 @@ class _Digests:
         return self._known[file]
 
 
+def _steady(value: Any) -> Any:
+    """A value without its last digits: 3 mm is the same run, whichever range's rounding has made it."""
+    if isinstance(value, dict):
+        return {key: _steady(member) for key, member in value.items()}
+    if isinstance(value, list):
+        return [_steady(item) for item in value]
+    return float(f"{value:.13g}") if isinstance(value, float) else value
+
+
 def make_runs(study: Study) -> list[Run]:
     """The runs in the table's order. Raises InputError.
 
     A run's name is a digest of all that it depends on: inputs that have not changed keep it, and with it their results.
     """
     digests = _Digests(study.scenario)
+    environment = digests.of_environment(study)
     runs = []
     for values in rows(study.design, study.sources, study.runs, study.seed):
         inputs = _Filled(study, values).inputs()
-        content = [inputs, digests.of(inputs), study.environment]
+        content = [_steady(inputs), digests.of(inputs), environment]
         name = hashlib.sha256(json.dumps(content, sort_keys=True).encode()).hexdigest()[:12]
         runs.append(Run(name, values, inputs))
     return runs
@@ -131,7 +146,7 @@ def make_runs(study: Study) -> list[Run]:
 
 def check_against_scenario(study: Study, run: Run, host: Path) -> dict[str, Any]:
     """Has kinora-run look at the inputs of a run; returns what the scenario declares. Raises InputError."""
-    own = ask_declarations(host, study.scenario, None, study.environment)
+    own = ask_declarations(host, study.scenario, None, study.variables)
     for name, parameter in study.parameters.items():
         if parameter.sets == {name: f"{{{name}}}"} and name not in own["parameters"]:
             raise InputError(f'{study.file}: /parameters/{name}: the scenario has no parameter "{name}", and no "set" '
@@ -139,7 +154,7 @@ def check_against_scenario(study: Study, run: Run, host: Path) -> dict[str, Any]
     make_folder(study.folder)
     inputs = study.folder / "first-run.json"
     write_json(inputs, run.inputs)
-    declared = ask_declarations(host, study.scenario, inputs, study.environment)
+    declared = ask_declarations(host, study.scenario, inputs, study.variables)
     inputs.unlink()
     for name in [*(study.results or {}), *study.goals]:
         if name not in declared["results"]:

@@ -58,6 +58,10 @@ def test_a_thousand_million_runs_are_a_slip(study: StudyFolder) -> None:
     assert "that would be 1,000,000,000 runs (gap: 1,000 x angle: 1,000 x name: 1,000)" in told
     study.study({"gap": many, "angle": {"from": 0, "to": 1, "count": 11}})
     assert "11,000 runs" in study.refusal() and "--yes" in study.refusal()
+    study.study({"gap": many | {"count": 10**9}})
+    assert "1,000,000,000 runs (gap: 1,000,000,000)" in study.refusal()
+    study.study({"gap": {"uniform": {"from": 0, "to": 1}}}, design="random", runs=10**9)
+    assert "1,000,000,000 runs (samples: 1,000,000,000)" in study.refusal()
 
 
 def test_no_json_is_told_with_its_line(study: StudyFolder) -> None:

@@ -8,7 +8,7 @@ from statistics import NormalDist, fmean, stdev
 import pytest
 from conftest import StudyFolder
 
-from kinora_study.design import Levels, Normal, Uniform, count_runs, rows, shares
+from kinora_study.design import Levels, Normal, Range, Uniform, count_runs, rows, shares
 from kinora_study.quantity import evaluate
 from kinora_study.studyfile import read_study
 
@@ -27,7 +27,10 @@ def test_a_grid_with_tolerances_has_samples_at_every_point() -> None:
     made = list(rows("grid", sources, 4, 0))
     assert len(made) == count_runs("grid", sources, 4) == 12
     assert [row["gap"] for row in made] == [1.0] * 4 + [2.0] * 4 + [3.0] * 4
-    assert len({row["br"] for row in made}) == 12
+    samples = [row["br"] for row in made]
+    assert len(set(samples[:4])) == 4 and samples == samples[:4] * 3, "the same ones at every point"
+    more = list(rows("grid", sources | {"angle": ANGLES}, 6, 0))
+    assert [row["br"] for row in more[:4]] == samples[:4], "and with further parameters and samples"
 
 
 def test_lists_go_together() -> None:
@@ -35,8 +38,8 @@ def test_lists_go_together() -> None:
     assert made == [(1, "a"), (2, "b"), (3, "c")]
 
 
-@pytest.mark.parametrize("source", [Uniform(2.0, 6.0), Levels((), False, (2.0, 6.0))])
-def test_a_latin_hypercube_has_one_sample_in_every_part(source: Uniform | Levels) -> None:
+@pytest.mark.parametrize("source", [Uniform(2.0, 6.0), Range(2.0, 6.0, 30)])
+def test_a_latin_hypercube_has_one_sample_in_every_part(source: Uniform | Range) -> None:
     made = list(rows("latin-hypercube", {"a": source, "b": Normal(0.0, 1.0), "c": GAPS}, 30, 5))
     assert sorted(int((float(row["a"]) - 2.0) / 4.0 * 30) for row in made) == list(range(30))
     assert sorted(int(NormalDist().cdf(float(row["b"])) * 30) for row in made) == list(range(30))
@@ -59,7 +62,11 @@ def test_samples_have_the_moments_of_their_distribution() -> None:
 
 def test_samples_are_the_same_everywhere_and_those_of_other_seeds_are_others() -> None:
     # What the generator, a Mersenne twister seeded by SHA-512 of the text, gives on every machine.
-    assert next(shares(7, "gap")) == 0.09045899202591656
+    stream = shares(7, "gap")
+    assert [next(stream) for _ in range(3)] == [0.09045899202591656, 0.013643754791055396, 0.6591046419687262]
+    normal = [row["gap"] for row in rows("random", {"gap": Normal(2.0, 0.5)}, 3, 7)]
+    # Their quantiles, by bisection of the error function.
+    assert normal == pytest.approx([2 + 0.5 * z for z in (-1.3379339034, -2.2073801843, 0.4100207638)], abs=1e-9)
     few = list(rows("random", {"n": Normal(0, 1)}, 5, 7))
     more = list(rows("random", {"a": Uniform(0, 1), "n": Normal(0, 1)}, 9, 7))
     assert [row["n"] for row in few] == [row["n"] for row in more[:5]]
@@ -94,3 +101,7 @@ def test_ranges_have_both_ends_unless_they_are_open(study: StudyFolder) -> None:
     assert values["d"] == (0.002, 7.0)
     assert values["e"] == ("x", "2*mm")
     assert [parameter.kind for parameter in read.parameters.values()] == ["range", "range", "range", "list", "text"]
+
+
+def test_a_range_has_no_trace_of_a_nought() -> None:
+    assert 0.0 in Range(-0.3, 0.3, 7).values

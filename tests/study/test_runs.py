@@ -48,6 +48,41 @@ def test_a_changed_range_runs_only_what_is_new(study: StudyFolder) -> None:
     assert "6 runs, 0 of them done" in study.good("expand"), "and so has another geometry"
 
 
+def test_a_range_that_grows_keeps_its_runs(study: StudyFolder) -> None:
+    study.study({"gap": {"from": "2*mm", "to": "21*mm", "count": 20}})
+    study.good("expand")
+    few = {row["id"] for row in study.table("runs.csv")}
+    study.study({"gap": {"from": "-9*mm", "to": "40*mm", "count": 50}})
+    study.good("expand")
+    assert few < {row["id"] for row in study.table("runs.csv")}, "whichever way 3 mm is reached"
+
+
+def test_a_study_that_moves_keeps_its_runs(study: StudyFolder, tmp_path: Path) -> None:
+    study.study({"gap": [1]}, environment={"STUDY_TEST": "{study}/magnets.json"})
+    (tmp_path / "magnets.json").write_text("{}", encoding="ascii")
+    study.good("expand")
+    before = study.table("runs.csv")
+    moved = tmp_path / "elsewhere"
+    moved.mkdir()
+    for name in ("gaps.study.json", "scenario.json", "magnets.obj", "magnets.json"):
+        (tmp_path / name).rename(moved / name)
+    study.runs.parent.rename(moved / "gaps.study")
+    study.file, study.runs = moved / "gaps.study.json", moved / "gaps.study" / "runs"
+    study.good("expand")
+    assert study.table("runs.csv") == before
+    (moved / "magnets.json").write_text("[]", encoding="ascii")
+    study.good("expand")
+    assert study.table("runs.csv") != before, "what a variable names is part of the run"
+
+
+def test_more_samples_run_only_the_new_ones(study: StudyFolder) -> None:
+    drawn = {"gap": {"normal": {"mean": 1, "deviation": "0.1"}}, "angle": {"uniform": {"from": 0, "to": 1}}}
+    study.study(drawn, design="random", runs=3, seed=7)
+    study.good("run", "--cores", "2")
+    study.study(drawn, design="random", runs=5, seed=7)
+    assert "5 runs, 3 of them done" in study.good("expand")
+
+
 def test_failed_runs_are_repeated_as_told_and_do_not_stop_the_others(study: StudyFolder) -> None:
     study.scenario("fail:1")
     study.study(LEVELS, retries=1)
