@@ -220,12 +220,16 @@ class _Reader:
             for name, sense in self.members("/goals", root.get("goals", {})).items()
         }
         where = self._file.parent
+        whole = where.resolve()
         stem = self._file.name.removesuffix(".json").removesuffix(".study")
+        folder = where / self.text("/folder", root.get("folder", f"{stem}.study"))
+        if folder.resolve() in (whole, *whole.parents):
+            self._findings.add("/folder", "a folder of the study's own is wanted: nothing else may lie in it.")
         return Study(
             file=self._file,
             title=self.text("/title", root.get("title", stem)),
             scenario=where / self.text("/scenario", root.get("scenario", "")),
-            folder=where / self.text("/folder", root.get("folder", f"{stem}.study")),
+            folder=folder,
             parameters=parameters,
             sets=self.members("/set", root.get("set", {})),
             design=self.choice("/design", root.get("design", "grid"), DESIGNS),

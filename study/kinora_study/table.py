@@ -17,6 +17,9 @@ from .files import make_folder, replacing, write_json
 from .host import ask_declarations
 from .studyfile import Study
 
+# What a study writes over and deletes in its folder.
+OWN_NAMES = ("jobs", "runs", "runs.csv", "results.csv", "results.parquet", "study.html", "snakemake.log")
+
 MANY = 10_000
 MOST = 10_000_000
 
@@ -173,9 +176,14 @@ def take_folder(study: Study) -> None:
     if mark.exists():
         other = read_json(mark)
         owner = other.get("study") if isinstance(other, dict) else None
-        if owner != own and Path(str(owner)).exists():
+        if not isinstance(owner, str):
+            raise InputError(f'{mark}: not what a study leaves in its folder; give the study another "folder".')
+        if owner != own and Path(owner).exists():
             raise InputError(f'{study.folder}: the folder of another study, {owner}; '
                              'give one of them another "folder".')
+    elif any((study.folder / name).exists() for name in OWN_NAMES):
+        raise InputError(f'{study.folder}: no study\'s folder, but it has files that a study would replace; '
+                         'give the study another "folder".')
     write_json(mark, {"study": own, "title": study.title})
 
 

@@ -24,8 +24,8 @@ CASES: list[tuple[dict[str, Any], dict[str, Any], str]] = [
     ({"gap": {"uniform": {"from": 2, "to": 1}}}, {}, '"from" must be less than "to".'),
     ({"gap": {"values": [1], "from": 2}}, {}, 'one of "values", "from", "normal" and "uniform" is wanted.'),
     ({"gap": {"from": "4*m", "to": 1, "count": 2}}, {}, '/parameters/gap/from: formula "4*m": "m" is not known here.'),
-    ({"gap": [1]}, {"design": "gird"}, "/design: one of grid, list, random, latin-hypercube is wanted. Did you mean"),
-    ({"gap": [1]}, {"desing": "grid"}, '/desing: the key "desing" is unknown here. Did you mean "design"?'),
+    ({"gap": [1]}, {"design": "gridd"}, "/design: one of grid, list, random, latin-hypercube is wanted. Did you mean"),
+    ({"gap": [1]}, {"designs": "grid"}, '/designs: the key "designs" is unknown here. Did you mean "design"?'),
     ({"gap": [1, 2], "angle": [1]}, {"design": "list"}, "are equally long; these are not: gap 2, angle 1."),
     ({"gap": [1]}, {"results": ["summ"]}, '/results: the scenario has no result "summ". Did you mean "sum"?'),
     ({"gap": [1]}, {"goals": {"sum": "most"}}, "/goals/sum: one of greatest, least is wanted."),
@@ -62,6 +62,23 @@ def test_a_thousand_million_runs_are_a_slip(study: StudyFolder) -> None:
     assert "1,000,000,000 runs (gap: 1,000,000,000)" in study.refusal()
     study.study({"gap": {"uniform": {"from": 0, "to": 1}}}, design="random", runs=10**9)
     assert "1,000,000,000 runs (samples: 1,000,000,000)" in study.refusal()
+
+
+@pytest.mark.parametrize("folder", [".", "..", "sub/.."])
+def test_a_study_does_not_live_among_other_files(study: StudyFolder, folder: str) -> None:
+    study.study({"gap": [1]}, folder=folder)
+    assert "/folder: a folder of the study's own is wanted" in study.refusal()
+
+
+def test_a_folder_of_somebody_else_is_left_alone(study: StudyFolder) -> None:
+    study.study({"gap": [1]}, folder="other")
+    (study.folder / "other" / "jobs").mkdir(parents=True)
+    (study.folder / "other" / "jobs" / "mine").touch()
+    assert "it has files that a study would replace" in study.refusal("run")
+    assert (study.folder / "other" / "jobs" / "mine").exists()
+    (study.folder / "other" / "study.json").write_text('{"mine": 1}', encoding="ascii")
+    assert "not what a study leaves in its folder" in study.refusal("run")
+    assert (study.folder / "other" / "study.json").read_text(encoding="ascii") == '{"mine": 1}'
 
 
 def test_no_json_is_told_with_its_line(study: StudyFolder) -> None:
