@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import argparse
 import os
+import signal
 import sys
 from pathlib import Path
 from typing import Any
@@ -107,18 +108,25 @@ def _execute(arguments: argparse.Namespace) -> int:
         return DONE
     is_done = True
     if arguments.command in ("run", "all"):
-        with locked(study.folder):
-            is_done = run_study(study, engine, runs, Progress(arguments.quiet))
+        with locked(study.folder) as lock:
+            is_done = run_study(study, engine, runs, Progress(arguments.quiet), lock)
     if arguments.command in ("collect", "all"):
         _collect(study, runs, declared, host, arguments.page or arguments.command == "all")
     return DONE if is_done else FAILED
 
 
+def _interrupt(number: int, frame: object) -> None:
+    raise KeyboardInterrupt(signal.Signals(number).name)
+
+
 def main(words: list[str]) -> int:
     """Does what the words ask for; returns the exit status."""
-    if words[:1] == ["job"]:
-        return DONE if do_job(Path(words[1]), int(words[2])) else FAILED
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        if signal.getsignal(number) != signal.SIG_IGN:  # as nohup has it
+            signal.signal(number, _interrupt)
     try:
+        if words[:1] == ["job"]:
+            return DONE if do_job(Path(words[1]), int(words[2])) else FAILED
         return _execute(_parser().parse_args(_ordered(words)))
     except InputError as error:
         print(f"error: {error}", file=sys.stderr)

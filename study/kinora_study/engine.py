@@ -7,6 +7,7 @@ import fcntl
 import os
 import shlex
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -24,6 +25,8 @@ from .table import Run, failure_file, pending, result_file
 
 JOBS_PER_CORE = 20
 LARGEST_BATCH = 200
+# After an interruption, before the engine is told of it.
+SECONDS_TO_STOP = 2.0
 
 
 @dataclass(frozen=True)
@@ -46,8 +49,11 @@ def batch_size(wanted: int | None, runs: int, workers: int) -> int:
 
 
 @contextlib.contextmanager
-def locked(folder: Path) -> Iterator[None]:
-    """Keeps a study's folder for this process, as long as it lives. Raises InputError."""
+def locked(folder: Path) -> Iterator[int]:
+    """Keeps a study's folder for this process and those that it gives the yielded handle to, as long as one of them lives.
+
+    Raises InputError.
+    """
     with (folder / "study.lock").open("a+") as stream:
         try:
             fcntl.flock(stream, fcntl.LOCK_EX | fcntl.LOCK_NB)
@@ -58,7 +64,7 @@ def locked(folder: Path) -> Iterator[None]:
         stream.truncate(0)
         stream.write(str(os.getpid()))
         stream.flush()
-        yield
+        yield stream.fileno()
 
 
 def _prepare(study: Study, engine: Engine, runs: list[Run]) -> int:
@@ -96,7 +102,7 @@ def _command(study: Study, engine: Engine) -> list[str]:
     return [*command, "--cores", str(engine.cores), "--quiet", "rules"]
 
 
-def run_study(study: Study, engine: Engine, runs: list[Run], progress: Progress) -> bool:
+def run_study(study: Study, engine: Engine, runs: list[Run], progress: Progress, lock: int) -> bool:
     """Does the runs that have no result yet. True when all have theirs. Raises InputError, StudyError."""
     waiting = list(pending(study, runs))
     progress.begin(len({run.id for run in runs}), len(waiting))
@@ -106,20 +112,42 @@ def run_study(study: Study, engine: Engine, runs: list[Run], progress: Progress)
     _prepare(study, engine, waiting)
     log = study.folder / "snakemake.log"
     with log.open("w", encoding="utf-8") as stream:
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stream, stderr=subprocess.STDOUT)
+        # With the lock in its hands too: it may live on when this process is killed.
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stream, stderr=subprocess.STDOUT,
+                                   pass_fds=[lock])
         try:
             _watch(process, study, waiting, progress)
         except KeyboardInterrupt:
-            # A terminal has told the engine too, and its jobs; otherwise it lets those end that have begun.
-            process.terminate()
-            process.wait()
             progress.end()
+            _stop(process)
             raise
     progress.end()
     failed = [run for run in waiting if not result_file(run.folder(study.folder)).exists()]
     if failed:
         _tell_failed(study, failed, log)
     return not failed
+
+
+def _stop(process: subprocess.Popen[bytes]) -> None:
+    """Has the engine end its jobs, and these their runs. A terminal may have told them already."""
+    with contextlib.suppress(subprocess.TimeoutExpired):
+        process.wait(SECONDS_TO_STOP)
+        return
+    # In the background of a script interruptions are ignored, down to the last process.
+    how = signal.SIGTERM if signal.getsignal(signal.SIGINT) == signal.SIG_IGN else signal.SIGINT
+    for number in [process.pid, *_descendants(process.pid)]:
+        with contextlib.suppress(OSError):
+            os.kill(number, how)
+    process.wait()
+
+
+def _descendants(number: int) -> Iterator[int]:
+    """The processes under a process."""
+    for tasks in Path(f"/proc/{number}/task").glob("*/children"):
+        with contextlib.suppress(OSError):
+            for child in map(int, tasks.read_text(encoding="ascii").split()):
+                yield child
+                yield from _descendants(child)
 
 
 def _watch(process: subprocess.Popen[bytes], study: Study, waiting: list[Run], progress: Progress) -> None:

@@ -2,22 +2,38 @@
 
 from __future__ import annotations
 
+import fcntl
 import os
 import subprocess
+import sys
 import time
 from pathlib import Path
-from typing import Any
+from typing import IO, Any
 
 from .document import read_json
-from .errors import StudyError
+from .errors import InputError, StudyError
 from .files import write_json
 from .host import without_error
 from .table import failure_file, result_file
 
-# How long a run is waited for that another process works on: a job that was started again elsewhere.
-OTHERS_SECONDS = 600.0
+# What kinora-run locks in a run's folder as long as it lives, and says when it finds it locked.
+LOCK = "kinora-run.lock"
+IS_LOCKED = "another run works in this folder"
+SECONDS_BETWEEN_LOOKS = 0.5
 BAD_INPUT = 2
 LAST_LINES = 20
+
+
+def is_locked(folder: Path) -> bool:
+    """Whether a kinora-run works in a folder: of a job that was started again elsewhere."""
+    try:
+        with (folder / LOCK).open("rb") as stream:
+            fcntl.flock(stream, fcntl.LOCK_SH | fcntl.LOCK_NB)
+    except FileNotFoundError:
+        return False
+    except BlockingIOError:
+        return True
+    return False
 
 
 class Worker:
@@ -30,7 +46,15 @@ class Worker:
 
     def do(self, names: list[str]) -> bool:
         """Does what has no result yet; a run that fails does not stop the others. True when all have theirs."""
-        return all([self._do_one(self._runs / name) for name in names])
+        return all([self._is_done_after_try(self._runs / name) for name in names])
+
+    def _is_done_after_try(self, folder: Path) -> bool:
+        try:
+            return self._do_one(folder)
+        except (InputError, StudyError) as error:
+            # A full disk, for instance: there may be room for the next one.
+            print(f"error: {error}", file=sys.stderr)
+            return False
 
     def _do_one(self, folder: Path) -> bool:
         if result_file(folder).exists():
@@ -47,15 +71,20 @@ class Worker:
         return False
 
     def _run(self, folder: Path) -> tuple[int, str]:
-        goes_on = any(folder.glob("*.state.json"))
-        status, text = self._call(folder, "--resume" if goes_on else "--overwrite")
-        patience = time.monotonic() + OTHERS_SECONDS
-        while "another run works in this folder" in text and time.monotonic() < patience:
-            time.sleep(1)
-            status, text = self._call(folder, "--resume")
-        if goes_on and status == BAD_INPUT and not result_file(folder).exists():
-            status, text = self._call(folder, "--overwrite")
+        status, text = 0, IS_LOCKED
+        while IS_LOCKED in text and not result_file(folder).exists():
+            while is_locked(folder):
+                time.sleep(SECONDS_BETWEEN_LOOKS)
+            if not result_file(folder).exists():
+                status, text = self._try(folder)
         return status, text
+
+    def _try(self, folder: Path) -> tuple[int, str]:
+        if any(folder.glob("*.state.json")):
+            status, text = self._call(folder, "--resume")
+            if status != BAD_INPUT or IS_LOCKED in text or result_file(folder).exists():
+                return status, text
+        return self._call(folder, "--overwrite")
 
     def _call(self, folder: Path, how: str) -> tuple[int, str]:
         command = [self._plan["host"], self._plan["scenario"], "--parameters", str(folder / "inputs.json"),
@@ -65,12 +94,19 @@ class Worker:
         log = folder / "run.log"
         try:
             with log.open("wb") as stream:
-                status = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=stream, stderr=subprocess.PIPE,
-                                        env=self._environment, check=False)
-                stream.write(status.stderr)
+                status, errors = self._start(command, stream)
+                stream.write(errors)
         except OSError as error:
             raise StudyError(f"{log}: {error.strerror}.") from None
-        return status.returncode, status.stderr.decode("utf-8", "replace")
+        return status, errors.decode("utf-8", "replace")
+
+    def _start(self, command: list[str], stream: IO[bytes]) -> tuple[int, bytes]:
+        try:
+            ended = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=stream, stderr=subprocess.PIPE,
+                                   env=self._environment, check=False)
+        except OSError as error:
+            return BAD_INPUT, f"{command[0]}: cannot be started ({error.strerror}).".encode()
+        return ended.returncode, ended.stderr
 
 
 def do_job(study_folder: Path, batch: int) -> bool:

@@ -5,6 +5,7 @@
     fail:N       fails the first N times with exit status 1
     silent       ends with 0 and writes no result
     slow:S       takes S seconds
+    unresumable  refuses to go on
     bad:NAME=V   bad input when the parameter has that value
 """
 
@@ -43,6 +44,9 @@ def main() -> int:
         tries = len((folder / "calls").read_text(encoding="ascii").splitlines())
         if name == "slow":
             time.sleep(float(value))
+        if name == "unresumable" and "--resume" in words:
+            print("error: the scenario has changed", file=sys.stderr)
+            return 2
         if name == "silent" or name == "fail" and tries <= int(value):
             print("error: the desktop has ended", file=sys.stderr)
             return 0 if name == "silent" else 1

@@ -2,15 +2,16 @@
 
 from __future__ import annotations
 
+import fcntl
 import json
 import os
 import signal
 import subprocess
 import time
+from collections.abc import Callable
 from pathlib import Path
 
 import pytest
-
 from conftest import LAUNCHER, StudyFolder
 
 LEVELS = {"gap": [1, 2, 3], "angle": [10, 20]}
@@ -113,9 +114,7 @@ def test_ctrl_c_ends_everything_and_says_how_to_go_on(study: StudyFolder) -> Non
     process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "2", "--batch", "2"],
                                env=study.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
                                encoding="utf-8", start_new_session=True)
-    patience = time.monotonic() + 60
-    while not list(study.runs.glob("*/result.json")) and time.monotonic() < patience:
-        time.sleep(0.05)
+    wait_until(lambda: any(study.runs.glob("*/result.json")))
     # A terminal tells everybody in the group.
     os.killpg(process.pid, signal.SIGINT)
     told = process.communicate(timeout=60)[1]
@@ -133,9 +132,7 @@ def test_a_killed_study_goes_on_where_it_stopped(study: StudyFolder) -> None:
     process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "2", "--batch", "1"],
                                env=study.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                start_new_session=True)
-    patience = time.monotonic() + 60
-    while len(list(study.runs.glob("*/result.json"))) < 2 and time.monotonic() < patience:
-        time.sleep(0.05)
+    wait_until(lambda: len(list(study.runs.glob("*/result.json"))) >= 2)
     os.killpg(process.pid, signal.SIGKILL)
     process.wait()
     done = len(list(study.runs.glob("*/result.json")))
@@ -149,14 +146,76 @@ def test_a_killed_study_goes_on_where_it_stopped(study: StudyFolder) -> None:
     assert len(resumed) == before - done, "what had begun goes on"
 
 
+def test_a_study_that_is_told_to_end_ends_its_runs(study: StudyFolder) -> None:
+    study.scenario("slow:60")
+    study.study({"gap": [1, 2, 3]}, retries=2)
+    process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "1", "--batch", "2"],
+                               env=study.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
+                               encoding="utf-8", start_new_session=True)
+    wait_until(lambda: study.calls() > 0)
+    process.terminate()
+    _, errors = process.communicate(timeout=30)
+    assert process.returncode == 1
+    assert errors == "Interrupted; the same command goes on where it stopped.\n"
+    assert study.calls() == 1
+    wait_until(lambda: not processes_of(study))
+    study.scenario("ok")
+    study.good("run", "--cores", "1")
+
+
+def processes_of(study: StudyFolder) -> list[str]:
+    """The stand-ins that do a run of the study."""
+    words = ["pgrep", "-f", f"stand_in.py {study.folder}"]
+    told = subprocess.run(words, capture_output=True, encoding="ascii", check=False)
+    return told.stdout.split()
+
+
+def test_a_run_that_another_job_does_is_waited_for(study: StudyFolder) -> None:
+    study.study({"gap": [1, 2]})
+    study.good("expand")
+    folder = study.runs / study.table("runs.csv")[0]["id"]
+    folder.mkdir(parents=True)
+    with (folder / "kinora-run.lock").open("w") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "2", "--batch", "1"],
+                                   env=study.environment(), stdout=subprocess.DEVNULL)
+        wait_until(lambda: study.calls() == 1)
+        (folder / "run.log").write_text("of the other\n", encoding="ascii")
+        time.sleep(1)
+        assert process.poll() is None and study.calls() == 1
+        result = {"status": "complete", "results": {"sum": 5.0}, "wallSeconds": 1.0}
+        (folder / "result.json").write_text(json.dumps(result), encoding="ascii")
+    assert process.wait(30) == 0
+    assert study.calls() == 1
+    assert (folder / "run.log").read_text(encoding="ascii") == "of the other\n"
+
+
+def test_what_cannot_be_resumed_begins_anew(study: StudyFolder) -> None:
+    study.scenario("unresumable")
+    study.study({"gap": [1]})
+    study.good("expand")
+    folder = study.runs / study.table("runs.csv")[0]["id"]
+    folder.mkdir(parents=True)
+    (folder / "x.state.json").touch()
+    study.good("run", "--cores", "1")
+    assert [line.split()[0] for line in (folder / "calls").read_text(encoding="ascii").splitlines()] == [
+        "resume", "overwrite"]
+
+
+def wait_until(is_so: Callable[[], bool]) -> None:
+    """Looks again and again until it is so."""
+    patience = time.monotonic() + 30
+    while not is_so():
+        assert time.monotonic() < patience, "waited in vain"
+        time.sleep(0.05)
+
+
 def test_a_folder_has_one_study_and_one_process(study: StudyFolder, tmp_path: Path) -> None:
     study.scenario("slow:1")
     study.study({"gap": [1, 2]})
     process = subprocess.Popen([str(LAUNCHER), "run", str(study.file), "--cores", "1"], env=study.environment(),
                                stdout=subprocess.DEVNULL)
-    patience = time.monotonic() + 60
-    while not list(study.runs.glob("*/calls")) and time.monotonic() < patience:
-        time.sleep(0.05)
+    wait_until(lambda: study.calls() > 0)
     assert f"another kinora-study (process {process.pid}) runs this study" in study.refusal("run")
     assert process.wait() == 0
     other = tmp_path / "other.study.json"
