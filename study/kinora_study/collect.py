@@ -16,7 +16,8 @@ from typing import Any
 
 from .document import read_json
 from .errors import InputError
-from .files import replacing
+from .files import replaced_by_path, replacing
+from .host import without_error
 from .places import TEMPLATE
 from .studyfile import Study
 from .table import Run, failure_file, result_file
@@ -40,11 +41,16 @@ class Outcome:
 def outcome_of(study: Study, run: Run) -> Outcome:
     """What a run's folder tells."""
     folder = run.folder(study.folder)
-    if result_file(folder).exists():
-        result = read_json(result_file(folder))
-        return Outcome(run, "done", result["results"], result["wallSeconds"])
-    if failure_file(folder).exists():
-        return Outcome(run, "failed", {}, error=read_json(failure_file(folder))["message"])
+    file = result_file(folder)
+    try:
+        if file.exists():
+            result = read_json(file)
+            return Outcome(run, "done", result["results"], result["wallSeconds"])
+        if failure_file(folder).exists():
+            return Outcome(run, "failed", {}, error=read_json(failure_file(folder))["message"])
+    except (InputError, KeyError, TypeError):
+        # As a machine that lost its power may leave it.
+        return Outcome(run, "failed", {}, error=f"{file.parent.name} has a broken {file.name}; delete it to run it again")
     return Outcome(run, "missing", {})
 
 
@@ -69,21 +75,23 @@ def write_results(study: Study, outcomes: list[Outcome], names: list[str]) -> li
     if not write:
         return [file]
     parquet = study.folder / "results.parquet"
-    write(parquet, dict(zip(head, map(list, zip(*table)))))
+    with replaced_by_path(parquet) as path:
+        write(path, dict(zip(head, map(list, zip(*table)))))
     return [file, parquet]
 
 
 def parquet_writer() -> Callable[[Path, dict[str, list[Any]]], None] | None:
-    """What writes columns as Parquet; None where pyarrow is not installed."""
-    if not find_spec("pyarrow"):
-        return None
+    """What writes columns to a file as Parquet; None where neither pyarrow nor fastparquet is installed."""
 
-    def write(file: Path, columns: dict[str, list[Any]]) -> None:
-        temporary = file.with_name(file.name + ".new")
-        import_module("pyarrow.parquet").write_table(import_module("pyarrow").table(columns), temporary)
-        temporary.replace(file)
+    def by_pyarrow(file: Path, columns: dict[str, list[Any]]) -> None:
+        import_module("pyarrow.parquet").write_table(import_module("pyarrow").table(columns), file)
 
-    return write
+    def by_fastparquet(file: Path, columns: dict[str, list[Any]]) -> None:
+        import_module("fastparquet").write(str(file), import_module("pandas").DataFrame(columns))
+
+    if find_spec("pyarrow"):
+        return by_pyarrow
+    return by_fastparquet if find_spec("fastparquet") else None
 
 
 def best_runs(study: Study, outcomes: list[Outcome], names: list[str]) -> list[Outcome]:
@@ -97,15 +105,19 @@ def best_runs(study: Study, outcomes: list[Outcome], names: list[str]) -> list[O
     return list(best.values())
 
 
-def write_reports(study: Study, outcomes: list[Outcome], host: Path) -> None:
-    """Makes the report pages of runs that are done and have none."""
+def write_reports(study: Study, outcomes: list[Outcome], host: Path) -> str:
+    """Makes the report pages of runs that are done and have none; returns why one could not be made."""
+    reason = ""
     for outcome in outcomes:
         folder = outcome.run.folder(study.folder)
         if outcome.status == "done" and not report_of(folder):
             command = [str(host), str(study.scenario), "--parameters", str(folder / "inputs.json"),
                        "--out", str(folder), "--resume", "--report", "--quiet"]
-            subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False,
-                           env=os.environ | study.variables)
+            ended = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, check=False,
+                                   encoding="utf-8", errors="replace", env=os.environ | study.variables)
+            if not report_of(folder):
+                reason = without_error(ended.stderr) or f"kinora-run ended with {ended.returncode}"
+    return reason
 
 
 def report_of(folder: Path) -> Path | None:

@@ -9,6 +9,7 @@ import sys
 from pathlib import Path
 from typing import Any
 
+from . import VERSION
 from .collect import best_runs, outcome_of, page_data, wanted_results, write_page, write_reports, write_results
 from .engine import Engine, locked, run_study
 from .errors import InputError, StudyError
@@ -38,6 +39,7 @@ def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(prog="kinora-study", description=TEXT,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("command", choices=COMMANDS, help=argparse.SUPPRESS)
+    parser.add_argument("--version", action="version", version=f"kinora-study {VERSION}")
     parser.add_argument("study", metavar="STUDY.json", type=Path)
     parser.add_argument("--cores", type=_positive, default=os.cpu_count() or 1, metavar="N",
                         help="runs at once on this machine (default: its cores)")
@@ -85,12 +87,14 @@ def _collect(study: Study, runs: list[Run], declared: dict[str, Any], host: Path
     files = write_results(study, outcomes, names)
     if has_page:
         if study.reports == "best":
-            write_reports(study, best_runs(study, outcomes, names), host)
-        files.append(write_page(study, page_data(study, outcomes, declared, names, "kinora-study")))
+            reason = write_reports(study, best_runs(study, outcomes, names), host)
+            if reason:
+                print(f"warning: best runs without a report page: {reason}", file=sys.stderr)
+        files.append(write_page(study, page_data(study, outcomes, declared, names, f"kinora-study {VERSION}")))
     for file in files:
         print(f"{'page' if file.suffix == '.html' else 'results':<9} {file}")
     if not any(file.suffix == ".parquet" for file in files):
-        print("          (no Parquet: Python has no pyarrow here)")
+        print("          (CSV alone: Python has neither pyarrow nor fastparquet for Parquet)")
 
 
 def _execute(arguments: argparse.Namespace) -> int:

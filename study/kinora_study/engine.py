@@ -50,7 +50,7 @@ def batch_size(wanted: int | None, runs: int, workers: int) -> int:
 
 @contextlib.contextmanager
 def locked(folder: Path) -> Iterator[int]:
-    """Keeps a study's folder for this process and those that it gives the yielded handle to, as long as one of them lives.
+    """Keeps a study's folder for this process and those that get the yielded handle, as long as one of them lives.
 
     Raises InputError.
     """

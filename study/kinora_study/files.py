@@ -14,17 +14,23 @@ from .errors import StudyError
 
 @contextlib.contextmanager
 def replacing(file: Path) -> Iterator[IO[str]]:
-    """A file to write to; it takes the place of the wanted one when all of it is on the disk.
+    """A file to write to; it takes the place of the wanted one when all of it is on the disk. Raises StudyError."""
+    with replaced_by_path(file) as temporary, temporary.open("w", encoding="utf-8", newline="") as stream:
+        yield stream
+        stream.flush()
+        os.fsync(stream.fileno())
+
+
+@contextlib.contextmanager
+def replaced_by_path(file: Path) -> Iterator[Path]:
+    """Where to write a file that then takes the place of the wanted one.
 
     Raises StudyError when it cannot be written: the wanted one is as it was, and nothing lies beside it.
     """
     temporary = file.with_name(file.name + ".new")
     try:
         try:
-            with temporary.open("w", encoding="utf-8", newline="") as stream:
-                yield stream
-                stream.flush()
-                os.fsync(stream.fileno())
+            yield temporary
             temporary.replace(file)
         except BaseException:
             with contextlib.suppress(OSError):

@@ -190,13 +190,18 @@ class _Reader:
         return uniform
 
     def results(self, value: Any) -> dict[str, dict[str, Any] | None]:
+        if not value:
+            self._findings.add("/results", "at least one result is wanted; without the key it is all of the scenario's.")
         if isinstance(value, list):
             return {self.text(f"/results/{i}", name): None for i, name in enumerate(value)}
         results: dict[str, dict[str, Any] | None] = {}
         for name, definition in self.members("/results", value).items():
             members = self.members(f"/results/{name}", definition)
             self._findings.require_keys(f"/results/{name}", members, ("column", "take", "time", "description"))
-            self.choice(f"/results/{name}/take", members.get("take"), TAKES)
+            self.text(f"/results/{name}/column", members.get("column"))
+            take = self.choice(f"/results/{name}/take", members.get("take"), TAKES)
+            if (take == "at") != ("time" in members):
+                self._findings.add(f"/results/{name}", '"time" goes with "take": "at", and only with it.')
             results[name] = members
         return results
 
@@ -219,6 +224,9 @@ class _Reader:
             name: self.choice(f"/goals/{name}", sense, SENSES)
             for name, sense in self.members("/goals", root.get("goals", {})).items()
         }
+        for name in goals:
+            if results is not None and name not in results:
+                self._findings.add(f"/goals/{name}", f"it is none of the results.{suggestion(name, results)}")
         where = self._file.parent
         whole = where.resolve()
         stem = self._file.name.removesuffix(".json").removesuffix(".study")
