@@ -111,8 +111,8 @@ need_clang() { need clang libclang-rt-14-dev lld; }
 # What the tests of the Python package and of its examples import.
 need_python_tools() { need python3-pytest python3-numpy python3-scipy python3-matplotlib python3-pycparser; }
 
-# What kinora-study has its runs done by, and what its tests bring a cluster up with.
-need_study_tools() { need snakemake python3-pytest slurm-wlm munge; }
+# What kinora-study has its runs done by, and what its tests import and bring a cluster up with.
+need_study_tools() { need snakemake python3-pytest python3-jsonschema slurm-wlm munge; }
 
 # What scripts/check looks with.
 need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck mypy python3-numpy; }
