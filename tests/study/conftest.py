@@ -45,7 +45,9 @@ class StudyFolder:
         self.file.write_text(json.dumps(document | more), encoding="utf-8")
 
     def environment(self) -> dict[str, str]:
-        return os.environ | {"KINORA_RUN": str(self.host), "PYTHONDONTWRITEBYTECODE": "1"}
+        # Debian's Python first: another's wrapper may take longer to start than a test.
+        path = f"/usr/bin:{os.environ['PATH']}"
+        return os.environ | {"KINORA_RUN": str(self.host), "PYTHONDONTWRITEBYTECODE": "1", "PATH": path}
 
     def call(self, *words: str) -> subprocess.CompletedProcess[str]:
         """kinora-study with these words before the study file."""
