@@ -50,7 +50,7 @@ def outcome_of(study: Study, run: Run) -> Outcome:
             return Outcome(run, "failed", {}, error=read_json(failure_file(folder))["message"])
     except (InputError, KeyError, TypeError):
         # As a machine that lost its power may leave it.
-        return Outcome(run, "failed", {}, error=f"{file.parent.name} has a broken {file.name}; delete it to run it again")
+        return Outcome(run, "failed", {}, error=f"{file.name} is broken; delete it to have it run again")
     return Outcome(run, "missing", {})
 
 
@@ -170,15 +170,21 @@ def page_data(
     return text
 
 
-def write_page(study: Study, data: str) -> Path:
-    """Writes study.html. Raises InputError, StudyError."""
+def template() -> tuple[str, str]:
+    """What stands before and after the data of the page. Raises InputError."""
     try:
         before, marker, after = TEMPLATE.read_text(encoding="utf-8").partition(MARKER)
     except OSError:
         raise InputError(f"{TEMPLATE}: the template of the study page is not there; build the project with Node.js "
-                         "installed.") from None
-    if not marker:
+                         'installed, or do without the page: "run" and then "collect".') from None
+    if not marker or MARKER in after:
         raise InputError(f"{TEMPLATE}: it has no place for data; is it the template of the study page?")
+    return before, after
+
+
+def write_page(study: Study, data: str) -> Path:
+    """Writes study.html. Raises InputError, StudyError."""
+    before, after = template()
     page = study.folder / "study.html"
     with replacing(page) as stream:
         stream.write(before + data + after)

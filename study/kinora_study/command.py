@@ -10,7 +10,16 @@ from pathlib import Path
 from typing import Any
 
 from . import VERSION
-from .collect import best_runs, outcome_of, page_data, wanted_results, write_page, write_reports, write_results
+from .collect import (
+    best_runs,
+    outcome_of,
+    page_data,
+    template,
+    wanted_results,
+    write_page,
+    write_reports,
+    write_results,
+)
 from .engine import Engine, locked, run_study
 from .errors import InputError, StudyError
 from .host import find_host
@@ -85,20 +94,23 @@ def _collect(study: Study, runs: list[Run], declared: dict[str, Any], host: Path
     names = wanted_results(study, declared)
     outcomes = [outcome_of(study, run) for run in runs]
     files = write_results(study, outcomes, names)
+    for file in files:
+        print(f"results   {file}")
+    if not any(file.suffix == ".parquet" for file in files):
+        print("          (CSV alone: Python has neither pyarrow nor fastparquet for Parquet)")
     if has_page:
         if study.reports == "best":
             reason = write_reports(study, best_runs(study, outcomes, names), host)
             if reason:
                 print(f"warning: best runs without a report page: {reason}", file=sys.stderr)
-        files.append(write_page(study, page_data(study, outcomes, declared, names, f"kinora-study {VERSION}")))
-    for file in files:
-        print(f"{'page' if file.suffix == '.html' else 'results':<9} {file}")
-    if not any(file.suffix == ".parquet" for file in files):
-        print("          (CSV alone: Python has neither pyarrow nor fastparquet for Parquet)")
+        print(f"page      {write_page(study, page_data(study, outcomes, declared, names, f'kinora-study {VERSION}'))}")
 
 
 def _execute(arguments: argparse.Namespace) -> int:
     study = read_study(arguments.study)
+    has_page = arguments.page or arguments.command == "all"
+    if has_page:
+        template()  # told now rather than after hours of runs
     host = find_host(arguments.kinora_run)
     engine = _engine(arguments, host)
     require_count(study, arguments.yes)
@@ -115,7 +127,7 @@ def _execute(arguments: argparse.Namespace) -> int:
         with locked(study.folder) as lock:
             is_done = run_study(study, engine, runs, Progress(arguments.quiet), lock)
     if arguments.command in ("collect", "all"):
-        _collect(study, runs, declared, host, arguments.page or arguments.command == "all")
+        _collect(study, runs, declared, host, has_page)
     return DONE if is_done else FAILED
 
 

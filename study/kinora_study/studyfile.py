@@ -191,7 +191,7 @@ class _Reader:
 
     def results(self, value: Any) -> dict[str, dict[str, Any] | None]:
         if not value:
-            self._findings.add("/results", "at least one result is wanted; without the key it is all of the scenario's.")
+            self._findings.add("/results", "at least one result is wanted; without the key all of the scenario's are.")
         if isinstance(value, list):
             return {self.text(f"/results/{i}", name): None for i, name in enumerate(value)}
         results: dict[str, dict[str, Any] | None] = {}

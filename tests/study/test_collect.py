@@ -66,9 +66,11 @@ def test_the_page_is_the_template_with_the_data(
     monkeypatch.setattr(collect, "TEMPLATE", template)
     with pytest.raises(InputError, match="the template of the study page is not there"):
         collect.write_page(read, "{}")
-    template.write_text("no place", encoding="utf-8")
-    with pytest.raises(InputError, match="it has no place for data"):
-        collect.write_page(read, "{}")
+    for text in ("no place", "@KINORA_STUDY_DATA@" * 2):
+        template.write_text(text, encoding="utf-8")
+        with pytest.raises(InputError, match="it has no place for data"):
+            collect.write_page(read, "{}")
     template.write_text("<script>@KINORA_STUDY_DATA@</script>\n", encoding="utf-8")
+    assert collect.template() == ("<script>", "</script>\n")
     page = collect.write_page(read, '{"a": "\\\\u003c"}')
     assert page.read_text(encoding="utf-8") == '<script>{"a": "\\\\u003c"}</script>\n'
