@@ -44,6 +44,15 @@ def prism_object(name, outline, bottom, top):
     return name, vertices, sides + [tuple(range(count, 2 * count)), tuple(reversed(range(count)))]
 
 
+def joined(name, objects):
+    """Several solids apart from each other as one object."""
+    vertices, faces = [], []
+    for _name, corners, sides in objects:
+        faces += [tuple(len(vertices) + index for index in face) for face in sides]
+        vertices += corners
+    return name, vertices, faces
+
+
 def obj_text(title, objects, maker="scripts/make-examples"):
     """The text of a Wavefront OBJ file; `maker` is the program that its head names."""
     lines = [f"# {title}", f"# Lengths in millimetres. Made by {maker}."]

@@ -1,5 +1,7 @@
 // The study as the page holds it: one column per parameter and per result, one row per run.
 
+import { extent, max } from 'd3-array';
+
 export type Value = number | string | null;
 
 /** A quantity over all runs. */
@@ -56,7 +58,7 @@ export interface Scale {
 /** Metres that are small as millimetres, radians as degrees, large and small forces as they are. */
 export function scaleOf(column: Column): Scale {
   if (column.unit === 'rad') return { factor: 180 / Math.PI, unit: '°' };
-  const largest = Math.max(0, ...numbersOf(column).map(Math.abs));
+  const largest = max(column.values, (value) => (typeof value === 'number' ? Math.abs(value) : 0)) ?? 0;
   if (column.unit === 'm' && largest < 1) return { factor: 1000, unit: 'mm' };
   return { factor: 1, unit: column.unit };
 }
@@ -64,6 +66,9 @@ export function scaleOf(column: Column): Scale {
 export function numbersOf(column: Column): number[] {
   return column.values.filter((value): value is number => typeof value === 'number');
 }
+
+/** The least and the greatest of some numbers. */
+export const endsOf = (values: number[]) => extent(values) as [number, number];
 
 /** The values that occur, numbers in their order and texts as they come. */
 export function levelsOf(column: Column): (number | string)[] {

@@ -5,11 +5,11 @@ import './style.css';
 import { byId, choice, el } from '../../report/src/dom.ts';
 import { count } from '../../report/src/format.ts';
 import { chooseTheme, onThemeChange, setPrinting, startTheme, type Choice } from '../../report/src/theme.ts';
-import { hasLevels, numbersOf, readStudy, varies, type Column, type Study } from './data.ts';
+import { endsOf, hasLevels, levelsOf, numbersOf, readStudy, varies, type Column, type Study } from './data.ts';
 import { bestRuns, facts, headline } from './head.ts';
 import { effectOf, rankCorrelation } from './statistics.ts';
 import { RunTable } from './table.ts';
-import { colourBar, curveLegend, curves, effectPlot, heatMap, histogram, scatterMatrix, shown, spreadText } from './views.ts';
+import { colourBar, curveLegend, curves, effectPlot, FEW_CURVES, heatMap, histogram, scatterMatrix, shown, spreadText } from './views.ts';
 
 const WIDE = 420;
 const MATRIX_COLUMNS = 7;
@@ -40,7 +40,7 @@ class Page {
     if (known.length === 0) {
       place.append(el('p', { class: 'fatal' }, 'No run has a result yet.'));
     } else {
-      this.result = known[0];
+      this.result = known.find((result) => result.name === study.goals[0]?.result) ?? known[0];
       place.append(bestRuns(study), this.toolbar(known));
       if (this.varying.length > 0) place.append(this.overParameters(), this.effects());
       place.append(this.histograms());
@@ -78,7 +78,7 @@ class Page {
     const { study, varying } = this;
     const named = (name: string) => varying.find((parameter) => parameter.name === name) ?? null;
     let [over, by] = usualChoice(varying, this.result);
-    let isMap = by !== null && by.kind !== 'text' && over.kind !== 'text';
+    let isMap = by !== null && levelsOf(by).length > FEW_CURVES && by.kind !== 'text' && over.kind !== 'text';
     const names = varying.map((parameter): [string, string] => [parameter.name, parameter.name]);
     const pickOver = choice('over', names, over.name, (name) => ((over = named(name)!), this.draw()));
     const pickBy = choice('and', [['', 'nothing'], ...names], by?.name ?? '', (name) => ((by = named(name)), this.draw()));
@@ -87,12 +87,11 @@ class Page {
       const second = by === over ? null : by;
       const height = Math.min(WIDE, Math.max(260, width / 2.4));
       if (isMap && second && hasLevels(second) && hasLevels(over)) {
-        const values = numbersOf(this.result);
-        return [heatMap(study, this.result, over, second, width, height), colourBar(this.result, [Math.min(...values), Math.max(...values)])];
+        return [heatMap(study, this.result, over, second, width, height), colourBar(this.result, endsOf(numbersOf(this.result)))];
       }
       const group = second && hasLevels(second) ? second : null;
       const drawing = curves(study, this.result, over, group, width, height);
-      return group ? [drawing, curveLegend(group)] : [drawing];
+      return group ? [...drawing, curveLegend(group)] : drawing;
     });
   }
 
@@ -125,14 +124,15 @@ class Page {
       const columns = [...this.varying, this.result].slice(-MATRIX_COLUMNS);
       const left = this.varying.length + 1 - columns.length;
       const note = left > 0 ? [el('p', { class: 'unit' }, `of the last ${columns.length - 1} parameters; ${count(left, 'parameter')} more`)] : [];
-      return [scatterMatrix(this.study, columns, width), ...note];
+      return [...scatterMatrix(this.study, columns, width), ...note];
     });
   }
 }
 
-/** Of a grid its last two parameters; otherwise the one that does most. */
+/** Of a grid the two parameters with the most values, of equal ones the later; otherwise the one that does most. */
 function usualChoice(varying: Column[], result: Column): [over: Column, by: Column | null] {
-  const levelled = varying.filter(hasLevels).reverse();
+  const size = (parameter: Column) => levelsOf(parameter).length;
+  const levelled = varying.filter(hasLevels).reverse().sort((a, b) => size(b) - size(a));
   const isGrid = levelled.length === varying.length;
   const numbers = levelled.filter((parameter) => parameter.kind !== 'text');
   if (isGrid && numbers.length > 0) return [numbers[0], levelled.find((parameter) => parameter !== numbers[0]) ?? null];

@@ -3,7 +3,7 @@
 import { scaleLinear, scalePoint } from 'd3-scale';
 import { el } from '../../report/src/dom.ts';
 import { tickLabels } from '../../report/src/format.ts';
-import { headOf, levelsOf, numbersOf, scaleOf, type Column, type Value } from './data.ts';
+import { endsOf, headOf, levelsOf, numbersOf, scaleOf, type Column, type Value } from './data.ts';
 
 type Attributes = Record<string, string | number | null>;
 
@@ -60,7 +60,7 @@ function numberAxis(column: Column, pixels: [number, number]): Axis {
 
 /** An axis over numbers as they are shown. `at` takes them before they are multiplied by the factor. */
 export function linearAxis(label: string, shown: number[], pixels: [number, number], factor = 1): Axis {
-  const [least, greatest] = [Math.min(...shown), Math.max(...shown)];
+  const [least, greatest] = endsOf(shown);
   const room = least === greatest ? Math.abs(least) / 10 || 1 : 0;
   const place = scaleLinear([least - room, greatest + room], pixels).nice();
   const ticks = place.ticks(Math.max(3, Math.abs(pixels[1] - pixels[0]) / 45));

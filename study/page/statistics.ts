@@ -1,6 +1,6 @@
 // What a study says in numbers.
 
-import { bin, deviation, max, mean, min, quantileSorted } from 'd3-array';
+import { bin, deviation, group, max, mean, min, quantileSorted } from 'd3-array';
 import { levelsOf, type Column } from './data.ts';
 
 export interface Spread {
@@ -59,13 +59,14 @@ export interface Effect {
 }
 
 const BINS = 10;
+const MOST_VALUES = 40;
 
 /** A parameter's main effect: over its values, or over tenths of the runs when there are too many values. */
 export function effectOf(parameter: Column, result: Column): Effect {
   const rows = parameter.values
     .map((value, i) => ({ value, result: result.values[i] }))
     .filter((row): row is { value: number | string; result: number } => row.value !== null && typeof row.result === 'number');
-  const groups = levelsOf(parameter).length > 2 * BINS ? tenths(rows) : byValue(rows);
+  const groups = levelsOf(parameter).length > MOST_VALUES ? tenths(rows) : byValue(rows);
   const points = groups.map(({ at, results }) => ({ at, mean: mean(results)!, count: results.length }));
   return { parameter, points, size: (max(points, (p) => p.mean) ?? NaN) - (min(points, (p) => p.mean) ?? NaN) };
 }
@@ -74,21 +75,19 @@ type Row = { value: number | string; result: number };
 type Group = { at: number | string; results: number[] };
 
 function byValue(rows: Row[]): Group[] {
-  const groups = new Map<number | string, number[]>();
-  for (const { value, result } of rows) groups.set(value, [...(groups.get(value) ?? []), result]);
-  return [...groups]
-    .map(([at, results]) => ({ at, results }))
+  return [...group(rows, (row) => row.value)]
+    .map(([at, same]) => ({ at, results: same.map((row) => row.result) }))
     .sort((a, b) => (typeof a.at === 'number' && typeof b.at === 'number' ? a.at - b.at : 0));
 }
 
 function tenths(rows: Row[]): Group[] {
   const sorted = [...rows].sort((a, b) => (a.value as number) - (b.value as number));
-  const groups = Array.from({ length: BINS }, (_, i) =>
+  const parts = Array.from({ length: BINS }, (_, i) =>
     sorted.slice(Math.round((i * sorted.length) / BINS), Math.round(((i + 1) * sorted.length) / BINS)),
   );
-  return groups
-    .filter((group) => group.length > 0)
-    .map((group) => ({ at: mean(group, (row) => row.value as number)!, results: group.map((row) => row.result) }));
+  return parts
+    .filter((part) => part.length > 0)
+    .map((part) => ({ at: mean(part, (row) => row.value as number)!, results: part.map((row) => row.result) }));
 }
 
 /** Spearman's rank correlation of the rows in which both have a number; NaN where one does not vary. */

@@ -29,9 +29,11 @@ function columnsOf(study: Study): TableColumn[] {
     own('status', study.runs.map((run) => run.status)),
     ...study.parameters.map(shown),
     ...study.results.map(shown),
-    own('time [s]', study.runs.map((run) => run.seconds)),
+    own('time [s]', study.runs.map((run) => (run.seconds === null ? null : Number(run.seconds.toPrecision(3))))),
   ];
 }
+
+const isText = (column: TableColumn) => typeof (column.values.find((value) => value !== null) ?? 0) === 'string';
 
 export class RunTable {
   readonly element: HTMLElement;
@@ -67,11 +69,11 @@ export class RunTable {
       this.update();
     };
     const button = el('button', { type: 'button', class: 'sort', title: column.description || null, onclick: sort }, column.head);
-    return el('th', { scope: 'col', 'aria-sort': 'none' }, button);
+    return el('th', { scope: 'col', class: isText(column) ? 'text' : null, 'aria-sort': 'none' }, button);
   }
 
   private filter(column: TableColumn, i: number): HTMLTableCellElement {
-    const hint = typeof column.values.find((value) => value !== null) === 'number' ? '>3, 2..4' : 'text';
+    const hint = isText(column) ? 'text' : '>3, 2..4';
     const box = el('input', {
       type: 'search',
       placeholder: hint,

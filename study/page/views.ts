@@ -1,22 +1,41 @@
 // The plots: each makes a drawing of a result over parameters.
 
-import { extent } from 'd3-array';
 import { scaleSequential } from 'd3-scale';
 import { interpolateViridis } from 'd3-scale-chromatic';
 import { el } from '../../report/src/dom.ts';
-import { number } from '../../report/src/format.ts';
+import { count, number } from '../../report/src/format.ts';
 import { lineColour } from '../../report/src/theme.ts';
-import { hasLevels, headOf, levelsOf, numbersOf, scaleOf, type Column, type Study, type Value } from './data.ts';
+import { endsOf, hasLevels, headOf, levelsOf, numbersOf, scaleOf, type Column, type Study, type Value } from './data.ts';
 import { axes, axisOf, drawing, linearAxis, MARGINS, svg, tell } from './plot.ts';
 import { barsOf, spreadOf, type Effect } from './statistics.ts';
 
 const MOST_CURVES = 40;
+/** Swatches rather than a bar for up to so many curves. */
+export const FEW_CURVES = 7;
+/** More points than this are not told apart and slow browsers down. */
+const MOST_POINTS = 5000;
+const MOST_POINTS_OF_MATRIX = 500;
 
 /** A value as people read it, with its unit. */
 export function shown(column: Column, value: Value): string {
-  if (typeof value !== 'number') return value ?? '–';
-  const { factor, unit } = scaleOf(column);
-  return `${number(value * factor)}${unit === '°' ? '°' : unit ? ` ${unit}` : ''}`;
+  const { unit } = scaleOf(column);
+  return bare(column, value) + (typeof value !== 'number' || !unit ? '' : unit === '°' ? '°' : ` ${unit}`);
+}
+
+/** The same without its unit. */
+function bare(column: Column, value: Value): string {
+  return typeof value === 'number' ? number(value * scaleOf(column).factor) : (value ?? '–');
+}
+
+/** Every one of the runs, or every second one and so on, so that they are not more than `most`. */
+function sample(runs: number[], most: number): number[] {
+  const stride = Math.ceil(runs.length / most);
+  return runs.filter((_, i) => i % stride === 0);
+}
+
+/** Says where not all runs are drawn. */
+function sampleNote(runs: number[], drawn: number[]): HTMLElement[] {
+  return drawn.length < runs.length ? [el('p', { class: 'unit' }, `${drawn.length} of ${count(runs.length, 'run')} are drawn.`)] : [];
 }
 
 /** What is told of a run. */
@@ -31,7 +50,7 @@ function linked(study: Study, run: number, mark: SVGElement): SVGElement {
 }
 
 /** A result over a parameter: a curve for each value of a second one, or points where there are no curves. */
-export function curves(study: Study, result: Column, over: Column, by: Column | null, width: number, height: number) {
+export function curves(study: Study, result: Column, over: Column, by: Column | null, width: number, height: number): Element[] {
   const x = axisOf(over, [MARGINS.left, width - MARGINS.right]);
   const y = axisOf(result, [height - MARGINS.bottom, MARGINS.top]);
   const figure = drawing(width, height, `${result.name} over ${over.name}`);
@@ -40,9 +59,10 @@ export function curves(study: Study, result: Column, over: Column, by: Column | 
   const levels = by ? levelsOf(by) : [null];
   const colours = scaleSequential([0, Math.max(levels.length - 1, 1)], interpolateViridis);
   const isCurve = hasLevels(over) && over.kind !== 'text' && levels.length <= MOST_CURVES && isFunction(known, over, by);
+  const drawn = isCurve ? known : sample(known, MOST_POINTS);
   levels.forEach((level, i) => {
-    const colour = levels.length > 7 ? colours(i) : lineColour(i);
-    const runs = known
+    const colour = levels.length > FEW_CURVES ? colours(i) : lineColour(i);
+    const runs = drawn
       .filter((run) => !by || by.values[run] === level)
       .sort((a, b) => x.at(over.values[a]) - x.at(over.values[b]));
     const places = runs.map((run) => [x.at(over.values[run]), y.at(result.values[run])]);
@@ -54,7 +74,7 @@ export function curves(study: Study, result: Column, over: Column, by: Column | 
       figure.append(linked(study, run, point));
     });
   });
-  return figure;
+  return [figure, ...sampleNote(known, drawn)];
 }
 
 /** Whether one run at most has each value of the parameters: only then points are joined. */
@@ -65,7 +85,7 @@ function isFunction(runs: number[], over: Column, by: Column | null): boolean {
 /** What the colours of curves mean. */
 export function curveLegend(by: Column): HTMLElement {
   const levels = levelsOf(by);
-  if (levels.length > 7) return colourBar(by, [levels[0], levels[levels.length - 1]]);
+  if (levels.length > FEW_CURVES) return colourBar(by, [levels[0], levels[levels.length - 1]]);
   const entries = levels.map((level, i) => {
     const swatch = el('span', { class: 'swatch' });
     swatch.style.setProperty('--body', lineColour(i));
@@ -90,12 +110,13 @@ export function heatMap(study: Study, result: Column, over: Column, by: Column, 
     x: (i: number) => MARGINS.left + (i + 0.5) * cell[0],
     y: (i: number) => height - MARGINS.bottom - (i + 0.5) * cell[1],
   };
-  const colours = scaleSequential(extent(numbersOf(result)) as [number, number], interpolateViridis);
+  const colours = scaleSequential(endsOf(numbersOf(result)), interpolateViridis);
   const figure = drawing(width, height, `${result.name} over ${over.name} and ${by.name}`);
   const labelled = (column: Column, levels: (number | string)[], at: (i: number) => number) => ({
     label: headOf(column),
     at: () => NaN,
-    ticks: levels.map((level, i) => ({ at: at(i), text: shown({ ...column, unit: plainUnit(column) }, level) })),
+    // The unit stands at the axis and not at each of its labels.
+    ticks: levels.map((level, i) => ({ at: at(i), text: bare(column, level) })),
   });
   const y = labelled(by, rows, places.y);
   y.ticks = y.ticks.filter((_, i) => i % Math.ceil(16 / cell[1]) === 0);
@@ -119,9 +140,6 @@ export function heatMap(study: Study, result: Column, over: Column, by: Column, 
   );
   return figure;
 }
-
-/** The unit stands at the axis and not at each of its labels. */
-const plainUnit = (column: Column) => (column.unit === 'm' || column.unit === 'rad' ? column.unit : '');
 
 /** How often a result has which value. */
 export function histogram(result: Column, width: number, height: number): SVGSVGElement {
@@ -169,7 +187,9 @@ export function effectPlot(effect: Effect, result: Column, all: number[], width:
 }
 
 /** Every column over every other one. */
-export function scatterMatrix(study: Study, columns: Column[], width: number): SVGSVGElement {
+export function scatterMatrix(study: Study, columns: Column[], width: number): Element[] {
+  const runs = study.runs.map((_, run) => run);
+  const drawn = sample(runs, MOST_POINTS_OF_MATRIX);
   const cell = Math.min(180, (width - 40) / columns.length);
   const size = cell * columns.length;
   const figure = drawing(size + 8, size + 8, 'Scatter matrix');
@@ -184,7 +204,7 @@ export function scatterMatrix(study: Study, columns: Column[], width: number): S
       }
       const x = axisOf(across, [left, left + cell - 6], 6);
       const y = axisOf(down, [top + cell - 6, top], 6);
-      study.runs.forEach((_, run) => {
+      drawn.forEach((run) => {
         const [cx, cy] = [x.at(across.values[run]), y.at(down.values[run])];
         if (!Number.isFinite(cx) || !Number.isFinite(cy)) return;
         const point = svg('circle', { cx, cy, r: 1.8, fill: lineColour(2), 'fill-opacity': 0.6 });
@@ -193,5 +213,5 @@ export function scatterMatrix(study: Study, columns: Column[], width: number): S
       });
     }),
   );
-  return figure;
+  return [figure, ...sampleNote(runs, drawn)];
 }
