@@ -15,7 +15,12 @@ import pytest
 ROOT = Path(__file__).resolve().parents[2]
 LAUNCHER = ROOT / "study" / "kinora-study"
 STAND_IN = Path(__file__).resolve().parent / "stand_in.py"
-sys.path.insert(0, str(ROOT / "study"))
+sys.path[:0] = [str(ROOT / "study"), str(ROOT / "scripts" / "lib")]
+
+
+def kinora_run() -> Path:
+    """The program itself, where a stand-in does not do."""
+    return Path(os.environ.get("KINORA_RUN", ROOT / "build/native-release/bin/kinora-run"))
 
 
 class StudyFolder:

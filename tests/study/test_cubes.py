@@ -3,16 +3,13 @@
 from __future__ import annotations
 
 import json
-import os
-import sys
 from pathlib import Path
 from typing import Any
 
 import pytest
-from conftest import ROOT, StudyFolder
+from conftest import ROOT, StudyFolder, kinora_run
 
-sys.path.insert(0, str(ROOT / "scripts" / "lib"))
-import magnets  # noqa: E402
+import magnets  # isort: skip  # of scripts/lib, as conftest has it
 
 HALF = [0.005] * 3
 
@@ -25,7 +22,7 @@ def pull(gap: float, aside: float = 0.0) -> float:
 @pytest.fixture
 def cubes(tmp_path: Path) -> StudyFolder:
     """A scenario of one solve whose parameters are the gap between the cubes and the way aside."""
-    study = StudyFolder(tmp_path, Path(os.environ.get("KINORA_RUN", ROOT / "build/native-release/bin/kinora-run")))
+    study = StudyFolder(tmp_path, kinora_run())
     scenario: dict[str, Any] = {
         "desktop": {"version": "Simulator"},
         "project": {"file": "cubes.vantor"},
