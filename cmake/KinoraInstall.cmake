@@ -50,7 +50,8 @@ if(MINGW AND TARGET kinora-fmu)
     install(FILES /usr/share/doc/libstb-dev/copyright DESTINATION "${licence_folder}" RENAME libstb-dev.txt)
 endif()
 if(KINORA_BUILD_REPORT)
-    foreach(package three uplot)
+    foreach(package three uplot d3-array d3-scale d3-scale-chromatic d3-color d3-format d3-interpolate d3-time d3-time-format
+                    internmap)
         install(FILES "report/node_modules/${package}/LICENSE" DESTINATION "${licence_folder}" RENAME "${package}.txt"
                 OPTIONAL)
     endforeach()

@@ -39,10 +39,10 @@ class Request:
 
 def block(lines: Iterator[list[str]], kind: str) -> list[list[str]]:
     """The lines of a block, each a value and a tag, that begins with their number and its name."""
-    head = next(lines, [])
+    head: list[str] = next(lines, [])
     if len(head) != 2 or head[1] != kind or not head[0].isdigit():
         raise EvaluationError(f'it is not in the standard format: the number of {kind} is expected, not "{" ".join(head)}".')
-    rows = [next(lines, []) for _ in range(int(head[0]))]
+    rows: list[list[str]] = [next(lines, []) for _ in range(int(head[0]))]
     if any(len(row) != 2 for row in rows):
         raise EvaluationError(f"{head[0]} {kind} are expected, each a value and its name.")
     return rows

@@ -112,7 +112,7 @@ need_clang() { need clang libclang-rt-14-dev lld; }
 need_python_tools() { need python3-pytest python3-numpy python3-scipy python3-matplotlib python3-pycparser; }
 
 # What kinora-study has its runs done by, and what its tests import and bring a cluster up with.
-need_study_tools() { need snakemake python3-pytest python3-jsonschema slurm-wlm munge; }
+need_study_tools() { need snakemake python3-pytest python3-jsonschema python3-numpy slurm-wlm munge; }
 
 # What scripts/check looks with.
 need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck mypy python3-numpy; }

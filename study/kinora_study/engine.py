@@ -25,8 +25,9 @@ from .table import Run, failure_file, pending, result_file
 
 JOBS_PER_CORE = 20
 LARGEST_BATCH = 200
-# After an interruption, before the engine is told of it.
+# After an interruption, before the engine is told of it; then, before it is ended by force.
 SECONDS_TO_STOP = 2.0
+SECONDS_TO_END = 20.0
 
 
 @dataclass(frozen=True)
@@ -138,7 +139,12 @@ def _stop(process: subprocess.Popen[bytes]) -> None:
     for number in [process.pid, *_descendants(process.pid)]:
         with contextlib.suppress(OSError):
             os.kill(number, how)
-    process.wait()
+    try:
+        process.wait(SECONDS_TO_END)
+    except subprocess.TimeoutExpired:
+        # Snakemake may wait for a job of which it missed the end. Its runs have ended; there is nothing that it could lose.
+        process.kill()
+        process.wait()
 
 
 def _descendants(number: int) -> Iterator[int]:

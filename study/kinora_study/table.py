@@ -106,7 +106,9 @@ class _Digests:
 
     def of(self, inputs: dict[str, Any]) -> list[str]:
         geometry = str(inputs.get("geometry.file", inputs.get("/geometry/file", self._geometry)))
-        return [self._digest(self._scenario), self._digest(self._scenario.parent / geometry)]
+        # kinora-run tells of a scenario without one.
+        files = [self._scenario, *([self._scenario.parent / geometry] if geometry else [])]
+        return [self._digest(file) for file in files]
 
     def of_environment(self, study: Study) -> list[Any]:
         """The variables as they are written, since a study may move, and what is in the files that they name."""

@@ -23,8 +23,8 @@ export function shown(column: Column, value: Value): string {
 }
 
 /** The same without its unit. */
-function bare(column: Column, value: Value): string {
-  return typeof value === 'number' ? number(value * scaleOf(column).factor) : (value ?? '–');
+function bare(column: Column, value: Value, digits?: number): string {
+  return typeof value === 'number' ? number(value * scaleOf(column).factor, 0, digits) : (value ?? '–');
 }
 
 /** Every one of the runs, or every second one and so on, so that they are not more than `most`. */
@@ -116,7 +116,7 @@ export function heatMap(study: Study, result: Column, over: Column, by: Column, 
     label: headOf(column),
     at: () => NaN,
     // The unit stands at the axis and not at each of its labels.
-    ticks: levels.map((level, i) => ({ at: at(i), text: bare(column, level) })),
+    ticks: levels.map((level, i) => ({ at: at(i), text: bare(column, level, 4) })),
   });
   const y = labelled(by, rows, places.y);
   y.ticks = y.ticks.filter((_, i) => i % Math.ceil(16 / cell[1]) === 0);
@@ -174,13 +174,13 @@ export function effectPlot(effect: Effect, result: Column, all: number[], width:
   const x = axisOf(column, [margins.left, width - margins.right]);
   const y = axisOf({ ...result, values: all }, [height - margins.bottom, margins.top]);
   const figure = drawing(width, height, `Main effect of ${column.name} on ${result.name}`);
-  figure.append(axes({ ...x, label: headOf(effect.parameter) }, y, width, height, margins));
+  figure.append(axes(x, y, width, height, margins));
   const places = points.map((point) => [x.at(point.at), y.at(point.mean)]);
   if (column.kind !== 'text')
     figure.append(svg('path', { class: 'curve', stroke: lineColour(2), d: `M${places.map((at) => at.join()).join('L')}` }));
   points.forEach((point, i) => {
     const mark = svg('circle', { cx: places[i][0], cy: places[i][1], r: 3.5, fill: lineColour(2) });
-    const told = () => [`${column.name} ${shown(effect.parameter, point.at)}`, `mean ${shown(result, point.mean)}`, `${point.count} runs`];
+    const told = () => [`${column.name} ${shown(column, point.at)}`, `mean ${shown(result, point.mean)}`, `${point.count} runs`];
     figure.append(tell(mark, told));
   });
   return figure;
