@@ -30,7 +30,7 @@ if(MINGW)
     install(FILES ${kinora_runtime_dlls} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 install(DIRECTORY examples docs DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling"
-        PATTERN CMakeLists.txt EXCLUDE)
+        PATTERN CMakeLists.txt EXCLUDE PATTERN "*.study" EXCLUDE)
 # The scenarios name their schema by this place, and an example's comparison finds the closed forms there.
 install(FILES host/scenario.schema.json DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling/host")
 install(FILES scripts/lib/magnets.py DESTINATION "${CMAKE_INSTALL_DATADIR}/KinoraVeltrixCoupling/scripts/lib")
@@ -50,8 +50,7 @@ if(MINGW AND TARGET kinora-fmu)
     install(FILES /usr/share/doc/libstb-dev/copyright DESTINATION "${licence_folder}" RENAME libstb-dev.txt)
 endif()
 if(KINORA_BUILD_REPORT)
-    foreach(package three uplot d3-array d3-scale d3-scale-chromatic d3-color d3-format d3-interpolate d3-time d3-time-format
-                    internmap)
+    foreach(package three uplot)
         install(FILES "report/node_modules/${package}/LICENSE" DESTINATION "${licence_folder}" RENAME "${package}.txt"
                 OPTIONAL)
     endforeach()

@@ -34,7 +34,7 @@ export function launch(): Promise<Browser> {
 }
 
 /** Opens a page; whatever it complains of or asks the network for is written down. */
-export async function openIn(
+export async function openFile(
   browser: Browser,
   file: string,
   settings: Parameters<Browser['newPage']>[0] = {},

@@ -7,7 +7,7 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import type { Browser, Page } from 'playwright-core';
-import { close, launch, openIn, root, tool } from './browser.ts';
+import { close, launch, openFile, root, tool } from './browser.ts';
 import { head, line, logText, pulledApart, slipping } from './logs.ts';
 import { topGeometry, topLog, topScenario, topStates } from './top.ts';
 
@@ -34,7 +34,7 @@ function write(log: string, options: string[] = []): string {
   return `${base}.report.html`;
 }
 
-const open = (file: string, settings?: Parameters<Browser['newPage']>[0]) => openIn(browser, file, settings);
+const open = (file: string, settings?: Parameters<Browser['newPage']>[0]) => openFile(browser, file, settings);
 
 const ready = (page: Page) => page.locator('#view canvas').waitFor();
 const goTo = (page: Page, row: number) => page.locator('.player input[type=range]').fill(String(row));

@@ -7,7 +7,7 @@ import { dirname, join } from 'node:path';
 import { after, before, test } from 'node:test';
 import type { Browser } from 'playwright-core';
 import type { Column, Study, StudyRun, Value } from '../../study/page/data.ts';
-import { close, launch, openIn, tool, type WatchedPage } from '../report/browser.ts';
+import { close, launch, openFile, tool, type WatchedPage } from '../report/browser.ts';
 
 const template = join(dirname(tool), '../share/kinora/study.html');
 let browser: Browser;
@@ -65,7 +65,7 @@ async function open(study: Study, settings = {}): Promise<WatchedPage> {
   const file = join(folder, `study${++pages}.html`);
   const data = JSON.stringify({ version: 1, ...study }).replace(/[<>&]/g, (c) => `\\u00${c.charCodeAt(0).toString(16)}`);
   writeFileSync(file, readFileSync(template, 'utf8').replace('@KINORA_STUDY_DATA@', () => data));
-  const page = await openIn(browser, file, settings);
+  const page = await openFile(browser, file, settings);
   await page.locator('#runs tbody tr').first().waitFor();
   return page;
 }
