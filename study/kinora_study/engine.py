@@ -76,7 +76,7 @@ def _prepare(study: Study, engine: Engine, runs: list[Run]) -> int:
     for run in runs:
         folder = run.folder(study.folder)
         make_folder(folder)
-        write_json(folder / "inputs.json", run.inputs)
+        write_json(folder / "inputs.json", run.inputs, is_precious=False)  # made anew before every start
         failure_file(folder).unlink(missing_ok=True)
     size = batch_size(engine.batch, len(runs), engine.jobs or engine.cores)
     batches = [runs[i : i + size] for i in range(0, len(runs), size)]

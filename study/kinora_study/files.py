@@ -13,12 +13,16 @@ from .errors import StudyError
 
 
 @contextlib.contextmanager
-def replacing(file: Path) -> Iterator[IO[str]]:
-    """A file to write to; it takes the place of the wanted one when all of it is on the disk. Raises StudyError."""
+def replacing(file: Path, is_precious: bool = True) -> Iterator[IO[str]]:
+    """A file to write to; it takes the place of the wanted one when all of it is written. Raises StudyError.
+
+    is_precious: not before it is on the disk, so that it outlives a power cut; that takes some milliseconds.
+    """
     with replaced_by_path(file) as temporary, temporary.open("w", encoding="utf-8", newline="") as stream:
         yield stream
         stream.flush()
-        os.fsync(stream.fileno())
+        if is_precious:
+            os.fsync(stream.fileno())
 
 
 @contextlib.contextmanager
@@ -40,9 +44,9 @@ def replaced_by_path(file: Path) -> Iterator[Path]:
         raise StudyError(f"{file}: cannot be written ({error.strerror}); what was there is as it was.") from None
 
 
-def write_json(file: Path, value: Any) -> None:
+def write_json(file: Path, value: Any, is_precious: bool = True) -> None:
     """Replaces a file by a value as JSON. Raises StudyError."""
-    with replacing(file) as stream:
+    with replacing(file, is_precious) as stream:
         json.dump(value, stream, indent=1, ensure_ascii=False)
         stream.write("\n")
 

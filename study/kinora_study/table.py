@@ -54,10 +54,11 @@ def require_count(study: Study, is_sure: bool) -> None:
     count = study.count
     factors = " x ".join([f"{name}: {len(parameter.source):,}" for name, parameter in study.parameters.items()
                           if isinstance(parameter.source, CERTAIN)] + [f"samples: {study.runs:,}"] * (study.runs > 1))
-    if count > MOST:
-        raise InputError(f"{study.file}: that would be {count:,} runs ({factors}); a study has {MOST:,} at most.")
+    told = f"{study.file}: that would be {count:,} runs ({factors})"
     if count > MANY and not is_sure:
-        raise InputError(f"{study.file}: that would be {count:,} runs ({factors}); --yes makes more than {MANY:,}.")
+        raise InputError(f"{told}; --yes makes more than {MANY:,}, up to {MOST:,}.")
+    if count > MOST:
+        raise InputError(f"{told}; a study has {MOST:,} at most.")
 
 
 class _Filled:

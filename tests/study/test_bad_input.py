@@ -61,6 +61,7 @@ def test_a_thousand_million_runs_are_a_slip(study: StudyFolder) -> None:
     study.study({"gap": many, "angle": many, "name": many})
     told = study.refusal("expand", "--yes")
     assert "that would be 1,000,000,000 runs (gap: 1,000 x angle: 1,000 x name: 1,000)" in told
+    assert "10,000,000 at most" in told and "--yes makes more than 10,000" in study.refusal()
     study.study({"gap": many, "angle": {"from": 0, "to": 1, "count": 11}})
     assert "11,000 runs" in study.refusal() and "--yes" in study.refusal()
     study.study({"gap": many | {"count": 10**9}})

@@ -163,6 +163,18 @@ def test_a_study_that_is_told_to_end_ends_its_runs(study: StudyFolder) -> None:
     study.good("run", "--cores", "1")
 
 
+def test_an_engine_that_does_not_end_is_ended(monkeypatch: pytest.MonkeyPatch) -> None:
+    from kinora_study import engine
+
+    for name in ("SECONDS_TO_STOP", "SECONDS_TO_END"):
+        monkeypatch.setattr(engine, name, 0.2)
+    stubborn = "import signal, time; [signal.signal(n, signal.SIG_IGN) for n in (2, 15)]; print(flush=True); time.sleep(60)"
+    process = subprocess.Popen(["/usr/bin/python3", "-c", stubborn], stdout=subprocess.PIPE)
+    assert process.stdout and process.stdout.readline()
+    engine._stop(process)
+    assert process.returncode == -signal.SIGKILL
+
+
 def processes_of(study: StudyFolder) -> list[str]:
     """The stand-ins that do a run of the study."""
     words = ["pgrep", "-f", f"stand_in.py {study.folder}"]
