@@ -125,11 +125,11 @@ def job_row(program, jobs):
     process = subprocess.Popen(program.command(file, "--cores", "2", "--batch", "1"), env=environment, **QUIET)
     while done() < 2:
         time.sleep(0.05)
-    first, before = time.monotonic(), done()
+    first, before, memory = time.monotonic(), done(), 0.0
     while done() < min(before + JOBS_WATCHED, jobs):
-        time.sleep(0.05)
+        memory = max([memory, *map(megabytes, processes_of(program.folder / "bench.study"))])
+        time.sleep(0.2)
     seconds = (time.monotonic() - first) / (done() - before)
-    memory = max(map(megabytes, processes_of(program.folder / "bench.study")), default=0.0)
     process.terminate()
     process.wait()
     print(f"{jobs} jobs: first after {first - start:.1f} s, then {seconds:.3f} s each, {memory:.0f} MB", flush=True)
