@@ -9,11 +9,10 @@ SECONDS (600 without) is given up and named so in the table.
 import json
 import os
 import pathlib
-import re
 import subprocess
 import sys
 
-from page import fill, gnuplot, table
+from page import fill, gnuplot, processor, table
 
 HEAD = ["magnets", "triangles", "gap, mm", "mesh", "first solve, ms", "step, ms", "estimate, %", "error, %", "evaluations", "passes",
         "kB / triangle", "dipoles / step", "step / floor"]
@@ -71,10 +70,6 @@ def plot(rows, target):
     data = ["\n".join(f"{triangles} {seconds}" for triangles, seconds in curve) for curve in curves.values()]
     gnuplot("set logscale xy\nset key left top\nset grid\nset xlabel 'triangles'\n"
             f"set ylabel 'time of a step, s'\nplot {', '.join(lines)}\n" + "\ne\n".join(data) + "\ne\n", target)
-
-
-def processor():
-    return re.search(r"^model name\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)[1]
 
 
 def main():

@@ -21,6 +21,11 @@ def gnuplot(script, target):
     subprocess.run(["gnuplot"], input=head + script, text=True, check=True)
 
 
+def processor():
+    """Of this machine, by its name."""
+    return re.search(r"^model name\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)[1]
+
+
 def fill(page, figures):
     """Puts figures (marker: text) into the page (a path); ends the program when a marker is missing."""
     text = page.read_text()

@@ -19,7 +19,7 @@ from concurrent.futures import ThreadPoolExecutor
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 sys.path.insert(0, str(HERE.parent))
-from page import fill, table  # noqa: E402
+from page import fill, processor, table  # noqa: E402
 
 ROUNDS = 3
 RUNS, BATCHES, CORES = 200, (1, 10, 100), (1, 2)
@@ -162,10 +162,6 @@ def run_text(program):
     size = sum(entry.stat().st_blocks * 512 for entry in entries)
     return (f"A run of one solve of 16 magnets leaves {len(entries) / len(runs):.0f} files and folders, which take "
             f"{size / len(runs) / 1000:.0f} kB.")
-
-
-def processor():
-    return re.search(r"^model name\s*: (.*)$", pathlib.Path("/proc/cpuinfo").read_text(), re.M)[1]
 
 
 def main():
