@@ -25,6 +25,14 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     parser.add_flag("--force", line.force, "With --resume: although the scenario has changed or files are missing")
         ->needs(resume);
     parser.add_flag("--report", line.report, "End with the report page: charts and a 3D replay in one HTML file");
+    auto* compare = parser.add_option("--compare", line.expectedFile,
+                                      "Compare the run with the states in this CSV file (\"Time [s]\" and columns of "
+                                      "--csv): a table, and status 1 when one deviates by more than --tolerance");
+    parser
+        .add_option("--tolerance", line.tolerancePercent,
+                    "With --compare: percent of a column's largest expected value (default: 0.5)")
+        ->check(CLI::NonNegativeNumber)
+        ->needs(compare);
     parser
         .add_option("--set", line.set,
                     "PATH=VALUE: a value in place of the scenario's, or where it has none. PATH is the name of a "

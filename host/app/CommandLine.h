@@ -17,6 +17,10 @@ struct CommandLine {
     /// As they stand: PATH=VALUE.
     std::vector<std::string> set;
     std::string parametersFile;
+    /// What the states of the run are compared with; empty for nothing.
+    std::string expectedFile;
+    /// Allowed there, percent of a quantity's largest expected value.
+    double tolerancePercent = 0.5;
     bool overwrite = false;
     bool resume = false;
     bool force = false;

@@ -6,6 +6,7 @@
 #include "host/app/Console.h"
 #include "host/app/Desktop.h"
 #include "host/app/Terminal.h"
+#include "host/core/Comparison.h"
 #include "host/core/RunJson.h"
 #include "host/core/RunText.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
@@ -16,8 +17,10 @@
 #include "scenario/ScenarioSchema.h"
 #include "scenario/Text.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fmt/format.h>
+#include <optional>
 
 #ifdef _WIN32
 #include "host/core/BusyWait.h"
@@ -28,6 +31,9 @@ namespace {
 
 using namespace kinora::host;
 using namespace kinora::scenario;
+
+/// Of long runs the tables show a choice.
+constexpr std::size_t tableRows = 40;
 
 constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
 
@@ -47,6 +53,9 @@ std::vector<NamedFile> InputsOf(const CommandLine& arguments, const Scenario& sc
                                      {"the geometry", scenario.geometryFile}};
     if (!arguments.parametersFile.empty()) {
         inputs.push_back({"the parameters", PathFromUtf8(arguments.parametersFile)});
+    }
+    if (!arguments.expectedFile.empty()) {
+        inputs.push_back({"the expected states", PathFromUtf8(arguments.expectedFile)});
     }
     return inputs;
 }
@@ -69,9 +78,19 @@ Overrides OverridesOf(const CommandLine& arguments) {
     return overrides;
 }
 
-Scenario Prepare(const CommandLine& arguments, const Overrides& overrides) {
-    Scenario scenario =
-        ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments), Purpose::Run, overrides);
+/// What is to be run, and what it should give.
+struct Task {
+    Overrides overrides;
+    Scenario scenario;
+    std::optional<ExpectedStates> expected;
+};
+
+Task Prepare(const CommandLine& arguments) {
+    Task task;
+    task.overrides = OverridesOf(arguments);
+    Scenario& scenario = task.scenario;
+    scenario =
+        ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments), Purpose::Run, task.overrides);
     if (!scenario.desktop.version.empty()) {
         kinora::programs::SetEnvironmentValue(versionVariable, AnsiFromUtf8(scenario.desktop.version));
     }
@@ -85,9 +104,12 @@ Scenario Prepare(const CommandLine& arguments, const Overrides& overrides) {
         scenario.resultFile = std::filesystem::absolute(PathFromUtf8(arguments.resultFile));
     }
     PrepareResults(scenario);
+    if (!arguments.expectedFile.empty()) {
+        task.expected = ReadExpected(PathFromUtf8(arguments.expectedFile), scenario);
+    }
     scenario.overwrite = scenario.overwrite || arguments.overwrite;
     RequireDistinctFiles(FilesOf(scenario), InputsOf(arguments, scenario), FurtherOutputs(arguments, scenario));
-    return scenario;
+    return task;
 }
 
 RunOptions OptionsFrom(const CommandLine& arguments, const Scenario& scenario) {
@@ -113,7 +135,6 @@ void PrintResults(const Scenario& scenario, const Console& console, Talk talk) {
     if (console.Records().empty()) {
         return;
     }
-    constexpr std::size_t tableRows = 40;
     if (talk != Talk::Quiet) {
         Print("\nLoads on the bodies, in their own axes\n");
         Print(LoadTable(scenario, console.Records(), tableRows));
@@ -136,6 +157,16 @@ void FinishResults(const CommandLine& arguments, const Scenario& scenario, const
         WriteResult(scenario, facts, results);
         Print(fmt::format("result        {}\n", Utf8FromPath(*scenario.resultFile)));
     }
+}
+
+/// @return  false when a quantity deviates by more than is allowed
+bool CompareResults(const CommandLine& arguments, const Scenario& scenario, const ExpectedStates& expected) {
+    const std::vector<ComparedQuantity> compared = Compare(scenario, expected);
+    Print(fmt::format("\nThe run beside {}\n", Utf8FromPath(expected.file)) +
+          ComparisonTable(compared, arguments.tolerancePercent, tableRows));
+    return std::all_of(compared.begin(), compared.end(), [&](const ComparedQuantity& quantity) {
+        return quantity.Worst() <= arguments.tolerancePercent;
+    });
 }
 
 /// The page of a run, from what the coupling and this host have written.
@@ -178,7 +209,8 @@ RunFacts FactsOf(const CommandLine& arguments, const Scenario& scenario, const O
     return facts;
 }
 
-ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario, const Overrides& overrides) {
+ExitStatus RunTask(const CommandLine& arguments, const Task& task) {
+    const Scenario& scenario = task.scenario;
     const auto start = std::chrono::steady_clock::now();
     RequireLibraryOfThisCompiler();
     const RunOptions options = OptionsFrom(arguments, scenario);
@@ -199,10 +231,14 @@ ExitStatus RunScenario(const CommandLine& arguments, const Scenario& scenario, c
         WriteReportPage(arguments, scenario, console);
     }
     if (end == RunEnd::Complete) {
-        FinishResults(arguments, scenario, FactsOf(arguments, scenario, overrides, start));
+        FinishResults(arguments, scenario, FactsOf(arguments, scenario, task.overrides, start));
         if (!console.Warnings().empty()) {
             PrintError(fmt::format("The run is complete, with {} warning{} (above).\n", console.Warnings().size(),
                                    console.Warnings().size() == 1 ? "" : "s"));
+        }
+        if (task.expected && !CompareResults(arguments, scenario, *task.expected)) {
+            throw kinora::programs::RunError(
+                "The run deviates from what was expected by more than --tolerance allows.");
         }
         return ExitStatus::Done;
     }
@@ -215,14 +251,14 @@ ExitStatus Execute(const CommandLine& arguments) {
         Print(std::string(ScenarioSchema()));
         return ExitStatus::Done;
     }
-    const Overrides overrides = OverridesOf(arguments);
-    const Scenario scenario = Prepare(arguments, overrides);
+    const Task task = Prepare(arguments);
+    const Scenario& scenario = task.scenario;
     if (arguments.printParameters) {
         Print(DeclarationsJson(scenario));
         return ExitStatus::Done;
     }
     if (!arguments.dryRun) {
-        return RunScenario(arguments, scenario, overrides);
+        return RunTask(arguments, task);
     }
     for (const std::string& warning : scenario.warnings) {
         PrintError("warning: " + warning + "\n");

@@ -2,6 +2,7 @@
 
 #include "host/core/RunFiles.h"
 #include "host/core/StatesCsv.h"
+#include "host/core/StatesTable.h"
 #include "report/core/LogHeader.h"
 #include "scenario/Errors.h"
 #include "scenario/Text.h"
@@ -10,7 +11,6 @@
 #include <cmath>
 #include <fmt/format.h>
 #include <limits>
-#include <sstream>
 
 namespace kinora::host {
 
@@ -19,29 +19,6 @@ using namespace scenario;
 namespace {
 
 using Column = report::Column;
-
-/// Times and values of a column, row by row.
-struct Series {
-    Column times;
-    Column values;
-};
-
-/// "rotor.Torque_x [mN m]" without its unit, and the unit.
-std::pair<std::string, std::string> TakeApart(const std::string& head) {
-    const std::size_t at = head.rfind(" [");
-    if (at == std::string::npos || head.back() != ']') {
-        return {head, {}};
-    }
-    return {head.substr(0, at), head.substr(at + 2, head.size() - at - 3)};
-}
-
-/// Where a column stands in the states file.
-std::optional<std::size_t> FindState(const std::vector<std::string>& heads, const std::string& column) {
-    const auto found = std::find_if(heads.begin(), heads.end(), [&](const std::string& head) {
-        return head == column || TakeApart(head).first == column;
-    });
-    return found == heads.end() ? std::nullopt : std::optional<std::size_t>(found - heads.begin());
-}
 
 /// A column of the coupling log.
 struct LogColumn {
@@ -78,40 +55,12 @@ std::optional<LogColumn> FindInLog(const Scenario& scenario, const std::string& 
 std::string MissingText(const Scenario& scenario, const std::vector<std::string>& heads, const WantedResult& result) {
     std::vector<std::string> names(heads.size());
     std::transform(heads.begin(), heads.end(), names.begin(),
-                   [](const std::string& head) { return TakeApart(head).first; });
+                   [](const std::string& head) { return TakeHeadApart(head).first; });
     for (const LogColumn& column : LogColumnsOf(scenario)) {
         names.push_back(column.label);
     }
     return fmt::format("results: \"{}\": neither the states nor the coupling log have a column \"{}\".{}", result.name,
                        result.column, Suggestion(result.column, names));
-}
-
-std::vector<std::string> Cells(const std::string& line) {
-    std::vector<std::string> cells;
-    std::istringstream stream(line);
-    for (std::string cell; std::getline(stream, cell, ',');) {
-        cells.push_back(cell);
-    }
-    return cells;
-}
-
-Series ReadState(const Scenario& scenario, const std::string& column) {
-    const std::filesystem::path file = *FilesOf(scenario).csv;
-    std::istringstream text(ReadFile(file));
-    std::string line;
-    std::getline(text, line);
-    const auto at = FindState(Cells(line), column);
-    if (!at) {
-        throw RunError(fmt::format("{}: the column \"{}\" is gone; was the file changed?", Utf8FromPath(file), column));
-    }
-    Series series;
-    while (std::getline(text, line)) {
-        const std::vector<std::string> cells = Cells(line);
-        // The last cells of a line may be empty.
-        series.times.push_back(cells.size() > 1 ? report::ParseNumber(cells[1]) : std::nan(""));
-        series.values.push_back(cells.size() > *at ? report::ParseNumber(cells[*at]) : std::nan(""));
-    }
-    return series;
 }
 
 /// Null when the log has no such column.
@@ -135,20 +84,6 @@ Series ReadLog(const Scenario& scenario, const LogColumn& column) {
             fmt::format("{}: the column \"{}\" is gone; was the file changed?", Utf8FromPath(file), column.label));
     }
     return {*log.times, *values};
-}
-
-/// On the straight line between the rows about a time.
-double ValueAt(const Series& series, double time) {
-    const auto after = std::lower_bound(series.times.begin(), series.times.end(), time);
-    if (after == series.times.end()) {
-        return series.values.back();
-    }
-    const auto i = static_cast<std::size_t>(after - series.times.begin());
-    if (i == 0 || series.times[i] == time) {
-        return series.values[i];
-    }
-    const double share = (time - series.times[i - 1]) / (series.times[i] - series.times[i - 1]);
-    return series.values[i - 1] + share * (series.values[i] - series.values[i - 1]);
 }
 
 /// NaN where there is no number.
@@ -195,9 +130,8 @@ void PrepareResults(Scenario& scenario) {
     if (!lines.empty()) {
         throw InputError(fmt::format("{}", fmt::join(lines, "\n")));
     }
-    if (needsStates && !scenario.csvFile) {
-        std::filesystem::path file = scenario.projectFile;
-        scenario.csvFile = file.replace_extension(".states.csv");
+    if (needsStates) {
+        RequireStatesFile(scenario);
     }
 }
 
@@ -207,7 +141,11 @@ std::vector<RunResult> ResultsToCome(const Scenario& scenario) {
     for (const WantedResult& wanted : scenario.results) {
         const auto state = FindState(heads, wanted.column);
         const auto log = FindInLog(scenario, wanted.column);
-        results.push_back({wanted.name, {}, state ? TakeApart(heads[*state]).second : log ? log->unit : std::string()});
+        results.push_back({wanted.name,
+                           {},
+                           state ? TakeHeadApart(heads[*state]).second
+                           : log ? log->unit
+                                 : std::string()});
     }
     return results;
 }
@@ -218,7 +156,7 @@ std::vector<RunResult> TakeResults(const Scenario& scenario) {
     for (std::size_t i = 0; i < results.size(); ++i) {
         const WantedResult& wanted = scenario.results[i];
         const Series series = FindState(heads, wanted.column)
-                                  ? ReadState(scenario, wanted.column)
+                                  ? ReadState(*FilesOf(scenario).csv, wanted.column)
                                   : ReadLog(scenario, FindInLog(scenario, wanted.column).value());
         const double value = ValueOf(series, wanted);
         if (std::isfinite(value)) {
