@@ -114,6 +114,9 @@ need_python_tools() { need python3-pytest python3-numpy python3-scipy python3-ma
 # What kinora-study has its runs done by, and what its tests import and bring a cluster up with.
 need_study_tools() { need snakemake python3-pytest python3-jsonschema python3-numpy slurm-wlm munge; }
 
+# What makes HTML of the documents (scripts/lib/html_docs.py).
+need_docs_tools() { need python3-markdown; }
+
 # What scripts/check looks with.
 need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck mypy python3-numpy; }
 
