@@ -87,5 +87,6 @@ if(MINGW)
     endforeach()
 endif()
 kinora_install_made(python "${shared_folder}/python" bindings/python/make_wheel.py ${licences} "$<TARGET_FILE:kinora_veltrix>")
+kinora_install_made(docs "${shared_folder}/html" scripts/lib/html_docs.py --files .. .)
 
 include(KinoraPackage)

@@ -55,10 +55,13 @@ Tag: py3-none-{platform}
 
 
 def project_version() -> str:
-    found = re.search(r"^project\(\w+ VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text("utf-8"), re.MULTILINE)
-    if not found:
+    """The version as Python's packages write it: a release candidate is 1.0.0rc1."""
+    text = (ROOT / "CMakeLists.txt").read_text("utf-8")
+    numbers = re.search(r"^project\(\w+ VERSION ([\d.]+)", text, re.MULTILINE)
+    candidate = re.search(r'^set\(KINORA_VERSION_SUFFIX "-?(\w*)"\)', text, re.MULTILINE)
+    if not numbers or not candidate:
         raise ValueError(f"{ROOT / 'CMakeLists.txt'} names no version")
-    return found[1]
+    return numbers[1] + candidate[1]
 
 
 def make_wheel(library: Path, folder: Path, licences: Mapping[str, Path]) -> Path:

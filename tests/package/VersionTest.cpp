@@ -61,7 +61,7 @@ TEST_P(Product, SaysWhatItIsAndOfWhichVersion) {
     EXPECT_FALSE(version.Text(L"FileDescription").empty());
     EXPECT_EQ(version.Text(L"FileVersion"), KINORA_VERSION);
     EXPECT_EQ(version.Text(L"ProductVersion"), KINORA_VERSION);
-    EXPECT_EQ(version.Numbers(), KINORA_VERSION L".0");
+    EXPECT_EQ(version.Numbers(), KINORA_VERSION_NUMBERS);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Product, testing::Values(KINORA_PRODUCTS));

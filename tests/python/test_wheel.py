@@ -31,17 +31,20 @@ print(coupling.analyze(0.0, [k.Pose(body.name, body.position) for body in bodies
 """
 
 
+PYTHONS_VERSION = version().replace("-", "")  # 1.0.0-rc1 is 1.0.0rc1 there
+
+
 @pytest.fixture(scope="module")
 def wheel(tmp_path_factory):
     return make_wheel.make_wheel(_native.find(), tmp_path_factory.mktemp("wheel"), {"other.txt": GEOMETRY})
 
 
 def test_it_is_named_after_version_and_platform(wheel):
-    assert wheel.name == f"kinora_veltrix-{version()}-py3-none-linux_x86_64.whl"
+    assert wheel.name == f"kinora_veltrix-{PYTHONS_VERSION}-py3-none-linux_x86_64.whl"
 
 
 def test_every_file_is_recorded_with_its_hash(wheel):
-    info = f"kinora_veltrix-{version()}.dist-info"
+    info = f"kinora_veltrix-{PYTHONS_VERSION}.dist-info"
     with zipfile.ZipFile(wheel) as archive:
         rows = list(csv.reader(io.StringIO(archive.read(f"{info}/RECORD").decode())))
         assert [row[0] for row in rows] == archive.namelist()
@@ -56,7 +59,7 @@ def test_every_file_is_recorded_with_its_hash(wheel):
             "kinora_veltrix/_library/libkinora_veltrix.so",
             *(f"{info}/{name}" for name in ("METADATA", "WHEEL", "RECORD", "licenses/LICENSE", "licenses/other.txt")),
         }
-        assert f"Name: kinora-veltrix\nVersion: {version()}\n" in archive.read(f"{info}/METADATA").decode()
+        assert f"Name: kinora-veltrix\nVersion: {PYTHONS_VERSION}\n" in archive.read(f"{info}/METADATA").decode()
         assert "Root-Is-Purelib: false\nTag: py3-none-linux_x86_64\n" in archive.read(f"{info}/WHEEL").decode()
 
 
@@ -88,7 +91,7 @@ def test_that_for_windows_has_the_library_of_windows(tmp_path):
     library = tmp_path / "kinora_veltrix.dll"
     library.write_bytes(b"MZ and more")
     wheel = make_wheel.make_wheel(library, tmp_path, {})
-    assert wheel.name == f"kinora_veltrix-{version()}-py3-none-win_amd64.whl"
+    assert wheel.name == f"kinora_veltrix-{PYTHONS_VERSION}-py3-none-win_amd64.whl"
     with zipfile.ZipFile(wheel) as archive:
         assert archive.read("kinora_veltrix/_library/kinora_veltrix.dll") == b"MZ and more"
 
