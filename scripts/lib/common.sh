@@ -117,6 +117,9 @@ need_study_tools() { need snakemake python3-pytest python3-jsonschema python3-nu
 # What makes HTML of the documents (scripts/lib/html_docs.py).
 need_docs_tools() { need python3-markdown; }
 
+# What makes the package for Windows: its installer, the import library for MSVC, the documents.
+need_package_tools() { need nsis lld; need_docs_tools; }
+
 # What scripts/check looks with.
 need_check_tools() { need clang-format clang-tidy cppcheck codespell shellcheck mypy python3-numpy; }
 
