@@ -22,8 +22,8 @@ Function ${un}RequireNothingRunsFunction
     StrCpy $R1 0
     ${Do}
         StrCpy $R0 ""
-        !insertmacro FindFileInUse *.exe
         !insertmacro FindFileInUse *.dll
+        !insertmacro FindFileInUse *.exe ; says more
         ${If} $R0 == ""
             ClearErrors
             Return
