@@ -28,23 +28,27 @@ if errorlevel 1 set "out=%LOCALAPPDATA%\KinoraVeltrixCoupling\demo-run"
 call :can_write "%out%"
 if errorlevel 1 goto cannot_write
 
-echo [1/3] The simulator stands in for the desktop. It is registered for this user; "vantor-sim /UnregServer" takes it back.
+echo [1/3] Registering the simulator, which stands in for the desktop
+echo       ("vantor-sim /UnregServer" takes that back)
 "%here%bin\vantor-sim.exe" /RegServer
 if errorlevel 1 goto not_registered
 
 echo.
-echo [2/3] kinora-run moves the upper magnet, has the field solved at every step, and compares with Akoun and Yonnet 1984.
+echo [2/3] Moving the upper magnet, solving the field at every step, and comparing
+echo       the forces with the closed form of Akoun and Yonnet, 1984
 set "KINORA_VELTRIX_VTDK_VERSION=Simulator"
 "%here%bin\kinora-run.exe" "%cubes%\scenario.json" --out "%out%" --overwrite --report --compare "%cubes%\scenario.expected.csv" --tolerance 0.5
 set "status=%errorlevel%"
 if not "%status%"=="0" goto not_run
 
 echo.
-echo [3/3] The run as a page: "%out%\cube-magnets.report.html"
+echo [3/3] The run as a page:
+echo       "%out%\cube-magnets.report.html"
 if defined browser start "" "%out%\cube-magnets.report.html"
 echo.
-echo All is well. What next: kinora-run --new FOLDER makes a project of your own; the documentation is
-echo "%shared%\html\index.html".
+echo All is well. What next?
+echo   kinora-run --new FOLDER makes a project of your own.
+echo   The documentation begins with share\KinoraVeltrixCoupling\html\index.html
 goto end
 
 :missing
