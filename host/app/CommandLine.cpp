@@ -1,11 +1,55 @@
 #include "host/app/CommandLine.h"
 
+#include "host/project/GeometrySurvey.h"
+#include "host/project/Templates.h"
 #include "scenario/Errors.h"
+#include "scenario/Text.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <fmt/format.h>
 
 namespace kinora::host {
+namespace {
+
+std::string TemplateList() {
+    std::string list;
+    for (const ProjectTemplate& entry : ProjectTemplates()) {
+        list += fmt::format("{}{}", list.empty() ? "" : ", ", entry.name);
+    }
+    return fmt::format("{} (default: {})", list, ProjectTemplates().front().name);
+}
+
+[[noreturn]] void Refuse(const std::string& text) {
+    throw scenario::InputError(text + " (--help lists the options)");
+}
+
+/// What makes a project runs nothing, and takes no options of runs.
+void RequireNoRun(const CLI::App& parser, const CommandLine& line) {
+    const bool isNew = parser.count("--new") > 0;
+    const bool isGeometry = IsGeometryFile(scenario::PathFromUtf8(line.scenarioFile));
+    if (!isNew && !isGeometry) {
+        return;
+    }
+    const std::string what = isNew ? "--new" : line.scenarioFile + ", a geometry,";
+    for (const CLI::Option* option : parser.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() > 0 && name != "SCENARIO" && name != "--new" && name != "--template") {
+            Refuse(fmt::format("{} runs nothing: leave out {}", what, name));
+        }
+    }
+    if (isNew && line.newFolder.empty()) {
+        Refuse("--new: name a folder");
+    }
+    if (isNew && !line.scenarioFile.empty() && !isGeometry) {
+        Refuse("--new makes a scenario and takes none, or a geometry (.obj or .stl): leave out " + line.scenarioFile);
+    }
+    if (isGeometry && !line.templateName.empty()) {
+        Refuse("--template has a geometry of its own: leave out " + line.scenarioFile + ", or --template");
+    }
+}
+
+} // namespace
 
 CommandLine ReadCommandLine(std::vector<std::string> words) {
     CommandLine line;
@@ -16,7 +60,14 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     parser.allow_windows_style_options(false);
     bool isQuiet = false;
     bool isVerbose = false;
-    auto* scenario = parser.add_option("SCENARIO", line.scenarioFile, "Scenario file (JSON, comments allowed)");
+    auto* scenario = parser.add_option("SCENARIO", line.scenarioFile,
+                                       "Scenario file (JSON, comments allowed); for a geometry (.obj or .stl) a "
+                                       "scenario to start from is printed");
+    auto* newFolder =
+        parser.add_option("--new", line.newFolder,
+                          "Make a project in this folder: scenario, geometry, run script. With a geometry "
+                          "in the place of SCENARIO, one around that");
+    parser.add_option("--template", line.templateName, "With --new: " + TemplateList())->needs(newFolder);
     parser.add_option("--out", line.outputFolder, "Folder for everything that is written (default: the scenario's)");
     parser.add_option("--desktop", line.desktopVersion, "Version of the desktop to start, for example Simulator");
     parser.add_option("--csv", line.csvFile, "Write the host's own states to this file");
@@ -54,7 +105,8 @@ CommandLine ReadCommandLine(std::vector<std::string> words) {
     std::reverse(words.begin(), words.end());
     try {
         parser.parse(words);
-        if (scenario->empty() && printSchema->empty()) {
+        RequireNoRun(parser, line);
+        if (scenario->empty() && printSchema->empty() && newFolder->empty()) {
             throw CLI::RequiredError("SCENARIO");
         }
     } catch (const CLI::CallForHelp&) {

@@ -9,7 +9,11 @@ namespace kinora::host {
 
 /// What the user asked for. Texts are UTF-8.
 struct CommandLine {
+    /// Or a geometry, to make a scenario for.
     std::string scenarioFile;
+    /// Of a project to make.
+    std::string newFolder;
+    std::string templateName;
     std::string outputFolder;
     std::string desktopVersion;
     std::string csvFile;

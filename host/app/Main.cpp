@@ -5,10 +5,12 @@
 #include "host/app/CommandLine.h"
 #include "host/app/Console.h"
 #include "host/app/Desktop.h"
+#include "host/app/ProjectCommands.h"
 #include "host/app/Terminal.h"
 #include "host/core/Comparison.h"
 #include "host/core/RunJson.h"
 #include "host/core/RunText.h"
+#include "host/project/GeometrySurvey.h"
 #include "interface/KinoraVeltrixScriptErrors.h"
 #include "programs/Environment.h"
 #include "programs/Errors.h"
@@ -249,6 +251,14 @@ ExitStatus RunTask(const CommandLine& arguments, const Task& task) {
 ExitStatus Execute(const CommandLine& arguments) {
     if (arguments.printSchema) {
         Print(std::string(ScenarioSchema()));
+        return ExitStatus::Done;
+    }
+    if (!arguments.newFolder.empty()) {
+        MakeProject(arguments);
+        return ExitStatus::Done;
+    }
+    if (IsGeometryFile(PathFromUtf8(arguments.scenarioFile))) {
+        PrintSuggestion(arguments);
         return ExitStatus::Done;
     }
     const Task task = Prepare(arguments);

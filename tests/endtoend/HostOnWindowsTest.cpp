@@ -115,6 +115,20 @@ TEST_F(HostOnWindows, NothingIsLoadedFromTheCurrentFolder) {
     EXPECT_EQ(RunProgram(ProgramBeside("minimal-host"), {}).exitCode, 2) << "which says how it is used";
 }
 
+TEST(RunCmd, RunsItsOwnFolderAndHandsOverArgumentsAndStatus) {
+    const ScratchFolder folder;
+    const std::filesystem::path project = folder / "my project";
+    ASSERT_EQ(RunHost({"--new", project.u8string(), "--template", "spring"}).exitCode, 0);
+    const std::filesystem::path script = project / "run.cmd";
+    const Outcome stopped = RunProgram(script, {"--no-pause", "--steps", "1", "--quiet"});
+    EXPECT_EQ(stopped.exitCode, 1) << stopped.output;
+    EXPECT_EQ(Column(project / "output/spring.states.csv", "Step").size(), 1U) << stopped.output;
+    EXPECT_THAT(stopped.output, Not(HasSubstr("ress any key")));
+    const Outcome refused = RunProgram(script, {"--no-pause", "--nonsense"});
+    EXPECT_EQ(refused.exitCode, 2) << refused.output;
+    EXPECT_THAT(refused.output, HasSubstr("--nonsense"));
+}
+
 /// A project that this process has open in the simulator, beside the runs of kinora-run.
 class SharedDesktop : public CubeMagnets {
 protected:

@@ -44,6 +44,24 @@ TEST(CommandLine, PrintsTheSchemaWithoutAScenario) {
     EXPECT_THROW(ReadCommandLine({"run.json", "--print-parameters", "--print-schema"}), scenario::InputError);
 }
 
+TEST(CommandLine, MakesProjectsWithoutAScenario) {
+    const CommandLine line = ReadCommandLine({"--new", "folder", "--template", "spring"});
+    EXPECT_EQ(line.newFolder, "folder");
+    EXPECT_EQ(line.templateName, "spring");
+    EXPECT_EQ(ReadCommandLine({"part.STL"}).scenarioFile, "part.STL");
+    EXPECT_EQ(ReadCommandLine({"part.obj", "--new", "folder"}).newFolder, "folder");
+}
+
+TEST(CommandLine, RefusesWhatMakesNoProject) {
+    EXPECT_THROW(ReadCommandLine({"--template", "spring"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--template", "spring"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"run.json", "--new", "folder"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"--new", ""}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"--new", "folder", "--out", "there"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"part.obj", "--report"}), scenario::InputError);
+    EXPECT_THROW(ReadCommandLine({"part.obj", "--new", "folder", "--template", "spring"}), scenario::InputError);
+}
+
 TEST(CommandLine, GivesHelpWithoutAScenario) {
     EXPECT_NE(ReadCommandLine({"--help"}).helpText.find("--resume"), std::string::npos);
 }
