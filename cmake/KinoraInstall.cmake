@@ -2,9 +2,10 @@
 # components. Programs of others find it by find_package(KinoraVeltrixCoupling).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
-# It makes the wheel and the HTML pages while the package is made. The system's own first: it has the Debian packages.
+# Python makes the wheel and the HTML pages while the package is made. The system's own first: it has the Debian packages.
+option(KINORA_PACKAGE_PAGES "HTML pages in the package, which takes Python's package markdown" ON)
 find_program(KINORA_PYTHON NAMES python3 python PATHS /usr/bin NO_CMAKE_SYSTEM_PATH NO_SYSTEM_ENVIRONMENT_PATH)
-find_program(KINORA_PYTHON NAMES python3 python REQUIRED)
+find_program(KINORA_PYTHON NAMES python3 python)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/KinoraVeltrixCoupling")
 set(header_folder "${CMAKE_INSTALL_INCLUDEDIR}/KinoraVeltrixCoupling")
@@ -75,6 +76,9 @@ endif()
 
 # kinora_install_made(component folder script argument...): what a Python script of ours writes into a folder of the package.
 function(kinora_install_made component folder)
+    if(NOT KINORA_PYTHON)
+        return()
+    endif()
     list(JOIN ARGN "\" \"" command)
     install(CODE "execute_process(COMMAND \"${KINORA_PYTHON}\" -B \"${command}\" \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}\"
                                   WORKING_DIRECTORY \"${PROJECT_SOURCE_DIR}\" OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)"
@@ -87,6 +91,8 @@ if(MINGW)
     endforeach()
 endif()
 kinora_install_made(python "${shared_folder}/python" bindings/python/make_wheel.py ${licences} "$<TARGET_FILE:kinora_veltrix>")
-kinora_install_made(docs "${shared_folder}/html" scripts/lib/html_docs.py --files .. .)
+if(KINORA_PACKAGE_PAGES)
+    kinora_install_made(docs "${shared_folder}/html" scripts/lib/html_docs.py --files .. .)
+endif()
 
 include(KinoraPackage)

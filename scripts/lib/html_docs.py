@@ -29,7 +29,7 @@ STYLE = "style.css"
 
 # The order of the pages. A document that is not named here comes last.
 GROUPS = {
-    "Start": ["README.md", "docs/install.md", "docs/examples.md", "docs/report.md", "docs/troubleshooting.md"],
+    "Start": ["README.md", "docs/windows.md", "docs/examples.md", "docs/report.md", "docs/troubleshooting.md"],
     "Write a host": ["docs/host-guide.md", "docs/conventions.md", "docs/c-interface.md", "docs/sdk.md",
                      "docs/python.md", "docs/fmu.md", "docs/api-reference.md"],
     "Many runs": ["docs/studies.md", "docs/studies-cluster.md"],
