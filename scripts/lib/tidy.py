@@ -28,16 +28,16 @@ TOGETHER = 20
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
-def own_sources():
-    """The project's C++ sources, new ones included, except the tests'."""
-    listing = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", "*.cpp"], cwd=ROOT,
+def own_sources(*patterns, with_tests=False):
+    """The project's sources of some names, new ones included."""
+    listing = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", *patterns], cwd=ROOT,
                              check=True, capture_output=True, text=True)
-    return {str(ROOT / line) for line in listing.stdout.splitlines() if not line.startswith("tests/")}
+    return {str(ROOT / line) for line in listing.stdout.splitlines() if with_tests or not line.startswith("tests/")}
 
 
 def commands(databases):
     """The first compile command of each own source, with its database."""
-    sources, found = own_sources(), {}
+    sources, found = own_sources("*.cpp"), {}
     for database in databases:
         for entry in json.loads((pathlib.Path(database) / "compile_commands.json").read_text()):
             if entry["file"] in sources:
@@ -85,7 +85,7 @@ def flags(source, command):
     """A source's flags without what names the source itself, its output, and the compiler."""
     words = shlex.split(command)
     kept, skip = [], False
-    for word in words[next(i for i, word in enumerate(words) if "clang++" in word or "g++" in word or "c++" in word) + 1:]:
+    for word in words[next(i for i, word in enumerate(words) if "clang" in word or "g++" in word or "c++" in word) + 1:]:
         if skip or word in ("-o", "-MF", "-MT", "-c", "-MD", source):
             skip = word in ("-o", "-MF", "-MT")
             continue
