@@ -1,3 +1,15 @@
+# The manifest of a program, as a resource for every compiler.
+function(kinora_manifest target)
+    set(manifest "${PROJECT_SOURCE_DIR}/cmake/Program.manifest")
+    set(resource "${CMAKE_CURRENT_BINARY_DIR}/${target}-manifest.rc")
+    configure_file("${PROJECT_SOURCE_DIR}/cmake/Manifest.rc.in" "${resource}" @ONLY)
+    set_property(SOURCE "${resource}" APPEND PROPERTY OBJECT_DEPENDS "${manifest}")
+    target_sources(${target} PRIVATE "${resource}")
+    if(MSVC)
+        target_link_options(${target} PRIVATE /MANIFEST:NO) # the linker's own; there is one
+    endif()
+endfunction()
+
 # kinora_product(target DESCRIPTION text): a binary that users get. On Windows it says what it is and of which version, and
 # the tests look at every one of them.
 function(kinora_product target)
@@ -19,4 +31,7 @@ function(kinora_product target)
     set(resource "${CMAKE_CURRENT_BINARY_DIR}/${target}.rc")
     configure_file("${PROJECT_SOURCE_DIR}/cmake/Version.rc.in" "${resource}" @ONLY)
     target_sources(${target} PRIVATE "${resource}")
+    if(type STREQUAL "EXECUTABLE")
+        kinora_manifest(${target})
+    endif()
 endfunction()

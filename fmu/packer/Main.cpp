@@ -1,6 +1,7 @@
 #include "programs/Main.h"
 
 #include "fmu/packer/CommandLine.h"
+#include "programs/Print.h"
 #include "programs/ProgramFile.h"
 #include "scenario/Errors.h"
 #include "scenario/ScenarioReader.h"

@@ -2,20 +2,19 @@
 
 #include "host/app/Terminal.h"
 #include "host/core/RunText.h"
+#include "programs/Print.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <fmt/format.h>
 
 namespace kinora::host {
 
 void Print(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    programs::Print(stdout, text);
 }
 
 void PrintError(const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stderr);
-    std::fflush(stderr);
+    programs::Print(stderr, text);
 }
 
 Console::Console(const scenario::Scenario& scenario, Talk talk, std::chrono::milliseconds second)
@@ -47,7 +46,9 @@ void Console::EndLine() {
 }
 
 void Console::Redraw(const std::string& line) {
-    Print(fmt::format("\r{:<{}}", line, m_width - 1));
+    m_width = std::max(1, TerminalWidth()); // windows change their size
+    // Blanks are as wide everywhere, other characters are not.
+    Print(fmt::format("\r{:{}}\r{}", "", m_width - 1, CutToColumns(line, m_width - 1)));
     m_isLineShown = true;
 }
 

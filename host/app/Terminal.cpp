@@ -1,14 +1,16 @@
 #include "host/app/Terminal.h"
 
-#include <atomic>
-
 #ifdef _WIN32
+#include "programs/OwnConsole.h"
+
 #include <windows.h>
 #else
 #include <csignal>
 #include <sys/ioctl.h>
 #include <unistd.h>
 #endif
+
+#include <atomic>
 
 namespace kinora::host {
 namespace {
@@ -17,11 +19,23 @@ std::atomic<bool> interrupted{false};
 
 #ifdef _WIN32
 BOOL WINAPI OnConsoleEvent(DWORD event) {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+    switch (event) {
+    case CTRL_C_EVENT:
+    case CTRL_BREAK_EVENT:
+        // The first one is answered by the run itself, the second by the system.
+        return interrupted.exchange(true) ? FALSE : TRUE;
+    case CTRL_CLOSE_EVENT:
+    case CTRL_LOGOFF_EVENT:
+    case CTRL_SHUTDOWN_EVENT:
+        interrupted = true;
+        programs::ExpectNoKey();
+        // The system ends the program when this returns, and after five seconds anyway. The program's own end comes
+        // before, when the step is done in time.
+        Sleep(4500);
+        return TRUE;
+    default:
         return FALSE;
     }
-    // The first one is answered by the run itself, the second by the system.
-    return interrupted.exchange(true) ? FALSE : TRUE;
 }
 #else
 constexpr int requests[] = {SIGINT, SIGTERM};
@@ -46,7 +60,7 @@ int TerminalWidth() {
     if (!GetConsoleMode(output, &mode) || !GetConsoleScreenBufferInfo(output, &info)) {
         return 0;
     }
-    return info.srWindow.Right - info.srWindow.Left;
+    return info.srWindow.Right - info.srWindow.Left + 1;
 }
 
 void CatchInterrupts() {

@@ -228,6 +228,19 @@ std::size_t NameWidth(const Scenario& scenario) {
     return width;
 }
 
+/// Bytes of the character of UTF-8 that begins with this one.
+std::size_t SizeOfCharacter(char first) {
+    const auto byte = static_cast<unsigned char>(first);
+    return byte < 0xC0 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
+}
+
+/// Wide are characters of East Asia and pictures. Those begin at U+1100, and in between are signs and arrows, up to
+/// U+22FF, that are not.
+int MostColumns(const std::string& character) {
+    const bool isSign = character >= "\u1160" && character < "\u2300";
+    return character < "\u1100" || isSign ? 1 : 2;
+}
+
 } // namespace
 
 std::string StepLine(const Scenario& scenario, const StepRecord& record) {
@@ -235,10 +248,22 @@ std::string StepLine(const Scenario& scenario, const StepRecord& record) {
                        Present(scenario, record));
 }
 
+std::string CutToColumns(const std::string& text, int columns) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const std::size_t size = SizeOfCharacter(text[end]);
+        columns -= MostColumns(text.substr(end, size));
+        if (columns < 0) {
+            break;
+        }
+        end += size;
+    }
+    return text.substr(0, end);
+}
+
 std::string WorkingLine(const std::string& bar, const std::string& work, int seconds, int width) {
     const std::string text = fmt::format("{}{}, {} s", bar.empty() ? "" : "  ", work, seconds);
-    const std::size_t room = static_cast<std::size_t>(std::max(width, 0));
-    return (bar.substr(0, room - std::min(room, text.size())) + text).substr(0, room);
+    return CutToColumns(CutToColumns(bar, width - static_cast<int>(text.size())) + text, width);
 }
 
 std::string ProgressLine(const Scenario& scenario, const StepRecord& record, int firstStep, double elapsedSeconds,
@@ -251,7 +276,7 @@ std::string ProgressLine(const Scenario& scenario, const StepRecord& record, int
     const std::string line =
         fmt::format("[{:#<{}}{:.<{}}] {:3}%  {} left  {:.4g} s{}", "", filled, "", barWidth - filled,
                     100 * done / total, Duration(left), record.time, Present(scenario, record));
-    return line.substr(0, static_cast<std::size_t>(std::max(width, 0)));
+    return CutToColumns(line, width);
 }
 
 std::string LoadTable(const Scenario& scenario, const std::vector<StepRecord>& records, std::size_t maxRows) {

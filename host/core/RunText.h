@@ -13,6 +13,10 @@ namespace kinora::host {
 /// One step in one line: number, time, force of every body, coordinate of every free joint.
 std::string StepLine(const scenario::Scenario& scenario, const StepRecord& record);
 
+/// The beginning of a text that fits into so many columns of whatever terminal. What some of them draw over two columns
+/// counts two, what some draw over the character before it one.
+std::string CutToColumns(const std::string& text, int columns);
+
 /// What is shown while something takes long: "solving, 3 s", behind the end of the bar where there is one.
 /// @param bar  a ProgressLine, or empty
 std::string WorkingLine(const std::string& bar, const std::string& work, int seconds, int width);

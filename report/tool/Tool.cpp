@@ -1,20 +1,17 @@
 #include "report/tool/Tool.h"
 
+#include "programs/Print.h"
 #include "report/core/Report.h"
 #include "report/tool/CommandLine.h"
 #include "scenario/ScenarioReader.h"
 #include "scenario/Text.h"
 
-#include <cstdio>
 #include <fmt/format.h>
 
 namespace kinora::report {
 namespace {
 
-void Print(std::FILE* stream, const std::string& text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
-    std::fflush(stream);
-}
+using programs::Print;
 
 const char* SeverityName(Severity severity) {
     switch (severity) {

@@ -1,4 +1,6 @@
 #include "programs/ExitStatus.h"
+#include "programs/Main.h"
+#include "programs/Print.h"
 #include "programs/Utf.h"
 #include "simulator/analysis/FieldExport.h"
 #include "simulator/automation/ClassFactory.h"
@@ -28,11 +30,8 @@ using kinora::programs::ExitStatus;
 using kinora::programs::Utf8FromWide;
 using kinora::programs::WideFromUtf8;
 
-/// Writes text to the console or file behind a handle, as UTF-8.
-void Print(DWORD handle, const std::wstring& text) {
-    const std::string bytes = Utf8FromWide(text);
-    DWORD written = 0;
-    WriteFile(GetStdHandle(handle), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+void Print(std::FILE* stream, const std::wstring& text) {
+    kinora::programs::Print(stream, Utf8FromWide(text));
 }
 
 /// Keeps the factory's interface ready for calls. Wine otherwise readies it for every client anew, takes that back when
@@ -125,6 +124,7 @@ void LeaveStandardStreams() {
 ExitStatus Serve(const automation::CommandLine& line) {
     if (line.isEmbedded) {
         LeaveStandardStreams();
+        FreeConsole(); // a window of which the user knows nothing, and whose end would be the server's
     }
     // Clients' calls arrive on threads of the system; commands are put in order by the server itself.
     if (FAILED(CoInitializeEx(nullptr, COINIT_MULTITHREADED))) {
@@ -163,12 +163,12 @@ void ExportActiveDesign(const automation::CommandLine& line) {
     }
     model::WriteWholeFile(line.output,
                           analysis::ExportFields(*project, automation::MaterialsLibrary(), *design, line.grid));
-    Print(STD_OUTPUT_HANDLE, L"Wrote " + line.output + L"\n");
+    Print(stdout, L"Wrote " + line.output + L"\n");
 }
 
 /// Says what ended a task.
 ExitStatus Complain(const std::runtime_error& error, ExitStatus status) {
-    Print(STD_ERROR_HANDLE, WideFromUtf8(std::string("error: ") + error.what() + "\n"));
+    kinora::programs::Print(stderr, std::string("error: ") + error.what() + "\n");
     return status;
 }
 
@@ -177,7 +177,7 @@ ExitStatus RunFileTask(const automation::CommandLine& line) {
     try {
         if (line.task == automation::CommandLine::Task::List) {
             const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
-            Print(STD_OUTPUT_HANDLE, WideFromUtf8(model::ListProject(*project, line.isFull)));
+            kinora::programs::Print(stdout, model::ListProject(*project, line.isFull));
         } else {
             ExportActiveDesign(line);
         }
@@ -190,7 +190,7 @@ ExitStatus RunFileTask(const automation::CommandLine& line) {
 }
 
 ExitStatus PrintResult(const automation::RegistrationResult& result) {
-    Print(result.succeeded ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE, result.text);
+    Print(result.succeeded ? stdout : stderr, result.text);
     return result.succeeded ? ExitStatus::Done : ExitStatus::Failed;
 }
 
@@ -206,17 +206,22 @@ ExitStatus Run(const automation::CommandLine& line) {
     case automation::CommandLine::Task::ExportFields:
         return RunFileTask(line);
     case automation::CommandLine::Task::Bad:
-        Print(STD_ERROR_HANDLE, line.problem + L"\n" + automation::UsageText());
+        Print(stderr, line.problem + L"\n" + automation::UsageText());
         return ExitStatus::BadInput;
     default:
-        Print(STD_OUTPUT_HANDLE, automation::UsageText());
+        Print(stdout, automation::UsageText());
         return ExitStatus::Done;
     }
 }
 
 } // namespace
 
-int wmain(int count, wchar_t** arguments) {
-    const std::vector<std::wstring> words(arguments + 1, arguments + count);
-    return static_cast<int>(Run(vantor::automation::ParseCommandLine(words)));
+int wmain(int count, wchar_t** values) {
+    return kinora::programs::RunMain(count, values, "vantor-sim", [](const std::vector<std::string>& words) {
+        std::vector<std::wstring> wideWords;
+        for (const std::string& word : words) {
+            wideWords.push_back(WideFromUtf8(word));
+        }
+        return Run(automation::ParseCommandLine(wideWords));
+    });
 }

@@ -1,6 +1,7 @@
 #include "programs/Main.h"
 
 #include "programs/Errors.h"
+#include "programs/Print.h"
 #include "programs/Utf.h"
 #include "trace/app/CommandLine.h"
 #include "trace/app/Registration.h"
@@ -10,11 +11,8 @@
 #include "trace/core/TraceFiles.h"
 #include "trace/server/Recorder.h"
 
-#include <windows.h>
-
 #include <filesystem>
 #include <fstream>
-#include <io.h>
 #include <sstream>
 
 namespace {
@@ -76,14 +74,6 @@ Session ReadSession(const std::vector<std::string>& named) {
     return session;
 }
 
-/// Switches a console to colours, if the output is one that can.
-bool HasColours() {
-    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-    DWORD mode = 0;
-    return _isatty(_fileno(stdout)) != 0 && GetConsoleMode(output, &mode) != FALSE &&
-           SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
-}
-
 ExitStatus PrintDiff(const CommandLine& line) {
     std::ostringstream out;
     const std::size_t differences =
@@ -98,7 +88,7 @@ ExitStatus PrintSession(const CommandLine& line) {
     if (line.task == CommandLine::Task::Show) {
         ShowOptions options = line.show;
         options.isColoured =
-            line.colour == CommandLine::Colour::Always || (line.colour == CommandLine::Colour::Auto && HasColours());
+            line.colour == CommandLine::Colour::Always || (line.colour == CommandLine::Colour::Auto && ShowsColours(stdout));
         Show(session, options, out);
     } else if (line.task == CommandLine::Task::Stats) {
         PrintStats(ComputeStats(session), out);

@@ -43,10 +43,8 @@ private:
 class Screen {
 public:
     Screen() {
-        struct winsize size = {};
-        size.ws_row = 24;
-        size.ws_col = 100;
-        EXPECT_EQ(openpty(&m_master, &m_terminal, nullptr, nullptr, &size), 0);
+        EXPECT_EQ(openpty(&m_master, &m_terminal, nullptr, nullptr, nullptr), 0);
+        Resize(100);
     }
 
     ~Screen() {
@@ -58,6 +56,13 @@ public:
     Screen& operator=(const Screen&) = delete;
 
     int Terminal() const { return m_terminal; }
+
+    void Resize(unsigned short columns) const {
+        struct winsize size = {};
+        size.ws_row = 24;
+        size.ws_col = columns;
+        EXPECT_EQ(ioctl(m_terminal, TIOCSWINSZ, &size), 0);
+    }
 
     /// Reads on until this text has come; fails the test when it does not come.
     std::string ReadUntil(const std::string& text) {
@@ -98,9 +103,10 @@ TEST_F(ConsoleTest, ShowsTheSecondsOfWhatTakesLong) {
     const Output output(screen.Terminal());
     Console console(m_scenario, Talk::Normal, milliseconds(5));
     console.OnPhase("Building the field model");
-    EXPECT_THAT(screen.ReadUntil("\rworking, 2 s "), HasSubstr("Building the field model\r\n\rworking, 1 s "));
+    EXPECT_THAT(screen.ReadUntil("\rworking, 2 s"),
+                HasSubstr("Building the field model\r\n\r" + std::string(99, ' ') + "\rworking, 1 s\r"));
     console.OnSolve();
-    screen.ReadUntil("\rsolving, 1 s ");
+    screen.ReadUntil("\rsolving, 1 s");
     console.OnStep(Record(0));
     screen.ReadUntil("\r[######..................]  25%  ");
     console.OnSolve();
@@ -110,7 +116,7 @@ TEST_F(ConsoleTest, ShowsTheSecondsOfWhatTakesLong) {
     EXPECT_THAT(screen.ReadUntil("\rsolving, "), Not(HasSubstr("working")));
     console.EndBar();
     Print("end");
-    EXPECT_THAT(screen.ReadUntil("end"), EndsWith(std::string(60, ' ') + "\rend"));
+    EXPECT_THAT(screen.ReadUntil("end"), EndsWith("\r" + std::string(99, ' ') + "\r\rend"));
 }
 
 TEST_F(ConsoleTest, ShowsThemBetweenTheLinesOfEveryStep) {
@@ -118,9 +124,20 @@ TEST_F(ConsoleTest, ShowsThemBetweenTheLinesOfEveryStep) {
     const Output output(screen.Terminal());
     Console console(m_scenario, Talk::Verbose, milliseconds(5));
     console.OnSolve();
-    screen.ReadUntil("\rsolving, 1 s ");
+    screen.ReadUntil("\rsolving, 1 s");
     console.OnStep(Record(1));
-    EXPECT_THAT(screen.ReadUntil("\n"), EndsWith(" \rstep 1/3  0.25 s\r\n"));
+    EXPECT_THAT(screen.ReadUntil("\n"), EndsWith(" \r\rstep 1/3  0.25 s\r\n"));
+}
+
+TEST_F(ConsoleTest, StaysWithinAWindowThatChangesItsSize) {
+    Screen screen;
+    const Output output(screen.Terminal());
+    Console console(m_scenario, Talk::Normal);
+    console.OnStep(Record(0));
+    screen.ReadUntil("25%");
+    screen.Resize(20);
+    console.EndBar();
+    EXPECT_THAT(screen.ReadUntil("\n"), EndsWith("\r" + std::string(19, ' ') + "\r[######............\r\n"));
 }
 
 /// Whoever reads a file, or a pipe, gets lines.

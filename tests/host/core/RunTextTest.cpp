@@ -61,6 +61,20 @@ TEST_F(RunTextTest, WorkingLineKeepsItsOwnTextWhole) {
     EXPECT_EQ(WorkingLine("[####....]  40%", "solving", 12, 0), "");
 }
 
+TEST_F(RunTextTest, LinesAreCutByColumnsAndBetweenCharacters) {
+    EXPECT_EQ(CutToColumns("Spule", 5), "Spule");
+    EXPECT_EQ(CutToColumns("Spulenk\u00f6rper", 8), "Spulenk\u00f6");
+    EXPECT_EQ(CutToColumns("\u2192 rotor", 3), "\u2192 r");
+    // Two columns each.
+    EXPECT_EQ(CutToColumns("\u78c1\u77f3", 4), "\u78c1\u77f3");
+    EXPECT_EQ(CutToColumns("\u78c1\u77f3", 3), "\u78c1");
+    EXPECT_EQ(CutToColumns("\U0001F9F2\U0001F680!", 4), "\U0001F9F2\U0001F680");
+    // Some terminals give an accent a column of its own.
+    EXPECT_EQ(CutToColumns("o\u0308x", 2), "o\u0308");
+    EXPECT_EQ(CutToColumns("rotor", 0), "");
+    EXPECT_EQ(CutToColumns("rotor", -3), "");
+}
+
 TEST_F(RunTextTest, TableShowsEveryStepOfAShortRun) {
     EXPECT_EQ(LoadTable(m_scenario, {Record(0), Record(1)}, 40),
               "  step      time s  body          Fx N        Fy N        Fz N      Tx mN m     Ty mN m     Tz mN m\n"
