@@ -21,6 +21,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <fcntl.h>
 #include <io.h>
 
 namespace {
@@ -217,6 +218,9 @@ ExitStatus Run(const automation::CommandLine& line) {
 } // namespace
 
 int wmain(int count, wchar_t** values) {
+    // Listings in a file are the same on every system.
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
     return kinora::programs::RunMain(count, values, "vantor-sim", [](const std::vector<std::string>& words) {
         std::vector<std::wstring> wideWords;
         for (const std::string& word : words) {

@@ -64,6 +64,32 @@ TEST_P(Product, SaysWhatItIsAndOfWhichVersion) {
     EXPECT_EQ(version.Numbers(), KINORA_VERSION_NUMBERS);
 }
 
+/// The manifests of a file; those that a compiler adds on its own would stand beside the project's.
+std::vector<std::string> Manifests(const std::wstring& file) {
+    std::vector<std::string> found;
+    const HMODULE module = LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    const auto take = [](HMODULE holder, LPCWSTR type, LPWSTR name, LONG_PTR result) -> BOOL {
+        const HRSRC resource = FindResourceW(holder, name, type);
+        const auto* text = static_cast<const char*>(LockResource(LoadResource(holder, resource)));
+        reinterpret_cast<std::vector<std::string>*>(result)->emplace_back(text, SizeofResource(holder, resource));
+        return TRUE;
+    };
+    EnumResourceNamesW(module, MAKEINTRESOURCEW(24), take, reinterpret_cast<LONG_PTR>(&found));
+    FreeLibrary(module);
+    return found;
+}
+
+TEST_P(Product, IfAProgramTakesLongPathsAndNeedsNoRights) {
+    const std::wstring name = GetParam();
+    if (name.find(L".exe") == std::wstring::npos) {
+        GTEST_SKIP() << "a library is loaded by programs of others";
+    }
+    const std::vector<std::string> manifests = Manifests(fake::BesideThisProgram(name));
+    ASSERT_EQ(manifests.size(), 1U);
+    EXPECT_NE(manifests[0].find(">true</longPathAware>"), std::string::npos) << manifests[0];
+    EXPECT_NE(manifests[0].find("level=\"asInvoker\""), std::string::npos) << manifests[0];
+}
+
 INSTANTIATE_TEST_SUITE_P(All, Product, testing::Values(KINORA_PRODUCTS));
 
 } // namespace
