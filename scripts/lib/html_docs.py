@@ -30,7 +30,7 @@ STYLE = "style.css"
 # The order of the pages. A document that is not named here comes last.
 GROUPS = {
     "Start": ["README.md", "docs/windows.md", "docs/examples.md", "docs/report.md", "docs/troubleshooting.md"],
-    "Write a host": ["docs/host-guide.md", "docs/conventions.md", "docs/c-interface.md", "docs/sdk.md",
+    "Write a host": ["docs/host-guide.md", "docs/conventions.md", "docs/c-interface.md",
                      "docs/python.md", "docs/fmu.md", "docs/api-reference.md"],
     "Many runs": ["docs/studies.md", "docs/studies-cluster.md"],
     "The simulator": ["docs/simulator.md", "docs/simulator-accuracy.md", "docs/native.md"],
@@ -39,7 +39,7 @@ GROUPS = {
     "How it is built": ["docs/architecture.md", "docs/architecture-host.md", "docs/architecture-report.md",
                         "docs/architecture-simulator.md", "docs/architecture-trace.md", "docs/dependencies.md",
                         "CONTRIBUTING.md"],
-    "The project": ["CHANGELOG.md", "SECURITY.md", "LICENSE"],
+    "The project": ["docs/release-notes.md", "CHANGELOG.md", "SECURITY.md", "LICENSE"],
 }
 REST = "Further pages"
 NAMES = {"README.md": "Overview", "LICENSE": "Licence"}  # where the first heading is no name for a page
