@@ -42,8 +42,9 @@ bool IsStartedByClick(int count) {
 
 /// What a user sees who starts the program as one with windows.
 std::vector<std::string> AskForHelp() {
-    Print(stdout, "This program belongs in a console: open one (Terminal, or cmd) and start it there with what it is to "
-                  "do.\nA file that it can do without further options is also dropped on it in Explorer.\n\n");
+    Print(stdout,
+          "This program belongs in a console: open one (Terminal, or cmd) and start it there with what it is to "
+          "do.\nA file that it can do without further options is also dropped on it in Explorer.\n\n");
     return {"--help"};
 }
 

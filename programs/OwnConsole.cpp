@@ -57,7 +57,9 @@ void WaitForKey() {
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
     if (isKeyExpected) {
         Print(stdout, "\nPress any key to close this window.");
-        FlushConsoleInputBuffer(GetStdHandle(STD_INPUT_HANDLE));
+        while (_kbhit() != 0) { // pressed before
+            _getwch();
+        }
         _getwch();
     }
 }

@@ -42,7 +42,8 @@ class EscapeSequences {
 public:
     explicit EscapeSequences(HANDLE console) : m_console(console) {
         constexpr DWORD wanted = ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING;
-        m_areObeyed = GetConsoleMode(console, &m_before) != FALSE && SetConsoleMode(console, m_before | wanted) != FALSE;
+        m_areObeyed =
+            GetConsoleMode(console, &m_before) != FALSE && SetConsoleMode(console, m_before | wanted) != FALSE;
     }
     ~EscapeSequences() {
         if (m_areObeyed) {
@@ -84,7 +85,8 @@ bool WriteToConsole(HANDLE console, const std::string& text) {
             --count;
         }
         DWORD written = 0;
-        if (WriteConsoleW(console, &wide[begin], static_cast<DWORD>(count), &written, nullptr) == FALSE || written == 0) {
+        if (WriteConsoleW(console, &wide[begin], static_cast<DWORD>(count), &written, nullptr) == FALSE ||
+            written == 0) {
             return false;
         }
         begin += written;

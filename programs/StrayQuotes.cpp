@@ -13,8 +13,12 @@ std::vector<std::string> WithoutStrayQuotes(std::vector<std::string> words) {
         }
         const std::string folder = word.substr(0, quote);
         if (quote + 1 < word.size()) {
-            throw InputError(word + ": a quote in an argument; in \"" + folder +
-                             "\\\" the last backslash keeps the quote from closing: leave it out, \"" + folder + "\".");
+            std::string text = word;
+            text.append(": a quote in an argument; in \"").append(folder);
+            text.append("\\\" the last backslash keeps the quote from closing: leave it out, \"")
+                .append(folder)
+                .append("\".");
+            throw InputError(text);
         }
         word.back() = '\\';
     }

@@ -36,8 +36,8 @@ struct ComparedQuantity {
     double Worst() const;
 };
 
-/// Reads comma-separated values: a head line with "Time [s]" and heads of the host's states, with or without unit, and a
-/// line for each time. Cells may be empty. Sees to it that a run of the scenario writes these states.
+/// Reads comma-separated values: a head line with "Time [s]" and heads of the host's states, with or without unit, and
+/// a line for each time. Cells may be empty. Sees to it that a run of the scenario writes these states.
 /// @throws InputError  what is wrong in the file, with its line, or what the states lack
 ExpectedStates ReadExpected(const std::filesystem::path& file, scenario::Scenario& scenario);
 

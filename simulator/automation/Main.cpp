@@ -1,5 +1,6 @@
-#include "programs/ExitStatus.h"
 #include "programs/Main.h"
+
+#include "programs/ExitStatus.h"
 #include "programs/Print.h"
 #include "programs/Utf.h"
 #include "simulator/analysis/FieldExport.h"
@@ -19,6 +20,7 @@
 
 #include <objbase.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <fcntl.h>
@@ -222,10 +224,8 @@ int wmain(int count, wchar_t** values) {
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
     return kinora::programs::RunMain(count, values, "vantor-sim", [](const std::vector<std::string>& words) {
-        std::vector<std::wstring> wideWords;
-        for (const std::string& word : words) {
-            wideWords.push_back(WideFromUtf8(word));
-        }
+        std::vector<std::wstring> wideWords(words.size());
+        std::transform(words.begin(), words.end(), wideWords.begin(), WideFromUtf8);
         return Run(automation::ParseCommandLine(wideWords));
     });
 }

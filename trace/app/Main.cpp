@@ -87,8 +87,8 @@ ExitStatus PrintSession(const CommandLine& line) {
     std::ostringstream out;
     if (line.task == CommandLine::Task::Show) {
         ShowOptions options = line.show;
-        options.isColoured =
-            line.colour == CommandLine::Colour::Always || (line.colour == CommandLine::Colour::Auto && ShowsColours(stdout));
+        options.isColoured = line.colour == CommandLine::Colour::Always ||
+                             (line.colour == CommandLine::Colour::Auto && ShowsColours(stdout));
         Show(session, options, out);
     } else if (line.task == CommandLine::Task::Stats) {
         PrintStats(ComputeStats(session), out);
