@@ -19,6 +19,7 @@ SUFFIX = re.compile(r'^(set\(KINORA_VERSION_SUFFIX ")([^"]*)(")', re.MULTILINE)
 UNRELEASED = "## [Unreleased]\n"
 # Further files that name the version, and how.
 NAMED = {
+    "study/kinora_study/__init__.py": r'(VERSION = ")[^"]+',
     "packaging/vcpkg/kinora-veltrix-coupling/vcpkg.json": r'("version-semver": ")[^"]+',
     "packaging/winget/KinoraVeltrixCoupling.KinoraVeltrixCoupling.yaml": r"(PackageVersion: )\S+",
     "packaging/winget/KinoraVeltrixCoupling.KinoraVeltrixCoupling.installer.yaml":

@@ -9,7 +9,8 @@ from pathlib import Path
 import pytest
 
 ROOT = Path(__file__).resolve().parents[2]
-USED = ["CMakeLists.txt", "CHANGELOG.md", "packaging", "scripts/release", "scripts/lib/common.sh", "scripts/lib/release.py"]
+USED = ["CMakeLists.txt", "CHANGELOG.md", "packaging", "study/kinora_study/__init__.py", "scripts/release",
+        "scripts/lib/common.sh", "scripts/lib/release.py"]
 PACKAGE = """#!/bin/sh
 cd "$(dirname "$0")/.." && mkdir -p build/package
 for kind in zip exe whl; do echo "$SOURCE_DATE_EPOCH $EXTRA" >build/package/made.$kind; done
@@ -54,6 +55,7 @@ def test_a_release_is_written_committed_tagged_and_built(root):
     assert "VERSION 1.0.0 " in cmake and 'KINORA_VERSION_SUFFIX "-rc1"' in cmake
     changelog = (root / "CHANGELOG.md").read_text()
     assert re.search(r"## \[Unreleased\]\n\n## \[1\.0\.0-rc1\] - \d{4}-\d\d-\d\d\n\n### Added\n- A thing\.\n\n## \[0\.9\.1\]", changelog)
+    assert 'VERSION = "1.0.0-rc1"' in (root / "study/kinora_study/__init__.py").read_text()
     for file in (root / "packaging").rglob("*.yaml"):
         assert "PackageVersion: 1.0.0-rc1\n" in file.read_text()
     assert "KinoraVeltrixCoupling-1.0.0-rc1-windows-x64.exe" in (

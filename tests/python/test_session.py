@@ -12,7 +12,9 @@ from kinora_veltrix import BadArgument, Code, Coupling, Load, Pose, Severity, bu
 
 def test_version_and_build():
     text = (magnet_pair.ROOT / "CMakeLists.txt").read_text()
-    assert f"project(KinoraVeltrixCoupling VERSION {version()} " in text
+    numbers, dash, candidate = version().partition("-")
+    assert f"project(KinoraVeltrixCoupling VERSION {numbers} " in text
+    assert f'set(KINORA_VERSION_SUFFIX "{dash}{candidate}")' in text
     assert version() in build()
 
 
