@@ -1,5 +1,6 @@
 #include "scenario/ScenarioReader.h"
 
+#include "programs/Paths.h"
 #include "scenario/BodyReader.h"
 #include "scenario/ElementReader.h"
 #include "scenario/Errors.h"
@@ -104,7 +105,7 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
     if (node.Has("output")) {
         const Node output = node.At("output");
         if (output.Has("folder")) {
-            scenario.outputFolder = folder / PathFromUtf8(output.At("folder").Text());
+            scenario.outputFolder = programs::Joined(folder, PathFromUtf8(output.At("folder").Text()));
         }
         if (output.Has("csv")) {
             scenario.csvFile = ReadOutputFile(output.At("csv"));
@@ -112,7 +113,7 @@ void ReadFiles(const Node& node, const std::filesystem::path& folder, Scenario& 
     }
     scenario.projectFile = ReadOutputFile(node.At("project").At("file"));
     scenario.overwrite = node.At("project").Has("overwrite") && node.At("project").At("overwrite").Flag();
-    scenario.geometryFile = folder / PathFromUtf8(node.At("geometry").At("file").Text());
+    scenario.geometryFile = programs::Joined(folder, PathFromUtf8(node.At("geometry").At("file").Text()));
     scenario.units = node.At("geometry").At("units").Text();
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(scenario.geometryFile, ignored)) {

@@ -2,6 +2,7 @@
 
 #include "fmu/binary/Errors.h"
 #include "fmu/binary/SimulatorContext.h"
+#include "programs/Paths.h"
 #include "scenario/Text.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ std::filesystem::path MakeNewFolder(const std::filesystem::path& parent, const s
 
 Coupling::Coupling(const Scenario& scenario, const CouplingSettings& settings)
     : m_scenario(scenario),
-      m_folder(MakeNewFolder(std::filesystem::absolute(settings.outputFolder), settings.instanceName)) {
+      m_folder(MakeNewFolder(programs::AbsolutePath(settings.outputFolder), settings.instanceName)) {
     try {
         Connect(settings);
         BuildModel();

@@ -2,6 +2,7 @@
 
 #include "fmu/binary/Errors.h"
 #include "fmu/binary/Loads.h"
+#include "programs/Paths.h"
 #include "scenario/ScenarioReader.h"
 #include "scenario/Text.h"
 
@@ -84,7 +85,7 @@ bool IsSameTime(double a, double b, double duration) {
 
 Instance::Instance(Instantiation instantiation)
     : m_instantiation(Checked(std::move(instantiation))), m_packing(CheckedPacking(m_instantiation)),
-      m_scenario(ReadScenario(std::filesystem::absolute(m_instantiation.resources) / packedScenarioFile)),
+      m_scenario(ReadScenario(programs::AbsolutePath(m_instantiation.resources) / packedScenarioFile)),
       m_model(m_scenario, m_packing), m_values(m_model), m_isLogging(m_instantiation.isLogging) {
     Reset();
 }

@@ -14,6 +14,7 @@
 #include "interface/KinoraVeltrixScriptErrors.h"
 #include "programs/Environment.h"
 #include "programs/Errors.h"
+#include "programs/Paths.h"
 #include "report/core/Report.h"
 #include "scenario/ScenarioReader.h"
 #include "scenario/ScenarioSchema.h"
@@ -39,6 +40,11 @@ constexpr std::size_t tableRows = 40;
 
 constexpr const char* versionVariable = "KINORA_VELTRIX_VTDK_VERSION";
 
+/// A path as it was written down, without a mark that the standard library does not know.
+std::filesystem::path PathFromUser(const std::string& text) {
+    return kinora::programs::Joined({}, PathFromUtf8(text));
+}
+
 std::filesystem::path PageFile(const Scenario& scenario) {
     return kinora::report::DefaultPageFile(FilesOf(scenario).couplingLog);
 }
@@ -51,13 +57,13 @@ std::vector<NamedFile> FurtherOutputs(const CommandLine& arguments, const Scenar
 }
 
 std::vector<NamedFile> InputsOf(const CommandLine& arguments, const Scenario& scenario) {
-    std::vector<NamedFile> inputs = {{"the scenario", PathFromUtf8(arguments.scenarioFile)},
+    std::vector<NamedFile> inputs = {{"the scenario", PathFromUser(arguments.scenarioFile)},
                                      {"the geometry", scenario.geometryFile}};
     if (!arguments.parametersFile.empty()) {
-        inputs.push_back({"the parameters", PathFromUtf8(arguments.parametersFile)});
+        inputs.push_back({"the parameters", PathFromUser(arguments.parametersFile)});
     }
     if (!arguments.expectedFile.empty()) {
-        inputs.push_back({"the expected states", PathFromUtf8(arguments.expectedFile)});
+        inputs.push_back({"the expected states", PathFromUser(arguments.expectedFile)});
     }
     return inputs;
 }
@@ -72,7 +78,7 @@ std::string ChosenDesktop(const CommandLine& arguments) {
 Overrides OverridesOf(const CommandLine& arguments) {
     Overrides overrides;
     if (!arguments.parametersFile.empty()) {
-        overrides = ReadOverrides(PathFromUtf8(arguments.parametersFile));
+        overrides = ReadOverrides(PathFromUser(arguments.parametersFile));
     }
     for (const std::string& text : arguments.set) {
         overrides.push_back(ParseOverride(text));
@@ -92,22 +98,22 @@ Task Prepare(const CommandLine& arguments) {
     task.overrides = OverridesOf(arguments);
     Scenario& scenario = task.scenario;
     scenario =
-        ReadScenario(PathFromUtf8(arguments.scenarioFile), ChosenDesktop(arguments), Purpose::Run, task.overrides);
+        ReadScenario(PathFromUser(arguments.scenarioFile), ChosenDesktop(arguments), Purpose::Run, task.overrides);
     if (!scenario.desktop.version.empty()) {
         kinora::programs::SetEnvironmentValue(versionVariable, AnsiFromUtf8(scenario.desktop.version));
     }
     if (!arguments.outputFolder.empty()) {
-        scenario.outputFolder = PathFromUtf8(arguments.outputFolder);
+        scenario.outputFolder = PathFromUser(arguments.outputFolder);
     }
     if (!arguments.csvFile.empty()) {
-        scenario.csvFile = std::filesystem::absolute(PathFromUtf8(arguments.csvFile));
+        scenario.csvFile = kinora::programs::AbsolutePath(PathFromUser(arguments.csvFile));
     }
     if (!arguments.resultFile.empty()) {
-        scenario.resultFile = std::filesystem::absolute(PathFromUtf8(arguments.resultFile));
+        scenario.resultFile = kinora::programs::AbsolutePath(PathFromUser(arguments.resultFile));
     }
     PrepareResults(scenario);
     if (!arguments.expectedFile.empty()) {
-        task.expected = ReadExpected(PathFromUtf8(arguments.expectedFile), scenario);
+        task.expected = ReadExpected(PathFromUser(arguments.expectedFile), scenario);
     }
     scenario.overwrite = scenario.overwrite || arguments.overwrite;
     RequireDistinctFiles(FilesOf(scenario), InputsOf(arguments, scenario), FurtherOutputs(arguments, scenario));
@@ -177,7 +183,7 @@ void WriteReportPage(const CommandLine& arguments, const Scenario& scenario, con
     kinora::report::ReportSources sources;
     sources.log = files.couplingLog;
     sources.scenario = &scenario;
-    sources.scenarioFile = PathFromUtf8(arguments.scenarioFile);
+    sources.scenarioFile = PathFromUser(arguments.scenarioFile);
     sources.states = files.csv;
     sources.generator = "kinora-run " KINORA_VERSION;
     for (const std::string& warning : console.Warnings()) {
@@ -201,7 +207,7 @@ void RequireLibraryOfThisCompiler() {
 RunFacts FactsOf(const CommandLine& arguments, const Scenario& scenario, const Overrides& overrides,
                  std::chrono::steady_clock::time_point start) {
     RunFacts facts;
-    facts.scenarioFile = PathFromUtf8(arguments.scenarioFile);
+    facts.scenarioFile = PathFromUser(arguments.scenarioFile);
     facts.overrides = overrides;
     facts.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     facts.versions = {{"kinora-run", KINORA_VERSION}, {"desktop", scenario.desktop.version}};
@@ -257,7 +263,7 @@ ExitStatus Execute(const CommandLine& arguments) {
         MakeProject(arguments);
         return ExitStatus::Done;
     }
-    if (IsGeometryFile(PathFromUtf8(arguments.scenarioFile))) {
+    if (IsGeometryFile(PathFromUser(arguments.scenarioFile))) {
         PrintSuggestion(arguments);
         return ExitStatus::Done;
     }

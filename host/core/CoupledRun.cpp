@@ -1,6 +1,7 @@
 #include "host/core/CoupledRun.h"
 
 #include "host/core/StatesCsv.h"
+#include "programs/Paths.h"
 #include "scenario/DesktopFrame.h"
 #include "scenario/Text.h"
 
@@ -260,8 +261,8 @@ bool CoupledRun::Launching(Operation operation) {
 
 void CoupledRun::CreateProject() {
     m_listener.OnPhase("Starting the desktop, creating the project, importing the geometry");
-    const std::filesystem::path geometry = std::filesystem::absolute(m_scenario.geometryFile);
-    const std::filesystem::path project = std::filesystem::absolute(m_files.project);
+    const std::filesystem::path geometry = programs::AbsolutePath(m_scenario.geometryFile);
+    const std::filesystem::path project = programs::AbsolutePath(m_files.project);
     // Texts are converted before anything is launched: what cannot be converted is bad input.
     const std::string narrowProject = Narrow(project);
     const std::string narrowGeometry = Narrow(geometry);
@@ -280,7 +281,7 @@ void CoupledRun::CreateProject() {
 
 void CoupledRun::OpenProject() {
     m_listener.OnPhase("Starting the desktop, opening the project");
-    const std::filesystem::path project = std::filesystem::absolute(m_files.project);
+    const std::filesystem::path project = programs::AbsolutePath(m_files.project);
     const std::string narrowProject = Narrow(project);
     const bool isOpen = Launching([&] { return m_coupling.OpenProject(narrowProject, designName); });
     if (!isOpen) {

@@ -1,5 +1,6 @@
 #include "host/core/RunFiles.h"
 
+#include "programs/Paths.h"
 #include "scenario/Errors.h"
 #include "scenario/Text.h"
 
@@ -18,7 +19,7 @@ namespace {
 
 /// Where paths are UTF-8, only the letters of ASCII.
 std::filesystem::path::string_type LowerCase(const std::filesystem::path& path) {
-    std::filesystem::path::string_type text = path.lexically_normal().native();
+    std::filesystem::path::string_type text = path.native();
     std::transform(text.begin(), text.end(), text.begin(), [](auto letter) {
         if constexpr (sizeof(letter) == 1) {
             return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
@@ -30,7 +31,7 @@ std::filesystem::path::string_type LowerCase(const std::filesystem::path& path) 
 }
 
 bool IsInFolder(const std::filesystem::path& file, const std::filesystem::path& folder) {
-    std::filesystem::path parent = std::filesystem::absolute(file).lexically_normal().parent_path();
+    std::filesystem::path parent = programs::NormalPath(file).parent_path();
     for (; parent.has_relative_path(); parent = parent.parent_path()) {
         if (IsSameFile(parent, folder)) {
             return true;
@@ -40,7 +41,7 @@ bool IsInFolder(const std::filesystem::path& file, const std::filesystem::path& 
 }
 
 std::string Shown(const std::filesystem::path& file) {
-    return Utf8FromPath(std::filesystem::absolute(file).lexically_normal());
+    return Utf8FromPath(programs::NormalPath(file));
 }
 
 /// What a run writes besides the project.
@@ -128,8 +129,8 @@ bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
     if (std::filesystem::equivalent(a, b, error) && !error) {
         return true;
     }
-    const std::filesystem::path wholeA = std::filesystem::absolute(a);
-    const std::filesystem::path wholeB = std::filesystem::absolute(b);
+    const std::filesystem::path wholeA = programs::NormalPath(a);
+    const std::filesystem::path wholeB = programs::NormalPath(b);
     if (LowerCase(wholeA) == LowerCase(wholeB)) {
         return true;
     }
@@ -151,7 +152,7 @@ RunFiles FilesOf(const Scenario& scenario) {
     files.state = base / named(".state.json");
     files.lock = base / "kinora-run.lock";
     if (scenario.csvFile) {
-        files.csv = scenario.outputFolder / *scenario.csvFile;
+        files.csv = programs::Joined(scenario.outputFolder, *scenario.csvFile);
     }
     files.result = scenario.resultFile;
     return files;

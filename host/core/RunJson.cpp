@@ -1,6 +1,7 @@
 #include "host/core/RunJson.h"
 
 #include "host/core/RunFiles.h"
+#include "programs/Paths.h"
 #include "scenario/OverrideJson.h"
 #include "scenario/Text.h"
 
@@ -34,10 +35,10 @@ ordered_json ParametersJson(const Scenario& scenario) {
 /// The files of the run, as seen from the folder of the result file.
 ordered_json FilesJson(const Scenario& scenario, const RunFacts& facts) {
     const RunFiles files = FilesOf(scenario);
-    const std::filesystem::path folder = std::filesystem::absolute(*files.result).lexically_normal().parent_path();
+    const std::filesystem::path folder = programs::NormalPath(*files.result).parent_path();
     ordered_json list = ordered_json::object();
     const auto add = [&](const char* what, const std::filesystem::path& file) {
-        const std::filesystem::path whole = std::filesystem::absolute(file).lexically_normal();
+        const std::filesystem::path whole = programs::NormalPath(file);
         const std::filesystem::path seen = whole.lexically_relative(folder);
         list[what] = (seen.empty() ? whole : seen).generic_u8string();
     };
@@ -79,7 +80,7 @@ std::string DeclarationsJson(const Scenario& scenario) {
 std::string ResultJson(const Scenario& scenario, const RunFacts& facts, const std::vector<RunResult>& results) {
     ordered_json document;
     document["status"] = "complete";
-    document["scenario"] = std::filesystem::absolute(facts.scenarioFile).lexically_normal().generic_u8string();
+    document["scenario"] = programs::NormalPath(facts.scenarioFile).generic_u8string();
     document["title"] = scenario.title;
     ordered_json& parameters = document["parameters"] = ordered_json::object();
     for (const Parameter& parameter : scenario.parameters) {

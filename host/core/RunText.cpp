@@ -1,5 +1,6 @@
 #include "host/core/RunText.h"
 
+#include "programs/Paths.h"
 #include "scenario/Text.h"
 
 #include <algorithm>
@@ -350,7 +351,7 @@ std::string FileList(const Scenario& scenario) {
     const auto add = [&list](const char* what, const std::filesystem::path& path) {
         std::error_code ignored;
         if (std::filesystem::exists(path, ignored)) {
-            list += fmt::format("{:<13} {}\n", what, Utf8FromPath(std::filesystem::absolute(path).lexically_normal()));
+            list += fmt::format("{:<13} {}\n", what, Utf8FromPath(programs::NormalPath(path)));
         }
     };
     add("project", files.project);

@@ -2,6 +2,7 @@
 
 #include "host/project/SuggestedScenario.h"
 #include "host/project/Templates.h"
+#include "programs/Paths.h"
 #include "programs/ProgramFile.h"
 #include "report/core/Report.h"
 #include "scenario/Errors.h"
@@ -143,7 +144,7 @@ std::vector<ProjectFile> ProjectAround(const std::filesystem::path& geometry,
 void WriteProject(const std::filesystem::path& folder, const std::vector<ProjectFile>& files) {
     RequireRoom(folder, files);
     Made made;
-    made.MakeFolder(std::filesystem::absolute(folder).lexically_normal());
+    made.MakeFolder(programs::NormalPath(folder));
     for (const ProjectFile& file : files) {
         made.Write(folder / scenario::PathFromUtf8(file.name), file);
     }

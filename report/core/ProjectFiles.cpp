@@ -1,5 +1,6 @@
 #include "report/core/ProjectFiles.h"
 
+#include "programs/Paths.h"
 #include "scenario/Text.h"
 
 namespace kinora::report {
@@ -21,7 +22,7 @@ std::string ProjectOf(const std::filesystem::path& log) {
 }
 
 std::filesystem::path ProjectFolder(const std::filesystem::path& log) {
-    const std::filesystem::path folder = std::filesystem::absolute(log).parent_path();
+    const std::filesystem::path folder = programs::AbsolutePath(log).parent_path();
     return scenario::Utf8FromPath(folder.filename()) == ProjectOf(log) + reportsEnd ? folder.parent_path() : folder;
 }
 

@@ -1,6 +1,7 @@
 #include "programs/Main.h"
 
 #include "programs/ExitStatus.h"
+#include "programs/Paths.h"
 #include "programs/Print.h"
 #include "programs/Utf.h"
 #include "simulator/analysis/FieldExport.h"
@@ -159,7 +160,7 @@ ExitStatus Serve(const automation::CommandLine& line) {
 }
 
 void ExportActiveDesign(const automation::CommandLine& line) {
-    const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
+    const auto project = model::OpenProjectFile(kinora::programs::AbsolutePath(line.project));
     const auto design = project->FindDesign(project->activeDesign);
     if (!design) {
         throw model::DesktopError(model::ErrorCode::NoActiveDesign, "the project has no active design");
@@ -179,7 +180,7 @@ ExitStatus Complain(const std::runtime_error& error, ExitStatus status) {
 ExitStatus RunFileTask(const automation::CommandLine& line) {
     try {
         if (line.task == automation::CommandLine::Task::List) {
-            const auto project = model::OpenProjectFile(std::filesystem::absolute(line.project));
+            const auto project = model::OpenProjectFile(kinora::programs::AbsolutePath(line.project));
             kinora::programs::Print(stdout, model::ListProject(*project, line.isFull));
         } else {
             ExportActiveDesign(line);

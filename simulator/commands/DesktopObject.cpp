@@ -33,7 +33,7 @@ private:
     Value OpenProject(Arguments& arguments) {
         const std::string& text = arguments.Text();
         arguments.End();
-        const auto file = std::filesystem::absolute(model::PathFromUtf8(text)).lexically_normal().make_preferred();
+        const auto file = model::WholePath(text);
         if (const ProjectPointer open = TheDesktop().FindByFile(file)) {
             if (IsChangedByOther(*open, SharedSession())) {
                 throw DesktopError(ErrorCode::NotPermitted,

@@ -61,7 +61,7 @@ private:
         const std::string& path = arguments.Text();
         const bool overwrite = arguments.Flag();
         arguments.End();
-        const auto file = std::filesystem::absolute(model::PathFromUtf8(path)).lexically_normal().make_preferred();
+        const auto file = model::WholePath(path);
         CheckTarget(file, overwrite);
         model::Project saved = RequireProject();
         saved.file = file;

@@ -11,6 +11,12 @@ std::filesystem::path PathFromUtf8(const std::string& text) {
     return std::filesystem::u8path(text);
 }
 
+std::filesystem::path WholePath(const std::string& text) {
+    std::filesystem::path path = PathFromUtf8(text);
+    const bool isOnNetwork = std::filesystem::path::preferred_separator == '\\' && text.compare(0, 2, "\\\\") == 0;
+    return isOnNetwork ? path : std::filesystem::absolute(path).lexically_normal().make_preferred();
+}
+
 std::string Utf8(const std::filesystem::path& path) {
     return path.u8string();
 }

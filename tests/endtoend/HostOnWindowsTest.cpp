@@ -42,6 +42,14 @@ TEST_F(HostOnWindows, FoldersOutsideTheCodePageAreBadInput) {
     EXPECT_THAT(outcome.output, HasSubstr("code page"));
 }
 
+TEST_F(HostOnWindows, PathsMayHaveTheMarkOfThoseThatAreNotLookedInto) {
+    const std::filesystem::path folder = std::filesystem::absolute(m_folder.Path() / L"m\u00e4rked").make_preferred();
+    const Outcome outcome = Run({"--out", "\\\\?\\" + folder.u8string(), "--steps", "1"});
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr("\nproject       " + folder.u8string()));
+    EXPECT_TRUE(std::filesystem::exists(folder / "cube-magnets.vantor"));
+}
+
 TEST_F(HostOnWindows, ResultsThatGoMissingWithoutAFailureAreNoticed) {
     // A file that may be written and not deleted keeps the reports folder from being emptied: the step is solved but
     // not recorded.

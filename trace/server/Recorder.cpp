@@ -1,6 +1,7 @@
 #include "trace/server/Recorder.h"
 
 #include "programs/Environment.h"
+#include "programs/Paths.h"
 #include "programs/ProgramFile.h"
 #include "programs/Utf.h"
 #include "trace/server/JsonText.h"
@@ -71,7 +72,7 @@ RecorderSettings RecorderSettings::FromEnvironment() {
 Recorder::Recorder(RecorderSettings settings) noexcept : m_settings(std::move(settings)) {
     try {
         // The client may change its working folder later.
-        m_stem = (std::filesystem::absolute(m_settings.folder) / FileStem()).wstring();
+        m_stem = (kinora::programs::AbsolutePath(m_settings.folder) / FileStem()).wstring();
         // A folder that is not there shows when the file is opened.
         std::error_code ignored;
         std::filesystem::create_directories(m_settings.folder, ignored);
