@@ -13,6 +13,7 @@ import concurrent.futures
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -26,6 +27,7 @@ WARNINGS = ["-Wmicrosoft", "-Wgnu", "-Wno-gnu-zero-variadic-macro-arguments", "-
             "-Wunreachable-code"]
 # The headers of mingw-w64 and of GCC's library ask for what this mode leaves undefined; vectors are theirs alone.
 FOR_HEADERS = ("__GCC_", "__GNU", "__GXX_", "__EXCEPTIONS", "__STRICT_ANSI__")
+PLACE = re.compile(r"^([^:\s]+):\d+:\d+: (?:fatal )?error:", re.MULTILINE)
 LENIENT = ["-flax-vector-conversions=all"]
 
 
@@ -71,16 +73,25 @@ def read(sources, flags, options):
     """The findings of a reading, as text; empty for none."""
     in_c = sources[0].endswith(".c")
     text = "".join(f'#include "{source}"\n' for source in sources)
-    run = subprocess.run(["clang" if in_c else "clang++", *flags, *options, "-fsyntax-only", "-x", "c" if in_c else "c++", "-"],
-                         cwd=tidy.ROOT, input=text, capture_output=True, text=True)
+    run = subprocess.run(["clang" if in_c else "clang++", *flags, *options, "-fsyntax-only", "-ferror-limit=0",
+                          "-x", "c" if in_c else "c++", "-"], cwd=tidy.ROOT, input=text, capture_output=True, text=True)
     return "" if run.returncode == 0 else run.stderr.replace(f"{tidy.ROOT}/", "")
 
 
+def complained_of(group, findings):
+    """The sources of a group in which findings stand; all of them when those stand elsewhere."""
+    places = set(PLACE.findall(findings))
+    return [task for task in group if os.path.relpath(task[0], tidy.ROOT) in places] or group
+
+
 def check(group, options):
-    """The findings of sources that are looked at together, or, when they cannot stand together, each by itself."""
+    """The findings of sources that are looked at together. Those with findings there, which may come from standing together, are
+    looked at each by itself, and only that counts."""
     findings = read([source for source, _, _ in group], group[0][1], options)
     if findings and len(group) > 1:
-        return "".join(check([task], options) for task in group)
+        apart = complained_of(group, findings)
+        rest = [task for task in group if task not in apart]
+        return "".join(check(tasks, options) for tasks in [*([task] for task in apart), *([rest] if rest else [])])
     if not findings:
         for _, _, stamp in group:
             stamp.touch()
