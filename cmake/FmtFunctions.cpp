@@ -1,5 +1,6 @@
 // fmt's own functions, compiled once: with its headers alone, every source that formats something compiles them again.
 #include <fmt/format-inl.h>
+#include <locale>
 
 FMT_BEGIN_NAMESPACE
 namespace detail {

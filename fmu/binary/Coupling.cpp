@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <fmt/format.h>
+#include <system_error>
 
 namespace kinora::fmu {
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
+#include <iterator>
 #include <limits>
 
 namespace kinora::host {

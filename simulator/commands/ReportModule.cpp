@@ -9,6 +9,7 @@
 #include "simulator/model/ReportData.h"
 #include "simulator/model/Text.h"
 
+#include <iterator>
 #include <set>
 #include <tuple>
 

@@ -4,6 +4,7 @@
 #include "simulator/solver/Parallel.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vantor::solver {
 namespace {

@@ -1,6 +1,7 @@
 #include "simulator/solver/LeastResidual.h"
 
 #include <Eigen/Jacobi>
+#include <cmath>
 #include <vector>
 
 namespace vantor::solver {

@@ -4,6 +4,7 @@
 
 #include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
+#include <algorithm>
 #include <cmath>
 
 namespace vantor::solver {

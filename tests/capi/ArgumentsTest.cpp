@@ -3,11 +3,13 @@
 
 #include "tests/capi/HandleSession.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <ostream>
 
 namespace capi {
 namespace {

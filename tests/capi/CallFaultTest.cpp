@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <set>
 
 namespace capi {

@@ -2,7 +2,10 @@
 
 #include "tests/capi/HandleSession.h"
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <future>
 #include <gtest/gtest.h>
 #include <thread>

@@ -3,6 +3,7 @@
 #include "capi/kinora_veltrix.h"
 #include "interface/IKinoraVeltrixInterface.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <map>
+#include <ostream>
 #include <set>
 
 namespace capi {

@@ -4,6 +4,7 @@
 #include "tests/capi/Handle.h"
 
 #include <Eigen/Geometry>
+#include <array>
 #include <cmath>
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -6,6 +6,7 @@
 #include "capi/kinora_veltrix.h"
 #include "tests/capi/InstantDesktop.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>

@@ -7,6 +7,7 @@
 #include "tests/support/Texts.h"
 #include "tests/support/Transcript.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

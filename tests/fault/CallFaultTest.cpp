@@ -10,6 +10,7 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <map>
+#include <ostream>
 
 namespace {
 

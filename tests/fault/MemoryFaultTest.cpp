@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <new>
+#include <ostream>
 #include <stdexcept>
 
 namespace {

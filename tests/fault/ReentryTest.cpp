@@ -6,6 +6,7 @@
 
 #include <objbase.h>
 
+#include <cstdio>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

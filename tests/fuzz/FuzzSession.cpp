@@ -14,6 +14,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <optional>
 #include <random>
 #include <vector>

@@ -4,6 +4,7 @@
 #include "tests/fuzz/InputBytes.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 namespace {

@@ -1,5 +1,6 @@
 #include "tests/scenario/ScenarioFixture.h"
 
+#include <cmath>
 #include <gmock/gmock.h>
 
 namespace kinora::scenario {

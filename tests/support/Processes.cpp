@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <gtest/gtest.h>
+#include <ios>
 #include <thread>
 #include <tlhelp32.h>
 #include <utility>

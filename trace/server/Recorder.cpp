@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <filesystem>
 
 namespace kinora::trace {

@@ -6,6 +6,7 @@
 #include "tests/host/Joints.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fmt/format.h>
 #include <fstream>
 #include <gmock/gmock.h>

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace kinora::host {
 namespace {

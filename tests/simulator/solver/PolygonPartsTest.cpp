@@ -6,6 +6,7 @@
 #include "tests/simulator/solver/Outlines.h"
 #include "tests/simulator/solver/Shapes.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
