@@ -117,6 +117,17 @@ def test_builds_that_differ_are_told(root):
     assert run.returncode != 0 and "two builds of one commit differ" in run.stderr
 
 
+def test_a_release_that_cannot_be_tagged_changes_nothing(root):
+    before = git(root, "rev-parse", "HEAD")
+    hook = root / ".git/hooks/reference-transaction"
+    hook.parent.mkdir(exist_ok=True)
+    hook.write_text('#!/bin/sh\n[ "$1" != prepared ] || ! grep -q refs/tags/\n')
+    hook.chmod(0o755)
+    run = release(root, "1.0.0")
+    assert run.returncode == 1 and "nothing is changed" in run.stderr
+    assert git(root, "rev-parse", "HEAD") == before and git(root, "tag") + git(root, "status", "--porcelain") == ""
+
+
 def test_an_unknown_commit_is_refused(root):
     run = release(root, "--build", "nothing")
     assert run.returncode != 0 and '"nothing" is no commit' in run.stderr
