@@ -4,16 +4,19 @@ import os
 import re
 import shutil
 import subprocess
+import time
+import zipfile
 from pathlib import Path
 
 import pytest
 
 ROOT = Path(__file__).resolve().parents[2]
 USED = ["CMakeLists.txt", "CHANGELOG.md", "packaging", "study/kinora_study/__init__.py", "scripts/release",
-        "scripts/lib/common.sh", "scripts/lib/release.py"]
+        "scripts/lib/common.sh", "scripts/lib/release.py", "scripts/lib/same_zip.py"]
 PACKAGE = """#!/bin/sh
 cd "$(dirname "$0")/.." && mkdir -p build/package
-for kind in zip exe whl; do echo "$SOURCE_DATE_EPOCH $EXTRA" >build/package/made.$kind; done
+for kind in txt exe whl; do echo "$SOURCE_DATE_EPOCH $EXTRA" >build/package/made.$kind; done
+cd build/package && python3 -m zipfile -c made.zip made.txt
 """
 
 
@@ -65,7 +68,7 @@ def test_a_release_is_written_committed_tagged_and_built(root):
     made = root / "build/release/v1.0.0-rc1"
     assert sorted(path.name for path in made.iterdir()) == ["SHA256SUMS", "made.exe", "made.whl", "made.zip"]
     assert subprocess.run(["sha256sum", "--check", "--quiet", "SHA256SUMS"], cwd=made).returncode == 0
-    assert (made / "made.zip").read_text().split() == git(root, "log", "-1", "--format=%ct").split()
+    assert (made / "made.exe").read_text().split() == git(root, "log", "-1", "--format=%ct").split()
 
 
 def test_a_candidate_comes_before_its_release(root):
@@ -126,6 +129,34 @@ def test_a_release_that_cannot_be_tagged_changes_nothing(root):
     run = release(root, "1.0.0")
     assert run.returncode == 1 and "nothing is changed" in run.stderr
     assert git(root, "rev-parse", "HEAD") == before and git(root, "tag") + git(root, "status", "--porcelain") == ""
+
+
+def pack(file, names, seconds, mode):
+    with zipfile.ZipFile(file, "w") as archive:
+        for name in names:
+            entry = zipfile.ZipInfo(name, time.gmtime(seconds)[:6])
+            entry.external_attr = mode << 16
+            archive.writestr(entry, "" if name.endswith("/") else name)
+
+
+def test_a_zip_does_not_tell_where_it_was_packed(tmp_path):
+    """Order, times, permissions beyond "runs" and compression go; names and contents stay."""
+    files = [tmp_path / "first.zip", tmp_path / "second.zip"]
+    pack(files[0], ["a/", "a/x", "b"], 1_000_000_000, 0o644)
+    pack(files[1], ["b", "a/x", "a/"], 1_100_000_000, 0o600)
+    for file in files:
+        subprocess.run([ROOT / "scripts/lib/same_zip.py", file, "1200000000"], check=True, env={**os.environ, "TZ": "Asia/Tokyo"})
+    assert files[0].read_bytes() == files[1].read_bytes()
+    with zipfile.ZipFile(files[0]) as archive:
+        assert {name: archive.read(name) for name in archive.namelist()} == {"a/": b"", "a/x": b"a/x", "b": b"b"}
+        assert {entry.date_time for entry in archive.infolist()} == {(2008, 1, 10, 21, 20, 0)}
+
+
+def test_what_is_no_zip_stays_as_it_is(tmp_path):
+    (tmp_path / "text.zip").write_text("text")
+    run = subprocess.run([ROOT / "scripts/lib/same_zip.py", tmp_path / "text.zip", "0"], capture_output=True, text=True)
+    assert run.returncode == 2 and run.stderr == f"error: {tmp_path}/text.zip cannot be packed anew: File is not a zip file\n"
+    assert [path.name for path in tmp_path.iterdir()] == ["text.zip"] and (tmp_path / "text.zip").read_text() == "text"
 
 
 def test_an_unknown_commit_is_refused(root):
