@@ -8,8 +8,8 @@ namespace vantor::model {
 /// A path from UTF-8 text, and back. Paths are never built from narrow text in another encoding.
 std::filesystem::path PathFromUtf8(const std::string& text);
 
-/// From the root, without "." and "..", with the system's separators. A network path ("\\server\share\file") stays as it
-/// is: the standard libraries of some compilers take it for one of the current drive.
+/// From the root, without "." and "..", with the system's separators. A network path ("\\server\share\file") stays as
+/// it is: the standard libraries of some compilers take it for one of the current drive.
 std::filesystem::path WholePath(const std::string& text);
 std::string Utf8(const std::filesystem::path& path);
 
