@@ -1,6 +1,7 @@
 #include "programs/Paths.h"
 
 #include <gtest/gtest.h>
+#include <string>
 
 namespace kinora::programs {
 namespace {
