@@ -37,4 +37,13 @@ void SetEnvironmentValue(const char* name, const std::string& value) {
 #endif
 }
 
+bool IsWine() {
+#ifdef _WIN32
+    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+    return system != nullptr && GetProcAddress(system, "wine_get_version") != nullptr;
+#else
+    return false;
+#endif
+}
+
 } // namespace kinora::programs

@@ -12,4 +12,7 @@ std::string EnvironmentValue(const char* name);
 /// @param value  in the system's narrow encoding
 void SetEnvironmentValue(const char* name, const std::string& value);
 
+/// Whether the Windows around this program is Wine's.
+bool IsWine();
+
 } // namespace kinora::programs

@@ -1,6 +1,7 @@
 #include "programs/OwnConsole.h"
 
 #ifdef _WIN32
+#include "programs/Environment.h"
 #include "programs/Print.h"
 
 #include <windows.h>
@@ -49,8 +50,9 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
 } // namespace
 
 bool HasConsoleForItself() {
+    // Wine takes a terminal for a console of the program alone, whatever shell is there.
     DWORD process = 0;
-    return GetConsoleProcessList(&process, 1) == 1 && AreStreamsItsConsole() && IsVisible();
+    return !IsWine() && GetConsoleProcessList(&process, 1) == 1 && AreStreamsItsConsole() && IsVisible();
 }
 
 void WaitForKey() {

@@ -1,6 +1,7 @@
 #include "host/app/Desktop.h"
 
 #include "host/core/RunFiles.h"
+#include "programs/Environment.h"
 #include "programs/Utf.h"
 
 #include <windows.h>
@@ -151,8 +152,7 @@ std::vector<std::string> LaunchAdvice() {
 }
 
 std::string LaunchHint() {
-    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
-    if (!system || !GetProcAddress(system, "wine_get_version")) {
+    if (!programs::IsWine()) {
         return {};
     }
     return "Under Wine a desktop that died can keep the next one from starting: \"wineserver -k\" ends everything of "
