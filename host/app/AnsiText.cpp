@@ -24,7 +24,7 @@ std::string AnsiFromUtf8(const std::string& text) {
     if (Utf8FromAnsi(narrow) != text) {
         throw programs::InputError(
             fmt::format("\"{}\" has characters that {} lacks, and the coupling takes narrow text "
-                        "only; choose another name or folder.",
+                        "only; choose another name or folder, or its short name (dir /x shows it).",
                         text, NameOfCodePage()));
     }
     return narrow;
