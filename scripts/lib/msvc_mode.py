@@ -9,7 +9,6 @@ usage: msvc_mode.py STAMPS DATABASE
 DATABASE is a folder with compile_commands.json, of a build for Windows by clang. STAMPS and what is looked at together
 are as in tidy.py. Prints the findings; exit status 1 when there are any.
 """
-import concurrent.futures
 import json
 import os
 import pathlib
@@ -106,14 +105,7 @@ def main(arguments):
     options = [*MODE, *WARNINGS, *LENIENT, *write_missing_macros(stamps / "missing.h")]
     found = list(tasks(arguments[1], stamps, options))
     pending = [task for task in found if not task[2].exists()]
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        findings = 0
-        for text in pool.map(lambda group: check(group, options), groups(pending)):
-            print(text, end="", flush=True)
-            findings += text != ""
-    print(f"msvc_mode: {len(found)} sources, {len(found) - len(pending)} of them unchanged, "
-          f"{'findings' if findings else 'no findings'}")
-    return 1 if findings else 0
+    return tidy.report("msvc_mode", len(found), groups(pending), lambda group: check(group, options))
 
 
 if __name__ == "__main__":

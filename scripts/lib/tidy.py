@@ -121,6 +121,22 @@ def check_group(tasks, folder):
     return "".join(check(source, database, stamp) for source, database, _, stamp in tasks)
 
 
+def report(name, count, pending, look):
+    """Has pending groups of sources looked at, on all processors, and prints the findings; the exit status.
+
+    `look` gives the findings of a group, as text; `count` is the number of all sources.
+    """
+    pending = list(pending)
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        findings = 0
+        for text in pool.map(look, pending):
+            print(text, end="", flush=True)
+            findings += text != ""
+    print(f"{name}: {count} sources, {count - sum(map(len, pending))} of them unchanged, "
+          f"{'findings' if findings else 'no findings'}")
+    return 1 if findings else 0
+
+
 def main(arguments):
     if len(arguments) < 2:
         sys.exit(__doc__)
@@ -133,14 +149,7 @@ def main(arguments):
         stamp = stamps / key(source, command, version)
         if not stamp.exists():
             pending.append((source, database, command, stamp))
-    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        findings = 0
-        for text in pool.map(lambda tasks: check_group(tasks, stamps), groups(pending)):
-            print(text, end="", flush=True)
-            findings += text != ""
-    print(f"clang-tidy: {len(found)} sources, {len(found) - len(pending)} of them unchanged, "
-          f"{'findings' if findings else 'no findings'}")
-    return 1 if findings else 0
+    return report("clang-tidy", len(found), groups(pending), lambda tasks: check_group(tasks, stamps))
 
 
 if __name__ == "__main__":
