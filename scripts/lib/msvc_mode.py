@@ -46,7 +46,7 @@ def write_missing_macros(file):
 
 def tasks(database, stamps, options):
     """A source, its flags and its stamp, for every own source that the database has."""
-    own = tidy.own_sources("*.cpp", "*.c", with_tests=True)
+    own = tidy.own_sources("*.cpp", "*.c", all_rooms=True)
     seen = set()
     version = subprocess.run(["clang++", "--version"], check=True, capture_output=True).stdout + repr(options).encode()
     for entry in json.loads((pathlib.Path(database) / "compile_commands.json").read_text()):

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy over the project's own sources and remembers what was clean.
+"""Runs clang-tidy over the project's own sources, but for tests and benchmarks, and remembers what was clean.
 
 Most of clang-tidy's time goes into the headers of others, which it looks through again for every source. So the sources of
 a folder that are compiled alike are first looked at together, written into one file behind each other (the analyzer follows
@@ -28,11 +28,11 @@ TOGETHER = 20
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
-def own_sources(*patterns, with_tests=False):
-    """The project's sources of some names, new ones included."""
+def own_sources(*patterns, all_rooms=False):
+    """The project's sources of some names, new ones included: those that users run, or all."""
     listing = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", *patterns], cwd=ROOT,
                              check=True, capture_output=True, text=True)
-    return {str(ROOT / line) for line in listing.stdout.splitlines() if with_tests or not line.startswith("tests/")}
+    return {str(ROOT / line) for line in listing.stdout.splitlines() if all_rooms or not line.startswith(("tests/", "bench/"))}
 
 
 def commands(databases):
