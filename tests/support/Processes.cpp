@@ -1,5 +1,7 @@
 #include "tests/support/Processes.h"
 
+#include "programs/Environment.h"
+
 #include <chrono>
 #include <gtest/gtest.h>
 #include <ios>
@@ -14,10 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr DWORD noExitCode = ~0UL;
-
-bool IsWine() {
-    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-}
 
 /// A handle that the caller closes; null when the program does not start.
 HANDLE Start(std::wstring commandLine) {
@@ -49,7 +47,7 @@ void StopService(const wchar_t* name) {
 /// Wine keeps offering a server that was killed until the service that knows it starts anew, as it does when it is
 /// wanted.
 void ForgetDeadServers() {
-    if (IsWine()) {
+    if (kinora::programs::IsWine()) {
         StopService(L"rpcss");
     }
 }
