@@ -68,7 +68,7 @@ std::string ReadFile(const std::filesystem::path& file) {
     return content.str();
 }
 
-void ReplaceFile(const std::filesystem::path& file, const std::string& content) {
+void WriteWholeFile(const std::filesystem::path& file, const std::string& content) {
     std::filesystem::path temporary = file;
     temporary += ".new";
     std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);

@@ -23,7 +23,7 @@ std::string ReadFile(const std::filesystem::path& file);
 /// Writes a file next to the wanted one and renames it, so that the wanted one is never half-written. Waits a second at
 /// most for others who hold it.
 /// @throws RunError  it cannot be written; the wanted one is as it was, and nothing lies beside it
-void ReplaceFile(const std::filesystem::path& file, const std::string& content);
+void WriteWholeFile(const std::filesystem::path& file, const std::string& content);
 
 /// Paths from and to UTF-8, whatever the system's narrow encoding.
 std::filesystem::path PathFromUtf8(const std::string& text);

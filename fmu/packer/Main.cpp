@@ -72,7 +72,7 @@ programs::ExitStatus Execute(std::vector<std::string> words) {
     }
     const PackageSettings settings = SettingsOf(arguments, scenario);
     const PackageContent content = Pack(scenario, file, settings);
-    scenario::ReplaceFile(scenario::PathFromUtf8(arguments.outputFile), content.bytes);
+    scenario::WriteWholeFile(scenario::PathFromUtf8(arguments.outputFile), content.bytes);
     std::string report = fmt::format("{}: FMI {}.0, {} variables, {:.1f} MB\n", arguments.outputFile, arguments.version,
                                      content.variables, 1e-6 * static_cast<double>(content.bytes.size()));
     for (const std::string& name : content.names) {

@@ -104,7 +104,7 @@ std::string ResultJson(const Scenario& scenario, const RunFacts& facts, const st
 }
 
 void WriteResult(const Scenario& scenario, const RunFacts& facts, const std::vector<RunResult>& results) {
-    ReplaceFile(*scenario.resultFile, ResultJson(scenario, facts, results));
+    WriteWholeFile(*scenario.resultFile, ResultJson(scenario, facts, results));
 }
 
 } // namespace kinora::host

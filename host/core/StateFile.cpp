@@ -202,7 +202,7 @@ void WriteState(const std::filesystem::path& file, const Scenario& scenario, con
                            {"bushings", Dissipations(scenario.bushings, bushings)},
                            {"scenario", state.identity},
                            {"files", ToJson(state.sizes)}};
-    ReplaceFile(file, document.dump(1) + "\n");
+    WriteWholeFile(file, document.dump(1) + "\n");
 }
 
 SavedState ReadState(const std::filesystem::path& file, const Scenario& scenario) {

@@ -20,7 +20,7 @@ namespace {
 
 using scenario::InputError;
 using scenario::Vector;
-using Number = Surfaces::Number;
+using VertexNumber = Surfaces::Number;
 
 std::string ExtensionOf(const std::filesystem::path& file) {
     return scenario::LowerCase(scenario::Utf8FromPath(file.extension()));
@@ -117,7 +117,7 @@ private:
     }
 
     /// "vertex", "vertex/texture", "vertex/texture/normal" or "vertex//normal"; negative ones count from the last.
-    Number Corner(std::string_view word) const {
+    VertexNumber Corner(std::string_view word) const {
         const auto count = static_cast<long long>(m_surfaces.VertexCount());
         const std::string_view field = word.substr(0, word.find('/'));
         long long index = 0;
@@ -128,12 +128,12 @@ private:
         if (index > count || index < -count) {
             Fail(fmt::format("vertex {} does not exist: {} stand above this line", index, count));
         }
-        return static_cast<Number>(index > 0 ? index - 1 : count + index);
+        return static_cast<VertexNumber>(index > 0 ? index - 1 : count + index);
     }
 
     scenario::ObjNames m_names;
     Surfaces& m_surfaces;
-    std::vector<Number> m_corners;
+    std::vector<VertexNumber> m_corners;
     bool m_isNew = true;
 };
 
@@ -181,7 +181,7 @@ private:
         constexpr std::array<std::string_view, 4> silent = {"facet", "outer", "loop", "endloop"};
         for (std::size_t i = 0; i < m_words.size(); ++i) {
             if (m_words[i] == "vertex") {
-                m_corners.push_back(static_cast<Number>(m_surfaces.VertexCount()));
+                m_corners.push_back(static_cast<VertexNumber>(m_surfaces.VertexCount()));
                 m_surfaces.AddVertex(Place(i));
                 i += 3;
             } else if (m_words[i] == "normal") {
@@ -204,7 +204,7 @@ private:
 
     Surfaces& m_surfaces;
     std::set<std::string> m_known;
-    std::vector<Number> m_corners;
+    std::vector<VertexNumber> m_corners;
     bool m_isOpen = false;
 };
 
@@ -238,7 +238,7 @@ void ReadBinaryStl(const std::filesystem::path& file, Surfaces& surfaces) {
     for (std::size_t at = header; at + facetSize <= bytes.size(); at += facetSize) {
         // Behind the normal; the corners tell it.
         const char* facet = bytes.data() + at + 12;
-        const auto first = static_cast<Number>(surfaces.VertexCount());
+        const auto first = static_cast<VertexNumber>(surfaces.VertexCount());
         for (std::size_t corner = 0; corner < 3; ++corner) {
             const char* place = facet + 12 * corner;
             const Vector vertex(FloatAt(place), FloatAt(place + 4), FloatAt(place + 8));

@@ -99,7 +99,7 @@ public:
     }
 
     void Write(const std::filesystem::path& path, const ProjectFile& file) {
-        scenario::ReplaceFile(path, file.content);
+        scenario::WriteWholeFile(path, file.content);
         m_paths.push_back(path);
         if (file.isProgram) {
             using std::filesystem::perms;

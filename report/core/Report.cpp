@@ -76,7 +76,7 @@ WrittenReport WriteReport(const ReportSources& sources, const std::filesystem::p
     context.notices = WithoutRepeats(context.notices);
     const std::string templateName = scenario::Utf8FromPath(templateFile);
     const std::string filled = FillTemplate(page, MakePageData(log, states, context), templateName);
-    scenario::ReplaceFile(pageFile, filled);
+    scenario::WriteWholeFile(pageFile, filled);
     return {filled.size(), log.rows, log.bodies.size(), context.notices};
 }
 

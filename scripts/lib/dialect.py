@@ -8,12 +8,15 @@ Looked for, line by line, in sources that clang-format has laid out:
   pointers    conditions ask `p` and `!p`, not `p != nullptr` and `p == nullptr`
   heads       what documents a declaration begins with `///` and stands before it; remarks inside functions begin with `//`
   length      comment lines have at most 120 characters (clang-format leaves them as they are)
+  functions   have at most 75 lines, but for those of tests and benchmarks
 Prints the findings; exit status 1 when there are any. --fix mends braces, pointers and heads.
 """
 import re
 import sys
 
 LONGEST = 120
+# A plain table of error texts.
+LONGEST_FUNCTION = 75
 CONTROL = re.compile(r"(?:\} )?(?:else if|if|for|while)(?: constexpr)? \(|(?:\} )?else$")
 NULL_COMPARISON = re.compile(r"[!=]= nullptr")
 # What a comment above it does not document.
@@ -189,12 +192,24 @@ def mend_pointers(lines):
         yield line
 
 
-def findings(lines):
+def long_functions(lines):
+    """The first line of each function that cannot be seen whole."""
+    kinds = [*scopes(lines, raw_text_lines(lines)), "declarations"]
+    for first in range(len(lines)):
+        if kinds[first] == "declarations" and kinds[first + 1] == "code" and not re.search(r"= \{$", without_texts(lines[first])):
+            behind = kinds.index("declarations", first + 1)
+            if behind - 1 - first > LONGEST_FUNCTION:
+                yield first
+
+
+def findings(lines, of_users):
     raw = raw_text_lines(lines)
     for head, _ in missing_braces(lines, raw):
         yield head, "braces: the statement behind this line stands without"
     for number, wanted in wrong_heads(lines):
         yield number, f"heads: this comment begins with {wanted}"
+    for number in long_functions(lines) if of_users else []:
+        yield number, f"functions: one of more than {LONGEST_FUNCTION} lines"
     for number, line in enumerate(lines):
         if number in raw:
             continue
@@ -217,7 +232,7 @@ def main(arguments):
             lines = mend_heads(add_braces(list(mend_pointers(lines))))
             with open(path, "w", encoding="utf-8", newline="") as file:
                 file.write("\n".join(lines))
-        for number, what in findings(lines):
+        for number, what in findings(lines, not path.startswith(("tests/", "bench/"))):
             print(f"{path}:{number + 1}: {what}")
             found += 1
     return 1 if found else 0

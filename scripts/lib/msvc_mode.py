@@ -18,7 +18,7 @@ import sys
 
 import tidy
 
-TOGETHER = 30
+TOGETHER = 40
 MODE = ["-fms-compatibility", "-fms-compatibility-version=19.29", "-fms-extensions", "-fdelayed-template-parsing"]
 # Warnings of MSVC at /W4: C4244, C4267 and C4245 (-Wconversion, which the commands have), C4456 to C4459 (-Wshadow-all), C4702
 # (-Wunreachable-code), C4100, C4189, C4389 and C4505 (-Wall, -Wextra). What only one of the two families takes: -Wmicrosoft, -Wgnu, -Wvla.
@@ -56,18 +56,6 @@ def tasks(database, stamps, options):
             yield source, tidy.flags(source, entry["command"]), stamps / tidy.key(source, entry["command"], version)
 
 
-def groups(pending):
-    """The pending sources in lists that may be looked at together: sources in C each by itself, its names are everybody's."""
-    together = {}
-    for task in pending:
-        source, flags, _ = task
-        path = pathlib.Path(source)
-        together.setdefault((path if path.suffix == ".c" else path.parent, flags), []).append(task)
-    for found in together.values():
-        for first in range(0, len(found), TOGETHER):
-            yield found[first:first + TOGETHER]
-
-
 def read(sources, flags, options):
     """The findings of a reading, as text; empty for none."""
     in_c = sources[0].endswith(".c")
@@ -83,14 +71,14 @@ def complained_of(group, findings):
     return [task for task in group if os.path.relpath(task[0], tidy.ROOT) in places] or group
 
 
-def check(group, options):
+def check(group, flags, options):
     """The findings of sources that are looked at together. Those with findings there, which may come from standing together, are
     looked at each by itself, and only that counts."""
-    findings = read([source for source, _, _ in group], group[0][1], options)
+    findings = read([source for source, _, _ in group], flags, options)
     if findings and len(group) > 1:
         apart = complained_of(group, findings)
         rest = [task for task in group if task not in apart]
-        return "".join(check(tasks, options) for tasks in [*([task] for task in apart), *([rest] if rest else [])])
+        return "".join([*(check([task], task[1], options) for task in apart), check(rest, flags, options) if rest else ""])
     if not findings:
         for _, _, stamp in group:
             stamp.touch()
@@ -105,7 +93,8 @@ def main(arguments):
     options = [*MODE, *WARNINGS, *LENIENT, *write_missing_macros(stamps / "missing.h")]
     found = list(tasks(arguments[1], stamps, options))
     pending = [task for task in found if not task[2].exists()]
-    return tidy.report("msvc_mode", len(found), groups(pending), lambda group: check(group, options))
+    return tidy.report("msvc_mode", len(found), tidy.grouped(pending, TOGETHER),
+                       lambda group: check(group.tasks, group.flags(), options))
 
 
 if __name__ == "__main__":

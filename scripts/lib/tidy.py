@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Runs clang-tidy over the project's own sources, but for tests and benchmarks, and remembers what was clean.
 
-Most of clang-tidy's time goes into the headers of others, which it looks through again for every source. So the sources of
-a folder that are compiled alike are first looked at together, written into one file behind each other (the analyzer follows
-the paths of a main file only, not of what it includes); when anything is found there, or they cannot stand together, each is
-looked at by itself, and only that counts.
+Most of clang-tidy's time goes into the headers of others, which it looks through again for every source. So sources that
+are compiled alike are first looked at together, written into one file behind each other (the analyzer follows the paths of a
+main file only, not of what it includes); when anything is found there, or they cannot stand together, each is looked at by
+itself, and only that counts. For the same reason templates are looked into where they are used only.
 
 usage: tidy.py STAMPS DATABASE...
 
@@ -24,7 +24,8 @@ import subprocess
 import sys
 
 INCLUDE = re.compile(rb'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
-TOGETHER = 20
+OUTSIDE = ("tests", "bench")
+TOGETHER = 30
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
@@ -32,16 +33,16 @@ def own_sources(*patterns, all_rooms=False):
     """The project's sources of some names, new ones included: those that users run, or all."""
     listing = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", *patterns], cwd=ROOT,
                              check=True, capture_output=True, text=True)
-    return {str(ROOT / line) for line in listing.stdout.splitlines() if all_rooms or not line.startswith(("tests/", "bench/"))}
+    return {str(ROOT / line) for line in listing.stdout.splitlines() if all_rooms or not line.startswith(tuple(f"{folder}/" for folder in OUTSIDE))}
 
 
 def commands(databases):
-    """The first compile command of each own source, with its database."""
+    """The first compile command of each own source."""
     sources, found = own_sources("*.cpp"), {}
     for database in databases:
         for entry in json.loads((pathlib.Path(database) / "compile_commands.json").read_text()):
             if entry["file"] in sources:
-                found.setdefault(entry["file"], (database, entry["command"]))
+                found.setdefault(entry["file"], entry["command"])
     return found
 
 
@@ -72,53 +73,103 @@ def key(source, command, version):
     return digest.hexdigest()
 
 
-def check(source, database, stamp):
+def checks(words):
+    """What is asked of sources with some flags, beyond their settings. CLI11's own functions take most arguments by value, and
+    finding out which of them need not takes longer than everything that is ours."""
+    return ["--checks=-performance-unnecessary-value-param"] if any(word.endswith("/cli11") for word in words) else []
+
+
+def look(file, words, config=()):
+    """Has one file looked at as with some flags: whether it is clean, and what is said."""
+    run = subprocess.run(["clang-tidy", "--quiet", *config, *checks(words), str(file), "--", *words, "-fdelayed-template-parsing"],
+                         cwd=ROOT, capture_output=True, text=True)
+    return run.returncode == 0, (run.stdout or run.stderr).replace(f"{ROOT}/", "")
+
+
+def check(source, words, stamp):
     """The findings of one source, as text."""
-    run = subprocess.run(["clang-tidy", "--quiet", "-p", database, source], cwd=ROOT, capture_output=True, text=True)
-    if run.returncode == 0:
+    clean, findings = look(source, words)
+    if clean:
         stamp.touch()
-        return ""
-    return (run.stdout or run.stderr).replace(f"{ROOT}/", "")
+    return "" if clean else findings
 
 
 def flags(source, command):
-    """A source's flags without what names the source itself, its output, and the compiler."""
+    """How a source is read: its flags without the compiler, what names the source itself and its output, what is compiled
+    ahead, and how much is optimised."""
     words = shlex.split(command)
     kept, skip = [], False
     for word in words[next(i for i, word in enumerate(words) if "clang" in word or "g++" in word or "c++" in word) + 1:]:
-        if skip or word in ("-o", "-MF", "-MT", "-c", "-MD", source):
-            skip = word in ("-o", "-MF", "-MT")
-            continue
-        kept.append(word)
+        with_value = word in ("-o", "-MF", "-MT", "-Xclang")
+        if not (skip or with_value or word in ("-c", "-MD", "-Winvalid-pch", source) or word.startswith("-O")):
+            kept.append(word)
+        skip = with_value and not skip
     return tuple(kept)
 
 
-def groups(pending):
-    """The pending sources in lists that may be looked at together."""
-    together = {}
-    for task in pending:
-        source, _, command, _ = task
-        together.setdefault((pathlib.Path(source).parent, flags(source, command)), []).append(task)
-    for tasks in together.values():
-        for first in range(0, len(tasks), TOGETHER):
-            yield tasks[first:first + TOGETHER]
+class Group:
+    """Tasks, which begin with a source and its flags, that may be looked at together; with the flags of all."""
+
+    def __init__(self):
+        self.tasks, self.words, self.macros = [], [], {}
+
+    def takes(self, macros):
+        return all(self.macros.get(name, value) == value for name, value in macros.items())
+
+    def add(self, task, macros):
+        """Search folders and macros of one do not trouble the others."""
+        self.tasks.append(task)
+        self.macros.update(macros)
+        if not self.words:
+            self.words = list(pairs(task[1]))
+        self.words += [word for word in pairs(task[1]) if word not in self.words]
+
+    def flags(self):
+        return tuple(word for pair in self.words for word in pair)
 
 
-def check_group(tasks, folder):
+def pairs(words):
+    """Flags as tuples: one with its value, or one alone."""
+    words = iter(words)
+    for word in words:
+        yield (word, next(words)) if word == "-isystem" else (word,)
+
+
+def macros_of(words):
+    return dict(word[2:].partition("=")[::2] for word in words if word.startswith("-D"))
+
+
+def grouped(tasks, together):
+    """Pending tasks in groups, of no more than so many: sources of one room or of the tests of one, with the same settings,
+    whose flags are the same but for search folders and for macros that do not contradict. A source in C stands by itself."""
+    open_groups, groups = {}, []
+    for task in tasks:
+        source, words = pathlib.Path(task[0]), task[1]
+        folders = source.relative_to(ROOT).parts[:-1]
+        key = (folders[:2 if folders[0] in OUTSIDE else 1], settings(source)[0], source if source.suffix == ".c" else None,
+               tuple(pair for pair in pairs(words) if not pair[0].startswith(("-I", "-isystem", "-D"))))
+        group = open_groups.get(key)
+        if group is None or len(group.tasks) == together or not group.takes(macros_of(words)):
+            group = open_groups[key] = Group()
+            groups.append(group)
+        group.add(task, macros_of(words))
+    return groups
+
+
+def check_group(group, folder):
     """The findings of sources, as text."""
-    if len(tasks) > 1:
-        sources = [pathlib.Path(source) for source, _, _, _ in tasks]
+    if len(group.tasks) > 1:
+        sources = [pathlib.Path(source) for source, _, _ in group.tasks]
         text = "\n".join(source.read_text() for source in sources)
         unit = folder / (hashlib.sha256(text.encode()).hexdigest() + ".cpp")
         unit.write_text(text)
-        run = subprocess.run(["clang-tidy", "--quiet", f"--config-file={settings(sources[0])[0]}", str(unit), "--",
-                              *flags(tasks[0][0], tasks[0][2])], cwd=ROOT, capture_output=True, text=True)
+        clean, _ = look(unit, group.flags(), [f"--config-file={settings(sources[0])[0]}"])
         unit.unlink()
-        if run.returncode == 0:
-            for _, _, _, stamp in tasks:
+        if clean:
+            for _, _, stamp in group.tasks:
                 stamp.touch()
             return ""
-    return "".join(check(source, database, stamp) for source, database, _, stamp in tasks)
+    return "".join(check(*task) for task in group.tasks)
 
 
 def report(name, count, pending, look):
@@ -126,13 +177,13 @@ def report(name, count, pending, look):
 
     `look` gives the findings of a group, as text; `count` is the number of all sources.
     """
-    pending = list(pending)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         findings = 0
-        for text in pool.map(look, pending):
+        # The largest first, so that none of them is the last, alone.
+        for text in pool.map(look, sorted(pending, key=lambda group: -len(group.tasks))):
             print(text, end="", flush=True)
             findings += text != ""
-    print(f"{name}: {count} sources, {count - sum(map(len, pending))} of them unchanged, "
+    print(f"{name}: {count} sources, {count - sum(len(group.tasks) for group in pending)} of them unchanged, "
           f"{'findings' if findings else 'no findings'}")
     return 1 if findings else 0
 
@@ -145,11 +196,11 @@ def main(arguments):
     version = subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout
     pending = []
     found = commands(arguments[1:])
-    for source, (database, command) in found.items():
+    for source, command in found.items():
         stamp = stamps / key(source, command, version)
         if not stamp.exists():
-            pending.append((source, database, command, stamp))
-    return report("clang-tidy", len(found), groups(pending), lambda tasks: check_group(tasks, stamps))
+            pending.append((source, flags(source, command), stamp))
+    return report("clang-tidy", len(found), grouped(pending, TOGETHER), lambda group: check_group(group, stamps))
 
 
 if __name__ == "__main__":

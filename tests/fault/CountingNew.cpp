@@ -13,7 +13,7 @@ thread_local bool isTests = false;
 std::atomic<bool> areOthersLibrarys = false;
 std::atomic<std::size_t> liveBlocks = 0;
 std::atomic<std::size_t> liveBytes = 0;
-std::atomic<std::size_t> allocations = 0;
+std::atomic<std::size_t> countedAllocations = 0;
 std::atomic<std::size_t> failing = 0;
 
 /// Stands before every block; as large as the alignment that operator new promises.
@@ -28,7 +28,7 @@ bool IsLibrary() {
 
 void* Allocate(std::size_t size) {
     const bool isLibrarys = IsLibrary();
-    if (isLibrarys && ++allocations == failing) {
+    if (isLibrarys && ++countedAllocations == failing) {
         return nullptr;
     }
     auto* const header = static_cast<Header*>(std::malloc(sizeof(Header) + size));
@@ -84,11 +84,11 @@ std::size_t CountingNew::LiveBytes() {
 
 void CountingNew::Fail(std::size_t number) {
     failing = number;
-    allocations = 0;
+    countedAllocations = 0;
 }
 
 std::size_t CountingNew::Count() {
-    return allocations;
+    return countedAllocations;
 }
 
 void* operator new(std::size_t size) {

@@ -12,7 +12,7 @@ const Transform poses[] = {
     {"Stator", {0.0, 0.0, 0.0}, {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}},
     {"Yoke", {0.0, -0.02, 0.0}, {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}},
 };
-const char* const objects[] = {"Magnet", "Block", "Core"};
+const char* const bodyObjects[] = {"Magnet", "Block", "Core"};
 
 void FillDesktop(fake::FakeDesktop& desktop, int bodies) {
     fake::Object& magnet = desktop.AddSolid(L"Magnet", L"\"N45\"");
@@ -68,7 +68,7 @@ void SessionDesktop::Offer(IDispatch* application) {
 
 void SessionDesktop::MakeInputs() {
     for (int body = 0; body < m_size.bodies; ++body) {
-        m_groups.push_back({poses[body], {objects[body]}});
+        m_groups.push_back({poses[body], {bodyObjects[body]}});
     }
     m_materials["Magnet"] = {"N45", {890000.0, 0.0, 0.0}};
     if (m_size.bodies > 1) {

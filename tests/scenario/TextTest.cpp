@@ -15,12 +15,12 @@ TEST(NearestName, FindsWhatWasMeantAndNothingElse) {
     EXPECT_EQ(NearestName("completely different", names), "");
 }
 
-TEST(ReplaceFile, LeavesNothingBesideAFileThatCannotBeReplaced) {
+TEST(WriteWholeFile, LeavesNothingBesideAFileThatCannotBeReplaced) {
     const std::filesystem::path folder = std::filesystem::temp_directory_path() / "kinora-replace-file-test";
     // A folder that is not empty cannot be replaced by a file.
     std::filesystem::create_directories(folder / "page.html");
     std::ofstream(folder / "page.html" / "inside") << "kept";
-    EXPECT_THROW(ReplaceFile(folder / "page.html", "new"), RunError);
+    EXPECT_THROW(WriteWholeFile(folder / "page.html", "new"), RunError);
     EXPECT_FALSE(std::filesystem::exists(folder / "page.html.new"));
     EXPECT_EQ(ReadFile(folder / "page.html" / "inside"), "kept");
     std::filesystem::remove_all(folder);

@@ -336,7 +336,7 @@ TEST_F(CoupledRunTest, RefusesToResumeTheStateOfAnEarlierVersion) {
     const std::filesystem::path file = m_scenario.outputFolder / "run.state.json";
     std::string state = ReadFile(file);
     state.replace(state.find("\"format\": 2"), 11, "\"format\": 1");
-    ReplaceFile(file, state);
+    WriteWholeFile(file, state);
     EXPECT_THAT(RefusalOf(),
                 HasSubstr("the run was made by another version of this program; start again without --resume."));
 }

@@ -3,6 +3,7 @@
 #include "simulator/commands/Application.h"
 #include "simulator/model/DesktopError.h"
 #include "simulator/model/Files.h"
+#include "tests/support/Complaint.h"
 
 #include <atomic>
 #include <cstdio>
@@ -142,12 +143,7 @@ std::vector<std::string> TextsOf(const Value& value) {
 }
 
 std::string Complaint(const std::function<void()>& command) {
-    try {
-        command();
-    } catch (const model::DesktopError& error) {
-        return error.what();
-    }
-    return "none";
+    return fake::ComplaintOf<model::DesktopError>(command);
 }
 
 List NewVariableArgument(const std::string& name, const std::string& value) {

@@ -3,6 +3,7 @@
 #include "simulator/model/ObjReader.h"
 #include "simulator/model/StlReader.h"
 #include "tests/simulator/model/Shapes.h"
+#include "tests/support/Complaint.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,21 +16,12 @@ using testing::HasSubstr;
 
 namespace {
 
-std::string Complaint(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const GeometryFileError& error) {
-        return error.what();
-    }
-    return "none";
-}
-
 std::string ObjComplaint(const std::string& text) {
-    return Complaint([&] { ReadObj(text, "part.obj", "part"); });
+    return fake::ComplaintOf<GeometryFileError>([&] { ReadObj(text, "part.obj", "part"); });
 }
 
 std::string StlComplaint(const std::string& text) {
-    return Complaint([&] { ReadStl(text, "part.stl", "part"); });
+    return fake::ComplaintOf<GeometryFileError>([&] { ReadStl(text, "part.stl", "part"); });
 }
 
 const std::string tetrahedronVertices = "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\n";
@@ -194,8 +186,10 @@ TEST(StlReader, NamesFileLineAndReasonOfWhatItCannotRead) {
 }
 
 TEST(GeometryFile, TellsKindsByTheirExtension) {
-    EXPECT_THAT(Complaint([] { ReadGeometryFile("model.step"); }), HasSubstr(".obj (Wavefront) and .stl"));
-    EXPECT_THAT(Complaint([] { ReadGeometryFile("no-such-file.obj"); }), HasSubstr("there is no file"));
+    EXPECT_THAT(fake::ComplaintOf<GeometryFileError>([] { ReadGeometryFile("model.step"); }),
+                HasSubstr(".obj (Wavefront) and .stl"));
+    EXPECT_THAT(fake::ComplaintOf<GeometryFileError>([] { ReadGeometryFile("no-such-file.obj"); }),
+                HasSubstr("there is no file"));
 }
 
 TEST(Mesh, AcceptsACavityAndRejectsALooseShellThatIsInsideOut) {
@@ -265,7 +259,8 @@ TEST_F(LargeFile, IsBadInItsLastLines) {
     EXPECT_EQ(StlComplaint(stl.substr(0, stl.rfind(" facet")) + "endsolid"), "part.stl, line 69708" + reason);
     Mesh open = m_ring;
     open.triangles.pop_back();
-    EXPECT_EQ(Complaint([&] { ReadStl(BinaryStl(open), "part.stl", "Ring"); }), "part.stl, facet 9959" + reason);
+    EXPECT_EQ(fake::ComplaintOf<GeometryFileError>([&] { ReadStl(BinaryStl(open), "part.stl", "Ring"); }),
+              "part.stl, facet 9959" + reason);
 }
 
 TEST_F(LargeFile, HasEveryCavityInAShell) {
@@ -286,7 +281,7 @@ TEST_F(LargeFile, HasEveryCavityInAShell) {
 TEST_F(LargeFile, MayBeFullOfWhatIsNoNumber) {
     std::string bytes = BinaryStl(m_ring);
     std::fill(bytes.begin() + 84, bytes.end(), '\xff');
-    EXPECT_EQ(Complaint([&] { ReadStl(bytes, "part.stl", "part"); }),
+    EXPECT_EQ(fake::ComplaintOf<GeometryFileError>([&] { ReadStl(bytes, "part.stl", "part"); }),
               "part.stl: object \"part\": a vertex lies at infinity");
 }
 

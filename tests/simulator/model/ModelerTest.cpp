@@ -2,6 +2,7 @@
 
 #include "simulator/model/DesktopError.h"
 #include "tests/simulator/model/Shapes.h"
+#include "tests/support/Complaint.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,15 +54,6 @@ std::vector<Eigen::Vector3d> GlobalVertices(const Modeler& modeler, const std::s
     return vertices;
 }
 
-std::string Complaint(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "none";
-}
-
 } // namespace
 
 TEST(Modeler, TakesGeometryInModelUnits) {
@@ -90,15 +82,17 @@ TEST(Modeler, KnowsTheUsualNamesOfUnits) {
         modeler.SetUnits(name, false);
         EXPECT_DOUBLE_EQ(modeler.MetresPerUnit(), size) << name;
     }
-    EXPECT_THAT(Complaint([&] { modeler.SetUnits("", false); }), HasSubstr("unknown model unit \"\""));
-    EXPECT_THAT(Complaint([&] { modeler.SetUnits("furlong", false); }), HasSubstr("unknown model unit \"furlong\""));
+    EXPECT_THAT(fake::ComplaintOf<std::runtime_error>([&] { modeler.SetUnits("", false); }),
+                HasSubstr("unknown model unit \"\""));
+    EXPECT_THAT(fake::ComplaintOf<std::runtime_error>([&] { modeler.SetUnits("furlong", false); }),
+                HasSubstr("unknown model unit \"furlong\""));
 }
 
 TEST(Modeler, KeepsAnObjectThatIsImportedAgain) {
     Modeler modeler = WithCube();
     EXPECT_THAT(modeler.Import({{{"Rotor", "", shapes::Cube(20, 10)}}, {}}, true), testing::ElementsAre("Rotor"));
     EXPECT_EQ(modeler.Objects().size(), 1U);
-    EXPECT_THAT(Complaint([&] {
+    EXPECT_THAT(fake::ComplaintOf<std::runtime_error>([&] {
                     modeler.Import({{{"Rotor", "", shapes::Cube(20, 11)}}, {}}, true);
                 }),
                 HasSubstr("has another geometry"));
@@ -181,7 +175,7 @@ TEST(Modeler, RejectsFramesThatCannotBe) {
     variables.Add({{"angle", "1Rad"}});
     const std::array<std::string, 3> zero = {"0", "0", "0"}, x = {"1", "0", "0"}, y = {"0", "1", "0"};
     const auto add = [&](const CoordinateSystem& system) {
-        return Complaint([&] { modeler.AddCoordinateSystem(system, variables); });
+        return fake::ComplaintOf<std::runtime_error>([&] { modeler.AddCoordinateSystem(system, variables); });
     };
     EXPECT_THAT(add({"A", "Global", zero, x, {"2", "0", "0"}}), HasSubstr("parallel"));
     EXPECT_THAT(add({"A", "Global", zero, zero, y}), HasSubstr("the x axis has no direction"));
@@ -203,7 +197,7 @@ TEST(Modeler, RefusesARegionThatCannotBe) {
     const auto set = [&](std::size_t side, const std::string& padding) {
         Region spoiled = region;
         spoiled.padding[side] = padding;
-        return Complaint([&] { modeler.SetRegion(spoiled, variables); });
+        return fake::ComplaintOf<std::runtime_error>([&] { modeler.SetRegion(spoiled, variables); });
     };
     EXPECT_FALSE(modeler.SetRegion(region, variables));
     EXPECT_TRUE(modeler.SetRegion(region, variables));
@@ -215,7 +209,8 @@ TEST(Modeler, RefusesARegionThatCannotBe) {
     modeler.RequireObject("Rotor").coordinateSystem = "Obj_CS_B";
     EXPECT_EQ(set(0, "1"), "none");
     modeler.CheckRegion(variables);
-    EXPECT_THAT(Complaint([&] { modeler.CheckRegion(Variables()); }), HasSubstr("unknown name \"B_X\""));
+    EXPECT_THAT(fake::ComplaintOf<std::runtime_error>([&] { modeler.CheckRegion(Variables()); }),
+                HasSubstr("unknown name \"B_X\""));
 }
 
 /// Whoever holds a mesh may keep what it has found out about it: another geometry is another mesh.

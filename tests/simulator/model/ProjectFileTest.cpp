@@ -6,6 +6,7 @@
 #include "simulator/model/ProjectListing.h"
 #include "simulator/model/ReportData.h"
 #include "tests/simulator/model/Shapes.h"
+#include "tests/support/Complaint.h"
 
 #include <cmath>
 #include <filesystem>
@@ -16,15 +17,6 @@ using namespace vantor::model;
 using testing::HasSubstr;
 
 namespace {
-
-std::string Complaint(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const DesktopError& error) {
-        return error.what();
-    }
-    return "none";
-}
 
 /// A project with one of everything.
 Project FullProject() {
@@ -94,7 +86,7 @@ std::string Changed(const std::string& from, const std::string& to) {
 }
 
 std::string ReadComplaint(const std::string& text) {
-    return Complaint([&] { ReadProject(text, "pump.vtdk"); });
+    return fake::ComplaintOf<DesktopError>([&] { ReadProject(text, "pump.vtdk"); });
 }
 
 class TemporaryFolder {
@@ -172,7 +164,7 @@ TEST(ProjectFile, ABadSaveLeavesTheGoodFile) {
     // A folder in the place of the temporary file makes the next save fail before it touches the file.
     std::filesystem::create_directories(folder.path / "pump.vtdk.tmp" / "occupied");
     project.designs[0]->name = "Other";
-    EXPECT_THAT(Complaint([&] { SaveProjectFile(project); }), HasSubstr("cannot be written"));
+    EXPECT_THAT(fake::ComplaintOf<DesktopError>([&] { SaveProjectFile(project); }), HasSubstr("cannot be written"));
     EXPECT_EQ(ReadWholeFile(project.file), saved);
 }
 
@@ -182,7 +174,8 @@ TEST(ProjectFile, IsNamedAfterItsFile) {
     project.file = folder.path / PathFromUtf8("Kr\xC3\xBCmmer.v2.vtdk");
     SaveProjectFile(project);
     EXPECT_EQ(OpenProjectFile(project.file)->name, "Kr\xC3\xBCmmer.v2");
-    EXPECT_THAT(Complaint([&] { OpenProjectFile(folder.path / "missing.vtdk"); }), HasSubstr("there is no file"));
+    EXPECT_THAT(fake::ComplaintOf<DesktopError>([&] { OpenProjectFile(folder.path / "missing.vtdk"); }),
+                HasSubstr("there is no file"));
 }
 
 TEST(ProjectListing, ShowsWhatAUserLooksFor) {
@@ -281,7 +274,7 @@ TEST(Materials, ReadCurvesOfBOverH) {
 
 TEST(Materials, RefuseWhatIsNoCurveOfBOverH) {
     const auto complaint = [](const std::string& points) {
-        return Complaint(
+        return fake::ComplaintOf<DesktopError>(
             [&] { ReadMaterials(R"({"materials": [{"name": "a", "bhCurve": )" + points + "}]}", "m.json"); });
     };
     const std::string place = "m.json: materials[0].bhCurve";
@@ -315,7 +308,7 @@ TEST(Materials, RefuseWhatIsNoCurveOfBOverH) {
 
 TEST(Materials, NameFileAndPlaceOfABadEntry) {
     const auto complaint = [](const std::string& entry) {
-        return Complaint([&] { ReadMaterials("{\"materials\": [" + entry + "]}", "m.json"); });
+        return fake::ComplaintOf<DesktopError>([&] { ReadMaterials("{\"materials\": [" + entry + "]}", "m.json"); });
     };
     EXPECT_EQ(complaint(R"({"relativePermeability": 1})"), "m.json: materials[0]: \"name\" is missing");
     EXPECT_EQ(complaint(R"({"name": "a", "relativePermeability": 0})"),
@@ -348,14 +341,16 @@ TEST(ReportData, ReadsLabelledColumns) {
 }
 
 TEST(ReportData, NamesFileLineAndReason) {
-    const auto complaint = [](const std::string& text) { return Complaint([&] { ReadTraces(text, "f.csv"); }); };
+    const auto complaint = [](const std::string& text) {
+        return fake::ComplaintOf<DesktopError>([&] { ReadTraces(text, "f.csv"); });
+    };
     EXPECT_EQ(complaint(""), "f.csv, line 1: the column labels are missing");
     EXPECT_EQ(complaint("SimTime [s]\n"), "f.csv, line 1: at least two labelled columns are needed");
     EXPECT_EQ(complaint("t,a,a\n"), "f.csv, line 1: a second column labelled \"a\"");
     EXPECT_EQ(complaint("t,a [N\n"), "f.csv, line 1: the unit of the label \"a [N\" does not end in \"]\"");
     EXPECT_EQ(complaint("t,a\n0,1\n1\n"), "f.csv, line 3: 2 fields are needed, here are 1");
     EXPECT_EQ(complaint("t,a\n0,inf\n"), "f.csv, line 2: not a finite number: \"inf\"");
-    EXPECT_THAT(Complaint([] { ReadTraceFile("report.txt"); }), HasSubstr("is no .csv file"));
+    EXPECT_THAT(fake::ComplaintOf<DesktopError>([] { ReadTraceFile("report.txt"); }), HasSubstr("is no .csv file"));
 }
 
 TEST(MessageList, FindsBySeverityAndPlace) {

@@ -9,7 +9,7 @@ using namespace vantor::model;
 
 namespace {
 
-std::string Complaint(const std::function<void()>& action) {
+std::string BadValue(const std::function<void()>& action) {
     try {
         action();
     } catch (const DesktopError& error) {
@@ -35,9 +35,9 @@ TEST(Variables, KeepTheOrderOfTheirCreation) {
 TEST(Variables, ChangeAllOrNothing) {
     Variables variables;
     variables.Add({{"a", "1"}, {"b", "2"}});
-    EXPECT_EQ(Complaint([&] { variables.Change({{"a", "5"}, {"c", "6"}}); }), "there is no variable \"c\" to change");
+    EXPECT_EQ(BadValue([&] { variables.Change({{"a", "5"}, {"c", "6"}}); }), "there is no variable \"c\" to change");
     EXPECT_EQ(variables.RequireValue("a"), "1");
-    EXPECT_EQ(Complaint([&] {
+    EXPECT_EQ(BadValue([&] {
                   variables.Change({{"a", "5"}, {"b", "6*"}});
               }),
               "variable \"b\": a value is missing at position 3 of \"6*\"");
@@ -47,17 +47,17 @@ TEST(Variables, ChangeAllOrNothing) {
 TEST(Variables, RejectNamesThatExpressionsCannotReferTo) {
     Variables variables;
     for (const char* name : {"", "1st", "Rotor-1_X", "a b", "a.b"}) {
-        EXPECT_THAT(Complaint([&] { variables.Add({{name, "1"}}); }), testing::HasSubstr("cannot be named")) << name;
+        EXPECT_THAT(BadValue([&] { variables.Add({{name, "1"}}); }), testing::HasSubstr("cannot be named")) << name;
     }
     variables.Add({{"Rotor_1", "1"}});
-    EXPECT_EQ(Complaint([&] { variables.Add({{"Rotor_1", "2"}}); }), "the variable \"Rotor_1\" exists already");
+    EXPECT_EQ(BadValue([&] { variables.Add({{"Rotor_1", "2"}}); }), "the variable \"Rotor_1\" exists already");
 }
 
 TEST(Variables, NoticeCircles) {
     Variables variables;
     variables.Add({{"a", "1"}, {"b", "a+1"}});
-    EXPECT_THAT(Complaint([&] { variables.Change({{"a", "b+1"}}); }), testing::HasSubstr("refers to itself"));
-    EXPECT_THAT(Complaint([&] { variables.Change({{"a", "a"}}); }), testing::HasSubstr("refers to itself"));
+    EXPECT_THAT(BadValue([&] { variables.Change({{"a", "b+1"}}); }), testing::HasSubstr("refers to itself"));
+    EXPECT_THAT(BadValue([&] { variables.Change({{"a", "a"}}); }), testing::HasSubstr("refers to itself"));
     EXPECT_DOUBLE_EQ(variables.Evaluate("b")->value, 2.0);
 }
 
