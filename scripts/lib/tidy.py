@@ -3,8 +3,8 @@
 
 Most of clang-tidy's time goes into the headers of others, which it looks through again for every source. So sources that
 are compiled alike are first looked at together, written into one file behind each other (the analyzer follows the paths of a
-main file only, not of what it includes); when anything is found there, or they cannot stand together, each is looked at by
-itself, and only that counts. For the same reason templates are looked into where they are used only.
+main file only, not of what it includes); when anything is found there, or they cannot stand together, each half is looked at
+by itself, down to single sources, and only that counts. For the same reason templates are looked into where they are used only.
 
 usage: tidy.py STAMPS DATABASE...
 
@@ -33,7 +33,7 @@ def own_sources(*patterns, all_rooms=False):
     """The project's sources of some names, new ones included: those that users run, or all."""
     listing = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", *patterns], cwd=ROOT,
                              check=True, capture_output=True, text=True)
-    return {str(ROOT / line) for line in listing.stdout.splitlines() if all_rooms or not line.startswith(tuple(f"{folder}/" for folder in OUTSIDE))}
+    return {str(ROOT / line) for line in listing.stdout.splitlines() if all_rooms or line.split("/")[0] not in OUTSIDE}
 
 
 def commands(databases):
@@ -156,20 +156,22 @@ def grouped(tasks, together):
     return groups
 
 
-def check_group(group, folder):
+def check_together(tasks, words, folder):
     """The findings of sources, as text."""
-    if len(group.tasks) > 1:
-        sources = [pathlib.Path(source) for source, _, _ in group.tasks]
-        text = "\n".join(source.read_text() for source in sources)
-        unit = folder / (hashlib.sha256(text.encode()).hexdigest() + ".cpp")
-        unit.write_text(text)
-        clean, _ = look(unit, group.flags(), [f"--config-file={settings(sources[0])[0]}"])
-        unit.unlink()
-        if clean:
-            for _, _, stamp in group.tasks:
-                stamp.touch()
-            return ""
-    return "".join(check(*task) for task in group.tasks)
+    if len(tasks) == 1:
+        return check(*tasks[0])
+    sources = [pathlib.Path(source) for source, _, _ in tasks]
+    text = "\n".join(source.read_text() for source in sources)
+    unit = folder / (hashlib.sha256(text.encode()).hexdigest() + ".cpp")
+    unit.write_text(text)
+    clean, _ = look(unit, words, [f"--config-file={settings(sources[0])[0]}"])
+    unit.unlink()
+    if not clean:
+        middle = len(tasks) // 2
+        return check_together(tasks[:middle], words, folder) + check_together(tasks[middle:], words, folder)
+    for _, _, stamp in tasks:
+        stamp.touch()
+    return ""
 
 
 def report(name, count, pending, look):
@@ -200,7 +202,8 @@ def main(arguments):
         stamp = stamps / key(source, command, version)
         if not stamp.exists():
             pending.append((source, flags(source, command), stamp))
-    return report("clang-tidy", len(found), grouped(pending, TOGETHER), lambda group: check_group(group, stamps))
+    return report("clang-tidy", len(found), grouped(pending, TOGETHER),
+                  lambda group: check_together(group.tasks, group.flags(), stamps))
 
 
 if __name__ == "__main__":
