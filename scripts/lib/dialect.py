@@ -14,8 +14,10 @@ Prints the findings; exit status 1 when there are any. --fix mends braces, point
 import re
 import sys
 
+import tidy
+
 LONGEST = 120
-# A plain table of error texts.
+# The longest is a plain table of error texts.
 LONGEST_FUNCTION = 75
 CONTROL = re.compile(r"(?:\} )?(?:else if|if|for|while)(?: constexpr)? \(|(?:\} )?else$")
 NULL_COMPARISON = re.compile(r"[!=]= nullptr")
@@ -141,10 +143,8 @@ def comment_blocks(lines, raw):
             number += 1
 
 
-def wrong_heads(lines):
+def wrong_heads(lines, raw, kinds):
     """Each line of a comment with the wrong head, and the head that it should have."""
-    raw = raw_text_lines(lines)
-    kinds = scopes(lines, raw)
     depths = continuation_depths(lines, raw)
     for first, behind in comment_blocks(lines, raw):
         following = lines[behind].lstrip() if behind < len(lines) else ""
@@ -173,7 +173,8 @@ def continuation_depths(lines, raw):
 
 def mend_heads(lines):
     mended = list(lines)
-    for number, wanted in wrong_heads(lines):
+    raw = raw_text_lines(lines)
+    for number, wanted in wrong_heads(lines, raw, scopes(lines, raw)):
         mended[number] = re.sub(r"^(\s*)/{2,3}", lambda found: found.group(1) + wanted, mended[number])
     return mended
 
@@ -192,9 +193,9 @@ def mend_pointers(lines):
         yield line
 
 
-def long_functions(lines):
+def long_functions(lines, kinds):
     """The first line of each function that cannot be seen whole."""
-    kinds = [*scopes(lines, raw_text_lines(lines)), "declarations"]
+    kinds = [*kinds, "declarations"]
     for first in range(len(lines)):
         if kinds[first] == "declarations" and kinds[first + 1] == "code" and not re.search(r"= \{$", without_texts(lines[first])):
             behind = kinds.index("declarations", first + 1)
@@ -204,11 +205,12 @@ def long_functions(lines):
 
 def findings(lines, of_users):
     raw = raw_text_lines(lines)
+    kinds = scopes(lines, raw)
     for head, _ in missing_braces(lines, raw):
         yield head, "braces: the statement behind this line stands without"
-    for number, wanted in wrong_heads(lines):
+    for number, wanted in wrong_heads(lines, raw, kinds):
         yield number, f"heads: this comment begins with {wanted}"
-    for number in long_functions(lines) if of_users else []:
+    for number in long_functions(lines, kinds) if of_users else []:
         yield number, f"functions: one of more than {LONGEST_FUNCTION} lines"
     for number, line in enumerate(lines):
         if number in raw:
@@ -232,7 +234,7 @@ def main(arguments):
             lines = mend_heads(add_braces(list(mend_pointers(lines))))
             with open(path, "w", encoding="utf-8", newline="") as file:
                 file.write("\n".join(lines))
-        for number, what in findings(lines, not path.startswith(("tests/", "bench/"))):
+        for number, what in findings(lines, path.split("/")[0] not in tidy.OUTSIDE):
             print(f"{path}:{number + 1}: {what}")
             found += 1
     return 1 if found else 0

@@ -10,8 +10,8 @@ usage: tidy.py STAMPS DATABASE...
 
 DATABASE is a folder with compile_commands.json; a source that stands in several is checked with the first one's
 flags. STAMPS is a folder that keeps an empty file for each source that was found clean, named by a hash of everything
-that its verdict depends on: its text, the project's headers that it includes, its flags, the list of checks and the
-version of clang-tidy. Prints the findings; exit status 1 when there are any.
+that its verdict depends on: its text, the project's headers that it includes, its flags, the list of checks, this program and
+the version of clang-tidy. Prints the findings; exit status 1 when there are any.
 """
 import concurrent.futures
 import hashlib
@@ -111,21 +111,19 @@ class Group:
     """Tasks, which begin with a source and its flags, that may be looked at together; with the flags of all."""
 
     def __init__(self):
-        self.tasks, self.words, self.macros = [], [], {}
+        self.tasks, self.pairs = [], []
 
-    def takes(self, macros):
-        return all(self.macros.get(name, value) == value for name, value in macros.items())
+    def takes(self, words):
+        macros = macros_of(self.flags())
+        return all(macros.get(name, value) == value for name, value in macros_of(words).items())
 
-    def add(self, task, macros):
+    def add(self, task):
         """Search folders and macros of one do not trouble the others."""
         self.tasks.append(task)
-        self.macros.update(macros)
-        if not self.words:
-            self.words = list(pairs(task[1]))
-        self.words += [word for word in pairs(task[1]) if word not in self.words]
+        self.pairs += [pair for pair in pairs(task[1]) if pair not in self.pairs]
 
     def flags(self):
-        return tuple(word for pair in self.words for word in pair)
+        return tuple(word for pair in self.pairs for word in pair)
 
 
 def pairs(words):
@@ -140,19 +138,19 @@ def macros_of(words):
 
 
 def grouped(tasks, together):
-    """Pending tasks in groups, of no more than so many: sources of one room or of the tests of one, with the same settings,
+    """Pending tasks in groups, of no more than so many: sources of one room or of the tests of one, of which the same is asked,
     whose flags are the same but for search folders and for macros that do not contradict. A source in C stands by itself."""
     open_groups, groups = {}, []
     for task in tasks:
         source, words = pathlib.Path(task[0]), task[1]
         folders = source.relative_to(ROOT).parts[:-1]
-        key = (folders[:2 if folders[0] in OUTSIDE else 1], settings(source)[0], source if source.suffix == ".c" else None,
+        key = (folders[:2 if folders[0] in OUTSIDE else 1], settings(source)[0], *checks(words), source if source.suffix == ".c" else None,
                tuple(pair for pair in pairs(words) if not pair[0].startswith(("-I", "-isystem", "-D"))))
         group = open_groups.get(key)
-        if group is None or len(group.tasks) == together or not group.takes(macros_of(words)):
+        if group is None or len(group.tasks) == together or not group.takes(words):
             group = open_groups[key] = Group()
             groups.append(group)
-        group.add(task, macros_of(words))
+        group.add(task)
     return groups
 
 
@@ -195,7 +193,7 @@ def main(arguments):
         sys.exit(__doc__)
     stamps = pathlib.Path(arguments[0])
     stamps.mkdir(parents=True, exist_ok=True)
-    version = subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout
+    version = subprocess.run(["clang-tidy", "--version"], check=True, capture_output=True).stdout + pathlib.Path(__file__).read_bytes()
     pending = []
     found = commands(arguments[1:])
     for source, command in found.items():
