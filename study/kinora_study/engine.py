@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import contextlib
+import ctypes
 import fcntl
 import os
 import shlex
@@ -112,6 +113,7 @@ def run_study(study: Study, engine: Engine, runs: list[Run], progress: Progress,
     command = _command(study, engine)
     _prepare(study, engine, waiting)
     log = study.folder / "snakemake.log"
+    _adopt_orphans()
     with log.open("w", encoding="utf-8") as stream:
         # With the lock in its hands too: it may live on when this process is killed.
         process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=stream, stderr=subprocess.STDOUT,
@@ -129,22 +131,40 @@ def run_study(study: Study, engine: Engine, runs: list[Run], progress: Progress,
     return not failed
 
 
+def _adopt_orphans() -> None:
+    """Has the system give this process what its children leave behind: an engine may end before its jobs."""
+    set_child_subreaper = 36  # linux/prctl.h
+    with contextlib.suppress(AttributeError):  # elsewhere there is no prctl
+        ctypes.CDLL(None).prctl(set_child_subreaper, 1, 0, 0, 0)
+
+
 def _stop(process: subprocess.Popen[bytes]) -> None:
-    """Has the engine end its jobs, and these their runs. A terminal may have told them already."""
-    with contextlib.suppress(subprocess.TimeoutExpired):
-        process.wait(SECONDS_TO_STOP)
+    """Has the engine end its jobs, and these their runs, and waits for them. A terminal may have told them already."""
+    if _have_ended(process, SECONDS_TO_STOP):
         return
     # In the background of a script interruptions are ignored, down to the last process.
     how = signal.SIGTERM if signal.getsignal(signal.SIGINT) == signal.SIG_IGN else signal.SIGINT
-    for number in [process.pid, *_descendants(process.pid)]:
+    for number in list(_descendants(os.getpid())):
         with contextlib.suppress(OSError):
             os.kill(number, how)
-    try:
-        process.wait(SECONDS_TO_END)
-    except subprocess.TimeoutExpired:
+    if not _have_ended(process, SECONDS_TO_END) and process.poll() is None:
         # Snakemake may wait for a job of which it missed the end. Its runs have ended; there is nothing that it could lose.
         process.kill()
         process.wait()
+
+
+def _have_ended(process: subprocess.Popen[bytes], seconds: float) -> bool:
+    """Whether the engine and all that it leaves behind end within a time."""
+    patience = time.monotonic() + seconds
+    try:
+        process.wait(seconds)
+        while os.waitpid(-1, os.WNOHANG)[0] or time.monotonic() < patience:
+            time.sleep(0.02)
+    except subprocess.TimeoutExpired:
+        return False
+    except ChildProcessError:  # there is none any more
+        return True
+    return False
 
 
 def _descendants(number: int) -> Iterator[int]:

@@ -175,6 +175,21 @@ def test_an_engine_that_does_not_end_is_ended(monkeypatch: pytest.MonkeyPatch) -
     assert process.returncode == -signal.SIGKILL
 
 
+def test_what_an_engine_leaves_behind_is_ended(monkeypatch: pytest.MonkeyPatch) -> None:
+    from kinora_study import engine
+
+    monkeypatch.setattr(engine, "SECONDS_TO_STOP", 0.2)
+    engine._adopt_orphans()
+    job = "import signal, time; signal.signal(2, signal.SIG_DFL); time.sleep(60)"
+    hasty = f"import subprocess; print(subprocess.Popen(['/usr/bin/python3', '-c', {job!r}]).pid)"
+    process = subprocess.Popen(["/usr/bin/python3", "-c", hasty], stdout=subprocess.PIPE)
+    assert process.stdout
+    number = int(process.stdout.readline())
+    engine._stop(process)
+    with pytest.raises(ProcessLookupError):
+        os.kill(number, 0)
+
+
 def processes_of(study: StudyFolder) -> list[str]:
     """The stand-ins that do a run of the study."""
     words = ["pgrep", "-f", f"stand_in.py {study.folder}"]
