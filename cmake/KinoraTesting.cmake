@@ -57,7 +57,7 @@ function(kinora_add_test)
     add_executable(${arg_NAME} ${arg_SOURCES})
     kinora_configure_test(${arg_NAME})
     if(NOT arg_APART)
-        kinora_compile_together(${arg_NAME} 8)
+        kinora_compile_together(${arg_NAME})
         # GCC takes sources that are compiled together for headers, whose unnamed namespaces would be several.
         target_compile_options(${arg_NAME} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
     endif()

@@ -18,7 +18,7 @@ struct TextHead {
 constexpr std::size_t longest =
     (std::numeric_limits<std::uint32_t>::max() - sizeof(TextHead)) / sizeof(OLECHAR) - 1; // and the closing zero
 
-TextHead* HeadOf(BSTR text) {
+TextHead* TextHeadOf(BSTR text) {
     return reinterpret_cast<TextHead*>(text) - 1;
 }
 
@@ -50,12 +50,12 @@ BSTR SysAllocString(const OLECHAR* text) {
 
 void SysFreeString(BSTR text) {
     if (text) {
-        platform::Free(HeadOf(text));
+        platform::Free(TextHeadOf(text));
     }
 }
 
 UINT SysStringByteLen(BSTR text) {
-    return text ? HeadOf(text)->bytes : 0;
+    return text ? TextHeadOf(text)->bytes : 0;
 }
 
 UINT SysStringLen(BSTR text) {

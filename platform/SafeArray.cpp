@@ -20,12 +20,12 @@ struct alignas(std::max_align_t) ArrayHead {
     VARTYPE type;
 };
 
-ArrayHead* HeadOf(SAFEARRAY* array) {
+ArrayHead* ArrayHeadOf(SAFEARRAY* array) {
     return reinterpret_cast<ArrayHead*>(array) - 1;
 }
 
 VARTYPE TypeOf(SAFEARRAY* array) {
-    return HeadOf(array)->type;
+    return ArrayHeadOf(array)->type;
 }
 
 std::size_t CountOf(const SAFEARRAY& array) {
@@ -74,7 +74,7 @@ SAFEARRAY* AllocateRecord(VARTYPE type, UINT rank) {
 
 void FreeRecord(SAFEARRAY* array) {
     platform::Free(array->pvData);
-    platform::Free(HeadOf(array));
+    platform::Free(ArrayHeadOf(array));
 }
 
 BYTE* ElementAt(const SAFEARRAY& array, std::size_t place) {

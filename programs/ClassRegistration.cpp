@@ -56,7 +56,7 @@ bool WriteProgId(HKEY root, const std::wstring& progId, const ClassEntry& entry)
            SetValue(root, progId, nullptr, entry.title);
 }
 
-bool Write(HKEY root, const ClassEntry& entry) {
+bool WriteEntry(HKEY root, const ClassEntry& entry) {
     bool isWritten = WriteClass(root, entry);
     for (const std::wstring& progId : entry.progIds) {
         isWritten = isWritten && WriteProgId(root, progId, entry);
@@ -77,7 +77,7 @@ void Remove(HKEY root, const ClassEntry& entry) {
 
 /// Registers in one place; takes back what does not lead to the class from a client's view.
 bool RegisterIn(HKEY root, const ClassEntry& entry) {
-    if (Write(root, entry) && LeadsTo(entry.progIds.front(), entry.classId)) {
+    if (WriteEntry(root, entry) && LeadsTo(entry.progIds.front(), entry.classId)) {
         return true;
     }
     Remove(root, entry);

@@ -40,7 +40,7 @@ std::string Unescaped(const std::string& key) {
     return text;
 }
 
-std::vector<std::string> KeysOf(const std::string& path) {
+std::vector<std::string> KeysAlong(const std::string& path) {
     if (path.empty() || path.front() != '/') {
         return Split(path, '.');
     }
@@ -126,7 +126,7 @@ private:
 };
 
 void ApplyOne(const Override& change, json& document, JsonLocations& locations) {
-    const std::vector<std::string> keys = Resolved(KeysOf(change.path), document);
+    const std::vector<std::string> keys = Resolved(KeysAlong(change.path), document);
     json value = ValueOf(change);
     Walk walk(document);
     for (const std::string& key : keys) {

@@ -17,7 +17,7 @@ fmi2Status Without2(fmi2Component c, const char* function, const char* what) noe
     return On2(c, function, [&](Instance&) { Refuse(what); });
 }
 
-Log LogOf(const fmi2CallbackFunctions& functions, std::string name) {
+Log Fmi2LogOf(const fmi2CallbackFunctions& functions, std::string name) {
     return [logger = functions.logger, environment = functions.componentEnvironment,
             name = std::move(name)](Status status, const char* category, const std::string& text) {
         if (logger) {
@@ -90,7 +90,7 @@ fmi2Component fmi2Instantiate(fmi2String instanceName, fmi2Type fmuType, fmi2Str
         return nullptr;
     }
     try {
-        const Log log = LogOf(*functions, instanceName ? instanceName : "");
+        const Log log = Fmi2LogOf(*functions, instanceName ? instanceName : "");
         if (fmuType != fmi2CoSimulation || !fmuGUID || !fmuResourceLocation) {
             log(Status::Error, errorCategory,
                 fmuType != fmi2CoSimulation ? "fmi2Instantiate: this FMU is for co-simulation only."

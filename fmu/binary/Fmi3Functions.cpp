@@ -27,7 +27,7 @@ fmi3Status WithoutType(fmi3Instance instance, const char* function, size_t count
     });
 }
 
-Log LogOf(fmi3LogMessageCallback logMessage, fmi3InstanceEnvironment environment) {
+Log Fmi3LogOf(fmi3LogMessageCallback logMessage, fmi3InstanceEnvironment environment) {
     return [=](Status status, const char* category, const std::string& text) {
         if (logMessage) {
             logMessage(environment, static_cast<fmi3Status>(status), category, text.c_str());
@@ -118,7 +118,7 @@ fmi3Instance fmi3InstantiateCoSimulation(fmi3String instanceName, fmi3String ins
                                          fmi3LogMessageCallback logMessage,
                                          fmi3IntermediateUpdateCallback /*intermediateUpdate*/) {
     try {
-        const Log log = LogOf(logMessage, environment);
+        const Log log = Fmi3LogOf(logMessage, environment);
         const auto refuse = [&](const char* why) {
             log(Status::Error, errorCategory, std::string("fmi3InstantiateCoSimulation: ") + why);
             return nullptr;

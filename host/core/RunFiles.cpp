@@ -40,7 +40,7 @@ bool IsInFolder(const std::filesystem::path& file, const std::filesystem::path& 
     return false;
 }
 
-std::string Shown(const std::filesystem::path& file) {
+std::string ShownPath(const std::filesystem::path& file) {
     return Utf8FromPath(programs::NormalPath(file));
 }
 
@@ -116,9 +116,9 @@ void AddMissing(const std::filesystem::path& file, std::uintmax_t wanted, std::v
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(file, error);
     if (error) {
-        lines.push_back(fmt::format("{}: the file is missing", Shown(file)));
+        lines.push_back(fmt::format("{}: the file is missing", ShownPath(file)));
     } else if (size < wanted) {
-        lines.push_back(fmt::format("{}: {} bytes, but the run had written {}", Shown(file), size, wanted));
+        lines.push_back(fmt::format("{}: {} bytes, but the run had written {}", ShownPath(file), size, wanted));
     }
 }
 
@@ -170,7 +170,7 @@ void RequireDistinctFiles(const RunFiles& files, const std::vector<NamedFile>& i
         for (const NamedFile& other : others) {
             if (IsSameFile(written[i].file, other.file)) {
                 lines.push_back(fmt::format("{}: {} and {} would be the same file; give one of them another name.",
-                                            Shown(written[i].file), written[i].what, other.what));
+                                            ShownPath(written[i].file), written[i].what, other.what));
             }
         }
     }
@@ -179,7 +179,7 @@ void RequireDistinctFiles(const RunFiles& files, const std::vector<NamedFile>& i
     for (const NamedFile& file : outside) {
         if (IsInFolder(file.file, files.reportsFolder)) {
             lines.push_back(fmt::format("{}: {} lies in the reports folder, which a run empties; move it elsewhere.",
-                                        Shown(file.file), file.what));
+                                        ShownPath(file.file), file.what));
         }
     }
     ThrowLines(lines);
@@ -196,7 +196,7 @@ void RequireWritableFiles(const RunFiles& files, const std::vector<NamedFile>& o
             lines.push_back(
                 fmt::format("{}: {} cannot be written; close it elsewhere, and check that its folder exists "
                             "and your rights in it.",
-                            Shown(file.file), file.what));
+                            ShownPath(file.file), file.what));
         }
     }
     ThrowLines(lines);
@@ -225,7 +225,8 @@ std::vector<std::string> MissingParts(const RunFiles& files, const FileSizes& wa
     if (files.csv && wanted.csv) {
         AddMissing(*files.csv, *wanted.csv, lines);
     } else if (files.csv) {
-        lines.push_back(fmt::format("{}: the run wrote no states; they would begin in its middle", Shown(*files.csv)));
+        lines.push_back(
+            fmt::format("{}: the run wrote no states; they would begin in its middle", ShownPath(*files.csv)));
     } else if (wanted.csv) {
         lines.push_back("the run wrote its states to a file (\"output.csv\" or --csv), and now none is given");
     }

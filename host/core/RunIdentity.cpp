@@ -91,7 +91,7 @@ void AddCoordinates(const Joint& joint, const std::string& key, RunIdentity& ide
     }
 }
 
-void AddPlacement(const Joint& joint, const std::string& key, RunIdentity& identity) {
+void AddStart(const Joint& joint, const std::string& key, RunIdentity& identity) {
     if (const auto* start = std::get_if<FreePlacement>(&joint.placement)) {
         identity[key + "/free/displacement"] = Numbers(start->way_W);
         identity[key + "/free/turn"] =
@@ -125,7 +125,7 @@ void AddJoints(const Scenario& scenario, RunIdentity& identity) {
             identity[key + "/axis"] = Numbers(joint.axis_W);
             AddCoordinates(joint, key, identity);
         } else {
-            AddPlacement(joint, key, identity);
+            AddStart(joint, key, identity);
         }
     }
     identity["/joints"] = fmt::format("{}", fmt::join(names, ", "));

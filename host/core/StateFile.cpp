@@ -19,7 +19,7 @@ constexpr int stateFormat = 2;
 
 /// Of a vector, of whatever length.
 template <class Values>
-json Numbers(const Values& values) {
+json ToArray(const Values& values) {
     return std::vector<double>(values.data(), values.data() + values.size());
 }
 
@@ -41,13 +41,13 @@ Quaternion ToQuaternion(const json& value) {
 }
 
 json ToJson(const PlacementState& state) {
-    return {{"centre", Numbers(state.p_WC_W)},
-            {"displacement", Numbers(state.displacement_W)},
-            {"turn", Numbers(state.turn.coeffs())},
-            {"velocity", Numbers(state.velocity_W)},
-            {"angularVelocity", Numbers(state.angularVelocity_W)},
-            {"angularMomentum", Numbers(state.angularMomentum_W)},
-            {"swept", Numbers(state.swept_W)}};
+    return {{"centre", ToArray(state.p_WC_W)},
+            {"displacement", ToArray(state.displacement_W)},
+            {"turn", ToArray(state.turn.coeffs())},
+            {"velocity", ToArray(state.velocity_W)},
+            {"angularVelocity", ToArray(state.angularVelocity_W)},
+            {"angularMomentum", ToArray(state.angularMomentum_W)},
+            {"swept", ToArray(state.swept_W)}};
 }
 
 PlacementState PlacementFromJson(const json& value) {
@@ -79,9 +79,9 @@ json ToJson(const std::string& name, const JointRecord& record) {
     return {{"name", name},
             {"coordinates", coordinates},
             {"placement", ToJson(record.placement)},
-            {"fieldForce", Numbers(record.fieldForce)},
-            {"load", Numbers(record.load)},
-            {"elementForce", Numbers(record.elementForce)},
+            {"fieldForce", ToArray(record.fieldForce)},
+            {"load", ToArray(record.load)},
+            {"elementForce", ToArray(record.elementForce)},
             {"energy", ToJson(record.energy, record.books)}};
 }
 

@@ -54,7 +54,7 @@ void AddCoordinate(Columns& columns, const std::string& joint, std::size_t index
                        [=](const StepRecord& record) { return record.mechanism.joints[index].load[at]; }});
 }
 
-void AddPlacement(Columns& columns, const std::string& joint, std::size_t index, bool canFly) {
+void AddPlacementColumns(Columns& columns, const std::string& joint, std::size_t index, bool canFly) {
     using Member = Vector PlacementState::*;
     const auto add = [&](const char* name, const char* unit, Member member) {
         AddVector(columns, fmt::format("{}.{} ", joint, name), unit,
@@ -115,7 +115,7 @@ void AddJoint(Columns& columns, const Joint& joint, std::size_t index) {
         break;
     case JointType::Ball:
     case JointType::Free:
-        AddPlacement(columns, joint.name, index, joint.type == JointType::Free);
+        AddPlacementColumns(columns, joint.name, index, joint.type == JointType::Free);
         break;
     }
     AddEnergies(columns, joint.name, index, joint.IsFree());

@@ -9,7 +9,7 @@ namespace {
 constexpr const char* logEnd = ".coupling.csv";
 constexpr const char* reportsEnd = ".reports";
 
-bool EndsWith(const std::string& text, const std::string& end) {
+bool HasNameBefore(const std::string& text, const std::string& end) {
     return text.size() > end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
 }
 
@@ -17,8 +17,8 @@ bool EndsWith(const std::string& text, const std::string& end) {
 
 std::string ProjectOf(const std::filesystem::path& log) {
     const std::string name = scenario::Utf8FromPath(log.filename());
-    return EndsWith(name, logEnd) ? name.substr(0, name.size() - std::string(logEnd).size())
-                                  : scenario::Utf8FromPath(log.stem());
+    return HasNameBefore(name, logEnd) ? name.substr(0, name.size() - std::string(logEnd).size())
+                                       : scenario::Utf8FromPath(log.stem());
 }
 
 std::filesystem::path ProjectFolder(const std::filesystem::path& log) {

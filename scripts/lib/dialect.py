@@ -9,16 +9,21 @@ Looked for, line by line, in sources that clang-format has laid out:
   heads       what documents a declaration begins with `///` and stands before it; remarks inside functions begin with `//`
   length      comment lines have at most 120 characters (clang-format leaves them as they are)
   functions   have at most 75 lines, but for those of tests and benchmarks
+  names       of functions in unnamed namespaces differ among the sources of a folder, but for tests and benchmarks: compiled together
+              they would be overloads of each other
 Prints the findings; exit status 1 when there are any. --fix mends braces, pointers and heads.
 """
 import re
 import sys
+from pathlib import Path
 
 import tidy
 
 LONGEST = 120
 # The longest is a plain table of error texts.
 LONGEST_FUNCTION = 75
+# A function at the left margin, where everything in a namespace begins.
+FUNCTION = re.compile(r"[A-Za-z][\w:<>,&* \[\]]*[ &*](\w+)\(")
 CONTROL = re.compile(r"(?:\} )?(?:else if|if|for|while)(?: constexpr)? \(|(?:\} )?else$")
 NULL_COMPARISON = re.compile(r"[!=]= nullptr")
 # What a comment above it does not document.
@@ -203,6 +208,20 @@ def long_functions(lines, kinds):
                 yield first
 
 
+def own_functions(lines):
+    """The functions of a source's unnamed namespaces, and where each first stands."""
+    found, inside = {}, False
+    for number, line in enumerate(lines):
+        if line == "namespace {":
+            inside = True
+        elif line == "} // namespace":
+            inside = False
+        elif name := FUNCTION.match(line):
+            if inside or line.startswith("static "):
+                found.setdefault(name.group(1), number)
+    return found
+
+
 def findings(lines, of_users):
     raw = raw_text_lines(lines)
     kinds = scopes(lines, raw)
@@ -226,6 +245,7 @@ def findings(lines, of_users):
 def main(arguments):
     fix = "--fix" in arguments
     found = 0
+    taken = {}
     for path in (argument for argument in arguments if argument != "--fix"):
         with open(path, encoding="utf-8", newline="") as file:
             text = file.read()
@@ -234,9 +254,15 @@ def main(arguments):
             lines = mend_heads(add_braces(list(mend_pointers(lines))))
             with open(path, "w", encoding="utf-8", newline="") as file:
                 file.write("\n".join(lines))
-        for number, what in findings(lines, path.split("/")[0] not in tidy.OUTSIDE):
+        of_users = path.split("/")[0] not in tidy.OUTSIDE
+        told = list(findings(lines, of_users))
+        for name, number in own_functions(lines).items() if of_users else []:
+            first = taken.setdefault((Path(path).parent, name), path)
+            if first != path:
+                told.append((number, f"names: {first} has a function {name} of its own"))
+        for number, what in told:
             print(f"{path}:{number + 1}: {what}")
-            found += 1
+        found += len(told)
     return 1 if found else 0
 
 

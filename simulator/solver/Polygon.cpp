@@ -310,7 +310,7 @@ Eigen::Vector2d InPlane(const Polygon& polygon, const Eigen::Vector3d& point) {
     return {offset.dot(polygon.xAxis), offset.dot(polygon.yAxis)};
 }
 
-Eigen::Vector3d InSpace(const Polygon& polygon, const Eigen::Vector2d& v) {
+Eigen::Vector3d DirectionInSpace(const Polygon& polygon, const Eigen::Vector2d& v) {
     return v.x() * polygon.xAxis + v.y() * polygon.yAxis;
 }
 
@@ -349,8 +349,8 @@ void SetOutline(Polygon& polygon, const std::vector<PlaneSegment>& outline) {
         const Eigen::Vector2d along = (end - start) / length;
         polygon.radius = std::max(polygon.radius, start.norm());
         polygon.planeEdges.push_back({start.x(), start.y(), along.x(), along.y(), length});
-        polygon.edges.push_back({polygon.centre + InSpace(polygon, start), InSpace(polygon, along),
-                                 InSpace(polygon, {along.y(), -along.x()}), length});
+        polygon.edges.push_back({polygon.centre + DirectionInSpace(polygon, start), DirectionInSpace(polygon, along),
+                                 DirectionInSpace(polygon, {along.y(), -along.x()}), length});
     }
 }
 

@@ -196,7 +196,7 @@ Outline Between(const Polygon& from, const Polygon& to, Outline outline) {
     return outline;
 }
 
-Eigen::AlignedBox2d BoxOf(const Outline& outline) {
+Eigen::AlignedBox2d BoundsOf(const Outline& outline) {
     Eigen::AlignedBox2d box;
     for (const PlaneSegment& edge : outline) {
         box.extend(edge.start);
@@ -221,7 +221,7 @@ std::optional<PolygonOverlay> Overlay(const Polygon& first, const Polygon& secon
         return std::nullopt;
     }
     const Outline firstOutline = OutlineOf(first), secondOutline = Between(second, first, OutlineOf(second));
-    if (BoxOf(firstOutline).exteriorDistance(BoxOf(secondOutline)) > tolerance) {
+    if (BoundsOf(firstOutline).exteriorDistance(BoundsOf(secondOutline)) > tolerance) {
         return std::nullopt;
     }
     const PlaneGraph graph(firstOutline, secondOutline, tolerance);

@@ -16,7 +16,7 @@ using Host = IKinoraVeltrixInterface;
 using Utils = CComUtils;
 using Text = const std::string&;
 using Names = std::vector<std::string>;
-using Dispatch = IDispatch*;
+using Automation = IDispatch*;
 
 /// @return true when the function can be called through a pointer of exactly this type
 template <class Function>
@@ -63,65 +63,65 @@ TEST(Surface, RecordsAreFilledInTheOrderOfTheirFields) {
 }
 
 TEST(Surface, CallsAndValues) {
-    EXPECT_TRUE((Is<bool (*)(Dispatch, const wchar_t*)>(&Utils::SupportComFunction)));
+    EXPECT_TRUE((Is<bool (*)(Automation, const wchar_t*)>(&Utils::SupportComFunction)));
     EXPECT_TRUE(
-        (Is<bool (*)(Dispatch, const wchar_t*, unsigned short, DISPPARAMS&, VARIANT&)>(&Utils::CallComFunction)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, const wchar_t*, VARIANT&)>(&Utils::CallComFunction)));
+        (Is<bool (*)(Automation, const wchar_t*, unsigned short, DISPPARAMS&, VARIANT&)>(&Utils::CallComFunction)));
+    EXPECT_TRUE((Is<bool (*)(Automation, const wchar_t*, VARIANT&)>(&Utils::CallComFunction)));
     EXPECT_TRUE((Is<VARIANT (*)(Text)>(&Utils::CreateVariant)));
     EXPECT_TRUE((Is<VARIANT (*)(const Names&)>(&Utils::CreateStringArray)));
     EXPECT_TRUE((Is<Names (*)(const VARIANT&)>(&Utils::ReadStringArray)));
     EXPECT_TRUE((Is<VARIANT (*)(const std::vector<VARIANT>&)>(&Utils::CreateVariantArray)));
-    EXPECT_TRUE((Is<Names (*)(Dispatch)>(&Utils::CallGetChildNames)));
-    EXPECT_TRUE((Is<Dispatch (*)(Dispatch, Text)>(&Utils::CallGetChildObject)));
-    EXPECT_TRUE((Is<Names (*)(Dispatch)>(&Utils::CallGetPropNames)));
-    EXPECT_TRUE((Is<VARIANT (*)(Dispatch, Text)>(&Utils::CallGetPropValue)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, const VARIANT&)>(&Utils::CallSetPropValue)));
-    EXPECT_TRUE((Is<Dispatch (*)(Dispatch, Text)>(&Utils::CallGetModule)));
-    EXPECT_TRUE((Is<Dispatch (*)(Dispatch, const wchar_t*, Text)>(&Utils::CallSetActive)));
-    EXPECT_TRUE((Is<std::set<std::string> (*)(Dispatch, const wchar_t*)>(&Utils::CallAndGetStringSet)));
+    EXPECT_TRUE((Is<Names (*)(Automation)>(&Utils::CallGetChildNames)));
+    EXPECT_TRUE((Is<Automation (*)(Automation, Text)>(&Utils::CallGetChildObject)));
+    EXPECT_TRUE((Is<Names (*)(Automation)>(&Utils::CallGetPropNames)));
+    EXPECT_TRUE((Is<VARIANT (*)(Automation, Text)>(&Utils::CallGetPropValue)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, const VARIANT&)>(&Utils::CallSetPropValue)));
+    EXPECT_TRUE((Is<Automation (*)(Automation, Text)>(&Utils::CallGetModule)));
+    EXPECT_TRUE((Is<Automation (*)(Automation, const wchar_t*, Text)>(&Utils::CallSetActive)));
+    EXPECT_TRUE((Is<std::set<std::string> (*)(Automation, const wchar_t*)>(&Utils::CallAndGetStringSet)));
     static_assert(std::is_empty_v<Utils> && std::is_copy_assignable_v<Utils> && std::is_move_assignable_v<Utils>);
 }
 
 TEST(Surface, ProjectAndModelCommands) {
     using Pose = const Host::Transform&;
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::CallInsertDesign)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch)>(&Utils::CallSetDesignSetttings)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, const bool&)>(&Utils::CallSaveAs)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::CallCreateRelativeCS)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::CallSetWorkingCS)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::RecurseSetCoordinateSystem)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Pose, Text)>(&Utils::CallMove)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Pose, Text)>(&Utils::CallRotate)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, std::string)>(&Utils::CallAssignMaterial)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text)>(&Utils::CallCloneMaterial)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch)>(&Utils::SetSolveInside)));
-    EXPECT_TRUE((Is<Names (*)(Dispatch, Names)>(&Utils::GetNonVacuumObjects)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, const Names&)>(&Utils::CallAssignForce)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, const Names&)>(&Utils::CallAssignTorque)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::CallSetModelUnits)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::CallImport)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch)>(&Utils::CallAssignRegion)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::CallInsertDesign)));
+    EXPECT_TRUE((Is<bool (*)(Automation)>(&Utils::CallSetDesignSetttings)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, const bool&)>(&Utils::CallSaveAs)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::CallCreateRelativeCS)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::CallSetWorkingCS)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::RecurseSetCoordinateSystem)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Pose, Text)>(&Utils::CallMove)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Pose, Text)>(&Utils::CallRotate)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, std::string)>(&Utils::CallAssignMaterial)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text)>(&Utils::CallCloneMaterial)));
+    EXPECT_TRUE((Is<bool (*)(Automation)>(&Utils::SetSolveInside)));
+    EXPECT_TRUE((Is<Names (*)(Automation, Names)>(&Utils::GetNonVacuumObjects)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, const Names&)>(&Utils::CallAssignForce)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, const Names&)>(&Utils::CallAssignTorque)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::CallSetModelUnits)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::CallImport)));
+    EXPECT_TRUE((Is<bool (*)(Automation)>(&Utils::CallAssignRegion)));
 }
 
 TEST(Surface, SolveResultAndReportCommands) {
     using Pose = const Host::Transform&;
-    EXPECT_TRUE((Is<std::string (*)(Dispatch)>(&Utils::GetFirstSetup)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text)>(&Utils::CallInsertSetup)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch)>(&Utils::CheckAndInsertSetup)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, int&)>(&Utils::CallAnalyze)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Pose)>(&Utils::InsertExpressionCaches)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Pose, Text)>(&Utils::CreateOutputVariables)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text, double&)>(&Utils::CallGetOutputVariableValue)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text, Host::Result&)>(&Utils::ExtractOutputData)));
+    EXPECT_TRUE((Is<std::string (*)(Automation)>(&Utils::GetFirstSetup)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text)>(&Utils::CallInsertSetup)));
+    EXPECT_TRUE((Is<bool (*)(Automation)>(&Utils::CheckAndInsertSetup)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, int&)>(&Utils::CallAnalyze)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Pose)>(&Utils::InsertExpressionCaches)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Pose, Text)>(&Utils::CreateOutputVariables)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text, double&)>(&Utils::CallGetOutputVariableValue)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text, Host::Result&)>(&Utils::ExtractOutputData)));
     EXPECT_TRUE((Is<VARIANT (*)(std::string, std::string, bool)>(&Utils::GetChangePropertyArgument)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, const std::map<std::string, std::string>&)>(&Utils::UpdateVariables)));
+    EXPECT_TRUE((Is<bool (*)(Automation, const std::map<std::string, std::string>&)>(&Utils::UpdateVariables)));
     EXPECT_TRUE((Is<VARIANT (*)(Names, std::vector<Names>)>(&Utils::GetParavantArgument)));
-    EXPECT_TRUE((Is<std::set<std::string> (*)(Dispatch)>(&Utils::GetReportNames)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text, const Names&)>(&Utils::CreateEmptyReport)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text)>(&Utils::ClearAndImportReport)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text, const Names&)>(&Utils::CreateDataTable)));
-    EXPECT_TRUE((Is<std::string (*)(Dispatch, Text)>(&Utils::CallGetRegistryString)));
-    EXPECT_TRUE((Is<bool (*)(Dispatch, Text, Text, Text, Text, const Names&)>(&Utils::CreateFieldPlot)));
+    EXPECT_TRUE((Is<std::set<std::string> (*)(Automation)>(&Utils::GetReportNames)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text, const Names&)>(&Utils::CreateEmptyReport)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text)>(&Utils::ClearAndImportReport)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text, const Names&)>(&Utils::CreateDataTable)));
+    EXPECT_TRUE((Is<std::string (*)(Automation, Text)>(&Utils::CallGetRegistryString)));
+    EXPECT_TRUE((Is<bool (*)(Automation, Text, Text, Text, Text, const Names&)>(&Utils::CreateFieldPlot)));
 }
 
 /// A host's own variation: what uses the operation inside the library calls this one.

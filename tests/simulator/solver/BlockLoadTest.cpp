@@ -5,16 +5,9 @@
 
 using Eigen::Vector3d;
 using shapes::Block;
+using shapes::Cube;
 
 namespace {
-
-Block Cube(const Vector3d& centre, const Vector3d& magnetisation) {
-    Block block;
-    block.centre = centre;
-    block.size = Vector3d::Constant(0.01);
-    block.magnetisation = magnetisation;
-    return block;
-}
 
 const Vector3d alongZ(0, 0, 1e6);
 

@@ -23,7 +23,7 @@ using vantor::solver::PolygonOverlay;
 namespace {
 
 using references::pi;
-constexpr double tolerance = 1e-7;
+constexpr double snapDistance = 1e-7;
 
 Corners Rectangle(double left, double bottom, double right, double top) {
     return {{left, bottom}, {right, bottom}, {right, top}, {left, top}};
@@ -54,7 +54,7 @@ Polygon FromBehind(const Polygon& polygon) {
     return other;
 }
 
-double AreaOf(const std::vector<Polygon>& polygons) {
+double OutlinedArea(const std::vector<Polygon>& polygons) {
     double area = 0;
     for (const Polygon& polygon : polygons) {
         area += polygon.area;
@@ -124,8 +124,8 @@ double CommonArea(const Corners& first, const Corners& second) {
 void ExpectParts(const PolygonOverlay& overlay, const Polygon& first, const Polygon& second, double error) {
     const double size = first.radius + second.radius;
     const double slack = error * 4 * size + 1e-13 * size * size;
-    EXPECT_NEAR(AreaOf(overlay.common) + AreaOf(overlay.onlyFirst), first.area, slack);
-    EXPECT_NEAR(AreaOf(overlay.common) + AreaOf(overlay.onlySecond), second.area, slack);
+    EXPECT_NEAR(OutlinedArea(overlay.common) + OutlinedArea(overlay.onlyFirst), first.area, slack);
+    EXPECT_NEAR(OutlinedArea(overlay.common) + OutlinedArea(overlay.onlySecond), second.area, slack);
     const double sense = first.normal.dot(second.normal) < 0 ? -1 : 1;
     for (const double height : {0.3, -0.7}) {
         const Vector3d point = first.centre + size * Vector3d(0.1, -0.2, height);
@@ -144,7 +144,7 @@ void ExpectNoSlivers(const PolygonOverlay& overlay) {
             for (const auto& edge : part.edges) {
                 outline += edge.length;
             }
-            EXPECT_GT(2 * part.area, tolerance / 2 * outline);
+            EXPECT_GT(2 * part.area, snapDistance / 2 * outline);
         }
     }
 }
@@ -191,23 +191,23 @@ TEST(PolygonOverlay, OfPolygonsApartIsNothing) {
     const Polygon first = PolygonOf({Rectangle(0, 0, 1, 1)});
     for (const Corners& corners : {Rectangle(2, 0, 3, 1), Rectangle(1, 0, 2, 1), Rectangle(1, 1, 2, 2)}) {
         const Polygon second = FromBehind(PolygonOf({corners}));
-        EXPECT_FALSE(Overlay(first, second, tolerance));
+        EXPECT_FALSE(Overlay(first, second, snapDistance));
     }
 }
 
 TEST(PolygonOverlay, OfAPolygonWithItselfIsThePolygon) {
     const Polygon ring = PolygonOf({Circle(60, 1, {0, 0}), Reversed(Circle(50, 0.5, {0, 0}))});
     for (const Polygon& second : {ring, FromBehind(ring)}) {
-        const PolygonOverlay overlay = Overlay(ring, second, tolerance).value();
+        const PolygonOverlay overlay = Overlay(ring, second, snapDistance).value();
         ExpectOnlyCommon(overlay, ring);
-        EXPECT_NEAR(AreaOf(overlay.common), ring.area, 1e-14);
+        EXPECT_NEAR(OutlinedArea(overlay.common), ring.area, 1e-14);
     }
 }
 
 TEST(PolygonOverlay, OfACrossHasOneMiddleAndFourArms) {
     const Polygon first = PolygonOf({Rectangle(-3, -1, 3, 1)});
     const Polygon second = FromBehind(PolygonOf({Rectangle(-1, -3, 1, 3)}));
-    const PolygonOverlay overlay = Overlay(first, second, tolerance).value();
+    const PolygonOverlay overlay = Overlay(first, second, snapDistance).value();
     ExpectSquares(overlay.common, 1);
     ExpectSquares(overlay.onlyFirst, 2);
     ExpectSquares(overlay.onlySecond, 2);
@@ -219,7 +219,7 @@ TEST(PolygonOverlay, OfACrossHasOneMiddleAndFourArms) {
 TEST(PolygonOverlay, LeavesAHoleAndWhatIsInIt) {
     const Polygon disc = PolygonOf({Circle(40, 3, {0, 0})});
     const Polygon ring = FromBehind(PolygonOf({Circle(30, 2, {0, 0}), Reversed(Circle(20, 1, {0, 0}))}));
-    const PolygonOverlay overlay = Overlay(disc, ring, tolerance).value();
+    const PolygonOverlay overlay = Overlay(disc, ring, snapDistance).value();
     ASSERT_EQ(overlay.common.size(), 1U);
     EXPECT_EQ(overlay.common[0].edges.size(), 50U);
     EXPECT_TRUE(overlay.onlySecond.empty());
@@ -231,11 +231,11 @@ TEST(PolygonOverlay, LeavesAHoleAndWhatIsInIt) {
 TEST(PolygonOverlay, FallsApartWhereCornersTouchTheOutline) {
     const Corners a = Rectangle(0, 0, 4, 2), b{{2, 0}, {3, 1}, {5, 0.5}, {5, 3}, {2, 2}, {1, 1}};
     const Polygon first = PolygonOf({a}), second = FromBehind(PolygonOf({b}));
-    const PolygonOverlay overlay = Overlay(first, second, tolerance).value();
+    const PolygonOverlay overlay = Overlay(first, second, snapDistance).value();
     EXPECT_EQ(overlay.common.size(), 1U);
     EXPECT_EQ(overlay.onlyFirst.size(), 2U);
     EXPECT_EQ(overlay.onlySecond.size(), 1U);
-    EXPECT_NEAR(AreaOf(overlay.common), CommonArea(a, b), 1e-13);
+    EXPECT_NEAR(OutlinedArea(overlay.common), CommonArea(a, b), 1e-13);
     ExpectParts(overlay, first, second, 0);
 }
 
@@ -244,7 +244,7 @@ TEST(PolygonOverlay, LeavesEdgesWholeThatAreOnlyTouched) {
     const Polygon first = PolygonOf({Rectangle(0, 0, 4, 2)});
     const Polygon second =
         FromBehind(PolygonOf({{{0.5, -1}, {3.5, -1}, {3, 0}, {2.5, -0.9}, {1, -0.9}, {1, 1}, {0.5, 1}}}));
-    const PolygonOverlay overlay = Overlay(first, second, tolerance).value();
+    const PolygonOverlay overlay = Overlay(first, second, snapDistance).value();
     ASSERT_EQ(overlay.onlyFirst.size(), 1U);
     EXPECT_EQ(overlay.onlyFirst[0].edges.size(), 8U);
     ExpectParts(overlay, first, second, 0);
@@ -256,8 +256,8 @@ TEST(PolygonOverlay, OfStarsHasTheAreaOfAllTheirTriangles) {
     for (int i = 0; i < 40; ++i) {
         const Corners a = Star(random, 3 + i), b = Displaced(Star(random, 40 - i), 0.6, random);
         const Polygon first = PolygonOf({a}), second = FromBehind(PolygonOf({b}));
-        const std::optional<PolygonOverlay> overlay = Overlay(first, second, tolerance);
-        EXPECT_NEAR(overlay ? AreaOf(overlay->common) : 0, CommonArea(a, b), 1e-12);
+        const std::optional<PolygonOverlay> overlay = Overlay(first, second, snapDistance);
+        EXPECT_NEAR(overlay ? OutlinedArea(overlay->common) : 0, CommonArea(a, b), 1e-12);
         if (overlay) {
             ++inCommon;
             ExpectParts(*overlay, first, second, 0);
@@ -272,11 +272,11 @@ TEST(PolygonOverlay, TakesEdgesThatAlmostCoincideForOne) {
         const double misfit = std::pow(10, -16.0 + 0.04 * i);
         const Corners star = Star(random, 3 + i % 20);
         const Polygon first = PolygonOf({star}), second = FromBehind(PolygonOf({Displaced(star, misfit, random)}));
-        const PolygonOverlay overlay = Overlay(first, second, tolerance).value();
+        const PolygonOverlay overlay = Overlay(first, second, snapDistance).value();
         ExpectParts(overlay, first, second, misfit);
-        EXPECT_NEAR(AreaOf(overlay.common), first.area, 20 * misfit + 1e-13);
+        EXPECT_NEAR(OutlinedArea(overlay.common), first.area, 20 * misfit + 1e-13);
         ExpectNoSlivers(overlay);
-        if (misfit < tolerance / 3) {
+        if (misfit < snapDistance / 3) {
             ExpectOnlyCommon(overlay, first);
         }
     }

@@ -24,7 +24,7 @@ Prism Ring(const Vector3d& centre, const Vector3d& magnetisation) {
     return prism;
 }
 
-const Vector3d alongZ(0, 0, 8e5), alongX(8e5, 0, 0);
+const Vector3d axial(0, 0, 8e5), diametral(8e5, 0, 0);
 
 void ExpectAsCurrents(const Prism& source, const Prism& target) {
     comparison::ExpectPair(source, target, references::CurrentLoad(source, target), target.centre, target.radius);
@@ -40,36 +40,36 @@ void ExpectAsSheets(const Prism& source, const Prism& target) {
 
 TEST(RoundMagnets, CylindersOnOneAxis) {
     for (const double gap : {0.003, 0.01, 0.03}) {
-        ExpectAsCurrents(Cylinder(Vector3d::Zero(), alongZ), Cylinder({0, 0, 0.008 + gap}, alongZ));
+        ExpectAsCurrents(Cylinder(Vector3d::Zero(), axial), Cylinder({0, 0, 0.008 + gap}, axial));
     }
 }
 
 TEST(RoundMagnets, CylindersSideBySideAndOffset) {
-    ExpectAsCurrents(Cylinder(Vector3d::Zero(), alongZ), Cylinder({0.024, 0.001, 0.002}, alongZ));
-    ExpectAsCurrents(Cylinder(Vector3d::Zero(), alongZ), Cylinder({0.007, 0.002, 0.012}, -alongZ));
+    ExpectAsCurrents(Cylinder(Vector3d::Zero(), axial), Cylinder({0.024, 0.001, 0.002}, axial));
+    ExpectAsCurrents(Cylinder(Vector3d::Zero(), axial), Cylinder({0.007, 0.002, 0.012}, -axial));
 }
 
 TEST(RoundMagnets, CylinderOverARing) {
-    ExpectAsCurrents(Ring(Vector3d::Zero(), alongZ), Cylinder({0, 0, 0.015}, alongZ));
-    ExpectAsCurrents(Ring(Vector3d::Zero(), alongZ), Cylinder({0.01, 0.004, 0.013}, alongZ));
+    ExpectAsCurrents(Ring(Vector3d::Zero(), axial), Cylinder({0, 0, 0.015}, axial));
+    ExpectAsCurrents(Ring(Vector3d::Zero(), axial), Cylinder({0.01, 0.004, 0.013}, axial));
 }
 
 TEST(RoundMagnets, CylinderInARing) {
-    ExpectAsCurrents(Ring(Vector3d::Zero(), alongZ), Cylinder({0, 0, 0.004}, alongZ));
-    ExpectAsCurrents(Ring(Vector3d::Zero(), alongZ), Cylinder({0.003, 0.001, 0.001}, alongZ));
+    ExpectAsCurrents(Ring(Vector3d::Zero(), axial), Cylinder({0, 0, 0.004}, axial));
+    ExpectAsCurrents(Ring(Vector3d::Zero(), axial), Cylinder({0.003, 0.001, 0.001}, axial));
 }
 
 TEST(RoundMagnets, TwoRings) {
-    ExpectAsCurrents(Ring(Vector3d::Zero(), alongZ), Ring({0.005, 0, 0.012}, alongZ));
+    ExpectAsCurrents(Ring(Vector3d::Zero(), axial), Ring({0.005, 0, 0.012}, axial));
 }
 
 TEST(RoundMagnets, CylindersMagnetisedAcross) {
-    ExpectAsSheets(Cylinder(Vector3d::Zero(), alongX), Cylinder({0.0001, 0, 0.0081}, alongX));
-    ExpectAsSheets(Cylinder(Vector3d::Zero(), alongX), Cylinder({0.021, 0.003, 0.001}, {0, 8e5, 0}));
+    ExpectAsSheets(Cylinder(Vector3d::Zero(), diametral), Cylinder({0.0001, 0, 0.0081}, diametral));
+    ExpectAsSheets(Cylinder(Vector3d::Zero(), diametral), Cylinder({0.021, 0.003, 0.001}, {0, 8e5, 0}));
 }
 
 TEST(RoundMagnets, CylinderInARingMagnetisedAcross) {
-    ExpectAsSheets(Ring(Vector3d::Zero(), alongX), Cylinder({0, 0, 0.002}, {5e5, 5e5, 0}));
+    ExpectAsSheets(Ring(Vector3d::Zero(), diametral), Cylinder({0, 0, 0.002}, {5e5, 5e5, 0}));
 }
 
 /// From outside, a ball is a dipole in its centre; a finely meshed one approaches it. Its 512 faces per ball also take

@@ -26,6 +26,14 @@ Eigen::Matrix3d Turn(double angle, const Vector3d& axis) {
     return Eigen::AngleAxis<double>(angle, axis.normalized()).toRotationMatrix();
 }
 
+Block Cube(const Vector3d& centre, const Vector3d& magnetisation) {
+    Block block;
+    block.centre = centre;
+    block.size = Vector3d::Constant(0.01);
+    block.magnetisation = magnetisation;
+    return block;
+}
+
 TriangleMesh MeshOf(const Block& block) {
     TriangleMesh mesh;
     for (int i = 0; i < 8; ++i) {

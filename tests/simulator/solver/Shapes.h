@@ -25,6 +25,9 @@ struct Prism {
     Eigen::Vector3d magnetisation = Eigen::Vector3d::UnitZ();
 };
 
+/// A block of 10 mm x 10 mm x 10 mm.
+Block Cube(const Eigen::Vector3d& centre, const Eigen::Vector3d& magnetisation);
+
 Eigen::Matrix3d Turn(double angle, const Eigen::Vector3d& axis);
 
 vantor::solver::TriangleMesh MeshOf(const Block& block);

@@ -8,20 +8,9 @@
 
 using Eigen::Vector3d;
 using shapes::Block;
-
-namespace {
+using shapes::Cube;
 
 using references::pi;
-
-Block Cube(const Vector3d& centre, const Vector3d& magnetisation) {
-    Block block;
-    block.centre = centre;
-    block.size = Vector3d::Constant(0.01);
-    block.magnetisation = magnetisation;
-    return block;
-}
-
-} // namespace
 
 TEST(Systems, OfThreeBodiesAreTheSumOfTheirPairs) {
     std::vector<Block> cubes{Cube({0, 0, 0}, {0, 0, 1e6}), Cube({0.011, 0.002, 0}, {7e5, 0, 7e5}),
